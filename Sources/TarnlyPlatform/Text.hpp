@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnly {
+
+/// Whether two UTF-8 texts are the same by Unicode canonical equivalence: "é" as one code point and as "e"
+/// with a combining accent are equal, letter case counts.
+bool canonicallyEqual(std::string_view a, std::string_view b);
+
+/// `text` in upper case by the full Unicode rules of the root locale: "ß" becomes "SS".
+std::string upperCased(std::string_view text);
+
+/// `bytes` as well-formed UTF-8: each maximal part of an ill-formed sequence is replaced by U+FFFD, as the
+/// Unicode Standard recommends (chapter 3.9, "Substitution of Maximal Subparts").
+std::string wellFormedUtf8(std::string bytes);
+
+} // namespace tarnly

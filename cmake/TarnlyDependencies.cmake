@@ -1,0 +1,14 @@
+find_package(Boost 1.81 REQUIRED COMPONENTS json)
+find_package(ICU REQUIRED COMPONENTS uc i18n)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(AVAHI_CLIENT REQUIRED IMPORTED_TARGET avahi-client)
+find_package(SQLite3 REQUIRED)
+find_package(CLI11 REQUIRED)
+
+# Asio and Beast compiled once: their headers alone cost seconds in every file that includes them.
+add_library(tarnly_asio STATIC ${CMAKE_CURRENT_LIST_DIR}/asio.cpp)
+target_compile_definitions(tarnly_asio PUBLIC
+    BOOST_ASIO_SEPARATE_COMPILATION
+    BOOST_BEAST_SEPARATE_COMPILATION
+    BOOST_ASIO_NO_DEPRECATED)
+target_link_libraries(tarnly_asio PUBLIC Boost::headers Threads::Threads)

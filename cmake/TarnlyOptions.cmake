@@ -1,0 +1,14 @@
+# The flags of our own code. Every target of ours links tarnly_options; third-party code does not.
+find_package(Threads REQUIRED)
+
+add_library(tarnly_options INTERFACE)
+target_compile_options(tarnly_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_include_directories(tarnly_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
+target_compile_definitions(tarnly_options INTERFACE TARNLY_VERSION="${PROJECT_VERSION}")
+target_link_libraries(tarnly_options INTERFACE Threads::Threads)
+
+if(TARNLY_SANITIZE)
+    # Third-party code that we compile ourselves is instrumented too, so that the sanitizer sees both sides.
+    add_compile_options(-fsanitize=${TARNLY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TARNLY_SANITIZE})
+endif()
