@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarnly {
+
+/// Where a server listens.
+struct Endpoint {
+    /// A host name or a literal IPv4 or IPv6 address, the latter without brackets.
+    std::string host;
+    std::uint16_t port = 0;
+
+    bool operator==(const Endpoint&) const = default;
+};
+
+/// "host:port", with an IPv6 address in brackets.
+std::string describe(const Endpoint& endpoint);
+
+struct HttpRequest {
+    std::string method = "GET";
+    /// The path with the query, beginning with "/".
+    std::string target = "/";
+    /// Names and values. On sending, Host, Connection and Content-Length are added.
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string body;
+};
+
+struct HttpResponse {
+    unsigned status = 200;
+    std::string contentType;
+    std::string body;
+};
+
+} // namespace tarnly

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "TarnlyPlatform/NetworkError.hpp"
+#include "TarnlyPlatform/Task.hpp"
+
+namespace tarnly {
+
+/// One WebSocket, of either side, as an ordered stream of messages.
+///
+/// Fragments are joined, pings are answered and the peer's close is noticed at all times, also while nobody
+/// receives: up to one chunk of the next message is read ahead for that. Belongs to the network thread.
+class WebSocketConnection {
+  public:
+    enum class Opcode { text, binary };
+
+    struct Message {
+        Opcode opcode;
+        /// Well-formed UTF-8: malformed bytes have become U+FFFD. Empty for a binary message, whose content
+        /// nobody here reads.
+        std::string content;
+    };
+
+    /// A reply is the answer that the peer waits for, and may be of any size; an unsolicited message is one
+    /// that counts against a peer that does not read.
+    enum class Kind { reply, unsolicited };
+
+    virtual ~WebSocketConnection() = default;
+
+    /// The next message, or absent once the connection has ended. One call at a time.
+    virtual Task<std::optional<Message>> receive() = 0;
+
+    /// Puts one text message in the outgoing queue and returns. The queue is sent in order; what is left in
+    /// it when the connection ends is lost.
+    virtual void send(std::string text, Kind kind) = 0;
+
+    /// Returns when all that was sent before has been handed to the network.
+    /// Throws `NetworkError` when the connection ended first.
+    virtual Task<> drained() = 0;
+
+    /// Bytes of unsolicited messages that wait in the outgoing queue.
+    virtual std::size_t backlog() const = 0;
+
+    /// A longer incoming message ends the connection.
+    virtual void setMessageLimit(std::size_t bytes) = 0;
+
+    /// Ends the connection: what was sent before goes out first, as far as the peer takes it within a moment.
+    virtual void cancel() = 0;
+
+    /// Why the connection ended; absent while it lives and after an orderly close.
+    virtual std::optional<NetworkError> failure() const = 0;
+};
+
+} // namespace tarnly

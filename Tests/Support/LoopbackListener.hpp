@@ -1,0 +1,57 @@
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <deque>
+#include <memory>
+#include <utility>
+
+#include "TarnlyPlatform/Event.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/WebSocketListener.hpp"
+
+namespace tarnly::test {
+
+/// A listener on a loopback port of its own, and a client for it.
+class LoopbackListener {
+  public:
+    explicit LoopbackListener(boost::asio::io_context& io, WebSocketListener::HttpHandler onRequest = {})
+        : io_(io),
+          accepted_(io.get_executor()),
+          listener_(io.get_executor(), options(std::move(onRequest)),
+                    [this](std::shared_ptr<WebSocketConnection> connection) {
+                        connections_.push_back(std::move(connection));
+                        accepted_.notifyAll();
+                    }) {}
+
+    WebSocketListener& listener() { return listener_; }
+    Endpoint endpoint() const { return {"127.0.0.1", listener_.port()}; }
+
+    std::shared_ptr<WebSocketConnection> openClient() {
+        return openWebSocket(io_.get_executor(), endpoint(), "/");
+    }
+
+    /// The listener's side of the next connection.
+    Task<std::shared_ptr<WebSocketConnection>> accept() {
+        while (connections_.empty()) {
+            co_await accepted_.wait();
+        }
+        auto connection = std::move(connections_.front());
+        connections_.pop_front();
+        co_return connection;
+    }
+
+  private:
+    static WebSocketListener::Options options(WebSocketListener::HttpHandler onRequest) {
+        WebSocketListener::Options result;
+        result.reach = WebSocketListener::Reach::loopbackIPv4;
+        result.onRequest = std::move(onRequest);
+        return result;
+    }
+
+    boost::asio::io_context& io_;
+    std::deque<std::shared_ptr<WebSocketConnection>> connections_;
+    Event accepted_;
+    WebSocketListener listener_;
+};
+
+} // namespace tarnly::test
