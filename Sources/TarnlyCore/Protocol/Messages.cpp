@@ -1,0 +1,43 @@
+#include "TarnlyCore/Protocol/Messages.hpp"
+
+#include <cmath>
+#include <ratio>
+
+namespace tarnly {
+namespace {
+
+using FractionalSeconds = std::chrono::duration<double>;
+
+constexpr std::chrono::sys_days referenceDate = std::chrono::year(2001) / 1 / 1;
+
+} // namespace
+
+void Date::writeJson(JsonWriter& writer) const {
+    writer.number(FractionalSeconds(time - referenceDate).count());
+}
+
+Date Date::readJson(const boost::json::value& json) {
+    const FractionalSeconds seconds(decodeJson<double>(json));
+    return {referenceDate + std::chrono::round<std::chrono::nanoseconds>(seconds)};
+}
+
+void JSONValue::writeJson(JsonWriter& writer) const {
+    struct Writer {
+        JsonWriter& to;
+        void operator()(std::monostate) const { to.null(); }
+        void operator()(const std::string& text) const { to.string(text); }
+        void operator()(double number) const { to.number(number); }
+        void operator()(bool flag) const { to.boolean(flag); }
+    };
+    std::visit(Writer{writer}, scalar);
+}
+
+JSONValue JSONValue::readJson(const boost::json::value& json) {
+    if (json.is_string()) return {decodeJson<std::string>(json)};
+    if (json.is_number()) return {decodeJson<double>(json)};
+    if (json.is_bool()) return {decodeJson<bool>(json)};
+    if (json.is_null()) return {};
+    throw JsonError("unsupported JSON value");
+}
+
+} // namespace tarnly

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TarnlyCore/Discovery/PairingManager.hpp"
+#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/WorkerPool.hpp"
+
+namespace tarnly {
+
+/// One connection's side of the protocol: text in, text out. Knows no sockets and no clock.
+///
+/// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, and
+/// keeps the connection's dataref subscriptions. Owned by the server's table; lives as long as the connection
+/// or a task for it.
+class ProtocolSession {
+  public:
+    /// `workers` must outlive the session.
+    ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
+                    WorkerPool& workers);
+
+    /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
+    bool isPaired() const;
+
+    /// The reply to one text frame. Absent when the connection is to be closed without one: an unpaired
+    /// client learns nothing but the answer to "pair". Never fails; to be called for one frame at a time.
+    Task<std::optional<std::string>> handleMessage(std::string text);
+
+    /// The present values of all subscribed datarefs, or absent when there are none. Throws what the first
+    /// read that fails throws. May run beside `handleMessage`.
+    Task<std::optional<std::string>> buildSubscriptionPush();
+
+    void addSubscriptions(const std::vector<std::string>& names);
+
+    /// The text of a response; the fixed "failed to encode response" error where `data` cannot be encoded.
+    template <typename Data>
+    static std::string respond(std::string_view type, std::optional<std::int64_t> reqId, Data data);
+
+  private:
+    struct Request {
+        TypeOnly head;
+        boost::json::value json;
+    };
+    using Handler = Task<std::string> (ProtocolSession::*)(const Request&);
+    struct Entry {
+        std::string_view type;
+        Handler handle;
+    };
+    static const std::vector<Entry>& handlers();
+
+    struct State {
+        std::optional<std::string> sessionToken;
+        std::set<std::string> subscribedNames;
+    };
+
+    static std::optional<Request> decode(std::string_view text);
+    Task<std::optional<Request>> decodeAside(std::string text);
+    Task<std::string> dispatch(const Request& request);
+    Task<std::map<std::string, double>> readAll(std::vector<std::string> names);
+
+    Task<std::string> pair(const Request& request);
+    Task<std::string> simInfo(const Request& request);
+    Task<std::string> listFlights(const Request& request);
+    Task<std::string> loadFlight(const Request& request);
+    Task<std::string> subscribeValues(const Request& request);
+    Task<std::string> setValues(const Request& request);
+    Task<std::string> runCommand(const Request& request);
+    Task<std::string> moveToPreservingAgl(const Request& request);
+    Task<std::string> applyAttitude(const Request& request);
+
+    const std::shared_ptr<PairingManager> pairing_;
+    const std::shared_ptr<SimBackend> backend_;
+    WorkerPool& workers_;
+    Guarded<State> state_;
+};
+
+inline constexpr std::string_view failedToEncodeResponse =
+    R"({"type":"error","data":{"message":"failed to encode response"}})";
+
+template <typename Data>
+std::string ProtocolSession::respond(std::string_view type, std::optional<std::int64_t> reqId, Data data) {
+    try {
+        return encodeJson(ResponseEnvelope<Data>{std::string(type), reqId, std::move(data)});
+    } catch (const JsonError&) {
+        return std::string(failedToEncodeResponse);
+    }
+}
+
+} // namespace tarnly

@@ -1,0 +1,11 @@
+#include "TarnlyCore/Protocol/ProtocolSessionError.hpp"
+
+#include "TarnlyPlatform/TextualForm.hpp"
+
+namespace tarnly {
+
+ProtocolSessionError ProtocolSessionError::missingParams(const std::string& message) {
+    return ProtocolSessionError(errorText("missingParams", message));
+}
+
+} // namespace tarnly

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyPlatform/Clock.hpp"
+
+namespace tarnly::test {
+
+/// A simulator that notes what it is asked, and answers from a table. An operation whose name is in
+/// `failures` throws that text.
+class FakeBackend final : public SimBackend {
+  public:
+    std::vector<std::string> calls;
+    std::map<std::string, double> datarefs;
+    std::map<std::string, std::string> failures;
+    std::vector<FlightListing> flights;
+    TrackSample sample;
+    /// Where set, reading a dataref that is not in the table waits a second before it fails.
+    Clock* clock = nullptr;
+
+    Task<SimInfo> simInfo() override {
+        note("simInfo");
+        co_return SimInfo{"xplane", "unknown"};
+    }
+
+    Task<double> getDataref(std::string name) override {
+        note("getDataref " + name);
+        if (!datarefs.contains(name) && clock != nullptr) {
+            co_await clock->sleepFor(std::chrono::seconds(1));
+        }
+        if (!datarefs.contains(name)) throw std::runtime_error("timeout(\"" + name + "\")");
+        co_return datarefs.at(name);
+    }
+
+    Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override {
+        const auto element = index ? "[" + std::to_string(*index) + "]" : "";
+        note("setDataref " + name + element + " " + std::to_string(value));
+        co_return;
+    }
+
+    Task<> runCommand(std::string name) override {
+        note("runCommand " + name);
+        co_return;
+    }
+
+    Task<std::vector<FlightListing>> listFlights() override {
+        note("listFlights");
+        co_return flights;
+    }
+
+    Task<> loadFlight(std::string path) override {
+        note("loadFlight " + path);
+        co_return;
+    }
+
+    Task<TrackSample> getTrackSample() override {
+        note("getTrackSample");
+        co_return sample;
+    }
+
+    Task<> moveToPreservingAgl(double latitude, double longitude) override {
+        note("moveToPreservingAgl " + std::to_string(latitude) + " " + std::to_string(longitude));
+        co_return;
+    }
+
+    Task<> applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) override {
+        note("applyAttitude " + std::to_string(pitchDeg) + " " + std::to_string(bankDeg) + " " +
+             std::to_string(iasKts) + " " + std::to_string(throttle));
+        co_return;
+    }
+
+    int count(const std::string& call) const {
+        return static_cast<int>(std::count(calls.begin(), calls.end(), call));
+    }
+
+  private:
+    void note(const std::string& call) {
+        calls.push_back(call);
+        const auto failure = failures.find(call.substr(0, call.find(' ')));
+        if (failure != failures.end()) throw std::runtime_error(failure->second);
+    }
+};
+
+} // namespace tarnly::test

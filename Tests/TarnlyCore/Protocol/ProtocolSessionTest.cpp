@@ -1,0 +1,298 @@
+#include "TarnlyCore/Protocol/ProtocolSession.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/FakeBackend.hpp"
+#include "Support/RunTask.hpp"
+#include "Support/VirtualClock.hpp"
+#include "TarnlyPlatform/JsonParser.hpp"
+
+namespace tarnly {
+namespace {
+
+using testing::ElementsAre;
+
+struct ProtocolSessionTest : testing::Test {
+    boost::asio::io_context io;
+    WorkerPool workers{1};
+    std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
+    std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
+    std::shared_ptr<ProtocolSession> session = newSession();
+
+    std::shared_ptr<ProtocolSession> newSession() {
+        return std::make_shared<ProtocolSession>(pairing, backend, workers);
+    }
+
+    std::optional<std::string> handle(std::string text) {
+        return test::runTask(io, session->handleMessage(std::move(text)));
+    }
+
+    std::string reply(std::string text) { return handle(std::move(text)).value_or("no reply"); }
+
+    std::optional<std::string> push() { return test::runTask(io, session->buildSubscriptionPush()); }
+
+    void pair() { ASSERT_TRUE(handle(R"({"type":"pair"})")); }
+
+    boost::json::value json(std::string text) { return parseJson(reply(std::move(text))); }
+};
+
+std::string error(const std::string& message, const std::string& reqId = "") {
+    return R"({"type":"error",)" + (reqId.empty() ? "" : R"("req_id":)" + reqId + ",") +
+           R"("data":{"message":")" + message + "\"}}";
+}
+
+// The pairing gate
+
+TEST_F(ProtocolSessionTest, AnUnpairedClientLearnsNothing) {
+    for (const char* text :
+         {R"({"type":"sim_info","req_id":3})", R"({"type":"no such type"})", "not JSON", "", "[]",
+          R"({"req_id":1})", R"({"type":7})", R"({"type":"pair","req_id":"x"})", "{}"}) {
+        EXPECT_FALSE(handle(text)) << text;
+        EXPECT_FALSE(session->isPaired());
+    }
+    EXPECT_TRUE(backend->calls.empty());
+}
+
+TEST_F(ProtocolSessionTest, PairingGivesAToken) {
+    const auto response = json(R"({"type":"pair","req_id":7})");
+    EXPECT_EQ(response.at("type"), "pair");
+    EXPECT_EQ(response.at("req_id"), 7);
+    EXPECT_EQ(response.at("data").at("accepted"), true);
+    const std::string token(response.at("data").at("session_token").as_string());
+    EXPECT_TRUE(pairing->isValidToken(token));
+    EXPECT_FALSE(response.at("data").as_object().contains("reason"));
+    EXPECT_TRUE(session->isPaired());
+}
+
+TEST_F(ProtocolSessionTest, PairParamsOfTheWrongKindAreNone) {
+    for (const char* params :
+         {"null", "7", "[]", "\"x\"", R"({"password":7})", R"({"password":null})", "{}"}) {
+        session = newSession();
+        EXPECT_EQ(json(std::string(R"({"type":"pair","params":)") + params + "}").at("data").at("accepted"),
+                  true)
+            << params;
+    }
+    pairing->setPassword("x");
+    session = newSession();
+    EXPECT_EQ(json(R"({"type":"pair","params":{"password":7}})").at("data").at("accepted"), false);
+}
+
+TEST_F(ProtocolSessionTest, ARefusalIsAReplyAndLeavesThingsAsTheyAre) {
+    pairing->setPassword("Secret");
+    const std::string refused =
+        R"({"type":"pair","req_id":1,"data":{"accepted":false,"reason":"incorrect password"}})";
+    EXPECT_EQ(reply(R"({"type":"pair","req_id":1,"params":{"password":"secret"}})"), refused);
+    EXPECT_FALSE(session->isPaired());
+    EXPECT_EQ(json(R"({"type":"pair","params":{"password":"Secret"}})").at("data").at("accepted"), true);
+    EXPECT_EQ(reply(R"({"type":"pair","req_id":1,"params":{"password":"no"}})"), refused);
+    EXPECT_TRUE(session->isPaired());
+}
+
+TEST_F(ProtocolSessionTest, PairingAgainReplacesTheToken) {
+    const auto first = json(R"({"type":"pair"})");
+    const auto second = json(R"({"type":"pair"})");
+    EXPECT_NE(first.at("data").at("session_token"), second.at("data").at("session_token"));
+}
+
+TEST_F(ProtocolSessionTest, ANewPasswordUnpairsNobody) {
+    pair();
+    pairing->setPassword("later");
+    EXPECT_EQ(json(R"({"type":"sim_info"})").at("type"), "sim_info");
+}
+
+// Decoding
+
+TEST_F(ProtocolSessionTest, RequestIdsAreEchoedExactly) {
+    pair();
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"7", "7"},
+        {"7.0", "7"},
+        {"1e2", "100"},
+        {"0", "0"},
+        {"-1", "-1"},
+        {"9223372036854775807", "9223372036854775807"},
+        {"-9223372036854775808", "-9223372036854775808"}};
+    for (const auto& [sent, echoed] : cases) {
+        EXPECT_EQ(
+            reply(R"({"type":"sim_info","req_id":)" + sent + "}"),
+            R"({"type":"sim_info","req_id":)" + echoed + R"(,"data":{"sim":"xplane","version":"unknown"}})");
+    }
+    const std::string without = R"({"type":"sim_info","data":{"sim":"xplane","version":"unknown"}})";
+    EXPECT_EQ(reply(R"({"type":"sim_info"})"), without);
+    EXPECT_EQ(reply(R"({"type":"sim_info","req_id":null})"), without);
+}
+
+TEST_F(ProtocolSessionTest, AnythingElseIsMalformed) {
+    pair();
+    const std::string deep = std::string(64, '[') + std::string(64, ']'); // within an object: 65 levels
+    for (const std::string& text :
+         {std::string("junk"), std::string(), std::string("[]"), std::string("\"pair\""), std::string("{}"),
+          std::string(R"({"type":null})"), std::string(R"({"type":"sim_info","req_id":7.5})"),
+          std::string(R"({"type":"sim_info","req_id":"7"})"),
+          std::string(R"({"type":"sim_info","req_id":true})"),
+          std::string(R"({"type":"sim_info","req_id":9223372036854775808})"),
+          std::string(R"({"type":"sim_info","x":1e400})"), std::string(R"({"type":"sim_info"} x)"),
+          std::string("\xEF\xBB\xBF"
+                      R"({"type":"sim_info"})"),
+          std::string(R"({"type":"sim_info","x":"\ud800"})"), R"({"type":"sim_info","x":)" + deep + "}"}) {
+        EXPECT_EQ(reply(text), error("malformed message")) << text;
+    }
+}
+
+TEST_F(ProtocolSessionTest, OfDuplicateKeysTheLastCounts) {
+    pair();
+    EXPECT_EQ(json(R"({"type":"x","req_id":1,"type":"sim_info","req_id":2})").at("req_id"), 2);
+}
+
+TEST_F(ProtocolSessionTest, ALongFrameIsAnsweredLikeAnyOther) {
+    const std::string padding(200000, 'x');
+    EXPECT_FALSE(handle(R"({"type":"sim_info","x":")" + padding + "\"}"));
+    EXPECT_EQ(json(R"({"type":"pair","req_id":1,"x":")" + padding + "\"}").at("req_id"), 1);
+    EXPECT_EQ(reply(R"({"type":"sim_info","x":")" + padding), error("malformed message"));
+}
+
+TEST_F(ProtocolSessionTest, AnUnknownTypeIsNamedAsReceived) {
+    pair();
+    EXPECT_EQ(reply(R"({"type":"after\"x\n","req_id":2})"),
+              error(R"(unknown message type: after\"x\n)", "2"));
+    EXPECT_EQ(reply(R"({"type":"Sim_Info"})"), error("unknown message type: Sim_Info"));
+}
+
+// Requests
+
+TEST_F(ProtocolSessionTest, MissingParamsAreNamed) {
+    pair();
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"load_flight", "load_flight requires a path"},
+        {"dataref_subscribe_values", "dataref_subscribe_values requires a datarefs array"},
+        {"dataref_set_values", "dataref_set_values requires a datarefs array"},
+        {"run_command", "run_command requires a name"},
+        {"move_to_preserving_agl", "move_to_preserving_agl requires lat/lon"},
+        {"apply_attitude", "apply_attitude requires pitch/bank/ias/throttle"}};
+    for (const auto& [type, complaint] : cases) {
+        for (const char* params :
+             {"", R"(,"params":null)", R"(,"params":[])", R"(,"params":{})", R"(,"params":"x")"}) {
+            const auto response = json(R"({"type":")" + type + R"(","req_id":9)" + params + "}");
+            EXPECT_EQ(response.at("type"), "error") << type << params;
+            EXPECT_EQ(response.at("req_id"), 9);
+            const std::string message(response.at("data").at("message").as_string());
+            EXPECT_EQ(message, "missingParams(\"" + complaint + "\")");
+        }
+    }
+    EXPECT_TRUE(backend->calls.empty());
+}
+
+TEST_F(ProtocolSessionTest, RequestsReachTheSimulator) {
+    pair();
+    const std::string ok = R"("data":{"ok":true}})";
+    EXPECT_EQ(reply(R"({"type":"load_flight","params":{"path":"/a.sit"}})"),
+              R"({"type":"load_flight",)" + ok);
+    EXPECT_EQ(reply(R"({"type":"run_command","req_id":1,"params":{"name":"sim/x"}})"),
+              R"({"type":"run_command","req_id":1,)" + ok);
+    EXPECT_EQ(reply(R"({"type":"move_to_preserving_agl","params":{"lat":47,"lon":8.5}})"),
+              R"({"type":"move_to_preserving_agl",)" + ok);
+    EXPECT_EQ(
+        reply(
+            R"({"type":"apply_attitude","params":{"pitch_deg":5,"bank_deg":-10,"ias_kts":90,"throttle":0.5}})"),
+        R"({"type":"apply_attitude",)" + ok);
+    EXPECT_EQ(
+        reply(
+            R"({"type":"dataref_set_values","params":{"datarefs":)"
+            R"([{"name":"a","value":1},{"name":"b","value":2,"index":0},{"name":"c","value":3,"index":null}]}})"),
+        R"({"type":"dataref_set_values",)" + ok);
+    EXPECT_THAT(backend->calls,
+                ElementsAre("loadFlight /a.sit", "runCommand sim/x", "moveToPreservingAgl 47.000000 8.500000",
+                            "applyAttitude 5.000000 -10.000000 90.000000 0.500000", "setDataref a 1.000000",
+                            "setDataref b[0] 2.000000", "setDataref c 3.000000"));
+}
+
+TEST_F(ProtocolSessionTest, FlightsAreListed) {
+    pair();
+    backend->flights.push_back(
+        {"Pattern 1", "/s/Pattern 1.sit", Date{std::chrono::sys_days(std::chrono::days(11324))}});
+    EXPECT_EQ(reply(R"({"type":"list_flights","req_id":4})"),
+              R"({"type":"list_flights","req_id":4,"data":{"flights":)"
+              R"([{"name":"Pattern 1","path":"\/s\/Pattern 1.sit","modified_at":86400}]}})");
+}
+
+TEST_F(ProtocolSessionTest, TheFirstFailingWriteStopsTheRest) {
+    pair();
+    backend->failures["setDataref"] = "unknownDataref(\"a\")";
+    EXPECT_EQ(
+        reply(
+            R"({"type":"dataref_set_values","params":{"datarefs":[{"name":"a","value":1},{"name":"b","value":2}]}})"),
+        error(R"(unknownDataref(\"a\"))"));
+    EXPECT_THAT(backend->calls, ElementsAre("setDataref a 1.000000"));
+}
+
+TEST_F(ProtocolSessionTest, AFailureOfTheSimulatorIsOneErrorReply) {
+    pair();
+    backend->failures["listFlights"] = "situationsDirectoryNotConfigured";
+    EXPECT_EQ(reply(R"({"type":"list_flights","req_id":5})"), error("situationsDirectoryNotConfigured", "5"));
+    EXPECT_EQ(json(R"({"type":"sim_info"})").at("type"), "sim_info");
+}
+
+// Subscriptions
+
+TEST_F(ProtocolSessionTest, SubscribingAnswersThePresentValues) {
+    pair();
+    backend->datarefs = {{"b", 2.5}, {"a", 1}};
+    EXPECT_EQ(reply(R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":)"
+                    R"([{"name":"b"},{"name":"a"},{"name":"b"}]}})"),
+              R"({"type":"dataref_subscribe_values","req_id":1,"data":{"a":1,"b":2.5}})");
+    EXPECT_THAT(backend->calls, ElementsAre("getDataref b", "getDataref a", "getDataref b"));
+    EXPECT_EQ(push(), R"({"type":"dataref_subscribe_values","data":{"a":1,"b":2.5}})");
+}
+
+TEST_F(ProtocolSessionTest, AnEmptySubscriptionIsAnEmptyObject) {
+    pair();
+    EXPECT_EQ(reply(R"({"type":"dataref_subscribe_values","params":{"datarefs":[]}})"),
+              R"({"type":"dataref_subscribe_values","data":{}})");
+    EXPECT_FALSE(push());
+}
+
+TEST_F(ProtocolSessionTest, AFailedNameStaysSubscribedAndCostsThePushes) {
+    pair();
+    backend->datarefs = {{"good", 1}, {"later", 3}};
+    EXPECT_EQ(reply(R"({"type":"dataref_subscribe_values","params":{"datarefs":)"
+                    R"([{"name":"good"},{"name":"bad"},{"name":"later"}]}})"),
+              error(R"(timeout(\"bad\"))"));
+    EXPECT_THAT(backend->calls, ElementsAre("getDataref good", "getDataref bad"));
+    EXPECT_THROW(push(), std::runtime_error);
+    backend->datarefs["bad"] = 2;
+    EXPECT_EQ(push(), R"({"type":"dataref_subscribe_values","data":{"bad":2,"good":1,"later":3}})");
+}
+
+TEST_F(ProtocolSessionTest, AValueThatHasNoJsonFormFailsTheEncoding) {
+    pair();
+    backend->datarefs["a"] = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(reply(R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":[{"name":"a"}]}})"),
+              failedToEncodeResponse);
+    EXPECT_EQ(push(), failedToEncodeResponse);
+}
+
+TEST_F(ProtocolSessionTest, APushCanBeBuiltWhileARequestWaits) {
+    pair();
+    test::VirtualClock clock;
+    backend->datarefs["a"] = 1;
+    session->addSubscriptions({"a"});
+    backend->clock = &clock;
+    std::optional<std::string> late;
+    boost::asio::co_spawn(
+        io,
+        session->handleMessage(
+            R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})"),
+        [&](const std::exception_ptr&, std::optional<std::string> text) { late = std::move(text); });
+    clock.settle(io);
+    EXPECT_EQ(clock.sleeping(), 1U);
+    EXPECT_FALSE(late);
+    backend->datarefs["missing"] = 2; // the waiting request takes it up when it looks again
+    EXPECT_EQ(clock.run(io, session->buildSubscriptionPush()),
+              R"({"type":"dataref_subscribe_values","data":{"a":1,"missing":2}})");
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_EQ(late, R"({"type":"dataref_subscribe_values","data":{"missing":2}})");
+}
+
+} // namespace
+} // namespace tarnly
