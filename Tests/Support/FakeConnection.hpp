@@ -1,0 +1,95 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "TarnlyPlatform/Event.hpp"
+#include "TarnlyPlatform/WebSocketConnection.hpp"
+
+namespace tarnly::test {
+
+/// A connection whose peer is the test.
+class FakeConnection final : public WebSocketConnection {
+  public:
+    struct Sent {
+        std::string text;
+        Kind kind;
+        bool operator==(const Sent&) const = default;
+    };
+
+    explicit FakeConnection(boost::asio::any_io_executor executor) : changed_(std::move(executor)) {}
+
+    // The peer's side
+
+    std::vector<Sent> sent;
+    std::size_t backlogBytes = 0;
+    std::size_t messageLimit = 0;
+    bool isCancelled = false;
+    /// While false, what is sent stays in the queue.
+    bool isRead = true;
+
+    void deliver(std::string text) { push({Opcode::text, std::move(text)}); }
+    void deliverBinary() { push({Opcode::binary, {}}); }
+    void close() {
+        hasEnded_ = true;
+        changed_.notifyAll();
+    }
+    void readOn() {
+        isRead = true;
+        changed_.notifyAll();
+    }
+    std::vector<std::string> texts(Kind kind) const {
+        std::vector<std::string> result;
+        for (const auto& message : sent) {
+            if (message.kind == kind) result.push_back(message.text);
+        }
+        return result;
+    }
+    std::size_t waitingMessages() const { return incoming_.size(); }
+
+    // WebSocketConnection
+
+    Task<std::optional<Message>> receive() override {
+        while (incoming_.empty() && !hasEnded_) {
+            co_await changed_.wait();
+        }
+        if (incoming_.empty()) co_return std::nullopt;
+        auto message = std::move(incoming_.front());
+        incoming_.pop_front();
+        co_return message;
+    }
+
+    void send(std::string text, Kind kind) override {
+        if (!hasEnded_) sent.push_back({std::move(text), kind});
+    }
+
+    Task<> drained() override {
+        while (!isRead && !hasEnded_) {
+            co_await changed_.wait();
+        }
+        if (hasEnded_) throw NetworkError(NetworkError::Case::connectionClosed, "gone");
+    }
+
+    std::size_t backlog() const override { return backlogBytes; }
+    void setMessageLimit(std::size_t bytes) override { messageLimit = bytes; }
+    void cancel() override {
+        isCancelled = true;
+        close();
+    }
+    std::optional<NetworkError> failure() const override { return std::nullopt; }
+
+  private:
+    void push(Message message) {
+        incoming_.push_back(std::move(message));
+        changed_.notifyAll();
+    }
+
+    std::deque<Message> incoming_;
+    bool hasEnded_ = false;
+    Event changed_;
+};
+
+} // namespace tarnly::test

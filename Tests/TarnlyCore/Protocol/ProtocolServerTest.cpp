@@ -1,0 +1,218 @@
+#include "TarnlyCore/Protocol/ProtocolServer.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/FakeBackend.hpp"
+#include "Support/FakeConnection.hpp"
+#include "Support/VirtualClock.hpp"
+
+namespace tarnly {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Kind = WebSocketConnection::Kind;
+
+struct ProtocolServerTest : testing::Test {
+    boost::asio::io_context io;
+    test::VirtualClock clock;
+    WorkerPool workers{1};
+    std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
+    std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
+    std::vector<std::shared_ptr<ProtocolSession>> sessions;
+    std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
+        sessions.push_back(std::make_shared<ProtocolSession>(pairing, backend, workers));
+        return sessions.back();
+    });
+
+    std::shared_ptr<test::FakeConnection> connect() {
+        auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
+        server->accept(connection);
+        settle();
+        return connection;
+    }
+
+    std::shared_ptr<test::FakeConnection> connectPaired() {
+        auto connection = connect();
+        connection->deliver(R"({"type":"pair"})");
+        settle();
+        connection->sent.clear();
+        return connection;
+    }
+
+    /// Subscribes the youngest session to a dataref.
+    void subscribe(const std::string& name) { sessions.back()->addSubscriptions({name}); }
+
+    void broadcast() {
+        server->broadcast([](const auto& session) { return session->buildSubscriptionPush(); });
+        settle();
+    }
+
+    void settle() { clock.settle(io); }
+};
+
+TEST_F(ProtocolServerTest, AnswersEachTextMessage) {
+    const auto connection = connectPaired();
+    connection->deliver(R"({"type":"sim_info","req_id":1})");
+    connection->deliver(R"({"type":"x","req_id":2})");
+    settle();
+    EXPECT_THAT(connection->texts(Kind::reply),
+                ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
+}
+
+TEST_F(ProtocolServerTest, BinaryMessagesAreDroppedWithoutAnAnswer) {
+    const auto connection = connectPaired();
+    connection->deliverBinary();
+    connection->deliver(R"({"type":"sim_info"})");
+    settle();
+    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(1));
+    EXPECT_FALSE(connection->isCancelled);
+}
+
+TEST_F(ProtocolServerTest, AnAbsentAnswerClosesThatConnectionAlone) {
+    const auto stranger = connect();
+    const auto other = connectPaired();
+    stranger->deliver(R"({"type":"sim_info"})");
+    settle();
+    EXPECT_TRUE(stranger->isCancelled);
+    EXPECT_THAT(stranger->sent, IsEmpty());
+    EXPECT_EQ(server->connectionCount(), 1U);
+    other->deliver(R"({"type":"sim_info"})");
+    settle();
+    EXPECT_THAT(other->texts(Kind::reply), SizeIs(1));
+}
+
+TEST_F(ProtocolServerTest, AConnectionThatEndsLeavesTheTable) {
+    const auto connection = connectPaired();
+    EXPECT_EQ(server->connectionCount(), 1U);
+    connection->close();
+    settle();
+    EXPECT_EQ(server->connectionCount(), 0U);
+    subscribe("a");
+    broadcast();
+    EXPECT_THAT(connection->sent, IsEmpty());
+}
+
+TEST_F(ProtocolServerTest, TheNextRequestWaitsUntilTheAnswerHasLeft) {
+    const auto connection = connectPaired();
+    connection->isRead = false;
+    connection->deliver(R"({"type":"sim_info","req_id":1})");
+    connection->deliver(R"({"type":"sim_info","req_id":2})");
+    settle();
+    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(1));
+    EXPECT_EQ(connection->waitingMessages(), 1U);
+    connection->readOn();
+    settle();
+    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(2));
+}
+
+TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {
+    backend->clock = &clock;
+    const auto slow = connectPaired();
+    const auto quick = connectPaired();
+    slow->deliver(R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})");
+    quick->deliver(R"({"type":"sim_info"})");
+    settle();
+    EXPECT_THAT(slow->sent, IsEmpty());
+    EXPECT_THAT(quick->sent, SizeIs(1));
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_THAT(slow->texts(Kind::reply), ElementsAre(HasSubstr("timeout")));
+}
+
+TEST_F(ProtocolServerTest, AStrangersMessagesAreLimitedUntilItPairs) {
+    const auto connection = connect();
+    EXPECT_EQ(connection->messageLimit, 1024U * 1024);
+    connection->deliver(R"({"type":"pair"})");
+    settle();
+    EXPECT_GE(connection->messageLimit, 24U * 1024 * 1024);
+}
+
+TEST_F(ProtocolServerTest, BroadcastReachesPairedSessionsOnly) {
+    backend->datarefs["a"] = 1;
+    const auto stranger = connect();
+    subscribe("a");
+    const auto paired = connectPaired();
+    subscribe("a");
+    const auto idle = connectPaired();
+    broadcast();
+    EXPECT_THAT(stranger->sent, IsEmpty());
+    EXPECT_THAT(paired->texts(Kind::unsolicited),
+                ElementsAre(R"({"type":"dataref_subscribe_values","data":{"a":1}})"));
+    EXPECT_THAT(idle->sent, IsEmpty());
+}
+
+TEST_F(ProtocolServerTest, BroadcastToNobodyDoesNothing) {
+    broadcast();
+    EXPECT_EQ(server->connectionCount(), 0U);
+}
+
+TEST_F(ProtocolServerTest, AFailingBuildCostsThatSessionItsMessageAlone) {
+    backend->datarefs["a"] = 1;
+    const auto failing = connectPaired();
+    subscribe("missing");
+    const auto other = connectPaired();
+    subscribe("a");
+    broadcast();
+    EXPECT_THAT(failing->sent, IsEmpty());
+    EXPECT_THAT(other->sent, SizeIs(1));
+    backend->datarefs["missing"] = 2;
+    broadcast();
+    EXPECT_THAT(failing->sent, SizeIs(1));
+}
+
+TEST_F(ProtocolServerTest, ASessionThatWaitsDelaysNobodyAndHasOneMessageUnderWay) {
+    backend->clock = &clock;
+    backend->datarefs["a"] = 1;
+    const auto waiting = connectPaired();
+    subscribe("missing");
+    const auto other = connectPaired();
+    subscribe("a");
+    broadcast();
+    broadcast();
+    EXPECT_THAT(other->sent, SizeIs(2));
+    EXPECT_EQ(clock.sleeping(), 1U);
+    EXPECT_EQ(backend->count("getDataref missing"), 1);
+    backend->datarefs["missing"] = 2;
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_THAT(waiting->sent, SizeIs(1));
+    broadcast();
+    EXPECT_THAT(waiting->sent, SizeIs(2));
+}
+
+TEST_F(ProtocolServerTest, APeerThatIsBehindIsPassedOverUntilItHasCaughtUp) {
+    backend->datarefs["a"] = 1;
+    const auto behind = connectPaired();
+    subscribe("a");
+    behind->backlogBytes = 1024 * 1024;
+    broadcast();
+    EXPECT_THAT(behind->sent, IsEmpty());
+    behind->backlogBytes = 0;
+    broadcast();
+    EXPECT_THAT(behind->sent, SizeIs(1));
+}
+
+TEST_F(ProtocolServerTest, CancelAllEndsEveryConnection) {
+    const auto first = connectPaired();
+    const auto second = connect();
+    server->cancelAll();
+    settle();
+    EXPECT_TRUE(first->isCancelled);
+    EXPECT_TRUE(second->isCancelled);
+    EXPECT_EQ(server->connectionCount(), 0U);
+}
+
+TEST_F(ProtocolServerTest, ASessionEndsWithItsConnection) {
+    const auto connection = connectPaired();
+    const std::weak_ptr<ProtocolSession> session = sessions.back();
+    sessions.clear();
+    EXPECT_FALSE(session.expired());
+    connection->close();
+    settle();
+    EXPECT_TRUE(session.expired());
+}
+
+} // namespace
+} // namespace tarnly
