@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tarnly {
+
+/// What is published by DNS-SD (RFC 6763).
+struct PublishedService {
+    /// The instance name, UTF-8, not empty; cut to the 63 bytes that DNS allows.
+    std::string name;
+    /// For example "_http._tcp".
+    std::string type;
+    std::uint16_t port = 0;
+    /// Keys and values in the order in which they are published.
+    std::vector<std::pair<std::string, std::string>> txt;
+};
+
+/// Publishes one service through the system's DNS-SD daemon for as long as it lives.
+///
+/// It finds its way through any start order: without a daemon, or even a system bus, it waits for one, after
+/// a restart of either it publishes again. A name that another service has is replaced by the next free one:
+/// "rig", "rig (2)", "rig (3)". All talk with the daemon happens on a thread of its own, so that a daemon
+/// that hangs stops nobody.
+class ServicePublisher {
+  public:
+    /// Throws `std::system_error` when the system lends no thread or file descriptor.
+    explicit ServicePublisher(PublishedService service);
+
+    ServicePublisher(const ServicePublisher&) = delete;
+    ServicePublisher& operator=(const ServicePublisher&) = delete;
+
+    /// Withdraws the service. Waits for the daemon's word for half a second at most.
+    ~ServicePublisher();
+
+    /// The name under which the service stands now; empty while it is not published. Safe from any thread.
+    std::string publishedName() const;
+
+  private:
+    class Worker;
+    /// Shared with the thread, which outlives the publisher when the daemon hangs.
+    std::shared_ptr<Worker> worker_;
+    std::thread thread_; // depends-on: worker_
+};
+
+} // namespace tarnly
