@@ -1,0 +1,49 @@
+#include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
+
+#include <utility>
+
+namespace tarnly {
+
+BonjourAdvertiserError BonjourAdvertiserError::alreadyStarted() {
+    return BonjourAdvertiserError("alreadyStarted");
+}
+
+BonjourAdvertiser::BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish)
+    : executor_(std::move(executor)), publish_(std::move(publish)) {}
+
+Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
+    if (listener_) throw BonjourAdvertiserError::alreadyStarted();
+    if (!onNewConnection) {
+        onNewConnection = [](const std::shared_ptr<WebSocketConnection>& connection) {
+            connection->cancel();
+        };
+    }
+    WebSocketListener::Options options;
+    options.port = service.port;
+    listener_ =
+        std::make_unique<WebSocketListener>(executor_, std::move(options), std::move(onNewConnection));
+    const auto port = listener_->port();
+    advertisedPort_.with([&](auto& advertised) { advertised = port; });
+    if (publish_) {
+        PublishedService published{std::move(service.instanceName), std::string(serviceType), port, {}};
+        published.txt.emplace_back("sim", std::move(service.simKind));
+        published.txt.emplace_back("ver", std::move(service.appVersion));
+        published.txt.emplace_back("pairing", service.pairingRequired ? "required" : "open");
+        publication_ = publish_(std::move(published));
+    }
+    co_return;
+}
+
+void BonjourAdvertiser::stop() {
+    publication_.reset();
+    listener_.reset();
+    advertisedPort_.with([](auto& advertised) { advertised.reset(); });
+}
+
+std::optional<std::uint16_t> BonjourAdvertiser::advertisedPort() const { return advertisedPort_.copy(); }
+
+BonjourAdvertiser::Publication publishBySystemDaemon(PublishedService service) {
+    return std::make_shared<ServicePublisher>(std::move(service));
+}
+
+} // namespace tarnly

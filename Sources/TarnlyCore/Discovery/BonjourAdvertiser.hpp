@@ -1,0 +1,74 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/ServicePublisher.hpp"
+#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/WebSocketListener.hpp"
+
+namespace tarnly {
+
+class BonjourAdvertiserError : public std::runtime_error {
+  public:
+    static BonjourAdvertiserError alreadyStarted();
+
+  private:
+    using std::runtime_error::runtime_error;
+};
+
+/// Owns the companion's one listening port and publishes it by DNS-SD, so that clients find it without
+/// configuration.
+///
+/// Belongs to the network thread; `advertisedPort` is safe from any thread.
+class BonjourAdvertiser {
+  public:
+    static constexpr std::string_view serviceType = "_tarnly._tcp";
+
+    /// What keeps a service published for as long as it lives.
+    using Publication = std::shared_ptr<void>;
+    using Publish = std::function<Publication(PublishedService)>;
+
+    struct Service {
+        std::string instanceName;
+        /// 0: a free port that the system chooses.
+        std::uint16_t port = 0;
+        std::string simKind;
+        std::string appVersion;
+        bool pairingRequired = false;
+    };
+
+    /// Without `publish` the companion listens and tells nobody.
+    BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish);
+
+    /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when there
+    /// is no `onNewConnection`. Throws `BonjourAdvertiserError::alreadyStarted`, or the `NetworkError` of a
+    /// listener that cannot be made.
+    Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection);
+
+    /// Withdraws the service and closes the port; connections that were handed over live on. May be started
+    /// again.
+    void stop();
+
+    /// Absent until started and after `stop`.
+    std::optional<std::uint16_t> advertisedPort() const;
+
+  private:
+    const boost::asio::any_io_executor executor_;
+    const Publish publish_;
+    std::unique_ptr<WebSocketListener> listener_;
+    Publication publication_;
+    Guarded<std::optional<std::uint16_t>> advertisedPort_;
+};
+
+/// Publishes through the system's DNS-SD daemon.
+BonjourAdvertiser::Publication publishBySystemDaemon(PublishedService service);
+
+} // namespace tarnly

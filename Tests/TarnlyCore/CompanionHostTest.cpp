@@ -1,0 +1,107 @@
+#include "TarnlyCore/CompanionHost.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/FakeBackend.hpp"
+#include "Support/RunTask.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+
+namespace tarnly {
+namespace {
+
+using Kind = WebSocketConnection::Kind;
+
+struct CompanionHostTest : testing::Test {
+    boost::asio::io_context io;
+    WorkerPool workers{1};
+    SystemClock clock;
+    std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
+    std::vector<PublishedService> published;
+
+    std::unique_ptr<CompanionHost> newHost(std::optional<std::string> password = std::nullopt) {
+        CompanionHost::Options options;
+        options.publish = [this](PublishedService service) {
+            published.push_back(std::move(service));
+            return nullptr;
+        };
+        const CompanionHost::Identity identity{"rig42", "xplane", "0.1"};
+        return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend, identity,
+                                               std::move(password), std::move(options));
+    }
+
+    void start(CompanionHost& host) { test::runTask(io, host.start()); }
+};
+
+std::string pairingText(const PublishedService& service) { return service.txt.at(2).second; }
+
+TEST_F(CompanionHostTest, AnEmptyPasswordLeavesPairingOpen) {
+    const auto host = newHost("");
+    start(*host);
+    EXPECT_EQ(pairingText(published.at(0)), "open");
+    EXPECT_TRUE(host->advertiser().advertisedPort());
+    host->stop();
+    EXPECT_FALSE(host->advertiser().advertisedPort());
+}
+
+TEST_F(CompanionHostTest, APasswordIsRequired) {
+    const auto host = newHost("x");
+    start(*host);
+    EXPECT_EQ(pairingText(published.at(0)), "required");
+    host->stop();
+}
+
+TEST_F(CompanionHostTest, StartingTwiceFailsAndLeavesTheFirst) {
+    const auto host = newHost();
+    start(*host);
+    const auto port = host->advertiser().advertisedPort();
+    try {
+        start(*host);
+        FAIL() << "started twice";
+    } catch (const CompanionHostError& error) {
+        EXPECT_STREQ(error.what(), "alreadyStarted");
+    }
+    EXPECT_EQ(host->advertiser().advertisedPort(), port);
+    host->stop();
+}
+
+TEST_F(CompanionHostTest, StoppingAHostThatNeverStartedIsHarmless) {
+    const auto host = newHost();
+    host->stop();
+    host->stop();
+    EXPECT_FALSE(host->advertiser().advertisedPort());
+}
+
+Task<std::vector<std::string>> pairSubscribeAndListen(boost::asio::io_context& io, CompanionHost& host) {
+    const Endpoint endpoint{"127.0.0.1", *host.advertiser().advertisedPort()};
+    const auto client = openWebSocket(io.get_executor(), endpoint, "/");
+    client->send(R"({"type":"pair"})", Kind::reply);
+    client->send(R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":[{"name":"a"}]}})",
+                 Kind::reply);
+    std::vector<std::string> texts;
+    for (int i = 0; i < 4; ++i) {
+        auto message = co_await client->receive();
+        if (!message) break;
+        texts.push_back(std::move(message->content));
+    }
+    host.stop();
+    const auto afterStop = co_await client->receive();
+    EXPECT_FALSE(afterStop);
+    co_return texts;
+}
+
+TEST_F(CompanionHostTest, AClientGetsAnswersAndPushesUntilTheHostStops) {
+    backend->datarefs["a"] = 4.5;
+    const auto host = newHost();
+    start(*host);
+    const auto texts = test::runTask(io, pairSubscribeAndListen(io, *host));
+    const std::string push = R"({"type":"dataref_subscribe_values","data":{"a":4.5}})";
+    ASSERT_EQ(texts.size(), 4U);
+    EXPECT_THAT(texts[0], testing::HasSubstr("\"accepted\":true"));
+    EXPECT_EQ(texts[1], R"({"type":"dataref_subscribe_values","req_id":1,"data":{"a":4.5}})");
+    EXPECT_EQ(texts[2], push);
+    EXPECT_EQ(texts[3], push);
+}
+
+} // namespace
+} // namespace tarnly

@@ -1,0 +1,94 @@
+#include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/RunTask.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+
+namespace tarnly {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+struct BonjourAdvertiserTest : testing::Test {
+    boost::asio::io_context io;
+    std::vector<PublishedService> published;
+    std::weak_ptr<int> publication;
+    BonjourAdvertiser advertiser{io.get_executor(), [this](PublishedService service) {
+                                     published.push_back(std::move(service));
+                                     auto token = std::make_shared<int>();
+                                     publication = token;
+                                     return token;
+                                 }};
+
+    void start(BonjourAdvertiser::Service service, WebSocketListener::ConnectionHandler handler = {}) {
+        test::runTask(io, advertiser.start(std::move(service), std::move(handler)));
+    }
+};
+
+TEST_F(BonjourAdvertiserTest, PublishesThePortWithThreeKeys) {
+    start({"rig42", 0, "xplane", "0.1", true});
+    ASSERT_EQ(published.size(), 1U);
+    const auto port = advertiser.advertisedPort();
+    ASSERT_TRUE(port);
+    EXPECT_NE(*port, 0);
+    EXPECT_EQ(published[0].port, *port);
+    EXPECT_EQ(published[0].name, "rig42");
+    EXPECT_EQ(published[0].type, "_tarnly._tcp");
+    EXPECT_THAT(published[0].txt,
+                ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "required")));
+}
+
+TEST_F(BonjourAdvertiserTest, OpenPairingIsTold) {
+    start({"rig42", 0, "xplane", "0.1", false});
+    EXPECT_THAT(published.at(0).txt,
+                ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "open")));
+}
+
+TEST_F(BonjourAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
+    start({"rig42", 0, "xplane", "0.1", false});
+    EXPECT_FALSE(publication.expired());
+    advertiser.stop();
+    advertiser.stop();
+    EXPECT_TRUE(publication.expired());
+    EXPECT_FALSE(advertiser.advertisedPort());
+    start({"rig42", 0, "xplane", "0.1", false});
+    EXPECT_TRUE(advertiser.advertisedPort());
+}
+
+TEST_F(BonjourAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
+    start({"rig42", 0, "xplane", "0.1", false});
+    const auto port = advertiser.advertisedPort();
+    try {
+        start({"rig43", 0, "xplane", "0.1", false});
+        FAIL() << "started twice";
+    } catch (const BonjourAdvertiserError& error) {
+        EXPECT_STREQ(error.what(), "alreadyStarted");
+    }
+    EXPECT_EQ(advertiser.advertisedPort(), port);
+    EXPECT_EQ(published.size(), 1U);
+}
+
+TEST_F(BonjourAdvertiserTest, APortInUseFailsAndPublishesNothing) {
+    start({"rig42", 0, "xplane", "0.1", false});
+    BonjourAdvertiser second(io.get_executor(), nullptr);
+    BonjourAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
+    EXPECT_THROW(test::runTask(io, second.start(service, {})), NetworkError);
+    EXPECT_FALSE(second.advertisedPort());
+}
+
+Task<bool> isClosedAtOnce(boost::asio::io_context& io, std::uint16_t port) {
+    const auto client = openWebSocket(io.get_executor(), {"127.0.0.1", port}, "/");
+    const auto message = co_await client->receive();
+    co_return !message;
+}
+
+TEST_F(BonjourAdvertiserTest, WithoutAHandlerConnectionsAreClosedAtOnce) {
+    start({"rig42", 0, "xplane", "0.1", false});
+    EXPECT_TRUE(test::runTask(io, isClosedAtOnce(io, *advertiser.advertisedPort())));
+}
+
+} // namespace
+} // namespace tarnly
