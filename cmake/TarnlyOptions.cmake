@@ -2,7 +2,7 @@
 find_package(Threads REQUIRED)
 
 add_library(tarnly_options INTERFACE)
-target_compile_options(tarnly_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_compile_options(tarnly_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -ffp-contract=off)
 target_include_directories(tarnly_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 target_compile_definitions(tarnly_options INTERFACE TARNLY_VERSION="${PROJECT_VERSION}")
 target_link_libraries(tarnly_options INTERFACE Threads::Threads)
@@ -11,4 +11,7 @@ if(TARNLY_SANITIZE)
     # Third-party code that we compile ourselves is instrumented too, so that the sanitizer sees both sides.
     add_compile_options(-fsanitize=${TARNLY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TARNLY_SANITIZE})
+    if(TARNLY_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        add_compile_options(-Wno-tsan) # Asio has fences, which this sanitizer does not follow
+    endif()
 endif()
