@@ -1,0 +1,39 @@
+#include "TarnlyXPlane/NetworkTransport.hpp"
+
+#include <utility>
+
+#include "TarnlyPlatform/DatagramSocket.hpp"
+#include "TarnlyPlatform/HttpClient.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+
+namespace tarnly {
+namespace {
+
+class NetworkTransport final : public XPlaneTransport {
+  public:
+    explicit NetworkTransport(boost::asio::any_io_executor executor) : executor_(std::move(executor)) {}
+
+    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
+                             std::chrono::milliseconds timeout) override {
+        return fetchHttp(std::move(endpoint), std::move(request), timeout);
+    }
+
+    std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) override {
+        return tarnly::openWebSocket(executor_, std::move(endpoint), std::move(target));
+    }
+
+    Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) override {
+        return tarnly::sendDatagram(std::move(endpoint), std::move(bytes));
+    }
+
+  private:
+    boost::asio::any_io_executor executor_;
+};
+
+} // namespace
+
+std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor) {
+    return std::make_shared<NetworkTransport>(std::move(executor));
+}
+
+} // namespace tarnly

@@ -1,0 +1,57 @@
+#include "TarnlyXPlane/SituationFiles.hpp"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+
+#include "TarnlyPlatform/Text.hpp"
+
+namespace tarnly {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Of a link its own date, so that one that leads nowhere does not spoil the listing.
+Date modificationDate(const fs::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0)
+        throw fs::filesystem_error("cannot read attributes", path,
+                                   std::error_code(errno, std::generic_category()));
+    const auto sinceEpoch =
+        std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    return {std::chrono::sys_time<std::chrono::nanoseconds>(sinceEpoch)};
+}
+
+FlightListing listing(const fs::path& path) {
+    return {wellFormedUtf8(path.stem().string()), wellFormedUtf8(fs::absolute(path).string()),
+            modificationDate(path)};
+}
+
+} // namespace
+
+std::vector<FlightListing> listSituations(const std::string& directory) {
+    std::vector<FlightListing> found;
+    if (!situationExists(directory)) return found;
+    for (const auto& entry : fs::directory_iterator(directory)) {
+        if (entry.path().extension() == ".sit") found.push_back(listing(entry.path()));
+    }
+    return found;
+}
+
+bool situationExists(const std::string& path) {
+    // The system would look at what stands before the NUL.
+    if (path.find('\0') != std::string::npos) return false;
+    std::error_code unreachable;
+    return fs::exists(path, unreachable);
+}
+
+std::string relativeSituationPath(const std::string& path) {
+    const auto end = path.find_last_not_of('/');
+    const fs::path file(path.substr(0, end + 1));
+    return "Output/situations/" + file.stem().string() + ".sit";
+}
+
+} // namespace tarnly

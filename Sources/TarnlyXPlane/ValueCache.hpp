@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyXPlane/DatarefUpdate.hpp"
+
+namespace tarnly {
+
+/// The last values that the simulator sent, by dataref id; nothing is ever removed. Safe from any thread.
+///
+/// Scalars and arrays are apart: an element of an array never passes for a scalar.
+class ValueCache {
+  public:
+    void apply(DatarefUpdate update);
+
+    std::optional<double> scalar(std::int64_t id) const;
+    std::optional<std::vector<double>> array(std::int64_t id) const;
+
+    /// Absent also when the array has no such element.
+    std::optional<double> element(std::int64_t id, std::int64_t index) const;
+
+    /// Whether any of `ids` has a value of either kind.
+    bool hasAny(std::span<const std::int64_t> ids) const;
+
+  private:
+    struct Values {
+        std::unordered_map<std::int64_t, double> latestValues;
+        std::unordered_map<std::int64_t, std::vector<double>> latestArrayValues;
+    };
+
+    Guarded<Values> values_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,155 @@
+#include "TarnlyXPlane/WebApiLink.hpp"
+
+#include <algorithm>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <concepts>
+#include <cstdlib>
+#include <exception>
+#include <type_traits>
+#include <utility>
+
+namespace tarnly {
+namespace {
+
+constexpr std::string_view apiPath = "/api/v2";
+constexpr std::chrono::seconds requestTimeout(60);
+/// Longer texts would keep the network thread busy for a millisecond or more.
+constexpr std::size_t longText = 64 * 1024;
+
+bool standsInURL(std::string_view host) {
+    constexpr std::string_view forbidden = " \"#/<>?@[\\]^`{|}\x7F";
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    return !host.empty() && host.find_first_of(forbidden) == host.npos &&
+           std::ranges::none_of(host, isControl);
+}
+
+/// Runs `parse`, which reads a text of `size` bytes, where it disturbs nobody.
+template <std::invocable Parse>
+Task<std::invoke_result_t<Parse>> runFor(std::size_t size, WorkerPool& workers, Parse parse) {
+    if (size <= longText) co_return parse();
+    auto result = co_await workers.run(std::move(parse));
+    co_return result;
+}
+
+NetworkError invalidCatalog(const std::string& url, unsigned status, const char* reason) {
+    const auto shownStatus = status == 200 ? std::string() : "HTTP status " + std::to_string(status) + ": ";
+    return {NetworkError::Case::invalidResponse, url + ": " + shownStatus + reason};
+}
+
+} // namespace
+
+WebApiLink::WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
+    : endpoint_(std::move(endpoint)), transport_(std::move(transport)), workers_(workers) {
+    if (!standsInURL(endpoint_.host)) std::abort();
+}
+
+std::string WebApiLink::baseURL() const {
+    return "http://" + describe(endpoint_) + std::string(apiPath) + "/";
+}
+
+std::string WebApiLink::wsURL() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
+
+Task<> WebApiLink::ensureConnected() {
+    if (connected_) co_return;
+    throwIfClosed();
+    auto attempt = attempt_;
+    if (!attempt) {
+        auto executor = co_await boost::asio::this_coro::executor;
+        attempt = startAttempt(executor);
+    }
+    co_await attempt->wait();
+}
+
+std::shared_ptr<SharedAttempt> WebApiLink::startAttempt(boost::asio::any_io_executor executor) {
+    const auto attempt = std::make_shared<SharedAttempt>(executor);
+    attempt_ = attempt;
+    auto finish = [link = shared_from_this()](std::exception_ptr failure) {
+        std::exchange(link->attempt_, nullptr)->finish(std::move(failure));
+    };
+    // May come to its end before this returns.
+    boost::asio::co_spawn(executor, connect(shared_from_this()), std::move(finish));
+    return attempt;
+}
+
+Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
+    auto datarefIds = co_await link->fetchCatalog("datarefs");
+    datarefIds.merge(link->datarefIds_);
+    link->datarefIds_ = std::move(datarefIds);
+    auto commandIds = co_await link->fetchCatalog("commands");
+    commandIds.merge(link->commandIds_);
+    link->commandIds_ = std::move(commandIds);
+    link->throwIfClosed();
+
+    link->webSocket_ = link->transport_->openWebSocket(link->endpoint_, std::string(apiPath));
+    link->connected_ = true;
+    auto executor = co_await boost::asio::this_coro::executor;
+    boost::asio::co_spawn(executor, receiveLoop(link, link->webSocket_), boost::asio::detached);
+}
+
+Task<IdsByName> WebApiLink::fetchCatalog(std::string path) {
+    auto response = co_await fetch("GET", path, "");
+    const auto size = response.body.size();
+    auto parse = [body = std::move(response.body)] { return idsByName(parseCatalog(body)); };
+    try {
+        auto ids = co_await runFor(size, workers_, std::move(parse));
+        co_return ids;
+    } catch (const JsonError& error) {
+        throw invalidCatalog(baseURL() + path, response.status, error.what());
+    }
+}
+
+Task<> WebApiLink::receiveLoop(std::shared_ptr<WebApiLink> link,
+                               std::shared_ptr<WebSocketConnection> webSocket) {
+    for (;;) {
+        auto message = co_await webSocket->receive();
+        if (!message) co_return;
+        if (message->opcode != WebSocketConnection::Opcode::text) continue;
+        co_await link->handleMessage(std::move(message->content));
+    }
+}
+
+Task<> WebApiLink::handleMessage(std::string text) {
+    const auto size = text.size();
+    auto parse = [text = std::move(text)] { return parseDatarefUpdate(text); };
+    auto update = co_await runFor(size, workers_, std::move(parse));
+    values_.apply(std::move(update));
+}
+
+void WebApiLink::throwIfClosed() const {
+    if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, wsURL());
+}
+
+void WebApiLink::close() {
+    closed_ = true;
+    if (webSocket_) webSocket_->cancel();
+}
+
+Task<> WebApiLink::send(std::string_view type, std::vector<DatarefEntry> datarefs) {
+    WebApiRequest request;
+    request.type = type;
+    request.reqId = ++nextReqId_;
+    request.params.datarefs = std::move(datarefs);
+    auto text = encodeJson(request);
+    if (!webSocket_) co_return;
+    const auto webSocket = webSocket_;
+    webSocket->send(std::move(text), WebSocketConnection::Kind::reply);
+    co_await webSocket->drained();
+}
+
+Task<HttpResponse> WebApiLink::post(std::string path, std::string body) {
+    return fetch("POST", std::move(path), std::move(body));
+}
+
+Task<HttpResponse> WebApiLink::fetch(std::string method, std::string path, std::string body) {
+    HttpRequest request;
+    request.method = std::move(method);
+    request.target = std::string(apiPath) + "/" + path;
+    request.headers.emplace_back("Accept", "application/json");
+    request.headers.emplace_back("Content-Type", "application/json");
+    request.body = std::move(body);
+    return transport_->fetch(endpoint_, std::move(request), requestTimeout);
+}
+
+} // namespace tarnly

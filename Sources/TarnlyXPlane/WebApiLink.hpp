@@ -1,0 +1,89 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/WebSocketConnection.hpp"
+#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyXPlane/Catalog.hpp"
+#include "TarnlyXPlane/SharedAttempt.hpp"
+#include "TarnlyXPlane/ValueCache.hpp"
+#include "TarnlyXPlane/WebApiRequest.hpp"
+#include "TarnlyXPlane/XPlaneTransport.hpp"
+
+namespace tarnly {
+
+/// The connection to the simulator's local web API, version 2: HTTP for the catalogues and the commands, one
+/// WebSocket for subscriptions, values and writes.
+///
+/// There is one connection in a link's life. When the simulator goes, requests fail from then on and the last
+/// values stay. Belongs to the network thread; held by its backend and by its own receive loop, which `close`
+/// ends. Who awaits an operation keeps the link alive meanwhile.
+class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
+  public:
+    /// Ends the process for a host that cannot stand in a URL. `workers` must outlive what runs on the
+    /// network thread.
+    WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers);
+
+    WebApiLink(const WebApiLink&) = delete;
+    WebApiLink& operator=(const WebApiLink&) = delete;
+
+    /// "http://host:port/api/v2/"
+    std::string baseURL() const;
+    /// "ws://host:port/api/v2"
+    std::string wsURL() const;
+
+    /// Loads the catalogues and opens the WebSocket unless that is done; does not wait for the handshake.
+    /// Calls that overlap share one attempt and its failure; the next call after a failure tries again.
+    Task<> ensureConnected();
+
+    /// Ends the WebSocket and the receive loop, for good.
+    void close();
+
+    /// Sends one request under the next number. Does nothing before the first connection. Throws `JsonError`
+    /// for a value that is not finite, `NetworkError` when the WebSocket has ended.
+    Task<> send(std::string_view type, std::vector<DatarefEntry> datarefs);
+
+    /// POST of `body` to a path below the base URL; the response, whatever its status.
+    Task<HttpResponse> post(std::string path, std::string body);
+
+    /// Takes in the values of a message from the simulator; anything else is dropped. Never fails.
+    Task<> handleMessage(std::string text);
+
+    const IdsByName& datarefIds() const { return datarefIds_; }
+    const IdsByName& commandIds() const { return commandIds_; }
+    const ValueCache& values() const { return values_; }
+
+  private:
+    std::shared_ptr<SharedAttempt> startAttempt(boost::asio::any_io_executor executor);
+    static Task<> connect(std::shared_ptr<WebApiLink> link);
+    static Task<> receiveLoop(std::shared_ptr<WebApiLink> link,
+                              std::shared_ptr<WebSocketConnection> webSocket);
+
+    void throwIfClosed() const;
+    Task<IdsByName> fetchCatalog(std::string path);
+    Task<HttpResponse> fetch(std::string method, std::string path, std::string body);
+
+    // Constant after construction
+    const Endpoint endpoint_;
+    const std::shared_ptr<XPlaneTransport> transport_;
+    WorkerPool& workers_;
+
+    ValueCache values_;
+
+    IdsByName datarefIds_;
+    IdsByName commandIds_;
+    std::shared_ptr<SharedAttempt> attempt_;
+    std::shared_ptr<WebSocketConnection> webSocket_;
+    bool connected_ = false;
+    bool closed_ = false;
+    std::int64_t nextReqId_ = 0;
+};
+
+} // namespace tarnly

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyXPlane/WebApiLink.hpp"
+#include "TarnlyXPlane/XPlaneTransport.hpp"
+
+namespace tarnly {
+
+/// The X-Plane flight simulator as a `SimBackend`: datarefs and commands over its local web API, situations
+/// by a datagram.
+///
+/// The first operation connects; nothing connects again, so a restarted simulator needs a new backend.
+/// Operations run on the network thread and may overlap; who awaits one keeps the backend alive meanwhile.
+/// They throw `XPlaneBackendError`, and `NetworkError` when the simulator cannot be reached.
+class XPlaneBackend final : public SimBackend {
+  public:
+    /// `clock` and `workers` must outlive all that runs on the network thread.
+    XPlaneBackend(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, Clock& clock,
+                  WorkerPool& workers);
+
+    XPlaneBackend(const XPlaneBackend&) = delete;
+    XPlaneBackend& operator=(const XPlaneBackend&) = delete;
+
+    /// Closes.
+    ~XPlaneBackend() override;
+
+    /// Ends the connection to the simulator, for good: operations that need it fail from then on. Harmless
+    /// when repeated.
+    void close();
+
+    /// The absolute path of the folder with the situation files; without one, listing fails. From any thread.
+    void setSituationsDirectory(std::optional<std::string> path);
+
+    Task<SimInfo> simInfo() override;
+
+    /// `name` may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers the
+    /// last value that came; the first read of a dataref subscribes to it and waits for about a second.
+    Task<double> getDataref(std::string name) override;
+
+    Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;
+    Task<> runCommand(std::string name) override;
+    Task<std::vector<FlightListing>> listFlights() override;
+
+    /// Returns when the simulator has been told; whether it has loaded the flight is not known.
+    Task<> loadFlight(std::string path) override;
+
+    /// The first call subscribes, and waits up to a second for the first values.
+    Task<TrackSample> getTrackSample() override;
+
+    /// Takes two seconds: the simulator needs them to load the ground at the new place.
+    Task<> moveToPreservingAgl(double latitude, double longitude) override;
+
+    Task<> applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) override;
+
+  private:
+    Task<double> getIndexedDataref(std::string name, std::int64_t index);
+    Task<> ensureSampleRefsSubscribed();
+    Task<> setPosition(double latitude, double longitude, double elevation);
+    Task<> setDatarefNamed(std::string_view name, double value);
+
+    /// What `lookup` finds, after a subscription if need be.
+    template <typename Lookup>
+    Task<double> readOrSubscribe(std::string name, std::int64_t id, Lookup lookup);
+
+    /// Looks 50 times, 20 ms apart; the last result.
+    template <typename Lookup>
+    Task<std::invoke_result_t<Lookup>> poll(Lookup lookup);
+
+    // Constant after construction
+    const std::string host_;
+    const std::shared_ptr<WebApiLink> link_;
+    const std::shared_ptr<XPlaneTransport> transport_;
+    Clock& clock_;
+    WorkerPool& workers_;
+
+    bool sampleRefsSubscribed_ = false;
+    Guarded<std::optional<std::string>> situationsDirectory_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/WebSocketConnection.hpp"
+
+namespace tarnly {
+
+/// The ways to the simulator, as an interface so that tests need no sockets. Used on the network thread only.
+class XPlaneTransport {
+  public:
+    virtual ~XPlaneTransport() = default;
+
+    /// One HTTP exchange: the response, whatever its status. Throws `NetworkError`.
+    virtual Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
+                                     std::chrono::milliseconds timeout) = 0;
+
+    /// Returns at once; what is sent before the handshake is done waits in the connection's queue.
+    virtual std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) = 0;
+
+    /// Returns when the datagram has been handed to the network. Throws `NetworkError`.
+    virtual Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) = 0;
+};
+
+} // namespace tarnly

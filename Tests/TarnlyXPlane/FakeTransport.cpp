@@ -1,0 +1,111 @@
+#include "FakeTransport.hpp"
+
+#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/JsonWriter.hpp"
+#include "TarnlyPlatform/NetworkError.hpp"
+
+namespace tarnly::test {
+
+Task<std::optional<WebSocketConnection::Message>> FakeWebSocket::receive() {
+    while (incoming_.empty() && isOpen_) {
+        co_await changed_.wait();
+    }
+    std::optional<Message> message;
+    if (isOpen_) {
+        message = std::move(incoming_.front());
+        incoming_.pop_front();
+    }
+    co_return message;
+}
+
+void FakeWebSocket::send(std::string text, Kind kind) {
+    if (!isOpen_) return;
+    sent.push_back(parseJson(text));
+    kinds.push_back(kind);
+}
+
+Task<> FakeWebSocket::drained() {
+    if (!isOpen_) throw NetworkError(NetworkError::Case::sendFailed, "closed");
+    co_return;
+}
+
+void FakeWebSocket::cancel() {
+    isOpen_ = false;
+    changed_.notifyAll();
+}
+
+void FakeWebSocket::deliver(std::string text, Opcode opcode) {
+    incoming_.push_back({opcode, std::move(text)});
+    changed_.notifyAll();
+}
+
+void FakeWebSocket::deliverValues(const std::map<std::int64_t, std::string>& values) {
+    std::string data;
+    for (const auto& [id, value] : values)
+        data += (data.empty() ? "\"" : ",\"") + std::to_string(id) + "\":" + value;
+    deliver(R"({"type":"dataref_update_values","data":{)" + data + "}}");
+}
+
+Task<HttpResponse> FakeTransport::fetch(Endpoint endpoint, HttpRequest request,
+                                        std::chrono::milliseconds timeout) {
+    exchanges.push_back({endpoint, request, timeout});
+    if (latency.count() > 0) {
+        co_await clock_.sleepFor(latency);
+    }
+    if (answer) {
+        auto response = answer(request);
+        if (response) co_return *response;
+    }
+    if (request.target == "/api/v2/datarefs") co_return httpResponse(200, catalogBody(datarefs));
+    if (request.target == "/api/v2/commands") co_return httpResponse(200, catalogBody(commands));
+    co_return httpResponse(404, "<html></html>");
+}
+
+std::shared_ptr<WebSocketConnection> FakeTransport::openWebSocket(Endpoint endpoint, std::string target) {
+    openedWebSockets.emplace_back(endpoint, target);
+    webSocket = std::make_shared<FakeWebSocket>(executor_);
+    return webSocket;
+}
+
+Task<> FakeTransport::sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) {
+    if (onDatagram) onDatagram();
+    datagrams.push_back({endpoint, bytes});
+    co_return;
+}
+
+std::vector<std::string> FakeTransport::exchangeLines() const {
+    std::vector<std::string> lines;
+    for (const auto& exchange : exchanges)
+        lines.push_back(exchange.request.method + " " + exchange.request.target);
+    return lines;
+}
+
+std::string catalogBody(const std::map<std::string, std::int64_t>& ids) {
+    JsonWriter writer;
+    writer.beginObject();
+    writer.key("data");
+    writer.beginArray();
+    for (const auto& [name, id] : ids) {
+        writer.beginObject();
+        writer.key("id");
+        writer.integer(id);
+        writer.key("is_writable");
+        writer.boolean(true);
+        writer.key("name");
+        writer.string(name);
+        writer.endObject();
+    }
+    writer.endArray();
+    writer.endObject();
+    return writer.take();
+}
+
+HttpResponse httpResponse(unsigned status, std::string body) {
+    HttpResponse response;
+    response.status = status;
+    response.contentType = "application/json";
+    response.body = std::move(body);
+    return response;
+}
+
+} // namespace tarnly::test

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/json/value.hpp>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Support/VirtualClock.hpp"
+#include "TarnlyPlatform/Event.hpp"
+#include "TarnlyXPlane/XPlaneTransport.hpp"
+
+namespace tarnly::test {
+
+/// The simulator's end of a WebSocket, in memory.
+class FakeWebSocket final : public WebSocketConnection {
+  public:
+    explicit FakeWebSocket(boost::asio::any_io_executor executor) : changed_(std::move(executor)) {}
+
+    Task<std::optional<Message>> receive() override;
+    void send(std::string text, Kind kind) override;
+    Task<> drained() override;
+    std::size_t backlog() const override { return 0; }
+    void setMessageLimit(std::size_t) override {}
+    void cancel() override;
+    std::optional<NetworkError> failure() const override { return std::nullopt; }
+
+    void deliver(std::string text, Opcode opcode = Opcode::text);
+
+    /// An update message with these values: JSON texts by dataref id.
+    void deliverValues(const std::map<std::int64_t, std::string>& values);
+
+    bool isOpen() const { return isOpen_; }
+
+    /// What was sent, parsed.
+    std::vector<boost::json::value> sent;
+    std::vector<Kind> kinds;
+
+  private:
+    Event changed_;
+    std::deque<Message> incoming_;
+    bool isOpen_ = true;
+};
+
+/// A simulator that answers from memory and notes what it is asked.
+class FakeTransport final : public XPlaneTransport {
+  public:
+    struct Exchange {
+        Endpoint endpoint;
+        HttpRequest request;
+        std::chrono::milliseconds timeout;
+    };
+
+    struct Datagram {
+        Endpoint endpoint;
+        std::vector<std::byte> bytes;
+    };
+
+    FakeTransport(boost::asio::any_io_executor executor, VirtualClock& clock)
+        : executor_(std::move(executor)), clock_(clock) {}
+
+    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
+                             std::chrono::milliseconds timeout) override;
+    std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) override;
+    Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) override;
+
+    /// The methods and targets of `exchanges`: "GET /api/v2/datarefs".
+    std::vector<std::string> exchangeLines() const;
+
+    std::map<std::string, std::int64_t> datarefs;
+    std::map<std::string, std::int64_t> commands;
+    /// Time that every exchange takes.
+    std::chrono::milliseconds latency{0};
+    /// Answers in place of the catalogues when its result is not absent; may throw.
+    std::function<std::optional<HttpResponse>(const HttpRequest&)> answer;
+    std::function<void()> onDatagram;
+
+    std::vector<Exchange> exchanges;
+    std::vector<std::pair<Endpoint, std::string>> openedWebSockets;
+    std::shared_ptr<FakeWebSocket> webSocket;
+    std::vector<Datagram> datagrams;
+
+  private:
+    boost::asio::any_io_executor executor_;
+    VirtualClock& clock_;
+};
+
+/// A catalogue response body.
+std::string catalogBody(const std::map<std::string, std::int64_t>& ids);
+
+HttpResponse httpResponse(unsigned status, std::string body);
+
+} // namespace tarnly::test

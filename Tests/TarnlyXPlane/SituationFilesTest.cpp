@@ -1,0 +1,99 @@
+#include "TarnlyXPlane/SituationFiles.hpp"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "TemporaryFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+namespace fs = std::filesystem;
+using test::TemporaryFolder;
+using testing::UnorderedElementsAre;
+
+std::vector<std::string> namesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    for (const auto& flight : listSituations(directory))
+        names.push_back(flight.name);
+    return names;
+}
+
+TEST(SituationFiles, OnlyTheExactExtensionIsListed) {
+    const TemporaryFolder folder;
+    for (const auto* name : {"a.sit", "b.txt", "c.SIT", "d.sit.bak", "sit", ".sit", "e.sitx"})
+        folder.add(name);
+    EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("a"));
+}
+
+TEST(SituationFiles, HiddenFilesFoldersAndLinksAreListedToo) {
+    const TemporaryFolder folder;
+    folder.add(".hidden.sit");
+    fs::create_directory(folder.path() / "archive.sit");
+    fs::create_symlink("nowhere", folder.path() / "link.sit");
+    folder.add("two.dots.sit");
+    EXPECT_THAT(namesIn(folder.path().string()),
+                UnorderedElementsAre(".hidden", "archive", "link", "two.dots"));
+}
+
+TEST(SituationFiles, IsNotRecursive) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder.path() / "inner");
+    folder.add("inner/a.sit");
+    EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre());
+}
+
+TEST(SituationFiles, ListingHasAbsolutePathAndModificationDate) {
+    const TemporaryFolder folder;
+    const auto path = folder.add("Pattern 1.sit");
+    const timespec times[2] = {{0, 0}, {1'700'000'000, 250'000'000}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    const auto flights = listSituations(folder.path().string() + "/");
+    ASSERT_EQ(flights.size(), 1U);
+    EXPECT_EQ(flights[0].name, "Pattern 1");
+    EXPECT_EQ(flights[0].path, path);
+    EXPECT_EQ(flights[0].modifiedAt.time.time_since_epoch(), std::chrono::milliseconds(1'700'000'000'250));
+}
+
+TEST(SituationFiles, NamesThatAreNotUtf8AreMadeSo) {
+    const TemporaryFolder folder;
+    folder.add("a\xFF.sit");
+    EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("a\uFFFD"));
+}
+
+TEST(SituationFiles, MissingFolderIsEmpty) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(listSituations((folder.path() / "missing").string()).empty());
+    EXPECT_TRUE(listSituations("").empty());
+}
+
+TEST(SituationFiles, FolderThatCannotBeReadFails) {
+    const TemporaryFolder folder;
+    EXPECT_THROW(listSituations(folder.add("file")), fs::filesystem_error);
+}
+
+TEST(SituationFiles, Existence) {
+    const TemporaryFolder folder;
+    const auto path = folder.add("a.sit");
+    EXPECT_TRUE(situationExists(path));
+    EXPECT_TRUE(situationExists(folder.path().string()));
+    EXPECT_FALSE(situationExists(path + "x"));
+    EXPECT_FALSE(situationExists(""));
+    EXPECT_FALSE(situationExists(path + std::string("\0x", 2)));
+    EXPECT_FALSE(situationExists("/" + std::string(100'000, 'a')));
+}
+
+TEST(SituationFiles, OnlyTheFileNameCountsForTheSimulator) {
+    EXPECT_EQ(relativeSituationPath("/x/y/Pattern 1.sit"), "Output/situations/Pattern 1.sit");
+    EXPECT_EQ(relativeSituationPath("/x/y/other.txt"), "Output/situations/other.sit");
+    EXPECT_EQ(relativeSituationPath("/x/two.dots.sit"), "Output/situations/two.dots.sit");
+    EXPECT_EQ(relativeSituationPath("/x/archive.sit/"), "Output/situations/archive.sit");
+    EXPECT_EQ(relativeSituationPath("plain"), "Output/situations/plain.sit");
+}
+
+} // namespace
+} // namespace tarnly

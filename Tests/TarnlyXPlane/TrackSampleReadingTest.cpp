@@ -1,0 +1,92 @@
+#include "TarnlyXPlane/TrackSampleReading.hpp"
+
+#include <gtest/gtest.h>
+
+#include "TarnlyXPlane/Datarefs.hpp"
+
+namespace tarnly {
+namespace {
+
+/// Ids as a catalogue would give them: 1 to 13 in the order of subscription.
+IdsByName sampleIds() {
+    IdsByName ids;
+    for (const auto name : datarefs::samples)
+        ids.emplace(name, static_cast<std::int64_t>(ids.size() + 1));
+    return ids;
+}
+
+TrackSample read(const DatarefUpdate& update) {
+    ValueCache cache;
+    cache.apply(update);
+    return readTrackSample(sampleIds(), cache);
+}
+
+TEST(TrackSampleReading, SubscriptionOrder) {
+    const std::vector<std::string_view> expected{
+        "sim/flightmodel/position/latitude",
+        "sim/flightmodel/position/longitude",
+        "sim/flightmodel/misc/h_ind",
+        "sim/flightmodel/position/y_agl",
+        "sim/cockpit2/controls/gear_handle_down",
+        "sim/flightmodel2/gear/deploy_ratio",
+        "sim/cockpit2/engine/actuators/throttle_ratio_all",
+        "sim/cockpit2/engine/actuators/mixture_ratio_all",
+        "sim/cockpit2/engine/actuators/prop_ratio_all",
+        "sim/cockpit2/controls/flap_ratio",
+        "sim/flightmodel/position/phi",
+        "sim/flightmodel/position/theta",
+        "sim/cockpit2/autopilot/servos_on",
+    };
+    EXPECT_EQ(std::vector(datarefs::samples.begin(), datarefs::samples.end()), expected);
+}
+
+TEST(TrackSampleReading, EveryFieldHasItsDataref) {
+    const auto sample =
+        read({{{1, 47.5}, {2, -8.25}, {3, 3500}, {4, 100}, {5, 1}, {10, 0.5}, {11, -20}, {12, 5}, {13, 1}},
+              {{6, {0, 1, 1}}, {7, {0.1, 0.2}}, {8, {0.3}}, {9, {}}}});
+    TrackSample expected;
+    expected.lat = 47.5;
+    expected.lon = -8.25;
+    expected.altitudeFt = 3500;
+    expected.aglFt = 328.084;
+    expected.gearDown = true;
+    expected.gearRatio = 2.0 / 3;
+    expected.throttleRatio = {0.1, 0.2};
+    expected.mixtureRatio = {0.3};
+    expected.propRatio.emplace();
+    expected.flapRatio = 0.5;
+    expected.bankDeg = -20;
+    expected.pitchDeg = 5;
+    expected.autopilotOn = true;
+    EXPECT_EQ(sample, expected);
+}
+
+TEST(TrackSampleReading, WithoutValuesAllIsAbsentAndAltitudeZero) { EXPECT_EQ(read({}), TrackSample()); }
+
+TEST(TrackSampleReading, NamesOutsideTheCatalogueAreAbsent) {
+    ValueCache cache;
+    cache.apply({{{1, 47.5}, {2, 8}, {3, 3500}}, {{6, {1}}, {7, {1}}}});
+    TrackSample expected;
+    expected.lon = 8;
+    EXPECT_EQ(readTrackSample({{std::string(datarefs::longitude), 2}}, cache), expected);
+}
+
+TEST(TrackSampleReading, SwitchesTurnOnAboveOneHalf) {
+    EXPECT_EQ(read({{{5, 0.5}, {13, 0.5}}, {}}).gearDown, false);
+    EXPECT_EQ(read({{{5, 0.5}, {13, 0.5}}, {}}).autopilotOn, false);
+    EXPECT_EQ(read({{{5, 0.51}, {13, 2}}, {}}).gearDown, true);
+    EXPECT_EQ(read({{{5, 0.51}, {13, 2}}, {}}).autopilotOn, true);
+    EXPECT_EQ(read({{{5, -1}}, {}}).gearDown, false);
+}
+
+TEST(TrackSampleReading, GearRatioOfNoWheelsIsAbsent) {
+    EXPECT_EQ(read({{}, {{6, {}}}}).gearRatio, std::nullopt);
+    EXPECT_EQ(read({{}, {{6, {0}}}}).gearRatio, 0);
+}
+
+TEST(TrackSampleReading, ValuesOfTheOtherKindAreNotTaken) {
+    EXPECT_EQ(read({{{6, 1}, {7, 1}}, {{1, {47}}, {3, {3500}}, {5, {1}}}}), TrackSample());
+}
+
+} // namespace
+} // namespace tarnly

@@ -1,0 +1,74 @@
+#include "TarnlyXPlane/ValueCache.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+
+namespace tarnly {
+namespace {
+
+TEST(ValueCache, IsEmptyAtFirst) {
+    const ValueCache cache;
+    EXPECT_EQ(cache.scalar(1), std::nullopt);
+    EXPECT_EQ(cache.array(1), std::nullopt);
+    EXPECT_EQ(cache.element(1, 0), std::nullopt);
+    EXPECT_FALSE(cache.hasAny(std::array<std::int64_t, 1>{1}));
+}
+
+TEST(ValueCache, ValuesReplaceEarlierOnesAndOthersStay) {
+    ValueCache cache;
+    cache.apply({{{1, 10}, {2, 20}}, {{3, {1, 2, 3}}}});
+    cache.apply({{{1, 11}}, {{3, {4}}}});
+    EXPECT_EQ(cache.scalar(1), 11);
+    EXPECT_EQ(cache.scalar(2), 20);
+    EXPECT_EQ(cache.array(3), (std::vector<double>{4}));
+}
+
+TEST(ValueCache, AnArrayNeverPassesForAScalar) {
+    ValueCache cache;
+    cache.apply({{{1, 10}}, {{1, {7}}, {2, {8}}}});
+    EXPECT_EQ(cache.scalar(1), 10);
+    EXPECT_EQ(cache.element(1, 0), 7);
+    EXPECT_EQ(cache.scalar(2), std::nullopt);
+}
+
+TEST(ValueCache, ElementsOutsideTheArrayAreAbsent) {
+    ValueCache cache;
+    cache.apply({{}, {{3, {1, 2}}, {4, {}}}});
+    EXPECT_EQ(cache.element(3, 0), 1);
+    EXPECT_EQ(cache.element(3, 1), 2);
+    EXPECT_EQ(cache.element(3, 2), std::nullopt);
+    EXPECT_EQ(cache.element(3, -1), std::nullopt);
+    EXPECT_EQ(cache.element(3, INT64_MIN), std::nullopt);
+    EXPECT_EQ(cache.element(3, INT64_MAX), std::nullopt);
+    EXPECT_EQ(cache.element(4, 0), std::nullopt);
+}
+
+TEST(ValueCache, HasAnyLooksAtBothKinds) {
+    ValueCache cache;
+    cache.apply({{{1, 10}}, {{2, {}}}});
+    EXPECT_TRUE(cache.hasAny(std::array<std::int64_t, 2>{9, 1}));
+    EXPECT_TRUE(cache.hasAny(std::array<std::int64_t, 2>{2, 9}));
+    EXPECT_FALSE(cache.hasAny(std::array<std::int64_t, 1>{9}));
+    EXPECT_FALSE(cache.hasAny({}));
+}
+
+TEST(ValueCache, IsSafeFromTwoThreads) {
+    ValueCache cache;
+    std::thread writer([&] {
+        for (int i = 0; i < 2000; ++i)
+            cache.apply({{{i % 10, i}}, {{i % 10, std::vector<double>(5, i)}}});
+    });
+    bool isWhole = true;
+    for (int i = 0; i < 2000; ++i) {
+        const auto array = cache.array(i % 10);
+        isWhole = isWhole && (!array || (array->size() == 5 && array->front() == array->back()));
+    }
+    writer.join();
+    EXPECT_TRUE(isWhole);
+    EXPECT_EQ(cache.scalar(9), 1999);
+}
+
+} // namespace
+} // namespace tarnly

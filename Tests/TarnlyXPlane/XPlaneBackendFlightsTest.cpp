@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include "BackendFixture.hpp"
+#include "TarnlyXPlane/SimoPacket.hpp"
+#include "TemporaryFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+using namespace test;
+using Case = XPlaneBackendError::Case;
+
+/// These run in real time: the folder is read on a worker thread.
+class XPlaneBackendFlightsTest : public BackendFixture {
+  protected:
+    void TearDown() override {
+        EXPECT_TRUE(transport->exchanges.empty()) << "flights need no connection";
+        BackendFixture::TearDown();
+    }
+
+    template <typename T>
+    XPlaneBackendError failureInRealTime(Task<T> task) {
+        try {
+            runTask(io, std::move(task));
+        } catch (const XPlaneBackendError& error) {
+            return error;
+        }
+        throw std::logic_error("the operation succeeded");
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(XPlaneBackendFlightsTest, WithoutAFolderListingFails) {
+    const XPlaneBackendError expected(Case::situationsDirectoryNotConfigured);
+    EXPECT_EQ(failureInRealTime(backend->listFlights()), expected);
+    backend->setSituationsDirectory(folder.path().string());
+    backend->setSituationsDirectory(std::nullopt);
+    EXPECT_EQ(failureInRealTime(backend->listFlights()), expected);
+}
+
+TEST_F(XPlaneBackendFlightsTest, ListsTheSituationsOfTheFolder) {
+    const auto path = folder.add("a.sit");
+    folder.add("b.txt");
+    folder.add("c.SIT");
+    backend->setSituationsDirectory(folder.path().string());
+    const auto flights = runTask(io, backend->listFlights());
+    ASSERT_EQ(flights.size(), 1U);
+    EXPECT_EQ(flights[0].name, "a");
+    EXPECT_EQ(flights[0].path, path);
+}
+
+TEST_F(XPlaneBackendFlightsTest, MissingFolderHasNoFlights) {
+    backend->setSituationsDirectory((folder.path() / "missing").string());
+    EXPECT_TRUE(runTask(io, backend->listFlights()).empty());
+}
+
+TEST_F(XPlaneBackendFlightsTest, FailureToListIsPassedOn) {
+    backend->setSituationsDirectory(folder.add("file"));
+    EXPECT_THROW(runTask(io, backend->listFlights()), std::filesystem::filesystem_error);
+}
+
+TEST_F(XPlaneBackendFlightsTest, LoadingSendsOneDatagramWithTheFileName) {
+    runTask(io, backend->loadFlight(folder.add("Pattern 1.sit")));
+    ASSERT_EQ(transport->datagrams.size(), 1U);
+    EXPECT_EQ(transport->datagrams[0].endpoint, (Endpoint{"127.0.0.1", 49000}));
+    EXPECT_EQ(transport->datagrams[0].bytes, buildSimoLoadSituationPacket("Output/situations/Pattern 1.sit"));
+}
+
+TEST_F(XPlaneBackendFlightsTest, MissingFlightIsNotLoaded) {
+    const auto path = (folder.path() / "none.sit").string();
+    EXPECT_EQ(failureInRealTime(backend->loadFlight(path)), XPlaneBackendError(Case::flightNotFound, path));
+    EXPECT_EQ(failureInRealTime(backend->loadFlight("")), XPlaneBackendError(Case::flightNotFound, ""));
+    EXPECT_TRUE(transport->datagrams.empty());
+}
+
+TEST_F(XPlaneBackendFlightsTest, FailureToSendIsPassedOn) {
+    transport->onDatagram = [] { throw NetworkError(NetworkError::Case::sendFailed, "x"); };
+    EXPECT_THROW(runTask(io, backend->loadFlight(folder.add("a.sit"))), NetworkError);
+}
+
+} // namespace
+} // namespace tarnly
