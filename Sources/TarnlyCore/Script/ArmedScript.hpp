@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "TarnlyCore/Script/ArmedTrigger.hpp"
+#include "TarnlyCore/Script/FixResolver.hpp"
+#include "TarnlyCore/Script/TriggerTest.hpp"
+
+namespace tarnly {
+
+/// The part of a trigger engine that never changes: the triggers of one script, made ready for testing.
+///
+/// All work on texts is done here, once, so that testing a trigger handles numbers only. Shared by an engine
+/// and its copies; immutable, hence safe from any thread.
+class ArmedScript {
+  public:
+    /// Calls `fixPosition` once for each distinct fix, in upper case, and does not keep it.
+    ArmedScript(std::vector<ArmedTrigger> triggers, const FixResolver& fixPosition);
+
+    /// In load order.
+    const std::vector<ArmedTrigger>& triggers() const { return triggers_; }
+    /// One for each trigger, in the same order.
+    const std::vector<TriggerTest>& tests() const { return tests_; }
+    /// The fixes that were not found, in upper case, in the order in which they are first named.
+    const std::vector<std::string>& unresolvedFixes() const { return unresolvedFixes_; }
+
+    /// How many id numbers there are. The last stands for every id that no trigger has.
+    std::size_t idCount() const { return dependents_.size(); }
+    /// The triggers that wait for the one at `index` to fire, in load order.
+    const std::vector<TriggerIndex>& dependents(TriggerIndex index) const {
+        return dependents_[tests_[index].id];
+    }
+
+  private:
+    class Fixes;
+    class Ids;
+
+    std::vector<ArmedTrigger> triggers_;
+    std::vector<std::string> unresolvedFixes_;
+    std::vector<TriggerTest> tests_;
+    /// By id number.
+    std::vector<std::vector<TriggerIndex>> dependents_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,172 @@
+#include "TarnlyCore/Script/TriggerEngine.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <compare>
+#include <functional>
+#include <limits>
+#include <numeric>
+#include <queue>
+
+namespace tarnly {
+namespace {
+
+/// A trigger to be tested again, in the walk of that number.
+struct Retest {
+    std::uint32_t walk;
+    TriggerIndex index;
+
+    auto operator<=>(const Retest&) const = default;
+};
+
+using Retests = std::priority_queue<Retest, std::vector<Retest>, std::greater<>>;
+
+double orNaN(const std::optional<double>& value) {
+    return value.value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
+/// Strict on the far side: one sample exactly on the threshold never makes for two crossings.
+bool crosses(double before, double now, const TriggerTest& threshold) {
+    return threshold.climbing ? before < threshold.limit && now >= threshold.limit
+                              : before > threshold.limit && now <= threshold.limit;
+}
+
+double radians(double degrees) { return degrees * 3.141592653589793 / 180; }
+
+} // namespace
+
+/// All that conditions are tested against; NaN is what is not known.
+struct TriggerEngine::Moment {
+    const TriggerSample& sample;
+    double lat;
+    double lon;
+    double aglFt;
+    double previousAltFt;
+    double previousAglFt;
+    double gearDownSince;
+};
+
+TriggerEngine::TriggerEngine(std::vector<ArmedTrigger> triggers, const FixResolver& fixPosition)
+    : script_(std::make_shared<const ArmedScript>(std::move(triggers), fixPosition)) {
+    reset();
+}
+
+std::vector<FiredTrigger> TriggerEngine::evaluate(const TriggerSample& sample) {
+    const auto firedBefore = firings_.size();
+    trackGear(sample);
+    walk(sample);
+    previous_ = sample;
+    if (firings_.size() > firedBefore) {
+        std::erase_if(waiting_, [this](TriggerIndex index) { return hasFired(index); });
+    }
+    return firedFrom(firedBefore);
+}
+
+std::vector<ArmedTrigger> TriggerEngine::waiting() const {
+    std::vector<ArmedTrigger> result;
+    result.reserve(waiting_.size());
+    for (const auto index : waiting_)
+        result.push_back(triggers()[index]);
+    return result;
+}
+
+void TriggerEngine::reset() {
+    firings_.clear();
+    firedAt_.assign(script_->idCount(), std::nullopt);
+    waiting_.resize(triggers().size());
+    std::iota(waiting_.begin(), waiting_.end(), TriggerIndex{0});
+    previous_.reset();
+    gearDownSince_.reset();
+}
+
+double TriggerEngine::distanceNm(double lat1, double lon1, double lat2, double lon2) {
+    const double phi1 = radians(lat1);
+    const double phi2 = radians(lat2);
+    const double deltaLambda = radians(lon2 - lon1);
+    const double s1 = std::sin((phi2 - phi1) * 0.5);
+    const double s2 = std::sin(deltaLambda * 0.5);
+    const double a = s1 * s1 + s2 * (std::cos(phi1) * std::cos(phi2) * s2);
+    constexpr double earthDiameterNm = 6880.13;
+    return std::asin(std::min(std::sqrt(a), 1.0)) * earthDiameterNm;
+}
+
+void TriggerEngine::trackGear(const TriggerSample& sample) {
+    // Nothing known about the gear is no reason to start a running delay anew.
+    if (!sample.gearDown) return;
+    if (!*sample.gearDown) {
+        gearDownSince_.reset();
+    } else if (!gearDownSince_) {
+        gearDownSince_ = sample.elapsed;
+    }
+}
+
+TriggerEngine::Moment TriggerEngine::momentOf(const TriggerSample& sample) const {
+    return {.sample = sample,
+            .lat = orNaN(sample.lat),
+            .lon = orNaN(sample.lon),
+            .aglFt = orNaN(sample.aglFt),
+            .previousAltFt = orNaN(previous_ ? std::optional(previous_->altFt) : std::nullopt),
+            .previousAglFt = orNaN(previous_ ? previous_->aglFt : std::nullopt),
+            .gearDownSince = orNaN(gearDownSince_)};
+}
+
+void TriggerEngine::walk(const TriggerSample& sample) {
+    const auto now = momentOf(sample);
+    Retests retests;
+    for (const auto index : waiting_) {
+        if (!fires(index, now)) continue;
+        for (const auto dependent : script_->dependents(index)) {
+            if (dependent < index) retests.push({2, dependent});
+        }
+    }
+    // Within one sample nothing changes but what has fired. So a later walk can fire only a trigger that
+    // waits for one that fired after it was passed; all others need not be visited.
+    while (!retests.empty()) {
+        const auto [walk, index] = retests.top();
+        retests.pop();
+        if (!fires(index, now)) continue;
+        for (const auto dependent : script_->dependents(index)) {
+            retests.push({dependent > index ? walk : walk + 1, dependent});
+        }
+    }
+}
+
+bool TriggerEngine::fires(TriggerIndex index, const Moment& now) {
+    const auto& test = script_->tests()[index];
+    if (hasFired(index) || !holds(test, now)) return false;
+    firedAt_[test.id] = now.sample.elapsed;
+    firings_.push_back({index, now.sample.elapsed, now.sample.lat, now.sample.lon});
+    return true;
+}
+
+bool TriggerEngine::holds(const TriggerTest& test, const Moment& now) const {
+    switch (test.kind) {
+        case TriggerConditionKind::reachesFix:
+            return distanceNm(now.lat, now.lon, test.fix.latitude, test.fix.longitude) <= test.limit;
+        case TriggerConditionKind::crossesAgl:
+            return crosses(now.previousAglFt, now.aglFt, test);
+        case TriggerConditionKind::crossesAltitude:
+            return crosses(now.previousAltFt, now.sample.altFt, test);
+        case TriggerConditionKind::afterGearDown:
+            return now.sample.elapsed - now.gearDownSince >= test.limit;
+        case TriggerConditionKind::afterStart:
+            return now.sample.elapsed >= test.limit;
+        case TriggerConditionKind::afterTrigger:
+            return now.sample.elapsed - orNaN(firedAt_[test.source]) >= test.limit;
+    }
+    return false;
+}
+
+std::vector<FiredTrigger> TriggerEngine::firedFrom(std::size_t first) const {
+    std::vector<FiredTrigger> result;
+    result.reserve(firings_.size() - first);
+    for (auto i = first; i < firings_.size(); ++i) {
+        const auto& [index, elapsed, lat, lon] = firings_[i];
+        const auto& trigger = triggers()[index];
+        result.push_back(
+            {trigger.id, trigger.title(), trigger.actionKind, trigger.action, elapsed, lat, lon});
+    }
+    return result;
+}
+
+} // namespace tarnly

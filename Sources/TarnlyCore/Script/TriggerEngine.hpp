@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyCore/Script/ArmedScript.hpp"
+#include "TarnlyCore/Script/FiredTrigger.hpp"
+#include "TarnlyCore/Script/TriggerSample.hpp"
+
+namespace tarnly {
+
+/// Tests the triggers of one script against one sample after the other, and reports each the first time that
+/// its condition holds.
+///
+/// A value: copies share the script and go their own ways. Not synchronised; `LoadedScript` holds the one in
+/// force.
+class TriggerEngine {
+  public:
+    /// Calls `fixPosition` once for each distinct fix that a `reachesFix` condition names, in upper case.
+    TriggerEngine(std::vector<ArmedTrigger> triggers, const FixResolver& fixPosition);
+
+    /// The triggers that fire on this sample, in the order of firing.
+    ///
+    /// The order is that of walks through the waiting triggers in load order, in which each firing is seen by
+    /// every later test, repeated until a walk fires none. The cost is that of one walk, and of sorting what
+    /// fires. Triggers with the same id count as one: when the first has fired, none of them waits any more.
+    std::vector<FiredTrigger> evaluate(const TriggerSample& sample);
+
+    /// In load order.
+    std::vector<ArmedTrigger> waiting() const;
+
+    /// Back to the state after construction.
+    void reset();
+
+    /// In load order.
+    const std::vector<ArmedTrigger>& triggers() const { return script_->triggers(); }
+    /// All that have fired so far, in the order of firing.
+    std::vector<FiredTrigger> fired() const { return firedFrom(0); }
+    /// The fixes that were not found, in upper case, in the order in which they are first named.
+    const std::vector<std::string>& unresolvedFixes() const { return script_->unresolvedFixes(); }
+
+    /// The great-circle distance in nautical miles of two positions in degrees.
+    static double distanceNm(double lat1, double lon1, double lat2, double lon2);
+
+  private:
+    struct Firing {
+        TriggerIndex index;
+        double elapsed;
+        std::optional<double> lat;
+        std::optional<double> lon;
+    };
+    struct Moment;
+
+    void trackGear(const TriggerSample& sample);
+    Moment momentOf(const TriggerSample& sample) const;
+    void walk(const TriggerSample& sample);
+    bool fires(TriggerIndex index, const Moment& now);
+    bool holds(const TriggerTest& test, const Moment& now) const;
+    bool hasFired(TriggerIndex index) const { return firedAt_[script_->tests()[index].id].has_value(); }
+    std::vector<FiredTrigger> firedFrom(std::size_t first) const;
+
+    // Constant after construction
+    std::shared_ptr<const ArmedScript> script_;
+
+    // What has happened
+    std::vector<Firing> firings_;
+    /// By id number.
+    std::vector<std::optional<double>> firedAt_;
+    /// In load order.
+    std::vector<TriggerIndex> waiting_;
+    std::optional<TriggerSample> previous_;
+    /// The time of the first sample since which the gear is not known to have been up.
+    std::optional<double> gearDownSince_;
+};
+
+} // namespace tarnly

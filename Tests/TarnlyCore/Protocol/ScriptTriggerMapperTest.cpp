@@ -1,0 +1,104 @@
+#include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
+
+#include <gtest/gtest.h>
+
+#include "TarnlyPlatform/JsonParser.hpp"
+
+namespace tarnly {
+namespace {
+
+using Kind = TriggerConditionKind;
+using ScriptTriggerMapper::MappingError;
+
+/// `condition` as JSON text, as it comes from the client.
+TriggerCondition mapped(const std::string& kind, std::string_view condition) {
+    return ScriptTriggerMapper::toCondition(
+        kind, decodeJson<std::map<std::string, JSONValue>>(parseJson(condition)));
+}
+
+MappingError failure(const std::string& kind) {
+    try {
+        mapped(kind, "{}");
+    } catch (const MappingError& error) {
+        return error;
+    }
+    ADD_FAILURE() << kind << " is a kind";
+    return MappingError::unknownConditionKind("");
+}
+
+TEST(ScriptTriggerMapper, EveryWireKindHasItsCondition) {
+    const std::pair<const char*, Kind> kinds[] = {
+        {"reaches_fix", Kind::reachesFix},           {"crosses_agl", Kind::crossesAgl},
+        {"crosses_altitude", Kind::crossesAltitude}, {"after_gear_down", Kind::afterGearDown},
+        {"after_start", Kind::afterStart},           {"after_trigger", Kind::afterTrigger}};
+    for (const auto& [wire, kind] : kinds)
+        EXPECT_EQ(mapped(wire, "{}"), TriggerCondition{.kind = kind}) << wire;
+}
+
+TEST(ScriptTriggerMapper, AnythingElseIsAnUnknownKind) {
+    for (const auto* kind : {"after_landing", "reachesFix", "Reaches_fix", "REACHES_FIX", " reaches_fix",
+                             "reaches_fix ", "after_start_", ""}) {
+        EXPECT_EQ(failure(kind), MappingError::unknownConditionKind(kind));
+        EXPECT_EQ(failure(kind).kind(), kind);
+    }
+    EXPECT_FALSE(failure("a") == failure("b"));
+}
+
+TEST(ScriptTriggerMapper, TheErrorNamesTheKindAsReceived) {
+    EXPECT_STREQ(failure("after_landing").what(), R"(unknownConditionKind("after_landing"))");
+    EXPECT_STREQ(failure("reachesFix").what(), R"(unknownConditionKind("reachesFix"))");
+    EXPECT_STREQ(failure("").what(), R"(unknownConditionKind(""))");
+    EXPECT_STREQ(failure("say \"hi\"").what(), R"(unknownConditionKind("say \"hi\""))");
+}
+
+TEST(ScriptTriggerMapper, AFixKeepsItsLetterCase) {
+    EXPECT_EQ(mapped("reaches_fix", R"({"fix": "ksfo", "within_nm": 2})"),
+              (TriggerCondition{.kind = Kind::reachesFix, .fix = "ksfo", .withinNm = 2}));
+}
+
+TEST(ScriptTriggerMapper, EveryFieldIsReadWhateverTheKind) {
+    constexpr auto condition =
+        R"({"fix": "X", "within_nm": 1.5, "feet": -10, "climbing": false, "seconds": 30, "after_trigger_id": "a"})";
+    for (const auto* kind : {"reaches_fix", "crosses_agl", "after_start"}) {
+        const auto expected = TriggerCondition{.kind = mapped(kind, "{}").kind,
+                                               .fix = "X",
+                                               .withinNm = 1.5,
+                                               .feet = -10,
+                                               .climbing = false,
+                                               .seconds = 30,
+                                               .afterTriggerId = "a"};
+        EXPECT_EQ(mapped(kind, condition), expected) << kind;
+    }
+}
+
+TEST(ScriptTriggerMapper, UnusedFieldsAreKept) {
+    EXPECT_EQ(mapped("after_start", R"({"seconds": 30, "fix": "X"})"),
+              (TriggerCondition{.kind = Kind::afterStart, .fix = "X", .seconds = 30}));
+}
+
+TEST(ScriptTriggerMapper, AValueOfTheWrongKindIsAbsent) {
+    EXPECT_EQ(mapped("crosses_agl", R"({"feet": "1500", "climbing": true})"),
+              (TriggerCondition{.kind = Kind::crossesAgl, .climbing = true}));
+    const TriggerCondition empty{.kind = Kind::crossesAgl};
+    for (const auto* value : {"1", "true", "null"}) {
+        EXPECT_EQ(mapped("crosses_agl", R"({"fix": )" + std::string(value) + "}"), empty) << value;
+        EXPECT_EQ(mapped("crosses_agl", R"({"after_trigger_id": )" + std::string(value) + "}"), empty)
+            << value;
+    }
+    for (const auto* value : {R"("1")", "true", "null"}) {
+        EXPECT_EQ(mapped("crosses_agl", R"({"within_nm": )" + std::string(value) + "}"), empty) << value;
+        EXPECT_EQ(mapped("crosses_agl", R"({"feet": )" + std::string(value) + "}"), empty) << value;
+        EXPECT_EQ(mapped("crosses_agl", R"({"seconds": )" + std::string(value) + "}"), empty) << value;
+    }
+    for (const auto* value : {R"("true")", "1", "null"}) {
+        EXPECT_EQ(mapped("crosses_agl", R"({"climbing": )" + std::string(value) + "}"), empty) << value;
+    }
+}
+
+TEST(ScriptTriggerMapper, UnknownKeysAreIgnored) {
+    EXPECT_EQ(mapped("after_start", R"({"Seconds": 1, "withinNm": 2, "": "x"})"),
+              (TriggerCondition{.kind = Kind::afterStart}));
+}
+
+} // namespace
+} // namespace tarnly

@@ -1,0 +1,85 @@
+#include "TarnlyCore/Script/LoadedScript.hpp"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "TarnlyCore/Script/Triggers.hpp"
+
+namespace tarnly {
+namespace {
+
+using test::afterStart;
+using test::armed;
+using test::ids;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
+
+TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
+
+TEST(LoadedScript, IsEmptyAtFirst) {
+    LoadedScript script;
+    EXPECT_FALSE(script.current());
+    EXPECT_THAT(script.evaluate(at(0)), IsEmpty());
+    EXPECT_FALSE(script.current());
+}
+
+TEST(LoadedScript, EvaluatesTheEngineInForceInPlace) {
+    LoadedScript script;
+    script.set(TriggerEngine({armed("a", afterStart(1))}, noFix));
+    EXPECT_THAT(script.evaluate(at(0)), IsEmpty());
+    EXPECT_THAT(ids(script.evaluate(at(1))), ElementsAre("a"));
+    EXPECT_THAT(script.evaluate(at(2)), IsEmpty());
+    ASSERT_TRUE(script.current());
+    EXPECT_THAT(ids(script.current()->fired()), ElementsAre("a"));
+}
+
+TEST(LoadedScript, TheCurrentEngineIsACopy) {
+    LoadedScript script;
+    script.set(TriggerEngine({armed("a", afterStart(1))}, noFix));
+    auto copy = script.current();
+    ASSERT_TRUE(copy);
+    EXPECT_THAT(ids(copy->evaluate(at(1))), ElementsAre("a"));
+    EXPECT_THAT(ids(script.current()->waiting()), ElementsAre("a"));
+}
+
+TEST(LoadedScript, ANewEngineReplacesTheOldAndAllThatItFired) {
+    LoadedScript script;
+    script.set(TriggerEngine({armed("a", afterStart(0))}, noFix));
+    script.evaluate(at(0));
+    script.set(TriggerEngine({armed("a", afterStart(0)), armed("b", afterStart(0))}, noFix));
+    EXPECT_THAT(script.current()->fired(), IsEmpty());
+    EXPECT_THAT(ids(script.evaluate(at(0))), ElementsAre("a", "b"));
+}
+
+TEST(LoadedScript, IsSafeFromManyThreads) {
+    LoadedScript script;
+    const TriggerEngine engine({armed("b", test::afterTrigger("a")), armed("a", afterStart(0))}, noFix);
+    constexpr int rounds = 2000;
+    std::thread loader([&] {
+        for (int i = 0; i < rounds; ++i)
+            script.set(engine);
+    });
+    bool isWhole = true;
+    std::thread reader([&] {
+        for (int i = 0; i < rounds; ++i) {
+            const auto current = script.current();
+            isWhole = isWhole && (!current || current->fired().size() + current->waiting().size() == 2);
+        }
+    });
+    bool firesWhole = true;
+    for (int i = 0; i < rounds; ++i) {
+        const auto fired = script.evaluate(at(i));
+        firesWhole = firesWhole && (fired.empty() || fired.size() == 2);
+    }
+    loader.join();
+    reader.join();
+    EXPECT_TRUE(isWhole);
+    EXPECT_TRUE(firesWhole);
+    EXPECT_TRUE(script.current());
+}
+
+} // namespace
+} // namespace tarnly

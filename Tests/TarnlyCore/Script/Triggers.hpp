@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "TarnlyCore/Script/ArmedTrigger.hpp"
+#include "TarnlyCore/Script/FiredTrigger.hpp"
+
+/// Short ways to write down triggers and what has fired.
+namespace tarnly::test {
+
+inline ArmedTrigger armed(std::string id, TriggerCondition condition) {
+    return {.id = std::move(id),
+            .name = {},
+            .condition = std::move(condition),
+            .actionKind = "say",
+            .action = {}};
+}
+
+inline TriggerCondition afterStart(double seconds) {
+    return {.kind = TriggerConditionKind::afterStart, .seconds = seconds};
+}
+
+inline TriggerCondition afterGearDown(double seconds) {
+    return {.kind = TriggerConditionKind::afterGearDown, .seconds = seconds};
+}
+
+inline TriggerCondition afterTrigger(std::string id, double seconds = 0) {
+    return {.kind = TriggerConditionKind::afterTrigger, .seconds = seconds, .afterTriggerId = std::move(id)};
+}
+
+inline TriggerCondition crossing(TriggerConditionKind kind, double feet, bool climbing) {
+    return {.kind = kind, .feet = feet, .climbing = climbing};
+}
+
+inline TriggerCondition reachesFix(std::string fix, double withinNm) {
+    return {.kind = TriggerConditionKind::reachesFix, .fix = std::move(fix), .withinNm = withinNm};
+}
+
+inline std::vector<std::string> ids(const std::vector<FiredTrigger>& triggers) {
+    std::vector<std::string> result;
+    for (const auto& trigger : triggers)
+        result.push_back(trigger.triggerID);
+    return result;
+}
+
+inline std::vector<std::string> ids(const std::vector<ArmedTrigger>& triggers) {
+    std::vector<std::string> result;
+    for (const auto& trigger : triggers)
+        result.push_back(trigger.id);
+    return result;
+}
+
+} // namespace tarnly::test
