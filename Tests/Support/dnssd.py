@@ -136,10 +136,10 @@ class PrivateDnssd:
         return ["nsenter", f"--target={self._daemon.pid}", "--net", *user, *command]
 
     def _enter_namespaces(self):
-        if self._neighbour:
-            return self._neighbour.in_network("unshare", "--mount")
         # The same user inside: the bus compares who one claims to be with who one is.
         user = [] if os.geteuid() == 0 else ["--user", "--map-current-user", "--keep-caps"]
+        if self._neighbour:
+            return self._neighbour.in_network("unshare", "--mount", *user)
         return ["unshare", "--net", "--mount", *user]
 
     def _daemon_is_running(self):
@@ -182,6 +182,8 @@ def _set_loopback_up():
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as control:
         answer = fcntl.ioctl(control, siocgifflags, struct.pack(name_and_flags, b"lo", 0))
         _, flags = struct.unpack(name_and_flags, answer)
+        if flags & iff_up:
+            return
         fcntl.ioctl(control, siocsifflags, struct.pack(name_and_flags, b"lo", flags | iff_up))
 
 
