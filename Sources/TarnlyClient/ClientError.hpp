@@ -1,0 +1,25 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace tarnly::client {
+
+/// The companion or the network refused; the text is for the person.
+class ClientError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The tool was called in a way that makes no sense; the text is for the person.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A conversation that this side ended while it waited for an answer, because the person wished it.
+class ConversationEnded : public std::runtime_error {
+  public:
+    ConversationEnded() : std::runtime_error("the conversation was ended") {}
+};
+
+} // namespace tarnly::client

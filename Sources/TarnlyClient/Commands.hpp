@@ -1,0 +1,35 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <ostream>
+
+#include "TarnlyClient/ClientOptions.hpp"
+#include "TarnlyClient/Output.hpp"
+
+namespace tarnly::client {
+
+/// What the subcommands work with; `options` are known when a subcommand runs. Outlives the parser.
+struct CommandContext {
+    ClientOptions options;
+    std::ostream& stream;
+
+    Output output() const { return {stream, options.json}; }
+};
+
+// Each declares its subcommands, whose callbacks do the work: they block until it is done, and throw
+// `UsageError` and `ClientError`.
+
+/// discover
+void addDiscoverCommand(CLI::App& app, CommandContext& context);
+/// info
+void addInfoCommand(CLI::App& app, CommandContext& context);
+/// get, set
+void addDatarefCommands(CLI::App& app, CommandContext& context);
+/// watch
+void addWatchCommand(CLI::App& app, CommandContext& context);
+/// run, move, attitude
+void addControlCommands(CLI::App& app, CommandContext& context);
+/// send
+void addSendCommand(CLI::App& app, CommandContext& context);
+
+} // namespace tarnly::client

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyClient/ClientOptions.hpp"
+#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/ServiceBrowser.hpp"
+
+namespace tarnly::client {
+
+/// The companions on the network. Blocks for `patience` at most, and less when the one named `instance` is
+/// found. Throws `ClientError` when there is no DNS-SD daemon to ask.
+std::vector<FoundService> findCompanions(std::chrono::milliseconds patience,
+                                         const std::optional<std::string>& instance = {});
+
+/// The only companion, or the one named `instance`. Throws `ClientError` with advice for the person when
+/// there is none or no telling which.
+Endpoint chooseCompanion(const std::vector<FoundService>& found, const std::optional<std::string>& instance);
+
+/// Where the companion is that `options` mean. Blocks while it looks around; throws as the two above.
+Endpoint locateCompanion(const ClientOptions& options);
+
+} // namespace tarnly::client

@@ -1,0 +1,34 @@
+#include "TarnlyClient/Conversation.hpp"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/io_context.hpp>
+#include <exception>
+
+#include "TarnlyClient/CompanionFinder.hpp"
+#include "TarnlyClient/PasswordFile.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+
+namespace tarnly::client {
+
+void converse(const ClientOptions& options, const Work& work) {
+    CompanionSession::Options sessionOptions{{}, options.timeout};
+    if (options.passwordFile) sessionOptions.password = readPassword(*options.passwordFile);
+    const auto endpoint = locateCompanion(options);
+
+    boost::asio::io_context io(1);
+    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), endpoint, "/"),
+                             sessionOptions);
+    std::exception_ptr failure;
+    boost::asio::co_spawn(io, work(session), [&](std::exception_ptr error) {
+        failure = error;
+        session.close();
+    });
+    io.run();
+    try {
+        if (failure) std::rethrow_exception(failure);
+    } catch (const ConversationEnded&) {
+        // As the person wished.
+    }
+}
+
+} // namespace tarnly::client

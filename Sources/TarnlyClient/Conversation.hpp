@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+
+#include "TarnlyClient/ClientOptions.hpp"
+#include "TarnlyClient/CompanionSession.hpp"
+
+namespace tarnly::client {
+
+/// What is to be talked about. Not itself a coroutine with captures: it calls one and hands it what it needs.
+using Work = std::function<Task<>(CompanionSession& session)>;
+
+/// Finds the companion, does `work` with it and says good-bye. Blocks until that is done; throws what `work`
+/// threw, `UsageError` for a password file that is no good and `ClientError` where there is no companion.
+void converse(const ClientOptions& options, const Work& work);
+
+} // namespace tarnly::client

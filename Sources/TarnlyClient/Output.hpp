@@ -1,0 +1,47 @@
+#pragma once
+
+#include <map>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TarnlyPlatform/ServiceBrowser.hpp"
+
+namespace tarnly::client {
+
+/// Dataref values by name.
+using Values = std::map<std::string, double>;
+
+/// The shortest text that reads back as the same number.
+std::string numberText(double value);
+
+/// `text` as a terminal may be given it: well-formed, and without control characters, which become "?".
+std::string printable(std::string_view text);
+
+/// Prints results: for people, or for programs as one JSON object a line. Each line is flushed.
+class Output {
+  public:
+    Output(std::ostream& stream, bool json) : stream_(stream), json_(json) {}
+
+    void line(std::string_view text);
+
+    /// "name=value" on a line each, the form that `set` takes. Here and below in the order of `names`; a name
+    /// without a value is left out.
+    void values(const std::vector<std::string>& names, const Values& values);
+
+    /// The same values on one line.
+    void push(const std::vector<std::string>& names, const Values& values);
+
+    void ok();
+
+    void simulator(const std::string& sim, const std::string& version);
+
+    void companion(const FoundService& service);
+
+  private:
+    std::ostream& stream_;
+    bool json_;
+};
+
+} // namespace tarnly::client
