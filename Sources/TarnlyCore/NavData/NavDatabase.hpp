@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TarnlyCore/Script/Coordinate.hpp"
+#include "TarnlyPlatform/Guarded.hpp"
+
+struct sqlite3;
+
+namespace tarnly {
+
+/// Where the fixes and navaids of the world are, from an SQLite file that others produce; never written.
+///
+/// Read are the tables `enroute_fixes` (`fix_id`, `lat`, `lon`) and `navaids` (`nav_id`, `lat`, `lon`),
+/// identifiers in upper case, positions in degrees. Optional: a host without one resolves nothing. Shared by
+/// the sessions; safe from any thread, though a query may wait for the disk.
+class NavDatabase {
+  public:
+    /// Throws `NavDatabaseError::openFailed` when SQLite does not open `path`. A file that exists is opened
+    /// without looking into it: if it is no database, or lacks the tables, nothing will be found in it.
+    explicit NavDatabase(const std::string& path);
+
+    NavDatabase(const NavDatabase&) = delete;
+    NavDatabase& operator=(const NavDatabase&) = delete;
+
+    /// Where `id`, in any letter case, is: the first such en-route fix, else the first such navaid, else
+    /// absent. SQLite sees `id` up to its first NUL only.
+    std::optional<Coordinate> resolve(const std::string& id) const;
+
+  private:
+    struct Close {
+        void operator()(sqlite3* connection) const;
+    };
+
+    Guarded<std::unique_ptr<sqlite3, Close>> connection_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,90 @@
+#include "TarnlyCore/Recording/RecordingSession.hpp"
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <exception>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace tarnly {
+namespace {
+
+/// What fails here shows when the log file is created.
+void createPrivateFolders(const std::filesystem::path& folder) {
+    std::filesystem::path reached;
+    for (const auto& name : folder) {
+        reached /= name;
+        ::mkdir(reached.c_str(), S_IRWXU);
+    }
+}
+
+void increase(std::atomic<std::int64_t>& counter) {
+    if (counter == std::numeric_limits<std::int64_t>::max()) std::terminate();
+    ++counter;
+}
+
+/// Looks at every element: the times need not ascend.
+template <typename Snapshot>
+auto copyAfter(std::optional<double> since, const Snapshot& recorded) {
+    std::vector<std::decay_t<decltype(recorded[0])>> result;
+    if (!since) result.reserve(recorded.size());
+    for (std::size_t i = 0; i < recorded.size(); ++i) {
+        if (!since || recorded[i].elapsedSeconds > *since) result.push_back(recorded[i]);
+    }
+    return result;
+}
+
+} // namespace
+
+std::chrono::sys_seconds RecordingSession::systemTime() {
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+RecordingSession::RecordingSession(std::filesystem::path directory, WallClock wallClock)
+    : directory_(std::move(directory)), wallClock_(std::move(wallClock)) {
+    createPrivateFolders(directory_);
+}
+
+void RecordingSession::start() {
+    Track previous; // goes after the lock: to let go of ten hours takes milliseconds
+    state_.with([&](State& state) {
+        increase(generation_);
+        std::swap(previous, state.track);
+        state.log.reset();
+        state.log = RecordingLog::create(directory_ / RecordingLog::fileName(wallClock_()));
+        isRecording_ = true;
+    });
+}
+
+void RecordingSession::stop() {
+    state_.with([&](State& state) {
+        isRecording_ = false;
+        state.log.reset();
+    });
+}
+
+void RecordingSession::recordSample(TrackSample sample) {
+    if (!isRecording_) return;
+    state_.with([&](State& state) {
+        state.track.samples.append(sample);
+        if (state.log) state.log->append(LogLine::of(std::move(sample)));
+    });
+}
+
+void RecordingSession::recordFired(FiredTriggerEvent event) {
+    state_.with([&](State& state) {
+        state.track.events.append(event);
+        if (state.log) state.log->append(LogLine::of(std::move(event)));
+    });
+}
+
+CatchUpResponse RecordingSession::catchUp(std::optional<double> since) const {
+    const auto [samples, events] = state_.with([](const State& state) {
+        return std::pair(state.track.samples.snapshot(), state.track.events.snapshot());
+    });
+    return {copyAfter(since, samples), copyAfter(since, events)};
+}
+
+} // namespace tarnly

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Recording/GrowingList.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyPlatform/Guarded.hpp"
+
+namespace tarnly {
+
+/// The flight track of the current recording: the samples and the fired triggers, in memory for clients that
+/// reconnect, and line by line in a log file.
+///
+/// One per host, shared by the sessions and the sampling loop. Safe from any thread. The order of the log is
+/// the order in memory. Nothing here fails: a recording whose file cannot be written goes on in memory.
+class RecordingSession {
+  public:
+    /// Tells the time in UTC.
+    using WallClock = std::function<std::chrono::sys_seconds()>;
+
+    static std::chrono::sys_seconds systemTime();
+
+    /// Creates `directory`, with the folders above it, for its owner only where they are missing.
+    explicit RecordingSession(std::filesystem::path directory, WallClock wallClock = systemTime);
+
+    RecordingSession(const RecordingSession&) = delete;
+    RecordingSession& operator=(const RecordingSession&) = delete;
+
+    /// Begins a new, empty recording with a new log file, whether one was running or not. A recording that
+    /// was started within the same second loses its file to the new one.
+    void start();
+
+    /// What was recorded stays until the next start.
+    void stop();
+
+    /// Does nothing outside a recording.
+    void recordSample(TrackSample sample);
+
+    /// Outside a recording the event is kept in memory only.
+    void recordFired(FiredTriggerEvent event);
+
+    /// Copies of the samples and events whose time is after `since`, in seconds, strictly; of all when it is
+    /// absent.
+    ///
+    /// Of ten hours that is tens of milliseconds' work, hence nothing for the network thread. The lock is
+    /// held for microseconds of it.
+    CatchUpResponse catchUp(std::optional<double> since) const;
+
+    bool isRecording() const { return isRecording_; }
+
+    /// How many times a recording was started.
+    std::int64_t generation() const { return generation_; }
+
+    const std::filesystem::path& directory() const { return directory_; }
+
+  private:
+    struct Track {
+        GrowingList<TrackSample> samples;
+        GrowingList<FiredTriggerEvent> events;
+    };
+
+    struct State {
+        Track track;
+        /// Absent outside a recording, and when the file could not be created.
+        std::optional<RecordingLog> log;
+    };
+
+    const std::filesystem::path directory_;
+    const WallClock wallClock_;
+    Guarded<State> state_;
+    // Written with the lock of `state_` held, read without: a sample that arrives during a start or a stop
+    // may be taken or dropped.
+    std::atomic<bool> isRecording_{false};
+    std::atomic<std::int64_t> generation_{0};
+};
+
+} // namespace tarnly

@@ -1,0 +1,170 @@
+#include "TarnlyCore/Recording/RecordingLog.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <limits>
+
+#include "Support/TemporaryFolder.hpp"
+#include "TarnlyCore/Recording/Recordings.hpp"
+
+namespace tarnly {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+/// As long as it lives, files of this process grow to `size` bytes and no further: the disk is full.
+class FullDisk {
+  public:
+    explicit FullDisk(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{size, before_.rlim_max};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) throw std::runtime_error("no file size limit");
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+class RecordingLogTest : public testing::Test {
+  protected:
+    const test::TemporaryFolder folder;
+    const fs::path file = folder.path() / "session.jsonl";
+    const LogLine first = LogLine::of(test::sampleAt(1));
+    const LogLine second = LogLine::of(test::firedAt(2));
+    const LogLine third = LogLine::of(test::sampleAt(3));
+
+    static std::string text(const LogLine& line) { return encodeJson(line) + "\n"; }
+
+    /// Writes `first`, then `second` of which `taken` bytes still fit the disk, then `third` on a disk with
+    /// room.
+    std::string writeWithSecondCutTo(std::size_t taken) {
+        auto log = RecordingLog::create(file);
+        log->append(first);
+        {
+            const FullDisk full(text(first).size() + taken);
+            log->append(second);
+        }
+        log->append(third);
+        return test::contentOf(file);
+    }
+};
+
+TEST_F(RecordingLogTest, NameIsTheTimeInUtcWithoutColons) {
+    constexpr auto day = std::chrono::sys_days(std::chrono::year(2026) / 11 / 16);
+    EXPECT_EQ(RecordingLog::fileName(day + 1h + 9min + 38s), "session-2026-11-16T010938Z.jsonl");
+    EXPECT_EQ(RecordingLog::fileName(day), "session-2026-11-16T000000Z.jsonl");
+    EXPECT_EQ(
+        RecordingLog::fileName(std::chrono::sys_days(std::chrono::year(2024) / 2 / 29) + 23h + 59min + 59s),
+        "session-2024-02-29T235959Z.jsonl");
+}
+
+TEST_F(RecordingLogTest, LinesStandInTheFileWhenAppendReturns) {
+    auto log = RecordingLog::create(file);
+    ASSERT_TRUE(log);
+    EXPECT_EQ(test::contentOf(file), "");
+    log->append(first);
+    EXPECT_EQ(test::contentOf(file), text(first));
+    log->append(second);
+    EXPECT_EQ(test::contentOf(file), text(first) + text(second));
+}
+
+TEST_F(RecordingLogTest, FileIsReadableByItsOwnerOnly) {
+    folder.write("session.jsonl", "of old");
+    fs::permissions(file, fs::perms(0644));
+    ASSERT_TRUE(RecordingLog::create(file));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+}
+
+TEST_F(RecordingLogTest, TakesThePlaceOfAnOlderFile) {
+    folder.write("session.jsonl", "of old");
+    ASSERT_TRUE(RecordingLog::create(file));
+    EXPECT_EQ(test::contentOf(file), "");
+}
+
+TEST_F(RecordingLogTest, NeverWritesThroughALink) {
+    const auto victim = folder.write("letter", "dear");
+    fs::create_symlink(victim, file);
+    auto log = RecordingLog::create(file);
+    ASSERT_TRUE(log);
+    log->append(first);
+    EXPECT_EQ(test::contentOf(victim), "dear");
+    EXPECT_EQ(test::contentOf(file), text(first));
+}
+
+TEST_F(RecordingLogTest, APipeOfThatNameDoesNotBlock) {
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    ASSERT_TRUE(RecordingLog::create(file));
+    EXPECT_TRUE(fs::is_regular_file(file));
+}
+
+TEST_F(RecordingLogTest, IsAbsentWhereTheFileCannotBe) {
+    fs::create_directories(file);
+    EXPECT_FALSE(RecordingLog::create(file));
+    EXPECT_FALSE(RecordingLog::create(folder.path() / "missing" / "session.jsonl"));
+    const auto plainFile = folder.write("plain", "");
+    EXPECT_FALSE(RecordingLog::create(plainFile / "session.jsonl"));
+}
+
+TEST_F(RecordingLogTest, LeavesOutALineThatHasNoJsonForm) {
+    auto log = RecordingLog::create(file);
+    auto lost = test::fullSampleAt(2);
+    lost.throttleRatio->push_back(std::numeric_limits<double>::infinity());
+    log->append(first);
+    log->append(LogLine::of(lost));
+    log->append(LogLine::of(test::firedAt(std::numeric_limits<double>::quiet_NaN())));
+    log->append(third);
+    EXPECT_EQ(test::contentOf(file), text(first) + text(third));
+}
+
+TEST_F(RecordingLogTest, MovingHandsTheFileOn) {
+    auto log = RecordingLog::create(file);
+    RecordingLog moved = std::move(*log);
+    log.reset();
+    moved.append(first);
+    moved = std::move(*RecordingLog::create(folder.path() / "next.jsonl"));
+    moved.append(second);
+    EXPECT_EQ(test::contentOf(file), text(first));
+    EXPECT_EQ(test::contentOf(folder.path() / "next.jsonl"), text(second));
+}
+
+TEST_F(RecordingLogTest, LineThatFindsNoRoomAtAllLeavesNoTrace) {
+    EXPECT_EQ(writeWithSecondCutTo(0), text(first) + text(third));
+}
+
+TEST_F(RecordingLogTest, LineThatIsCutShortStaysAlone) {
+    const auto cut = text(second).substr(0, 10);
+    EXPECT_EQ(writeWithSecondCutTo(10), text(first) + cut + "\n" + text(third));
+    const auto log = test::readLogFile(file);
+    EXPECT_EQ(log.lines, (std::vector{first, third}));
+    EXPECT_EQ(log.unreadableLines, 1U);
+}
+
+TEST_F(RecordingLogTest, LineThatLacksItsLineFeedOnlyGetsItFromTheNext) {
+    const auto lineFeedOnly = text(second).size() - 1;
+    EXPECT_EQ(writeWithSecondCutTo(lineFeedOnly), text(first) + text(second) + text(third));
+}
+
+TEST_F(RecordingLogTest, DiskThatStaysFullDoesNotAddToTheCutLine) {
+    auto log = RecordingLog::create(file);
+    {
+        const FullDisk full(5);
+        for (int i = 0; i < 3; ++i)
+            log->append(first);
+    }
+    log->append(third);
+    EXPECT_EQ(test::contentOf(file), text(first).substr(0, 5) + "\n" + text(third));
+}
+
+} // namespace
+} // namespace tarnly

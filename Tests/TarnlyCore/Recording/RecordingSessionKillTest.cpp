@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <new>
+#include <thread>
+
+#include "Support/TemporaryFolder.hpp"
+#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/Recordings.hpp"
+
+/// A process that is killed while it records leaves a log that can be read, with all in it that a call had
+/// returned for.
+namespace tarnly {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t kills = 20;
+#else
+constexpr std::size_t kills = 100;
+#endif
+
+constexpr auto patience = std::chrono::seconds(60);
+
+std::chrono::sys_seconds midnight() { return std::chrono::sys_days(std::chrono::year(2026) / 11 / 16); }
+
+/// A number that the child counts up and the parent reads.
+class SharedCounter {
+  public:
+    SharedCounter()
+        : memory_(mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) {
+        if (memory_ == MAP_FAILED) throw std::bad_alloc();
+        new (memory_) Count(0);
+    }
+    SharedCounter(const SharedCounter&) = delete;
+    SharedCounter& operator=(const SharedCounter&) = delete;
+    ~SharedCounter() { munmap(memory_, sizeof(Count)); }
+
+    std::atomic<std::size_t>& value() { return *static_cast<Count*>(memory_); }
+
+  private:
+    using Count = std::atomic<std::size_t>;
+    static_assert(Count::is_always_lock_free);
+
+    void* memory_;
+};
+
+/// The line with this number. Every third spans several pages, so that the kill may well come amid its
+/// write.
+LogLine numberedLine(std::size_t number) {
+    const auto time = static_cast<double>(number);
+    if (number % 3 == 2) return LogLine::of(test::firedAt(time));
+    auto sample = test::fullSampleAt(time);
+    if (number % 3 == 1) sample.throttleRatio = std::vector<double>(2000, 0.6512500047683716);
+    return LogLine::of(sample);
+}
+
+[[noreturn]] void recordUntilKilled(const std::filesystem::path& folder, std::atomic<std::size_t>& recorded) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    RecordingSession recording(folder, midnight);
+    recording.start();
+    for (;;) {
+        const auto line = numberedLine(recorded);
+        if (line.sample) recording.recordSample(*line.sample);
+        if (line.fired) recording.recordFired(*line.fired);
+        ++recorded;
+    }
+}
+
+bool waitUntilAtLeast(const std::atomic<std::size_t>& recorded, std::size_t count) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (recorded < count && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    return recorded >= count;
+}
+
+/// Lets a child record `count` lines and kills it during the next ones. How many calls had returned by then.
+std::size_t recordAndKill(const std::filesystem::path& folder, std::size_t count) {
+    SharedCounter recorded;
+    const pid_t child = fork();
+    if (child == 0) recordUntilKilled(folder, recorded.value());
+    EXPECT_GT(child, 0);
+    EXPECT_TRUE(waitUntilAtLeast(recorded.value(), count));
+    kill(child, SIGKILL);
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    return recorded.value();
+}
+
+void expectNothingLost(const test::ReadLog& log, std::size_t recorded) {
+    EXPECT_EQ(log.unreadableLines, 0U);
+    EXPECT_GE(log.lines.size(), recorded);
+    EXPECT_LE(log.lines.size(), recorded + 1);
+    for (std::size_t i = 0; i < log.lines.size(); ++i)
+        ASSERT_EQ(log.lines[i], numberedLine(i)) << i;
+}
+
+TEST(RecordingSessionKill, EveryLineForWhichACallReturnedIsThere) {
+    int tornEnds = 0;
+    for (std::size_t round = 0; round < kills; ++round) {
+        const test::TemporaryFolder folder;
+        const auto recorded = recordAndKill(folder.path(), 1 + round);
+        const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));
+        expectNothingLost(log, recorded);
+        if (log.hasTornEnd) ++tornEnds;
+    }
+    RecordProperty("kills", static_cast<int>(kills));
+    RecordProperty("torn_ends", tornEnds);
+}
+
+} // namespace
+} // namespace tarnly

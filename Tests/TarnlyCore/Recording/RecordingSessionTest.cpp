@@ -1,0 +1,242 @@
+#include "TarnlyCore/Recording/RecordingSession.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "Support/TemporaryFolder.hpp"
+#include "TarnlyCore/Recording/Recordings.hpp"
+
+namespace tarnly {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using test::firedAt;
+using test::readLogFile;
+using test::sampleAt;
+
+class RecordingSessionTest : public testing::Test {
+  protected:
+    const test::TemporaryFolder folder;
+    std::chrono::sys_seconds now = std::chrono::sys_days(std::chrono::year(2026) / 11 / 16) + 1h + 9min + 38s;
+
+    const RecordingSession::WallClock clock = [this] { return now; };
+
+    RecordingSession recording{folder.path(), clock};
+
+    const fs::path file = folder.path() / "session-2026-11-16T010938Z.jsonl";
+
+    std::size_t fileCount() const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()));
+    }
+
+    static fs::perms mode(const fs::path& path) { return fs::status(path).permissions(); }
+};
+
+std::vector<double> times(const std::vector<TrackSample>& samples) {
+    std::vector<double> result;
+    for (const auto& sample : samples)
+        result.push_back(sample.elapsedSeconds);
+    return result;
+}
+
+TEST_F(RecordingSessionTest, BeginsIdle) {
+    EXPECT_FALSE(recording.isRecording());
+    EXPECT_EQ(recording.generation(), 0);
+    EXPECT_EQ(recording.directory(), folder.path());
+    EXPECT_EQ(recording.catchUp(std::nullopt), CatchUpResponse());
+    EXPECT_EQ(fileCount(), 0U);
+}
+
+TEST_F(RecordingSessionTest, StartCreatesAnEmptyLogOfTheTime) {
+    recording.start();
+    EXPECT_TRUE(recording.isRecording());
+    EXPECT_EQ(recording.generation(), 1);
+    EXPECT_EQ(fs::file_size(file), 0U);
+    EXPECT_EQ(mode(file), fs::perms(0600));
+}
+
+TEST_F(RecordingSessionTest, KeepsAndLogsWhatItIsTold) {
+    const auto sample = test::fullSampleAt(0.25);
+    recording.start();
+    recording.recordSample(sample);
+    recording.recordFired(firedAt(0.25));
+    recording.recordSample(sampleAt(0.75));
+    EXPECT_EQ(recording.catchUp(std::nullopt), (CatchUpResponse{{sample, sampleAt(0.75)}, {firedAt(0.25)}}));
+    EXPECT_EQ(readLogFile(file).lines,
+              (std::vector{LogLine::of(sample), LogLine::of(firedAt(0.25)), LogLine::of(sampleAt(0.75))}));
+}
+
+TEST_F(RecordingSessionTest, LineIsCompleteWhenTheCallReturns) {
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    EXPECT_EQ(test::contentOf(file), "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":1,\"alt_ft\":2500}}\n");
+    recording.recordFired(firedAt(1));
+    EXPECT_EQ(readLogFile(file).lines.size(), 2U);
+    EXPECT_EQ(test::contentOf(file).back(), '\n');
+}
+
+TEST_F(RecordingSessionTest, SamplesOutsideARecordingAreDropped) {
+    recording.recordSample(sampleAt(1));
+    recording.start();
+    recording.recordSample(sampleAt(2));
+    recording.stop();
+    recording.recordSample(sampleAt(3));
+    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{2.0});
+    EXPECT_EQ(readLogFile(file).lines.size(), 1U);
+}
+
+TEST_F(RecordingSessionTest, FiredTriggersOutsideARecordingAreKeptInMemoryOnly) {
+    recording.recordFired(firedAt(1));
+    EXPECT_EQ(recording.catchUp(std::nullopt).fired, std::vector{firedAt(1)});
+    EXPECT_EQ(fileCount(), 0U);
+    recording.start();
+    EXPECT_TRUE(recording.catchUp(std::nullopt).fired.empty());
+    recording.recordFired(firedAt(2));
+    recording.stop();
+    recording.recordFired(firedAt(3));
+    EXPECT_EQ(recording.catchUp(std::nullopt).fired, (std::vector{firedAt(2), firedAt(3)}));
+    EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(firedAt(2))});
+}
+
+TEST_F(RecordingSessionTest, StopKeepsTheRecording) {
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    recording.stop();
+    EXPECT_FALSE(recording.isRecording());
+    EXPECT_EQ(recording.generation(), 1);
+    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
+    recording.stop();
+    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
+}
+
+TEST_F(RecordingSessionTest, StopBeforeAnyStartIsHarmless) {
+    recording.stop();
+    EXPECT_FALSE(recording.isRecording());
+    EXPECT_EQ(recording.generation(), 0);
+}
+
+TEST_F(RecordingSessionTest, StartWhileRecordingStartsOverInANewFile) {
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    recording.recordFired(firedAt(1));
+    now += 1s;
+    recording.start();
+    recording.recordSample(sampleAt(0.5));
+    EXPECT_TRUE(recording.isRecording());
+    EXPECT_EQ(recording.generation(), 2);
+    EXPECT_EQ(recording.catchUp(std::nullopt), (CatchUpResponse{{sampleAt(0.5)}, {}}));
+    EXPECT_EQ(readLogFile(file).lines.size(), 2U);
+    const auto next = folder.path() / "session-2026-11-16T010939Z.jsonl";
+    EXPECT_EQ(readLogFile(next).lines, std::vector{LogLine::of(sampleAt(0.5))});
+}
+
+TEST_F(RecordingSessionTest, SecondStartWithinTheSecondTakesTheFile) {
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    recording.recordSample(sampleAt(2));
+    recording.start();
+    EXPECT_EQ(fs::file_size(file), 0U);
+    recording.recordSample(sampleAt(0.5));
+    EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(sampleAt(0.5))});
+    EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(RecordingSessionTest, CatchUpReturnsWhatLiesStrictlyAfter) {
+    recording.start();
+    for (const double time : {9.9, 10.0, 10.1}) {
+        recording.recordSample(sampleAt(time));
+        recording.recordFired(firedAt(time));
+    }
+    EXPECT_EQ(recording.catchUp(10.0), (CatchUpResponse{{sampleAt(10.1)}, {firedAt(10.1)}}));
+    EXPECT_EQ(recording.catchUp(10.1), CatchUpResponse());
+    EXPECT_EQ(recording.catchUp(-1.0), recording.catchUp(std::nullopt));
+}
+
+TEST_F(RecordingSessionTest, CatchUpDoesNotAssumeAnOrder) {
+    recording.start();
+    for (const double time : {5.0, 1.0, 4.0, 2.0, 3.0}) {
+        recording.recordSample(sampleAt(time));
+        recording.recordFired(firedAt(time));
+    }
+    const auto late = recording.catchUp(2.0);
+    EXPECT_EQ(times(late.samples), (std::vector{5.0, 4.0, 3.0}));
+    EXPECT_EQ(late.fired, (std::vector{firedAt(5), firedAt(4), firedAt(3)}));
+}
+
+TEST_F(RecordingSessionTest, CatchUpOfALongRecordingIsWhole) {
+    recording.start();
+    std::vector<double> all;
+    for (int i = 0; i < 1000; ++i) {
+        all.push_back(i * 0.5);
+        recording.recordSample(sampleAt(all.back()));
+    }
+    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), all);
+    EXPECT_EQ(times(recording.catchUp(498.5).samples), (std::vector{499.0, 499.5}));
+}
+
+TEST_F(RecordingSessionTest, SampleThatIsNotFiniteStaysInMemoryOnly) {
+    auto odd = sampleAt(2);
+    odd.aglFt = std::numeric_limits<double>::infinity();
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    recording.recordSample(odd);
+    recording.recordSample(sampleAt(3));
+    EXPECT_EQ(recording.catchUp(std::nullopt).samples, (std::vector{sampleAt(1), odd, sampleAt(3)}));
+    const auto log = readLogFile(file);
+    EXPECT_EQ(log.lines, (std::vector{LogLine::of(sampleAt(1)), LogLine::of(sampleAt(3))}));
+    EXPECT_EQ(log.unreadableLines, 0U);
+}
+
+TEST_F(RecordingSessionTest, CreatesItsFoldersForTheOwnerOnly) {
+    const auto above = folder.path() / "Tarnly";
+    const RecordingSession other(above / "Recordings", clock);
+    EXPECT_EQ(mode(above), fs::perms(0700));
+    EXPECT_EQ(mode(above / "Recordings"), fs::perms(0700));
+}
+
+TEST_F(RecordingSessionTest, LeavesTheModeOfAFolderThatExists) {
+    fs::permissions(folder.path(), fs::perms(0750));
+    const RecordingSession other(folder.path(), clock);
+    EXPECT_EQ(mode(folder.path()), fs::perms(0750));
+}
+
+TEST_F(RecordingSessionTest, RecordsInMemoryWhereTheFolderCannotBe) {
+    const auto plainFile = folder.write("plain", "");
+    RecordingSession other(plainFile / "Recordings", clock);
+    other.start();
+    EXPECT_TRUE(other.isRecording());
+    other.recordSample(sampleAt(1));
+    other.recordFired(firedAt(1));
+    EXPECT_EQ(other.catchUp(std::nullopt), (CatchUpResponse{{sampleAt(1)}, {firedAt(1)}}));
+    other.stop();
+    EXPECT_EQ(other.catchUp(0.5), (CatchUpResponse{{sampleAt(1)}, {firedAt(1)}}));
+    EXPECT_EQ(test::contentOf(plainFile), "");
+}
+
+TEST_F(RecordingSessionTest, RecordingAfterOneWithoutAFileHasOneAgain) {
+    fs::create_directory(file);
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    now += 1s;
+    recording.start();
+    recording.recordSample(sampleAt(2));
+    EXPECT_EQ(readLogFile(folder.path() / "session-2026-11-16T010939Z.jsonl").lines,
+              std::vector{LogLine::of(sampleAt(2))});
+    EXPECT_TRUE(fs::is_empty(file));
+}
+
+TEST_F(RecordingSessionTest, WithoutAClockOfItsOwnItGoesByTheSystems) {
+    RecordingSession other(folder.path());
+    const auto before = RecordingLog::fileName(RecordingSession::systemTime());
+    other.start();
+    const auto after = RecordingLog::fileName(RecordingSession::systemTime());
+    const auto name = fs::directory_iterator(folder.path())->path().filename().string();
+    EXPECT_LE(before, name);
+    EXPECT_LE(name, after);
+}
+
+} // namespace
+} // namespace tarnly
