@@ -5,11 +5,9 @@
 namespace tarnly {
 namespace {
 
-ProtocolServer::MakeSession sessionFactory(std::shared_ptr<PairingManager> pairing,
-                                           std::shared_ptr<SimBackend> backend, WorkerPool& workers) {
-    return [pairing = std::move(pairing), backend = std::move(backend), &workers] {
-        return std::make_shared<ProtocolSession>(pairing, backend, workers);
-    };
+FixResolver resolverFor(std::shared_ptr<NavDatabase> navDatabase) {
+    if (!navDatabase) return [](const std::string&) { return std::optional<Coordinate>(); };
+    return [navDatabase = std::move(navDatabase)](const std::string& ident) { return navDatabase->resolve(ident); };
 }
 
 SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> server) {
@@ -24,29 +22,35 @@ SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> serv
 CompanionHostError CompanionHostError::alreadyStarted() { return CompanionHostError("alreadyStarted"); }
 
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
-                             std::shared_ptr<SimBackend> backend, Identity identity,
-                             std::optional<std::string> password, Options options)
-    : identity_(std::move(identity)),
-      port_(options.port),
-      pairing_(std::make_shared<PairingManager>(std::move(password))),
-      server_(
-          std::make_shared<ProtocolServer>(executor, sessionFactory(pairing_, std::move(backend), workers))),
-      sampling_(std::make_shared<SamplingLoop>(executor, clock, pushThrough(server_))),
-      advertiser_(executor, std::move(options.publish)) {}
+                             std::shared_ptr<SimBackend> backend, Configuration configuration)
+    : instanceName_(std::move(configuration.instanceName)),
+      simKind_(std::move(configuration.simKind)),
+      appVersion_(std::move(configuration.appVersion)),
+      port_(configuration.port),
+      pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
+      recording_(std::make_shared<RecordingSession>(std::move(configuration.recordingDirectory))),
+      loadedScript_(std::make_shared<LoadedScript>()),
+      server_(std::make_shared<ProtocolServer>(
+          executor,
+          [pairing = pairing_, backend, recording = recording_, loadedScript = loadedScript_,
+           fixResolver = resolverFor(std::move(configuration.navDatabase)), &workers] {
+              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver, workers);
+          })),
+      sampling_(std::make_shared<SamplingLoop>(executor, clock, backend, recording_, loadedScript_,
+                                               pushThrough(server_))),
+      advertiser_(executor, std::move(configuration.publish)) {}
 
 Task<> CompanionHost::start() {
     if (started_) throw CompanionHostError::alreadyStarted();
     started_ = true;
     BonjourAdvertiser::Service service;
-    service.instanceName = identity_.instanceName;
+    service.instanceName = instanceName_;
     service.port = port_;
-    service.simKind = identity_.simKind;
-    service.appVersion = identity_.appVersion;
+    service.simKind = simKind_;
+    service.appVersion = appVersion_;
     service.pairingRequired = pairing_->requiresPairing();
     WebSocketListener::ConnectionHandler onNewConnection =
-        [server = server_](std::shared_ptr<WebSocketConnection> connection) {
-            server->accept(std::move(connection));
-        };
+        [server = server_](std::shared_ptr<WebSocketConnection> connection) { server->accept(std::move(connection)); };
     co_await advertiser_.start(std::move(service), std::move(onNewConnection));
     sampling_->start();
 }
@@ -55,6 +59,7 @@ void CompanionHost::stop() {
     sampling_->stop();
     advertiser_.stop();
     server_->cancelAll();
+    recording_->stop();
 }
 
 } // namespace tarnly

@@ -2,6 +2,7 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -9,9 +10,12 @@
 
 #include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
 #include "TarnlyCore/Discovery/PairingManager.hpp"
+#include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
 #include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
+#include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Clock.hpp"
 #include "TarnlyPlatform/WorkerPool.hpp"
 
@@ -25,18 +29,20 @@ class CompanionHostError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The composition root of the core: builds the shared services once and wires them together. Holds no logic
-/// beyond that. Belongs to the network thread.
+/// The composition root of the core: builds the shared services once and wires them together. Holds no logic beyond
+/// that. Belongs to the network thread.
 class CompanionHost {
   public:
-    struct Identity {
+    struct Configuration {
+        std::filesystem::path recordingDirectory;
         /// Under which the companion is published.
         std::string instanceName;
         std::string simKind;
         std::string appVersion;
-    };
-
-    struct Options {
+        /// Absent or empty: pairing is open.
+        std::optional<std::string> password;
+        /// Without one no fix is found.
+        std::shared_ptr<NavDatabase> navDatabase;
         /// 0: a free port that the system chooses.
         std::uint16_t port = 0;
         BonjourAdvertiser::Publish publish = publishBySystemDaemon;
@@ -44,31 +50,40 @@ class CompanionHost {
 
     /// `workers` and `clock` must outlive all that runs on `executor`.
     CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
-                  std::shared_ptr<SimBackend> backend, Identity identity, std::optional<std::string> password,
-                  Options options);
+                  std::shared_ptr<SimBackend> backend, Configuration configuration);
 
     CompanionHost(const CompanionHost&) = delete;
     CompanionHost& operator=(const CompanionHost&) = delete;
 
-    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at the
-    /// second call, or what the advertiser throws; after a failure the host is of no more use.
+    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at the second
+    /// call, or what the advertiser throws; after a failure the host is of no more use.
     Task<> start();
 
-    /// Stops the heartbeat, then withdraws the service, then ends all connections. Harmless when not started.
+    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless when not
+    /// started.
     void stop();
 
     PairingManager& pairing() { return *pairing_; }
+    RecordingSession& recording() { return *recording_; }
+    LoadedScript& loadedScript() { return *loadedScript_; }
     ProtocolServer& server() { return *server_; }
     SamplingLoop& sampling() { return *sampling_; }
     BonjourAdvertiser& advertiser() { return advertiser_; }
 
   private:
-    const Identity identity_;
+    const std::string instanceName_;
+    const std::string simKind_;
+    const std::string appVersion_;
     const std::uint16_t port_;
     const std::shared_ptr<PairingManager> pairing_;
-    const std::shared_ptr<ProtocolServer> server_; // its sessions share: pairing_
-    const std::shared_ptr<SamplingLoop> sampling_; // depends-on: server_
-    BonjourAdvertiser advertiser_;                 // hands connections to: server_
+    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<LoadedScript> loadedScript_;
+    // depends-on: pairing_, recording_, loadedScript_
+    const std::shared_ptr<ProtocolServer> server_;
+    // depends-on: recording_, loadedScript_, server_
+    const std::shared_ptr<SamplingLoop> sampling_;
+    // depends-on: server_
+    BonjourAdvertiser advertiser_;
     bool started_ = false;
 };
 

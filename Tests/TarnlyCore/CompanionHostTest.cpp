@@ -5,6 +5,7 @@
 
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "TarnlyPlatform/WebSocketClient.hpp"
 
 namespace tarnly {
@@ -18,16 +19,22 @@ struct CompanionHostTest : testing::Test {
     SystemClock clock;
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     std::vector<PublishedService> published;
+    test::TemporaryFolder folder;
 
-    std::unique_ptr<CompanionHost> newHost(std::optional<std::string> password = std::nullopt) {
-        CompanionHost::Options options;
-        options.publish = [this](PublishedService service) {
+    std::unique_ptr<CompanionHost> newHost(std::optional<std::string> password = std::nullopt,
+                                           std::shared_ptr<NavDatabase> navDatabase = nullptr) {
+        CompanionHost::Configuration configuration;
+        configuration.recordingDirectory = folder.path() / "Recordings";
+        configuration.instanceName = "rig42";
+        configuration.simKind = "xplane";
+        configuration.appVersion = "0.1";
+        configuration.password = std::move(password);
+        configuration.navDatabase = std::move(navDatabase);
+        configuration.publish = [this](PublishedService service) {
             published.push_back(std::move(service));
             return nullptr;
         };
-        const CompanionHost::Identity identity{"rig42", "xplane", "0.1"};
-        return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend, identity,
-                                               std::move(password), std::move(options));
+        return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend, std::move(configuration));
     }
 
     void start(CompanionHost& host) { test::runTask(io, host.start()); }
@@ -101,6 +108,14 @@ TEST_F(CompanionHostTest, AClientGetsAnswersAndPushesUntilTheHostStops) {
     EXPECT_EQ(texts[1], R"({"type":"dataref_subscribe_values","req_id":1,"data":{"a":4.5}})");
     EXPECT_EQ(texts[2], push);
     EXPECT_EQ(texts[3], push);
+}
+
+TEST_F(CompanionHostTest, StoppingEndsTheRecording) {
+    const auto host = newHost();
+    host->recording().start();
+    host->stop();
+    EXPECT_FALSE(host->recording().isRecording());
+    EXPECT_EQ(host->recording().directory(), folder.path() / "Recordings");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TarnlyCore/Protocol/ProtocolSessionError.hpp"
+#include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/JsonParser.hpp"
 
 namespace tarnly {
@@ -12,6 +13,18 @@ namespace {
 
 /// A longer frame takes more than a moment to decode, and is decoded aside.
 constexpr std::size_t longFrame = 64 * 1024;
+
+/// The engine of a script as the client sent it. Throws `MappingError`.
+TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
+    std::vector<ArmedTrigger> armed;
+    armed.reserve(script.triggers.size());
+    for (auto& trigger : script.triggers) {
+        auto condition = ScriptTriggerMapper::toCondition(trigger.conditionKind, trigger.condition);
+        armed.push_back({std::move(trigger.id), std::string(), std::move(condition),
+                         std::move(trigger.actionKind), std::move(trigger.action)});
+    }
+    return TriggerEngine(std::move(armed), fixResolver);
+}
 
 /// Absent "params", null and anything that is not a `Params` all count as missing.
 template <typename Params>
@@ -37,8 +50,15 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 } // namespace
 
 ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
+                                 std::shared_ptr<RecordingSession> recording,
+                                 std::shared_ptr<LoadedScript> loadedScript, FixResolver fixResolver,
                                  WorkerPool& workers)
-    : pairing_(std::move(pairing)), backend_(std::move(backend)), workers_(workers) {}
+    : pairing_(std::move(pairing)),
+      backend_(std::move(backend)),
+      recording_(std::move(recording)),
+      loadedScript_(std::move(loadedScript)),
+      fixResolver_(std::move(fixResolver)),
+      workers_(workers) {}
 
 bool ProtocolSession::isPaired() const {
     return state_.with([](const State& state) { return state.sessionToken.has_value(); });
@@ -54,6 +74,10 @@ const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
         {MessageType::simInfo, &ProtocolSession::simInfo},
         {MessageType::listFlights, &ProtocolSession::listFlights},
         {MessageType::loadFlight, &ProtocolSession::loadFlight},
+        {MessageType::loadScript, &ProtocolSession::loadScript},
+        {MessageType::recordingStart, &ProtocolSession::startRecording},
+        {MessageType::recordingStop, &ProtocolSession::stopRecording},
+        {MessageType::catchUp, &ProtocolSession::catchUp},
         {MessageType::datarefSubscribeValues, &ProtocolSession::subscribeValues},
         {MessageType::datarefSetValues, &ProtocolSession::setValues},
         {MessageType::runCommand, &ProtocolSession::runCommand},
@@ -131,6 +155,42 @@ Task<std::string> ProtocolSession::loadFlight(const Request& request) {
     auto params = requireParams<LoadFlightRequest>(request.json, "load_flight requires a path");
     co_await backend_->loadFlight(std::move(params.path));
     co_return respond(request.head.type, request.head.reqId, OkPayload{});
+}
+
+Task<std::string> ProtocolSession::loadScript(const Request& request) {
+    // A script may be long, and the navigation database slow.
+    auto load = [this, &request] {
+        auto script = requireParams<LoadScriptRequest>(request.json, "load_script requires triggers");
+        auto engine = makeEngine(std::move(script), fixResolver_);
+        UnresolvedFixesPayload payload{engine.unresolvedFixes()};
+        loadedScript_->set(std::move(engine));
+        return respond(request.head.type, request.head.reqId, std::move(payload));
+    };
+    auto reply = co_await workers_.run(load);
+    co_return reply;
+}
+
+Task<std::string> ProtocolSession::startRecording(const Request& request) {
+    // Letting go of a long recording takes a while, and so may the disk.
+    auto start = [this] { recording_->start(); };
+    co_await workers_.run(start);
+    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+}
+
+Task<std::string> ProtocolSession::stopRecording(const Request& request) {
+    auto stop = [this] { recording_->stop(); };
+    co_await workers_.run(stop);
+    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+}
+
+Task<std::string> ProtocolSession::catchUp(const Request& request) {
+    const auto params = findParams<CatchUpRequest>(request.json).value_or(CatchUpRequest{});
+    // Ten hours of flight take a while to write.
+    auto encode = [this, &request, since = params.sinceElapsedSeconds] {
+        return respond(request.head.type, request.head.reqId, recording_->catchUp(since));
+    };
+    auto reply = co_await workers_.run(encode);
+    co_return reply;
 }
 
 Task<std::string> ProtocolSession::subscribeValues(const Request& request) {

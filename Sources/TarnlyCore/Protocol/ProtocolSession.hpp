@@ -12,6 +12,9 @@
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Script/FixResolver.hpp"
+#include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Guarded.hpp"
 #include "TarnlyPlatform/Task.hpp"
 #include "TarnlyPlatform/WorkerPool.hpp"
@@ -20,14 +23,15 @@ namespace tarnly {
 
 /// One connection's side of the protocol: text in, text out. Knows no sockets and no clock.
 ///
-/// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, and
+/// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, the recording and the script, and
 /// keeps the connection's dataref subscriptions. Owned by the server's table; lives as long as the connection
 /// or a task for it.
 class ProtocolSession {
   public:
     /// `workers` must outlive the session.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
-                    WorkerPool& workers);
+                    std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
+                    FixResolver fixResolver, WorkerPool& workers);
 
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
     bool isPaired() const;
@@ -72,6 +76,10 @@ class ProtocolSession {
     Task<std::string> simInfo(const Request& request);
     Task<std::string> listFlights(const Request& request);
     Task<std::string> loadFlight(const Request& request);
+    Task<std::string> loadScript(const Request& request);
+    Task<std::string> startRecording(const Request& request);
+    Task<std::string> stopRecording(const Request& request);
+    Task<std::string> catchUp(const Request& request);
     Task<std::string> subscribeValues(const Request& request);
     Task<std::string> setValues(const Request& request);
     Task<std::string> runCommand(const Request& request);
@@ -80,6 +88,9 @@ class ProtocolSession {
 
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<SimBackend> backend_;
+    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<LoadedScript> loadedScript_;
+    const FixResolver fixResolver_;
     WorkerPool& workers_;
     Guarded<State> state_;
 };

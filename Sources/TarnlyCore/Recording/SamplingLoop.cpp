@@ -10,15 +10,20 @@ namespace tarnly {
 
 namespace asio = boost::asio;
 
-SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock,
-                           PushSubscriptions onPushSubscriptions)
-    : executor_(std::move(executor)), clock_(clock), onPushSubscriptions_(std::move(onPushSubscriptions)) {}
+SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
+                           std::shared_ptr<RecordingSession> recording,
+                           std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions)
+    : executor_(std::move(executor)),
+      clock_(clock),
+      backend_(std::move(backend)),
+      recording_(std::move(recording)),
+      loadedScript_(std::move(loadedScript)),
+      onPushSubscriptions_(std::move(onPushSubscriptions)) {}
 
 void SamplingLoop::start() {
     if (task_) return;
     task_ = std::make_shared<asio::cancellation_signal>();
-    // The handler keeps the signal alive for as long as the task may look at it; a cancelled wait ends the
-    // task.
+    // The handler keeps the signal alive for as long as the task may look at it; a cancelled wait ends the task.
     auto whenEnded = [signal = task_](const std::exception_ptr&) {};
     auto handler = asio::bind_cancellation_slot(task_->slot(), std::move(whenEnded));
     asio::co_spawn(executor_, run(weak_from_this(), clock_), std::move(handler));
@@ -36,13 +41,47 @@ Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
         if (cancellation.cancelled() != asio::cancellation_type::none) co_return;
         const auto alive = loop.lock();
         if (!alive) co_return;
-        alive->tick();
+        co_await alive->tick();
         co_await clock.sleepFor(interval);
     }
 }
 
-void SamplingLoop::tick() {
+Task<> SamplingLoop::tick() {
+    if (recording_->isRecording()) {
+        co_await takeSample();
+    }
     if (onPushSubscriptions_) onPushSubscriptions_();
+}
+
+Task<> SamplingLoop::takeSample() {
+    restartClockForNewRecording();
+    try {
+        auto sample = co_await backend_->getTrackSample();
+        record(std::move(sample));
+    } catch (const std::exception&) {
+        // The simulator may be there again at the next tick.
+    }
+}
+
+void SamplingLoop::record(TrackSample sample) {
+    sample.elapsedSeconds = elapsedSeconds();
+    recording_->recordSample(sample);
+    const TriggerSample seen{sample.elapsedSeconds, sample.lat,   sample.lon,
+                             sample.altitudeFt,     sample.aglFt, sample.gearDown};
+    for (const auto& fired : loadedScript_->evaluate(seen)) {
+        recording_->recordFired({fired.triggerID, fired.elapsed, fired.actionKind});
+    }
+}
+
+void SamplingLoop::restartClockForNewRecording() {
+    const auto generation = recording_->generation();
+    if (generation == lastSeenGeneration_) return;
+    clockStart_ = clock_.now();
+    lastSeenGeneration_ = generation;
+}
+
+double SamplingLoop::elapsedSeconds() const {
+    return std::chrono::duration<double>(clock_.now() - clockStart_).count();
 }
 
 } // namespace tarnly

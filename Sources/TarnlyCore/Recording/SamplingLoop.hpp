@@ -3,27 +3,38 @@
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/cancellation_signal.hpp>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
+#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Clock.hpp"
 #include "TarnlyPlatform/Task.hpp"
 
 namespace tarnly {
 
-/// The core's heartbeat: twice a second it has the subscribed dataref values pushed.
+/// The core's heartbeat: twice a second it has the subscribed dataref values pushed, and while a recording runs it
+/// takes a sample of the flight, records it, and lets the script in force fire its triggers.
 ///
-/// Started and stopped by the host. Belongs to the network thread; its task holds the loop weakly.
+/// The wait follows the tick, so ticks never overlap. No failure ends the loop: a sample that cannot be had is
+/// skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop weakly.
 class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
   public:
     static constexpr std::chrono::nanoseconds interval{500'000'000};
 
+    /// Asks for the pushes and does not wait for them.
     using PushSubscriptions = std::function<void()>;
 
     /// `clock` must outlive all that runs on `executor`.
-    SamplingLoop(boost::asio::any_io_executor executor, Clock& clock, PushSubscriptions onPushSubscriptions);
+    SamplingLoop(boost::asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
+                 std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
+                 PushSubscriptions onPushSubscriptions);
 
-    /// Does nothing when the loop runs already.
+    /// Does nothing when the loop runs already. A loop that is started again within one recording goes on with that
+    /// recording's clock.
     void start();
 
     /// Does not wait for a tick under way. Harmless when the loop does not run.
@@ -31,13 +42,26 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
 
   private:
     static Task<> run(std::weak_ptr<SamplingLoop> loop, Clock& clock);
-    void tick();
+    Task<> tick();
+    Task<> takeSample();
+    void record(TrackSample sample);
+    void restartClockForNewRecording();
+    double elapsedSeconds() const;
 
+    // Constant after construction
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
+    const std::shared_ptr<SimBackend> backend_;
+    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<LoadedScript> loadedScript_;
     const PushSubscriptions onPushSubscriptions_;
+
     /// Present while the loop runs.
     std::shared_ptr<boost::asio::cancellation_signal> task_;
+    /// When the present recording's clock read 0.
+    Clock::TimePoint clockStart_{};
+    /// The recording that `clockStart_` belongs to.
+    std::int64_t lastSeenGeneration_ = -1;
 };
 
 } // namespace tarnly

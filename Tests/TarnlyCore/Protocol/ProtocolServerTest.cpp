@@ -5,6 +5,7 @@
 
 #include "Support/FakeBackend.hpp"
 #include "Support/FakeConnection.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
 
 namespace tarnly {
@@ -22,9 +23,13 @@ struct ProtocolServerTest : testing::Test {
     WorkerPool workers{1};
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
+    test::TemporaryFolder folder;
+    std::shared_ptr<RecordingSession> recording = std::make_shared<RecordingSession>(folder.path());
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
-        sessions.push_back(std::make_shared<ProtocolSession>(pairing, backend, workers));
+        sessions.push_back(std::make_shared<ProtocolSession>(
+            pairing, backend, recording, std::make_shared<LoadedScript>(),
+            [](const std::string&) { return std::optional<Coordinate>(); }, workers));
         return sessions.back();
     });
 

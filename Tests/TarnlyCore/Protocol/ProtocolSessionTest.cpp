@@ -5,6 +5,7 @@
 
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
 #include "TarnlyPlatform/JsonParser.hpp"
 
@@ -17,11 +18,22 @@ struct ProtocolSessionTest : testing::Test {
     boost::asio::io_context io;
     WorkerPool workers{1};
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
+    test::TemporaryFolder folder;
+    std::shared_ptr<RecordingSession> recording = std::make_shared<RecordingSession>(folder.path());
+    std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
+    std::map<std::string, Coordinate> fixes;
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
     std::shared_ptr<ProtocolSession> session = newSession();
 
     std::shared_ptr<ProtocolSession> newSession() {
-        return std::make_shared<ProtocolSession>(pairing, backend, workers);
+        return std::make_shared<ProtocolSession>(
+            pairing, backend, recording, loadedScript, [this](const std::string& ident) { return resolve(ident); },
+            workers);
+    }
+
+    std::optional<Coordinate> resolve(const std::string& ident) const {
+        const auto found = fixes.find(ident);
+        return found == fixes.end() ? std::nullopt : std::optional(found->second);
     }
 
     std::optional<std::string> handle(std::string text) {
@@ -165,6 +177,7 @@ TEST_F(ProtocolSessionTest, MissingParamsAreNamed) {
     pair();
     const std::vector<std::pair<std::string, std::string>> cases{
         {"load_flight", "load_flight requires a path"},
+        {"load_script", "load_script requires triggers"},
         {"dataref_subscribe_values", "dataref_subscribe_values requires a datarefs array"},
         {"dataref_set_values", "dataref_set_values requires a datarefs array"},
         {"run_command", "run_command requires a name"},
@@ -231,6 +244,104 @@ TEST_F(ProtocolSessionTest, AFailureOfTheSimulatorIsOneErrorReply) {
     backend->failures["listFlights"] = "situationsDirectoryNotConfigured";
     EXPECT_EQ(reply(R"({"type":"list_flights","req_id":5})"), error("situationsDirectoryNotConfigured", "5"));
     EXPECT_EQ(json(R"({"type":"sim_info"})").at("type"), "sim_info");
+}
+
+// Scripts
+
+std::string scriptOf(const std::string& triggers) {
+    return R"({"type":"load_script","req_id":1,"params":{"triggers":[)" + triggers + "]}}";
+}
+
+std::string trigger(const std::string& id, const std::string& kind, const std::string& condition) {
+    return R"({"id":")" + id + R"(","condition_kind":")" + kind + R"(","condition":)" + condition +
+           R"(,"action_kind":"say","action":{"text":"hi"}})";
+}
+
+TEST_F(ProtocolSessionTest, AScriptIsArmedInItsOrder) {
+    pair();
+    fixes["KSFO"] = {37.6, -122.4};
+    const auto script = scriptOf(trigger("a", "reaches_fix", R"({"fix":"ksfo","within_nm":2})") + "," +
+                                 trigger("b", "reaches_fix", R"({"fix":"nowhere","within_nm":2})") + "," +
+                                 trigger("c", "after_start", R"({"seconds":30})"));
+    EXPECT_EQ(reply(script), R"({"type":"load_script","req_id":1,"data":{"unresolved_fixes":["NOWHERE"]}})");
+    const auto engine = loadedScript->current();
+    ASSERT_TRUE(engine);
+    ASSERT_EQ(engine->triggers().size(), 3U);
+    const auto& first = engine->triggers()[0];
+    EXPECT_EQ(first.id, "a");
+    EXPECT_EQ(first.name, "");
+    EXPECT_EQ(first.title(), "say");
+    EXPECT_EQ(first.condition.fix, "ksfo");
+    EXPECT_EQ(first.action.at("text"), JSONValue{std::string("hi")});
+    EXPECT_EQ(engine->triggers()[2].condition.seconds, 30.0);
+}
+
+TEST_F(ProtocolSessionTest, AnEmptyScriptReplacesTheLast) {
+    pair();
+    reply(scriptOf(trigger("a", "after_start", R"({"seconds":0})")));
+    EXPECT_EQ(reply(scriptOf("")), R"({"type":"load_script","req_id":1,"data":{"unresolved_fixes":[]}})");
+    EXPECT_TRUE(loadedScript->current()->triggers().empty());
+}
+
+TEST_F(ProtocolSessionTest, AnUnknownConditionKindLeavesTheLastScriptInForce) {
+    pair();
+    reply(scriptOf(trigger("a", "after_start", R"({"seconds":0})")));
+    EXPECT_EQ(reply(scriptOf(trigger("b", "after_start", "{}") + "," + trigger("c", "after_landing", "{}"))),
+              error(R"(unknownConditionKind(\"after_landing\"))", "1"));
+    EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "a");
+}
+
+TEST_F(ProtocolSessionTest, ANewScriptForgetsWhatTheLastHadFired) {
+    pair();
+    const auto script = scriptOf(trigger("a", "after_start", R"({"seconds":0})"));
+    reply(script);
+    EXPECT_EQ(loadedScript->evaluate({}).size(), 1U);
+    EXPECT_EQ(loadedScript->evaluate({}).size(), 0U);
+    reply(script);
+    EXPECT_EQ(loadedScript->evaluate({}).size(), 1U);
+}
+
+// Recording
+
+TEST_F(ProtocolSessionTest, RecordingsAreStartedAndStopped) {
+    pair();
+    EXPECT_EQ(reply(R"({"type":"recording_start","req_id":1})"), R"({"type":"recording_start","req_id":1,"data":{"ok":true}})");
+    EXPECT_TRUE(recording->isRecording());
+    EXPECT_EQ(recording->generation(), 1);
+    EXPECT_EQ(reply(R"({"type":"recording_start"})"), R"({"type":"recording_start","data":{"ok":true}})");
+    EXPECT_EQ(recording->generation(), 2);
+    EXPECT_EQ(reply(R"({"type":"recording_stop"})"), R"({"type":"recording_stop","data":{"ok":true}})");
+    EXPECT_FALSE(recording->isRecording());
+    EXPECT_EQ(reply(R"({"type":"recording_stop"})"), R"({"type":"recording_stop","data":{"ok":true}})");
+}
+
+TrackSample sampleAt(double elapsedSeconds) {
+    TrackSample sample;
+    sample.elapsedSeconds = elapsedSeconds;
+    return sample;
+}
+
+TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
+    pair();
+    EXPECT_EQ(reply(R"({"type":"catch_up","req_id":1})"), R"({"type":"catch_up","req_id":1,"data":{"samples":[],"fired":[]}})");
+    recording->start();
+    recording->recordSample(sampleAt(0.5));
+    recording->recordSample(sampleAt(1));
+    recording->recordFired({"a", 1, "say"});
+    const std::string all =
+        R"({"type":"catch_up","data":{"samples":[{"elapsed_s":0.5,"alt_ft":0},{"elapsed_s":1,"alt_ft":0}],)"
+        R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"say"}]}})";
+    for (const char* params : {"", R"(,"params":null)", R"(,"params":{})", R"(,"params":7)",
+                               R"(,"params":{"since_elapsed_s":"1"})", R"(,"params":{"since_elapsed_s":null})"}) {
+        EXPECT_EQ(reply(std::string(R"({"type":"catch_up")") + params + "}"), all) << params;
+    }
+    EXPECT_EQ(reply(R"({"type":"catch_up","params":{"since_elapsed_s":0.5}})"),
+              R"({"type":"catch_up","data":{"samples":[{"elapsed_s":1,"alt_ft":0}],)"
+              R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"say"}]}})");
+    EXPECT_EQ(reply(R"({"type":"catch_up","params":{"since_elapsed_s":1}})"),
+              R"({"type":"catch_up","data":{"samples":[],"fired":[]}})");
+    recording->stop();
+    EXPECT_EQ(reply(R"({"type":"catch_up"})"), all);
 }
 
 // Subscriptions
