@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tarnly::simulator {
+
+/// What a command does to a dataref when it is activated.
+struct CommandEffect {
+    enum class Kind { toggle, set, add, restartFlight };
+
+    Kind kind;
+    /// Its name; arrays change as a whole.
+    const char* dataref;
+    /// The number to set, or to add within 0 and 1.
+    double operand;
+};
+
+/// One entry of the command list.
+struct Command {
+    std::string name;
+    std::string description;
+    /// None: the command is accepted and does nothing.
+    const CommandEffect* effect = nullptr;
+    std::int64_t id = 0;
+};
+
+} // namespace tarnly::simulator

@@ -1,0 +1,177 @@
+#include "TarnlySimulator/Simulator.hpp"
+
+#include <algorithm>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlySimulator/Control.hpp"
+#include "TarnlySimulator/HttpApi.hpp"
+#include "TarnlySimulator/Session.hpp"
+#include "TarnlySimulator/SituationPort.hpp"
+
+namespace tarnly::simulator {
+namespace {
+
+namespace asio = boost::asio;
+
+constexpr auto tickInterval = std::chrono::milliseconds(100);
+/// Behind by more, as after the computer has slept, the flight goes on from where it was.
+constexpr auto longestLag = std::chrono::seconds(1);
+/// A client that owes more takes no updates until it has read.
+constexpr std::size_t largestBacklog = 1024 * 1024;
+
+HttpResponse unavailable() { return {503, "text/plain", ""}; }
+
+struct Client {
+    std::shared_ptr<WebSocketConnection> connection;
+    Session session;
+    Clock::TimePoint since;
+};
+
+} // namespace
+
+struct Simulator::State {
+    State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions)
+        : executor(std::move(givenExecutor)), clock(givenClock), options(std::move(givenOptions)) {}
+
+    asio::any_io_executor executor;
+    Clock& clock;
+    SimulatorOptions options;
+    World world{options};
+    HttpApi http{world};
+    std::vector<std::shared_ptr<Client>> clients;
+    Control control{world, {[this] { dropConnections(); }, [this] { restart(); }}};
+    std::optional<WebSocketListener> listener;
+    std::optional<SituationPort> situations;
+    bool isStopped = false;
+
+    void dropConnections() {
+        for (const auto& client : clients)
+            client->connection->cancel();
+    }
+
+    void restart() {
+        const auto anyId = static_cast<std::uint64_t>(world.datarefs().entries().front().id);
+        world.drawIds(anyId);
+        dropConnections();
+    }
+
+    void load(const std::string& path) {
+        world.loadSituation(path);
+        if (options.onSituation) options.onSituation("Situation loaded: " + path);
+    }
+
+    void ignore(const std::string& reason) const {
+        if (options.onIgnored) options.onIgnored("Datagram ignored: " + reason);
+    }
+
+    void tick();
+
+    static Task<std::optional<HttpResponse>> answer(std::weak_ptr<State> weak, HttpRequest request,
+                                                    bool isUpgrade);
+    static void accept(const std::weak_ptr<State>& weak, std::shared_ptr<WebSocketConnection> connection);
+    static Task<> serve(std::shared_ptr<State> state, std::shared_ptr<Client> client);
+    static Task<> keepTime(std::shared_ptr<State> state);
+};
+
+Task<std::optional<HttpResponse>> Simulator::State::answer(std::weak_ptr<State> weak, HttpRequest request,
+                                                           bool isUpgrade) {
+    const auto state = weak.lock();
+    if (!state || state->isStopped) co_return unavailable();
+    if (Control::isMeant(request)) co_return state->control.answer(request);
+    if (state->world.quirks.slow) {
+        const Clock::Duration delay = state->world.quirks.slowBy;
+        co_await state->clock.sleepFor(delay);
+    }
+    co_return state->http.answer(request, isUpgrade);
+}
+
+void Simulator::State::accept(const std::weak_ptr<State>& weak,
+                              std::shared_ptr<WebSocketConnection> connection) {
+    const auto state = weak.lock();
+    if (!state || state->isStopped) return;
+    auto client = std::make_shared<Client>(std::move(connection), Session(state->world), state->clock.now());
+    state->clients.push_back(client);
+    // A failing connection ends its own talk and nothing else.
+    asio::co_spawn(state->executor, serve(state, client),
+                   [state, client](const std::exception_ptr&) { std::erase(state->clients, client); });
+}
+
+Task<> Simulator::State::serve(std::shared_ptr<State> state, std::shared_ptr<Client> client) {
+    while (true) {
+        auto message = co_await client->connection->receive();
+        if (!message) co_return;
+        const auto results = client->session.answer(message->content);
+        if (state->world.quirks.slow) {
+            const Clock::Duration delay = state->world.quirks.slowBy;
+            co_await state->clock.sleepFor(delay);
+        }
+        for (const auto& result : results)
+            client->connection->send(result, WebSocketConnection::Kind::reply);
+        co_await client->connection->drained();
+    }
+}
+
+Task<> Simulator::State::keepTime(std::shared_ptr<State> state) {
+    auto due = state->clock.now();
+    while (!state->isStopped) {
+        due = std::max(due + tickInterval, state->clock.now() - longestLag);
+        const auto rest = due - state->clock.now();
+        co_await state->clock.sleepFor(rest);
+        if (!state->isStopped) state->tick();
+    }
+}
+
+void Simulator::State::tick() {
+    world.advance(std::chrono::duration<double>(tickInterval).count());
+    for (const auto& client : clients) {
+        const bool isOld = options.dropAfter && clock.now() - client->since >= *options.dropAfter;
+        if (isOld) client->connection->cancel();
+        if (isOld || client->connection->backlog() > largestBacklog) continue;
+        auto update = client->session.update();
+        if (!update.empty())
+            client->connection->send(std::move(update), WebSocketConnection::Kind::unsolicited);
+    }
+}
+
+Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOptions options)
+    : state_(std::make_shared<State>(executor, clock, std::move(options))) {
+    const std::weak_ptr<State> weak = state_;
+    WebSocketListener::Options listening;
+    listening.port = state_->options.port;
+    listening.reach = WebSocketListener::Reach::loopbackIPv4;
+    listening.onRequest = [weak](HttpRequest request, bool isUpgrade) {
+        return State::answer(weak, std::move(request), isUpgrade);
+    };
+    state_->situations.emplace(
+        executor, state_->options.udpPort,
+        [state = state_.get()](const std::string& path) { state->load(path); },
+        [state = state_.get()](const std::string& reason) { state->ignore(reason); });
+    state_->listener.emplace(executor, std::move(listening),
+                             [weak](std::shared_ptr<WebSocketConnection> connection) {
+                                 State::accept(weak, std::move(connection));
+                             });
+    asio::co_spawn(executor, State::keepTime(state_), asio::detached);
+}
+
+Simulator::~Simulator() { stop(); }
+
+std::uint16_t Simulator::port() const { return state_->listener->port(); }
+std::uint16_t Simulator::udpPort() const { return state_->situations->port(); }
+World& Simulator::world() { return state_->world; }
+std::size_t Simulator::connections() const { return state_->clients.size(); }
+void Simulator::dropConnections() { state_->dropConnections(); }
+void Simulator::restart() { state_->restart(); }
+
+void Simulator::stop() {
+    state_->isStopped = true;
+    state_->listener->cancel();
+    state_->situations->cancel();
+    state_->dropConnections();
+}
+
+} // namespace tarnly::simulator

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlySimulator/SimulatorOptions.hpp"
+#include "TarnlySimulator/World.hpp"
+
+namespace tarnly::simulator {
+
+/// A stand-in for the flight simulator on the loopback address: its web interface (HTTP and WebSocket on one
+/// port) and its UDP port for loading situations, with a flight behind them that goes on by itself.
+///
+/// Belongs to the thread that runs its executor.
+class Simulator {
+  public:
+    /// Listens at once. Throws `NetworkError::listenFailed`, for example when a port is in use. `clock` paces
+    /// the flight and the updates, ten of them a second; it outlives all work on the executor.
+    Simulator(boost::asio::any_io_executor executor, Clock& clock, SimulatorOptions options);
+
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
+
+    /// Stops.
+    ~Simulator();
+
+    std::uint16_t port() const;
+    std::uint16_t udpPort() const;
+
+    /// To look into and to change between two steps of the executor.
+    World& world();
+
+    /// WebSockets that are open.
+    std::size_t connections() const;
+
+    /// Hangs up on every WebSocket.
+    void dropConnections();
+
+    /// What clients see of a restart: they are hung up on and find other ids. The flight goes on.
+    void restart();
+
+    /// Frees the ports and hangs up. Harmless when repeated.
+    void stop();
+
+  private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace tarnly::simulator

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlySimulator/World.hpp"
+
+namespace tarnly::test {
+
+/// Options of a stand-in for tests: ports of the system's choice, always the same ids, cruising.
+inline simulator::SimulatorOptions standInOptions() {
+    simulator::SimulatorOptions options;
+    options.port = options.udpPort = 0;
+    options.idSeed = 42;
+    options.start = simulator::FlightPhase::cruise;
+    return options;
+}
+
+inline std::int64_t datarefId(const simulator::World& world, std::string_view name) {
+    const auto* dataref = world.datarefs().named(name);
+    if (dataref == nullptr) throw std::invalid_argument(std::string(name));
+    return dataref->id;
+}
+
+inline std::int64_t commandId(const simulator::World& world, std::string_view name) {
+    const auto* command = world.commands().named(name);
+    if (command == nullptr) throw std::invalid_argument(std::string(name));
+    return command->id;
+}
+
+inline simulator::Value valueOf(const simulator::World& world, std::string_view name) {
+    return world.read(*world.datarefs().named(name));
+}
+
+inline double numberOf(const simulator::World& world, std::string_view name) {
+    return std::get<double>(valueOf(world, name));
+}
+
+inline void writeNumber(simulator::World& world, std::string_view name, double value) {
+    world.write(datarefId(world, name), boost::json::value(value), std::nullopt);
+}
+
+} // namespace tarnly::test
