@@ -2,12 +2,13 @@
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
-#include <system_error>
+#include <utility>
+
+#include "TarnlyPlatform/JsonNumber.hpp"
 
 namespace tarnly {
 namespace {
@@ -16,18 +17,7 @@ using boost::json::error;
 using boost::json::error_code;
 using boost::json::string_view;
 
-/// Boost.JSON's own number conversion is off by a unit in the last place now and then; the standard library's
-/// is exact. `approximate` tells a number too small for a double from one too large.
-double exactDouble(string_view text, double approximate) {
-    double value = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (result.ec != std::errc::result_out_of_range) return value;
-    const bool isTiny = std::abs(approximate) < 1;
-    return isTiny ? approximate : std::copysign(std::numeric_limits<double>::infinity(), approximate);
-}
-
-/// Builds the value from the parser's events. Takes each number's whole text: the text is parsed in one
-/// piece, so a number never comes in parts.
+/// Builds the value from the parser's events.
 class Builder {
   public:
     static constexpr std::size_t max_object_size = std::numeric_limits<std::size_t>::max();
@@ -71,30 +61,17 @@ class Builder {
         number_.append(part.data(), part.size());
         return true;
     }
-    bool on_int64(std::int64_t value, string_view part, error_code&) {
-        const auto text = numberText(part);
-        if (value == 0 && text.front() == '-') {
-            stack_.push_double(-0.0);
-        } else {
-            stack_.push_int64(value);
-        }
+    bool on_int64(std::int64_t value, string_view part, error_code& ec) {
+        if (value == 0) return pushNumber(part, 0, ec); // it may be -0
         number_.clear();
+        stack_.push_int64(value);
         return true;
     }
-    bool on_uint64(std::uint64_t value, string_view, error_code&) {
-        stack_.push_uint64(value);
-        number_.clear();
-        return true;
+    bool on_uint64(std::uint64_t value, string_view part, error_code& ec) {
+        return pushNumber(part, static_cast<double>(value), ec);
     }
     bool on_double(double approximate, string_view part, error_code& ec) {
-        const double exact = exactDouble(numberText(part), approximate);
-        number_.clear();
-        if (!std::isfinite(exact) && nonFinite_ == NonFinite::rejected) {
-            ec = error::exponent_overflow;
-            return false;
-        }
-        stack_.push_double(exact);
-        return true;
+        return pushNumber(part, approximate, ec);
     }
     bool on_bool(bool value, error_code&) {
         stack_.push_bool(value);
@@ -108,10 +85,21 @@ class Builder {
     bool on_comment(string_view, error_code&) { return true; }
 
   private:
-    string_view numberText(string_view lastPart) {
-        if (number_.empty()) return lastPart;
+    /// From the text: the library's own conversion is off by a unit in the last place now and then.
+    bool pushNumber(string_view lastPart, double approximate, error_code& ec) {
         number_.append(lastPart.data(), lastPart.size());
-        return number_;
+        const auto text = std::exchange(number_, {});
+        if (const auto whole = wholeNumber(text)) {
+            stack_.push_int64(*whole);
+            return true;
+        }
+        const double value = nearestDouble(text, approximate);
+        if (!std::isfinite(value) && nonFinite_ == NonFinite::rejected) {
+            ec = error::exponent_overflow;
+            return false;
+        }
+        stack_.push_double(value);
+        return true;
     }
 
     NonFinite nonFinite_;

@@ -1,7 +1,6 @@
 #include "TarnlyPlatform/JsonRecord.hpp"
 
 #include <cmath>
-#include <limits>
 
 namespace tarnly {
 namespace {
@@ -9,11 +8,6 @@ namespace {
 [[noreturn]] void throwWrongKind(const char* expected) {
     throw JsonError(std::string("expected ") + expected);
 }
-
-/// 2^63: the first double above the 64-bit range.
-constexpr double int64End = 9223372036854775808.0;
-
-bool isInt64(double value) { return value >= -int64End && value < int64End && value == std::trunc(value); }
 
 } // namespace
 
@@ -28,13 +22,9 @@ void readJson(const boost::json::value& json, bool& value) {
 }
 
 void readJson(const boost::json::value& json, std::int64_t& value) {
-    if (json.is_int64()) {
-        value = json.get_int64();
-        return;
-    }
-    // What is kept as an unsigned integer lies beyond the signed range.
-    if (!json.is_double() || !isInt64(json.get_double())) throwWrongKind("an integer");
-    value = static_cast<std::int64_t>(json.get_double());
+    const bool isMinusZero = json.is_double() && json.get_double() == 0 && std::signbit(json.get_double());
+    if (!json.is_int64() && !isMinusZero) throwWrongKind("an integer");
+    value = isMinusZero ? 0 : json.get_int64();
 }
 
 void readJson(const boost::json::value& json, double& value) {

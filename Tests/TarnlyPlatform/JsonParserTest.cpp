@@ -35,6 +35,9 @@ TEST(JsonParser, IntegersAreExactInThe64BitRange) {
     EXPECT_EQ(parseJson("9223372036854775807").as_int64(), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(parseJson("-9223372036854775808").as_int64(), std::numeric_limits<std::int64_t>::min());
     EXPECT_FALSE(parseJson("9223372036854775808").is_int64());
+    EXPECT_FALSE(parseJson("-9223372036854775809").is_int64());
+    EXPECT_EQ(parseJson("[7.0,-1e2]").at(1).as_int64(), -100);
+    EXPECT_EQ(parseDouble("9223372036854775808"), 9223372036854775808.0);
     EXPECT_EQ(parseDouble("-18446744073709551616"), -18446744073709551616.0);
 }
 

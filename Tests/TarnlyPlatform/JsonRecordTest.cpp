@@ -76,6 +76,10 @@ TEST(JsonRecord, AnIntegerFieldTakesAnyIntegralNumberInRange) {
     EXPECT_EQ(decode<std::int64_t>("-0"), 0);
     EXPECT_EQ(decode<std::int64_t>("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(decode<std::int64_t>("-9223372036854775808.0"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(decode<std::int64_t>("9007199254740993.0"), 9007199254740993);
+    for (const char* text : {"-9223372036854775809", "9007199254740992.5", "1e-400"}) {
+        EXPECT_THROW(decode<std::int64_t>(text), JsonError) << text;
+    }
     for (const char* text :
          {"7.5", "9223372036854775808", "9.3e18", "-9.3e18", "1e300", "\"7\"", "true", "null"}) {
         EXPECT_THROW(decode<std::int64_t>(text), JsonError) << text;
