@@ -23,7 +23,6 @@
 
 #include "TarnlyPlatform/Event.hpp"
 #include "TarnlyPlatform/FrameScanner.hpp"
-#include "TarnlyPlatform/Text.hpp"
 #include "TarnlyPlatform/WebSocketClient.hpp"
 
 namespace tarnly {
@@ -298,7 +297,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
 
     void deliver(bool isText, std::string content) {
         if (isText) {
-            ready_ = Message{Opcode::text, wellFormedUtf8(std::move(content))};
+            ready_ = Message{Opcode::text, std::move(content)};
         } else {
             ready_ = Message{Opcode::binary, {}};
         }

@@ -19,8 +19,8 @@ class WebSocketConnection {
 
     struct Message {
         Opcode opcode;
-        /// Well-formed UTF-8: malformed bytes have become U+FFFD. Empty for a binary message, whose content
-        /// nobody here reads.
+        /// Of a text message, as it came: bytes that are not UTF-8 are no error here (see `wellFormedUtf8`).
+        /// Empty for a binary message, whose content nobody here reads.
         std::string content;
     };
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Text.hpp"
 #include "TarnlyXPlane/DecimalInteger.hpp"
 
 namespace tarnly {
@@ -59,7 +60,7 @@ const json::object* updateData(const json::value& message) {
 DatarefUpdate parseDatarefUpdate(std::string_view text) {
     DatarefUpdate update;
     try {
-        const auto message = parseJson(text, NonFinite::kept);
+        const auto message = parseJson(wellFormedUtf8(std::string(text)), NonFinite::kept);
         const auto* data = updateData(message);
         if (data == nullptr) return update;
         for (const auto& [key, value] : *data)

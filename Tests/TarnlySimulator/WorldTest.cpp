@@ -109,6 +109,8 @@ struct Effect {
     double after;
 };
 
+void PrintTo(const Effect& effect, std::ostream* out) { *out << effect.command; }
+
 class ActingCommand : public testing::TestWithParam<Effect> {};
 
 TEST_P(ActingCommand, ChangesItsDataref) {

@@ -7,6 +7,7 @@
 #include "TarnlyCore/Protocol/ProtocolSessionError.hpp"
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Text.hpp"
 
 namespace tarnly {
 namespace {
@@ -102,9 +103,9 @@ Task<std::optional<std::string>> ProtocolSession::handleMessage(std::string text
     co_return errorReply(request->head.reqId, std::move(failure));
 }
 
-std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string_view text) {
+std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string text) {
     try {
-        auto json = parseJson(text);
+        auto json = parseJson(wellFormedUtf8(std::move(text)));
         auto head = decodeJson<TypeOnly>(json);
         return Request{std::move(head), std::move(json)};
     } catch (const JsonError&) {
@@ -113,8 +114,8 @@ std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string_view
 }
 
 Task<std::optional<ProtocolSession::Request>> ProtocolSession::decodeAside(std::string text) {
-    if (text.size() <= longFrame) co_return decode(text);
-    auto work = [text = std::move(text)] { return decode(text); };
+    if (text.size() <= longFrame) co_return decode(std::move(text));
+    auto work = [text = std::move(text)]() mutable { return decode(std::move(text)); };
     auto request = co_await workers_.run(std::move(work));
     co_return request;
 }

@@ -23,9 +23,9 @@ namespace tarnly {
 
 /// One connection's side of the protocol: text in, text out. Knows no sockets and no clock.
 ///
-/// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, the recording and the script, and
-/// keeps the connection's dataref subscriptions. Owned by the server's table; lives as long as the connection
-/// or a task for it.
+/// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, the
+/// recording and the script, and keeps the connection's dataref subscriptions. Owned by the server's table;
+/// lives as long as the connection or a task for it.
 class ProtocolSession {
   public:
     /// `workers` must outlive the session.
@@ -36,8 +36,9 @@ class ProtocolSession {
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
     bool isPaired() const;
 
-    /// The reply to one text frame. Absent when the connection is to be closed without one: an unpaired
-    /// client learns nothing but the answer to "pair". Never fails; to be called for one frame at a time.
+    /// The reply to one text frame, in which bytes that are not UTF-8 count as U+FFFD. Absent when the
+    /// connection is to be closed without one: an unpaired client learns nothing but the answer to "pair".
+    /// Never fails; to be called for one frame at a time.
     Task<std::optional<std::string>> handleMessage(std::string text);
 
     /// The present values of all subscribed datarefs, or absent when there are none. Throws what the first
@@ -67,7 +68,7 @@ class ProtocolSession {
         std::set<std::string> subscribedNames;
     };
 
-    static std::optional<Request> decode(std::string_view text);
+    static std::optional<Request> decode(std::string text);
     Task<std::optional<Request>> decodeAside(std::string text);
     Task<std::string> dispatch(const Request& request);
     Task<std::map<std::string, double>> readAll(std::vector<std::string> names);

@@ -27,8 +27,8 @@ struct ProtocolSessionTest : testing::Test {
 
     std::shared_ptr<ProtocolSession> newSession() {
         return std::make_shared<ProtocolSession>(
-            pairing, backend, recording, loadedScript, [this](const std::string& ident) { return resolve(ident); },
-            workers);
+            pairing, backend, recording, loadedScript,
+            [this](const std::string& ident) { return resolve(ident); }, workers);
     }
 
     std::optional<Coordinate> resolve(const std::string& ident) const {
@@ -171,6 +171,14 @@ TEST_F(ProtocolSessionTest, AnUnknownTypeIsNamedAsReceived) {
     EXPECT_EQ(reply(R"({"type":"Sim_Info"})"), error("unknown message type: Sim_Info"));
 }
 
+TEST_F(ProtocolSessionTest, MalformedBytesCountAsReplacementCharacters) {
+    pair();
+    EXPECT_EQ(reply("{\"type\":\"a\xFFz\xC3\"}"), error("unknown message type: a\uFFFDz\uFFFD"));
+    const std::string padding(200000, '\xFF');
+    EXPECT_EQ(reply("{\"type\":\"a\xFFz\",\"x\":\"" + padding + "\"}"),
+              error("unknown message type: a\uFFFDz"));
+}
+
 // Requests
 
 TEST_F(ProtocolSessionTest, MissingParamsAreNamed) {
@@ -305,7 +313,8 @@ TEST_F(ProtocolSessionTest, ANewScriptForgetsWhatTheLastHadFired) {
 
 TEST_F(ProtocolSessionTest, RecordingsAreStartedAndStopped) {
     pair();
-    EXPECT_EQ(reply(R"({"type":"recording_start","req_id":1})"), R"({"type":"recording_start","req_id":1,"data":{"ok":true}})");
+    EXPECT_EQ(reply(R"({"type":"recording_start","req_id":1})"),
+              R"({"type":"recording_start","req_id":1,"data":{"ok":true}})");
     EXPECT_TRUE(recording->isRecording());
     EXPECT_EQ(recording->generation(), 1);
     EXPECT_EQ(reply(R"({"type":"recording_start"})"), R"({"type":"recording_start","data":{"ok":true}})");
@@ -323,7 +332,8 @@ TrackSample sampleAt(double elapsedSeconds) {
 
 TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
     pair();
-    EXPECT_EQ(reply(R"({"type":"catch_up","req_id":1})"), R"({"type":"catch_up","req_id":1,"data":{"samples":[],"fired":[]}})");
+    EXPECT_EQ(reply(R"({"type":"catch_up","req_id":1})"),
+              R"({"type":"catch_up","req_id":1,"data":{"samples":[],"fired":[]}})");
     recording->start();
     recording->recordSample(sampleAt(0.5));
     recording->recordSample(sampleAt(1));
@@ -331,8 +341,9 @@ TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
     const std::string all =
         R"({"type":"catch_up","data":{"samples":[{"elapsed_s":0.5,"alt_ft":0},{"elapsed_s":1,"alt_ft":0}],)"
         R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"say"}]}})";
-    for (const char* params : {"", R"(,"params":null)", R"(,"params":{})", R"(,"params":7)",
-                               R"(,"params":{"since_elapsed_s":"1"})", R"(,"params":{"since_elapsed_s":null})"}) {
+    for (const char* params :
+         {"", R"(,"params":null)", R"(,"params":{})", R"(,"params":7)",
+          R"(,"params":{"since_elapsed_s":"1"})", R"(,"params":{"since_elapsed_s":null})"}) {
         EXPECT_EQ(reply(std::string(R"({"type":"catch_up")") + params + "}"), all) << params;
     }
     EXPECT_EQ(reply(R"({"type":"catch_up","params":{"since_elapsed_s":0.5}})"),
