@@ -1,0 +1,80 @@
+"""The companion beside a stand-in simulator with the real one's awkward habits."""
+
+import json
+import urllib.request
+
+import pytest
+from harness import wait_until
+
+LATITUDE = "sim/flightmodel/position/latitude"
+HEIGHT = "sim/flightmodel/position/y_agl"
+GEAR_HANDLE = "sim/cockpit2/controls/gear_handle_down"
+TAIL_NUMBER = "sim/aircraft/view/acf_tailnum"
+GEAR_UP = "sim/flight_controls/landing_gear_up"
+
+
+class Rig:
+    def __init__(self, programs, *quirks):
+        _, self._sim_port = programs.simulator("--start", "cruise", *quirks)
+        self.client = programs.companion(sim_port=self._sim_port).client()
+
+    def tell(self, **order):
+        """Gives the simulator an order over its control address."""
+        address = f"http://127.0.0.1:{self._sim_port}/control"
+        with urllib.request.urlopen(address, json.dumps(order).encode(), timeout=60) as response:
+            assert response.status == 200
+
+
+@pytest.mark.parametrize("quirks", [
+    (), ("--no-duration",), ("--null-entries",), ("--slow", "300"), ("--result-per-dataref",),
+    ("--datarefs", "120000", "--commands", "5000")], ids=lambda quirks: " ".join(quirks) or "none")
+def test_these_habits_make_no_difference(programs, quirks):
+    client = Rig(programs, *quirks).client
+    assert set(client.subscribe(LATITUDE, HEIGHT)) == {LATITUDE, HEIGHT}
+    client.set({"name": GEAR_HANDLE, "value": 1})
+    wait_until(lambda: client.subscribe(GEAR_HANDLE) == {GEAR_HANDLE: 1}, "the gear handle down")
+    assert client.data("run_command", {"name": GEAR_UP}) == {"ok": True}
+    wait_until(lambda: client.subscribe(GEAR_HANDLE) == {GEAR_HANDLE: 0}, "the gear handle up")
+
+
+def test_at_the_main_menu_no_name_is_known(programs):
+    assert Rig(programs, "--main-menu").client.subscribe_error(LATITUDE) == f'unknownDataref("{LATITUDE}")'
+
+
+def test_disabled_traffic_is_an_error_until_it_is_enabled(programs):
+    rig = Rig(programs, "--traffic-disabled")
+    assert rig.client.subscribe_error(LATITUDE)
+    assert rig.client.error("run_command", {"name": GEAR_UP})
+    rig.tell(quirk="traffic-disabled", on=False)
+    assert LATITUDE in rig.client.subscribe(LATITUDE)
+
+
+def test_an_infinite_value_times_out_and_freezes_no_other(programs):
+    client = Rig(programs, "--non-finite").client
+    first = client.subscribe(LATITUDE)
+    assert client.subscribe_error(HEIGHT) == f'timeout("{HEIGHT}")'
+    wait_until(lambda: client.subscribe(LATITUDE) != first, "another latitude")
+
+
+def test_a_text_is_no_number(programs):
+    client = Rig(programs).client
+    assert client.subscribe_error(TAIL_NUMBER) == f'timeout("{TAIL_NUMBER}")'
+
+
+def test_silence_is_a_timeout_until_it_ends(programs):
+    rig = Rig(programs, "--silent")
+    assert rig.client.subscribe_error(LATITUDE) == f'timeout("{LATITUDE}")'
+    rig.tell(quirk="silent", on=False)
+    wait_until(lambda: rig.client.request("dataref_subscribe_values", {"datarefs": [{"name": LATITUDE}]})["type"]
+               != "error", "a value")
+
+
+@pytest.mark.parametrize("order", ["drop", "restart"])
+def test_after_the_simulator_hung_up_the_last_values_stay_and_writes_fail(programs, order):
+    rig = Rig(programs)
+    rig.client.subscribe(LATITUDE)
+    rig.tell(quirk=order, on=True)
+    write = {"datarefs": [{"name": GEAR_HANDLE, "value": 1}]}
+    wait_until(lambda: rig.client.request("dataref_set_values", write)["type"] == "error", "a write that fails")
+    assert LATITUDE in rig.client.push()
+    assert LATITUDE in rig.client.subscribe(LATITUDE)
