@@ -186,11 +186,12 @@ Task<std::string> ProtocolSession::stopRecording(const Request& request) {
 
 Task<std::string> ProtocolSession::catchUp(const Request& request) {
     const auto params = findParams<CatchUpRequest>(request.json).value_or(CatchUpRequest{});
-    // Ten hours of flight take a while to write.
-    auto encode = [this, &request, since = params.sinceElapsedSeconds] {
-        return respond(request.head.type, request.head.reqId, recording_->catchUp(since));
+    // The snapshot is taken on the thread that records, so that no client gets a sample without its triggers
+    // and asks for what is after it. Ten hours of flight take a while to write: that is done aside.
+    auto encode = [&request, since = params.sinceElapsedSeconds, recorded = recording_->snapshot()] {
+        return respond(request.head.type, request.head.reqId, recorded.after(since));
     };
-    auto reply = co_await workers_.run(encode);
+    auto reply = co_await workers_.run(std::move(encode));
     co_return reply;
 }
 

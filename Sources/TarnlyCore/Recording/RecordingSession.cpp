@@ -80,11 +80,17 @@ void RecordingSession::recordFired(FiredTriggerEvent event) {
     });
 }
 
-CatchUpResponse RecordingSession::catchUp(std::optional<double> since) const {
-    const auto [samples, events] = state_.with([](const State& state) {
-        return std::pair(state.track.samples.snapshot(), state.track.events.snapshot());
+RecordingSession::Snapshot RecordingSession::snapshot() const {
+    return state_.with([](const State& state) {
+        Snapshot result;
+        result.samples_ = state.track.samples.snapshot();
+        result.events_ = state.track.events.snapshot();
+        return result;
     });
-    return {copyAfter(since, samples), copyAfter(since, events)};
+}
+
+CatchUpResponse RecordingSession::Snapshot::after(std::optional<double> since) const {
+    return {copyAfter(since, samples_), copyAfter(since, events_)};
 }
 
 } // namespace tarnly

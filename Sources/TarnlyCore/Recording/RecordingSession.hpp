@@ -45,12 +45,24 @@ class RecordingSession {
     /// Outside a recording the event is kept in memory only.
     void recordFired(FiredTriggerEvent event);
 
-    /// Copies of the samples and events whose time is after `since`, in seconds, strictly; of all when it is
-    /// absent.
-    ///
-    /// Of ten hours that is tens of milliseconds' work, hence nothing for the network thread. The lock is
-    /// held for microseconds of it.
-    CatchUpResponse catchUp(std::optional<double> since) const;
+    /// What stood recorded at one moment. May be read by any thread while the recording goes on.
+    class Snapshot {
+      public:
+        /// Copies of the samples and events whose time is after `since`, in seconds, strictly; of all when it
+        /// is absent. Of ten hours that is some milliseconds' work.
+        CatchUpResponse after(std::optional<double> since) const;
+
+      private:
+        friend class RecordingSession;
+        GrowingList<TrackSample>::Snapshot samples_;
+        GrowingList<FiredTriggerEvent>::Snapshot events_;
+    };
+
+    /// Takes microseconds, however long the recording. Taken on the thread that records, it never has a
+    /// sample without the triggers that fired on it.
+    Snapshot snapshot() const;
+
+    CatchUpResponse catchUp(std::optional<double> since) const { return snapshot().after(since); }
 
     bool isRecording() const { return isRecording_; }
 

@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/asio/detached.hpp>
+#include <future>
+
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
@@ -353,6 +356,29 @@ TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
               R"({"type":"catch_up","data":{"samples":[],"fired":[]}})");
     recording->stop();
     EXPECT_EQ(reply(R"({"type":"catch_up"})"), all);
+}
+
+TEST_F(ProtocolSessionTest, CatchingUpGivesWhatStoodRecordedWhenItWasAskedFor) {
+    pair();
+    recording->start();
+    recording->recordSample(sampleAt(1));
+    // While the only worker is busy, the heartbeat goes on: a later sample without its triggers must not be
+    // seen.
+    std::promise<void> release;
+    auto wait = [released = release.get_future().share()] { released.wait(); };
+    boost::asio::co_spawn(io, workers.run(std::move(wait)), boost::asio::detached);
+    std::optional<std::string> answer;
+    const auto keep = [&](const std::exception_ptr&, std::optional<std::string> text) {
+        answer = std::move(text);
+    };
+    boost::asio::co_spawn(io, session->handleMessage(R"({"type":"catch_up"})"), keep);
+    io.restart();
+    io.poll();
+    EXPECT_FALSE(answer);
+    recording->recordSample(sampleAt(2));
+    release.set_value();
+    io.run();
+    EXPECT_EQ(answer, R"({"type":"catch_up","data":{"samples":[{"elapsed_s":1,"alt_ft":0}],"fired":[]}})");
 }
 
 // Subscriptions

@@ -1,0 +1,290 @@
+"""Saved flights, listed and loaded; and the navigation database's way in."""
+
+import os
+import re
+import socket
+import sqlite3
+import struct
+
+import pytest
+from lesson import loopback_address, trigger
+from nav_database import write_nav_database
+
+COMMAND_PORT = 49000
+SECONDS_FROM_1970_TO_2001 = 978307200
+
+
+@pytest.fixture
+def situations(programs):
+    folder = programs.new_folder() / "situations"
+    folder.mkdir()
+    return folder
+
+
+@pytest.fixture
+def client(programs, situations):
+    return programs.companion("--situations", situations).client()
+
+
+def listed(client):
+    data = client.data("list_flights")
+    assert set(data) == {"flights"}
+    assert all(set(flight) == {"name", "path", "modified_at"} for flight in data["flights"])
+    return data["flights"]
+
+
+def names(client):
+    return sorted(flight["name"] for flight in listed(client))
+
+
+# Listing
+
+
+def test_what_ends_in_sit_is_listed_and_nothing_else(client, situations):
+    for name in ("a.sit", "b.txt", "c.SIT", "d.Sit", "e.sit.bak", "f.sitx", "g", "sit", ".sit", "hsit",
+                 "i.sit ", "Pattern 1.sit", "two.dots.sit", ".hidden.sit", "über ✈ \"x\".sit"):
+        (situations / name).touch()
+    folder = situations / "archive.sit"
+    folder.mkdir()
+    (folder / "inside.sit").touch()
+    (situations / "dangling.sit").symlink_to(situations / "nowhere")
+    expected = {"a", "Pattern 1", "two.dots", ".hidden", 'über ✈ "x"', "archive", "dangling"}
+    flights = listed(client)
+    assert {flight["name"]: flight["path"] for flight in flights} == {
+        name: f"{situations}/{name}.sit" for name in expected}
+    assert len(flights) == len(expected)
+
+
+@pytest.mark.parametrize("seconds, fraction", [
+    (1_763_255_378, 0.123456789), (1_763_255_378, 0), (SECONDS_FROM_1970_TO_2001, 0.25), (946_684_800, 0.5),
+    (0, 0), (4_102_444_800, 0.75)])
+def test_dates_count_from_2001_and_have_fractions(client, situations, seconds, fraction):
+    file = situations / "a.sit"
+    file.touch()
+    nanoseconds = seconds * 10**9 + round(fraction * 10**9)
+    os.utime(file, ns=(0, nanoseconds))
+    # Where the file system is coarser than nanoseconds it says so itself.
+    kept = file.stat().st_mtime_ns - SECONDS_FROM_1970_TO_2001 * 10**9
+    [flight] = listed(client)
+    assert flight["modified_at"] == pytest.approx(kept / 10**9, abs=1e-6)
+    assert abs(kept - (nanoseconds - SECONDS_FROM_1970_TO_2001 * 10**9)) < 10**9
+
+
+def test_a_folder_is_listed_as_it_is_now(client, situations):
+    assert names(client) == []
+    (situations / "a.sit").touch()
+    (situations / "b.sit").touch()
+    assert names(client) == ["a", "b"]
+    (situations / "a.sit").unlink()
+    assert names(client) == ["b"]
+
+
+def test_a_missing_folder_has_no_flights_until_it_is_there(programs):
+    folder = programs.new_folder() / "later"
+    client = programs.companion("--situations", folder).client()
+    assert listed(client) == []
+    folder.mkdir()
+    (folder / "a.sit").touch()
+    assert names(client) == ["a"]
+
+
+def test_a_relative_folder_gives_absolute_paths(programs, situations):
+    (situations / "a.sit").touch()
+    client = programs.companion("--situations", os.path.relpath(situations)).client()
+    [flight] = listed(client)
+    assert os.path.isabs(flight["path"]) and os.path.samefile(flight["path"], situations / "a.sit")
+    assert client.data("load_flight", {"path": flight["path"]}) == {"ok": True}
+
+
+def test_without_a_folder_listing_is_refused(programs):
+    assert programs.companion().client().error("list_flights") == "situationsDirectoryNotConfigured"
+
+
+def test_a_folder_that_is_a_file_is_an_error_and_no_more(programs):
+    file = programs.new_folder() / "file"
+    file.touch()
+    client = programs.companion("--situations", file).client()
+    assert "Not a directory" in client.error("list_flights")
+    assert client.data("sim_info")["sim"] == "xplane"
+
+
+def test_a_long_listing_is_whole(client, situations):
+    for number in range(2000):
+        (situations / f"flight {number:04}.sit").touch()
+    assert names(client) == [f"flight {number:04}" for number in range(2000)]
+
+
+# Loading
+
+
+class CommandPort:
+    """The simulator's command port, on a loopback address of its own."""
+
+    def __init__(self):
+        self.host = loopback_address()
+        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.socket.bind((self.host, COMMAND_PORT))
+        self.socket.settimeout(60)
+
+    def datagram(self):
+        return self.socket.recv(65536)
+
+    def is_quiet(self):
+        self.socket.setblocking(False)
+        try:
+            self.socket.recv(65536)
+        except BlockingIOError:
+            return True
+        finally:
+            self.socket.settimeout(60)
+        return False
+
+    def close(self):
+        self.socket.close()
+
+
+@pytest.fixture
+def command_port(programs):
+    return programs.close_at_end(CommandPort())
+
+
+@pytest.fixture
+def loader(programs, situations, command_port):
+    return programs.companion("--situations", situations, "--sim-host", command_port.host).client()
+
+
+def datagram_for(relative_path):
+    path = relative_path.encode()[:150]
+    return b"SIMO\0" + struct.pack("<i", 1) + path.ljust(150, b"\0") + b"\0\0"
+
+
+LONG = "x" * 200
+SPLIT = "a" + "é" * 100  # the cut at 150 bytes goes through a letter
+
+NAMES = [
+    ("Pattern 1.sit", "Pattern 1"), ("two.dots.sit", "two.dots"), ("notes.txt", "notes"), ("plain", "plain"),
+    (".sit", ".sit"), ("über ✈.sit", "über ✈"), (LONG + ".sit", LONG), (SPLIT + ".sit", SPLIT),
+    ("y" * 127 + ".sit", "y" * 127), ("y" * 128 + ".sit", "y" * 128), ("y" * 129 + ".sit", "y" * 129),
+]
+
+
+@pytest.mark.parametrize("file, name", NAMES, ids=[file[:20] for file, _ in NAMES])
+def test_a_flight_is_loaded_by_a_datagram_of_161_bytes(loader, situations, command_port, file, name):
+    (situations / file).touch()
+    assert loader.data("load_flight", {"path": str(situations / file)}) == {"ok": True}
+    datagram = command_port.datagram()
+    assert len(datagram) == 161
+    assert datagram == datagram_for(f"Output/situations/{name}.sit")
+    assert command_port.is_quiet()
+
+
+def test_the_datagram_byte_by_byte(loader, situations, command_port):
+    (situations / "A.sit").touch()
+    loader.data("load_flight", {"path": str(situations / "A.sit")})
+    assert command_port.datagram() == (
+        b"\x53\x49\x4d\x4f\x00" b"\x01\x00\x00\x00" b"Output/situations/A.sit" + bytes(127) + b"\x00\x00")
+
+
+def test_every_listed_flight_can_be_loaded(loader, situations, command_port):
+    (situations / "a.sit").touch()
+    (situations / "folder.sit").mkdir()
+    for flight in listed(loader):
+        assert loader.data("load_flight", {"path": flight["path"]}) == {"ok": True}
+        assert command_port.datagram() == datagram_for(f"Output/situations/{flight['name']}.sit")
+
+
+def test_only_the_name_of_a_path_is_sent_wherever_the_file_lies(loader, programs, command_port):
+    elsewhere = programs.new_folder() / "deep" / "er.sit"
+    elsewhere.mkdir(parents=True)
+    (elsewhere / "X.sit").touch()
+    for path in (f"{elsewhere}/X.sit", f"{elsewhere}/../er.sit/X.sit", f"{elsewhere}//X.sit"):
+        loader.data("load_flight", {"path": path})
+        assert command_port.datagram() == datagram_for("Output/situations/X.sit")
+    loader.data("load_flight", {"path": f"{elsewhere}/"})
+    assert command_port.datagram() == datagram_for("Output/situations/er.sit")
+
+
+@pytest.mark.parametrize("path, shown", [
+    ("/no/such/Pattern 1.sit", "/no/such/Pattern 1.sit"), ("", ""), ('/no/"such".sit', r'/no/\"such\".sit'),
+    ("/no\n.sit", r"/no\n.sit"), ("/dev/null/x.sit", "/dev/null/x.sit"), ("/dev\0/x.sit", r"/dev\0/x.sit"),
+    ("/" + "x" * 5000, "/" + "x" * 5000)], ids=lambda text: repr(text[:24]))
+def test_a_flight_that_is_not_there_is_named_and_nothing_is_sent(loader, command_port, path, shown):
+    assert loader.error("load_flight", {"path": path}) == f'flightNotFound("{shown}")'
+    assert command_port.is_quiet()
+
+
+def test_loading_needs_neither_a_folder_nor_a_simulator(programs, command_port):
+    file = programs.new_folder() / "a.sit"
+    file.touch()
+    client = programs.companion("--sim-host", command_port.host).client()
+    assert client.data("load_flight", {"path": str(file)}) == {"ok": True}
+    assert command_port.datagram() == datagram_for("Output/situations/a.sit")
+
+
+def test_nobody_at_the_command_port_is_no_error(programs):
+    file = programs.new_folder() / "a.sit"
+    file.touch()
+    client = programs.companion("--sim-host", loopback_address()).client()
+    for _ in range(3):
+        assert client.data("load_flight", {"path": str(file)}) == {"ok": True}
+
+
+# The navigation database
+
+
+def failure_to_start(programs, path):
+    ended = programs.run("tarnlyd", "--no-advertise", "--data-dir", programs.new_folder(), "--nav-db", path)
+    assert (ended.status, ended.output) == (1, ""), ended
+    return ended.errors
+
+
+def test_a_database_that_is_not_there_is_a_failure_to_start(programs):
+    path = programs.new_folder() / "nav.db"
+    assert failure_to_start(programs, path) == (
+        f'Failed to start: openFailed(path: "{path}", message: "unable to open database file")\n')
+    assert not path.exists()
+
+
+def test_the_path_of_a_database_is_shown_escaped(programs):
+    folder = programs.new_folder()
+    assert failure_to_start(programs, folder / 'a "b"\\c') == (
+        rf'Failed to start: openFailed(path: "{folder}/a \"b\"\\c", '
+        'message: "unable to open database file")'
+        "\n")
+
+
+def test_a_folder_is_no_database(programs):
+    folder = programs.new_folder()
+    # The words are those of the database library, and change with its version.
+    start = re.escape(f'Failed to start: openFailed(path: "{folder}", message: "')
+    assert re.fullmatch(start + r'[^"\n]+"\)\n', failure_to_start(programs, folder))
+
+
+def unresolved(programs, path, *fixes):
+    client = programs.companion("--nav-db", path).client()
+    script = [trigger(fix, "reaches_fix", fix=fix, within_nm=1) for fix in fixes]
+    return client.data("load_script", {"triggers": script})["unresolved_fixes"]
+
+
+@pytest.mark.parametrize("content", [b"", b"this is no database at all, but long enough to be looked at" * 50],
+                         ids=["empty", "text"])
+def test_a_database_without_tables_knows_no_fix(programs, content):
+    path = programs.new_folder() / "nav.db"
+    path.write_bytes(content)
+    assert unresolved(programs, path, "Kloten") == ["KLOTEN"]
+    assert path.read_bytes() == content
+
+
+def test_a_database_may_have_one_table_only(programs):
+    path = write_nav_database(programs.new_folder() / "nav.db", navaids=[("TRA", 47.7, 8.4)])
+    with sqlite3.connect(path) as database:
+        database.execute("DROP TABLE enroute_fixes")
+    database.close()
+    assert unresolved(programs, path, "tra", "kloten") == ["KLOTEN"]
+
+
+def test_a_database_is_never_written(programs):
+    path = write_nav_database(programs.new_folder() / "nav.db", fixes=[("KLOTEN", 47.45, 8.55)])
+    before = path.read_bytes()
+    assert unresolved(programs, path, "kloten") == []
+    assert path.read_bytes() == before and [p.name for p in path.parent.iterdir()] == ["nav.db"]
