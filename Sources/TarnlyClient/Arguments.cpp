@@ -17,6 +17,13 @@ double requireNumber(const std::string& name, const std::string& text) {
     return *number;
 }
 
+template <typename Value>
+CLI::Option* addNumberInto(CLI::App& app, const std::string& name, Value& value,
+                           const std::string& description) {
+    const auto read = [name, &value](const std::string& text) { value = requireNumber(name, text); };
+    return app.add_option_function<std::string>(name, read, description)->type_name("NUMBER");
+}
+
 } // namespace
 
 std::optional<double> parseNumber(std::string_view text) {
@@ -31,8 +38,12 @@ std::optional<double> parseNumber(std::string_view text) {
 
 CLI::Option* addNumber(CLI::App& app, const std::string& name, double& value,
                        const std::string& description) {
-    const auto read = [name, &value](const std::string& text) { value = requireNumber(name, text); };
-    return app.add_option_function<std::string>(name, read, description)->type_name("NUMBER");
+    return addNumberInto(app, name, value, description);
+}
+
+CLI::Option* addNumber(CLI::App& app, const std::string& name, std::optional<double>& value,
+                       const std::string& description) {
+    return addNumberInto(app, name, value, description);
 }
 
 CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,

@@ -15,6 +15,10 @@ std::optional<double> parseNumber(std::string_view text);
 /// Declares an option or positional that is a finite number. `value` must outlive the parsing.
 CLI::Option* addNumber(CLI::App& app, const std::string& name, double& value, const std::string& description);
 
+/// The same for one that may be left out.
+CLI::Option* addNumber(CLI::App& app, const std::string& name, std::optional<double>& value,
+                       const std::string& description);
+
 /// Declares an option that is a time of more than no and at most ten million seconds, which is handed to
 /// `take`.
 CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,

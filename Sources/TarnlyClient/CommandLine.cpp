@@ -78,7 +78,7 @@ int parseAndRun(CLI::App& app, const std::vector<std::string>& arguments, std::o
 } // namespace
 
 int runClient(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-    CommandContext context{{}, out};
+    CommandContext context{{}, out, err};
     CLI::App app("Talks with a companion as the training application does.", "tarnly-client");
     app.require_subcommand(1)->fallthrough();
     addGlobalOptions(app, context.options);
@@ -87,6 +87,9 @@ int runClient(const std::vector<std::string>& arguments, std::ostream& out, std:
     addDatarefCommands(app, context);
     addWatchCommand(app, context);
     addControlCommands(app, context);
+    addFlightCommands(app, context);
+    addScriptCommand(app, context);
+    addRecordingCommands(app, context);
     addSendCommand(app, context);
     return parseAndRun(app, arguments, out, err);
 }

@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <ostream>
+#include <string>
 
 #include "TarnlyClient/ClientOptions.hpp"
 #include "TarnlyClient/Output.hpp"
@@ -12,8 +13,11 @@ namespace tarnly::client {
 struct CommandContext {
     ClientOptions options;
     std::ostream& stream;
+    std::ostream& errors;
 
     Output output() const { return {stream, options.json}; }
+    /// For what is worth knowing and no reason to give up.
+    void remark(const std::string& text) const { errors << "tarnly-client: " << text << std::endl; }
 };
 
 // Each declares its subcommands, whose callbacks do the work: they block until it is done, and throw
@@ -25,6 +29,12 @@ void addDiscoverCommand(CLI::App& app, CommandContext& context);
 void addInfoCommand(CLI::App& app, CommandContext& context);
 /// get, set
 void addDatarefCommands(CLI::App& app, CommandContext& context);
+/// flights, load
+void addFlightCommands(CLI::App& app, CommandContext& context);
+/// script
+void addScriptCommand(CLI::App& app, CommandContext& context);
+/// record, catch-up
+void addRecordingCommands(CLI::App& app, CommandContext& context);
 /// watch
 void addWatchCommand(CLI::App& app, CommandContext& context);
 /// run, move, attitude

@@ -21,6 +21,8 @@ auto findNamed(const std::vector<FoundService>& found, const std::string& instan
 
 Endpoint endpoint(const FoundService& service) { return {service.address, service.port}; }
 
+CompanionPlace place(const FoundService& service) { return {service.name, endpoint(service)}; }
+
 std::string list(const std::vector<FoundService>& found) {
     std::string text;
     for (const auto& service : found) {
@@ -42,25 +44,26 @@ std::vector<FoundService> findCompanions(std::chrono::milliseconds patience,
     }
 }
 
-Endpoint chooseCompanion(const std::vector<FoundService>& found, const std::optional<std::string>& instance) {
+CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
+                               const std::optional<std::string>& instance) {
     if (found.empty()) {
         throw ClientError("no companion found: is it running on this network? Otherwise " +
                           std::string(addressAdvice));
     }
     if (instance) {
         const auto named = findNamed(found, *instance);
-        if (named != found.end()) return endpoint(*named);
+        if (named != found.end()) return place(*named);
         throw ClientError("no companion is named \"" + printable(*instance) +
                           "\"; these are there:" + list(found));
     }
     if (found.size() > 1) {
         throw ClientError("several companions are there; choose one with --instance NAME:" + list(found));
     }
-    return endpoint(found.front());
+    return place(found.front());
 }
 
-Endpoint locateCompanion(const ClientOptions& options) {
-    if (options.host) return {*options.host, options.port};
+CompanionPlace locateCompanion(const ClientOptions& options) {
+    if (options.host) return {std::nullopt, {*options.host, options.port}};
     return chooseCompanion(findCompanions(options.timeout, options.instance), options.instance);
 }
 

@@ -16,11 +16,21 @@ namespace tarnly::client {
 std::vector<FoundService> findCompanions(std::chrono::milliseconds patience,
                                          const std::optional<std::string>& instance = {});
 
+/// Where a companion is.
+struct CompanionPlace {
+    /// By which it can be found again; absent where the person said where it is.
+    std::optional<std::string> name;
+    Endpoint endpoint;
+
+    bool operator==(const CompanionPlace&) const = default;
+};
+
 /// The only companion, or the one named `instance`. Throws `ClientError` with advice for the person when
 /// there is none or no telling which.
-Endpoint chooseCompanion(const std::vector<FoundService>& found, const std::optional<std::string>& instance);
+CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
+                               const std::optional<std::string>& instance);
 
 /// Where the companion is that `options` mean. Blocks while it looks around; throws as the two above.
-Endpoint locateCompanion(const ClientOptions& options);
+CompanionPlace locateCompanion(const ClientOptions& options);
 
 } // namespace tarnly::client

@@ -71,7 +71,7 @@ Task<boost::json::value> CompanionSession::answer(std::string text, std::int64_t
 
 Task<Incoming> CompanionSession::exchange(std::string text, std::optional<std::int64_t> reqId) {
     const Deadline deadline(*this);
-    connection_->send(std::move(text), WebSocketConnection::Kind::reply);
+    connection_->send(std::move(text), WebSocketConnection::Kind::awaited);
     for (;;) {
         auto incoming = co_await receive();
         // An error that carries no id answers a request that could not be read, or stands for an answer that
@@ -111,10 +111,10 @@ Task<Incoming> CompanionSession::receive() {
 
 void CompanionSession::throwLost() const {
     if (isClosed_) throw ConversationEnded();
-    if (isTimedOut_) throw ClientError("the companion did not answer in time");
+    if (isTimedOut_) throw ConnectionLost("the companion did not answer in time");
     const auto failure = connection_->failure();
-    throw ClientError(failure ? std::string("no connection to the companion: ") + failure->what()
-                              : std::string("the companion has ended the connection"));
+    throw ConnectionLost(failure ? std::string("no connection to the companion: ") + failure->what()
+                                 : std::string("the companion has ended the connection"));
 }
 
 std::string errorMessage(const Incoming& error) {

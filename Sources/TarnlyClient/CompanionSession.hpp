@@ -49,8 +49,9 @@ struct Incoming {
 
 /// The talk with one companion: one request at a time, and the pushes that come between.
 ///
-/// Every operation throws `ClientError` with a text for the person when the companion refuses, does not
-/// answer in time or is gone. Belongs to the thread that runs the executor; must outlive its operations.
+/// Every operation throws `ClientError` with a text for the person when the companion refuses, and
+/// `ConnectionLost` when it does not answer in time or is gone. Belongs to the thread that runs the executor;
+/// must outlive its operations.
 class CompanionSession {
   public:
     struct Options {

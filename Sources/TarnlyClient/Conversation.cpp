@@ -10,14 +10,19 @@
 
 namespace tarnly::client {
 
+CompanionSession::Options sessionOptions(const ClientOptions& options) {
+    CompanionSession::Options result{{}, options.timeout};
+    if (options.passwordFile) result.password = readPassword(*options.passwordFile);
+    return result;
+}
+
 void converse(const ClientOptions& options, const Work& work) {
-    CompanionSession::Options sessionOptions{{}, options.timeout};
-    if (options.passwordFile) sessionOptions.password = readPassword(*options.passwordFile);
-    const auto endpoint = locateCompanion(options);
+    const auto sessionSettings = sessionOptions(options);
+    const auto companion = locateCompanion(options);
 
     boost::asio::io_context io(1);
-    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), endpoint, "/"),
-                             sessionOptions);
+    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), companion.endpoint, "/"),
+                             sessionSettings);
     std::exception_ptr failure;
     boost::asio::co_spawn(io, work(session), [&](std::exception_ptr error) {
         failure = error;

@@ -7,6 +7,9 @@
 
 namespace tarnly::client {
 
+/// How to talk with the companion. Throws `UsageError` for a password file that is no good.
+CompanionSession::Options sessionOptions(const ClientOptions& options);
+
 /// What is to be talked about. Not itself a coroutine with captures: it calls one and hands it what it needs.
 using Work = std::function<Task<>(CompanionSession& session)>;
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyClient/RecordingText.hpp"
 #include "TarnlyPlatform/Http.hpp"
 #include "TarnlyPlatform/JsonRecord.hpp"
 #include "TarnlyPlatform/Text.hpp"
@@ -107,6 +107,16 @@ void Output::companion(const FoundService& service) {
     for (const auto& [key, value] : service.txt)
         text += "  " + key + "=" + value;
     line(printable(text));
+}
+
+void Output::flight(const FlightListing& flight) {
+    if (json_) return line(encodeJson(flight));
+    line(printable(flight.name + "  " + describe(flight.modifiedAt) + "  " + flight.path));
+}
+
+void Output::recorded(const LogLine& recorded) {
+    if (json_) return line(encodeJson(recorded));
+    line(printable(recorded.sample ? describe(*recorded.sample) : describe(*recorded.fired)));
 }
 
 } // namespace tarnly::client

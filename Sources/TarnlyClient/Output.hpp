@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Recording/LogLine.hpp"
 #include "TarnlyPlatform/ServiceBrowser.hpp"
 
 namespace tarnly::client {
@@ -38,6 +40,11 @@ class Output {
     void simulator(const std::string& sim, const std::string& version);
 
     void companion(const FoundService& service);
+
+    void flight(const FlightListing& flight);
+
+    /// A sample or a fired trigger; for programs in the form of the recording's log.
+    void recorded(const LogLine& line);
 
   private:
     std::ostream& stream_;

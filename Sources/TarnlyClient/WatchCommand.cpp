@@ -9,15 +9,18 @@
 #include <vector>
 
 #include "TarnlyClient/Arguments.hpp"
+#include "TarnlyClient/ClientError.hpp"
 #include "TarnlyClient/Commands.hpp"
 #include "TarnlyClient/Conversation.hpp"
 #include "TarnlyClient/DatarefRequests.hpp"
+#include "TarnlyClient/WatchRecording.hpp"
 
 namespace tarnly::client {
 namespace {
 
 struct Watch {
     std::vector<std::string> names;
+    bool recording = false;
     std::optional<std::int64_t> count;
     std::optional<std::chrono::milliseconds> time;
 };
@@ -63,6 +66,8 @@ Task<> watchValues(CompanionSession& session, Watch watch, Output output) {
 }
 
 void runWatch(const CommandContext& context, const Watch& watch) {
+    if (watch.recording) return watchRecording(context, watch.count, watch.time);
+    if (watch.names.empty()) throw UsageError("watch what? NAME... or --recording is required");
     converse(context.options,
              [&](CompanionSession& session) { return watchValues(session, watch, context.output()); });
 }
@@ -71,10 +76,12 @@ void runWatch(const CommandContext& context, const Watch& watch) {
 
 void addWatchCommand(CLI::App& app, CommandContext& context) {
     auto* command =
-        app.add_subcommand("watch", "Print the values of datarefs as they are pushed, until interrupted");
+        app.add_subcommand("watch", "Print the values of datarefs, or what is recorded, until interrupted");
     const auto watch = std::make_shared<Watch>();
-    command->add_option("NAME", watch->names, "Datarefs")->required()->check(utf8Text());
-    command->add_option("--count", watch->count, "End after so many pushes")
+    auto* names = command->add_option("NAME", watch->names, "Datarefs")->check(utf8Text());
+    command->add_flag("--recording", watch->recording, "Follow the recording: print the triggers that fire")
+        ->excludes(names);
+    command->add_option("--count", watch->count, "End after so many pushes, or triggers")
         ->type_name("N")
         ->check(CLI::Range(1, 1'000'000'000));
     addSeconds(*command, "--seconds", "End after this time", [watch](auto time) { watch->time = time; });

@@ -58,6 +58,8 @@ class FakeSimulator:
         self.commands = []
         self.responses = {}
         self.on_write = None
+        # Bytes that leave in one packet with the answer to the upgrade.
+        self.greeting = b""
         self.requests = []
         self.messages = []
         self.handshakes = 0
@@ -206,7 +208,7 @@ class FakeSimulator:
     def _serve_websocket(self, connection, stream, request):
         accept = frames.accept_key(request.headers["sec-websocket-key"])
         connection.sendall(("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
-                            f"Connection: Upgrade\r\nSec-WebSocket-Accept: {accept}\r\n\r\n").encode())
+                            f"Connection: Upgrade\r\nSec-WebSocket-Accept: {accept}\r\n\r\n").encode() + self.greeting)
         with self._changed:
             self.handshakes += 1
             self._sockets.append(connection)

@@ -5,7 +5,7 @@ import json
 import pytest
 from fake_simulator import COMMANDS, DATAREFS, FIRST_DATAREF_ID, FakeSimulator, Response
 from harness import reserved_port, wait_until
-from websocket_frames import BINARY, CONTINUATION, PING, TEXT
+from websocket_frames import BINARY, CONTINUATION, PING, TEXT, encode
 
 
 def catalogue(*entries):
@@ -42,6 +42,15 @@ def test_a_catalogue_that_is_none_fails_the_request_and_is_fetched_again(compani
     assert client.subscribe_error("sim/a")
     assert fake.messages == [] and fake.handshakes == 0
     assert client.subscribe("sim/a") == {"sim/a": 1}
+
+
+def test_frames_that_come_in_one_packet_with_the_handshake_are_read(companion, fake):
+    fake.add("sim/early")
+    fake.add("sim/later", 2)
+    update = json.dumps({"type": "dataref_update_values", "data": {str(FIRST_DATAREF_ID): 5}})
+    fake.greeting = encode(TEXT, update.encode(), masked=False)
+    client = companion.client()
+    assert client.subscribe("sim/early", "sim/later") == {"sim/early": 5, "sim/later": 2}
 
 
 def test_the_status_of_a_catalogue_is_not_looked_at(companion, fake):

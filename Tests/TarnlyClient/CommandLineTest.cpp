@@ -40,7 +40,8 @@ TEST(CommandLine, HelpListsTheSubcommands) {
     const auto outcome = run({"--help"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.err, "");
-    for (const auto* name : {"discover", "info", "get", "watch", "set", "run", "move", "attitude", "send"}) {
+    for (const auto* name : {"discover", "info", "get", "watch", "set", "run", "move", "attitude", "flights",
+                             "load", "script", "record", "catch-up", "send"}) {
         EXPECT_THAT(outcome.out, HasSubstr(std::string("\n  ") + name + " "));
     }
 }
@@ -101,7 +102,8 @@ TEST(CommandLine, PortsAndTimesThatAreNoneAreWrongUsage) {
 }
 
 TEST(CommandLine, MissingOrBadParametersAreWrongUsage) {
-    for (const auto* command : {"get", "watch", "set", "run", "move", "attitude", "send"}) {
+    for (const auto* command :
+         {"get", "watch", "set", "run", "move", "attitude", "load", "script", "record", "send"}) {
         expectWrongUsage({command});
     }
     expectWrongUsage({"move", "1"});
@@ -114,6 +116,18 @@ TEST(CommandLine, MissingOrBadParametersAreWrongUsage) {
     expectWrongUsage({"set", "a[x]=1"});
     expectWrongUsage({"send", "nonsense"});
     expectWrongUsage({"get", "caf\xE9"});
+    expectWrongUsage({"load", "caf\xE9"});
+    expectWrongUsage({"flights", "more"});
+    expectWrongUsage({"record", "pause"});
+    expectWrongUsage({"record", "start", "stop"});
+    expectWrongUsage({"catch-up", "--since", "yesterday"});
+    expectWrongUsage({"catch-up", "--since", "inf"});
+    expectWrongUsage({"script", "/nowhere/lesson.json"});
+}
+
+TEST(CommandLine, AWatchIsOfDatarefsOrOfTheRecording) {
+    expectWrongUsage({"watch", "--recording", "a"});
+    EXPECT_EQ(run({"watch"}).err, "tarnly-client: watch what? NAME... or --recording is required\n");
 }
 
 TEST(CommandLine, APasswordFileThatIsMissingIsWrongUsage) {

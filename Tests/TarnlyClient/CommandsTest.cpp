@@ -7,8 +7,7 @@
 #include <vector>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyClient/CommandLine.hpp"
-#include "TarnlyClient/ScriptedCompanion.hpp"
+#include "TarnlyClient/ClientRun.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -17,39 +16,14 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+using test::answering;
 using test::paired;
+using test::requestOf;
 using test::ScriptedCompanion;
 using Request = boost::json::object;
 using Answers = std::vector<std::string>;
 
-struct Outcome {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-Outcome run(const ScriptedCompanion& companion, std::vector<std::string> arguments) {
-    arguments.insert(arguments.end(), {"--host", "127.0.0.1", "--port", std::to_string(companion.port())});
-    std::ostringstream out;
-    std::ostringstream err;
-    const int exitCode = runClient(arguments, out, err);
-    return {exitCode, out.str(), err.str()};
-}
-
-/// A companion whose answer to every request but pairing has `data`.
-ScriptedCompanion::Script answering(const std::string& data) {
-    return paired(
-        [data](const Request& request) { return Answers{ScriptedCompanion::reply(request, data)}; });
-}
-
-/// What arrives after pairing when the tool is called with `arguments`.
-std::string requestOf(const std::vector<std::string>& arguments, const std::string& data = R"({"ok":true})") {
-    const ScriptedCompanion companion(answering(data));
-    const auto outcome = run(companion, arguments);
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-    const auto received = companion.received();
-    return received.size() == 2 ? received[1] : "";
-}
+constexpr auto run = test::runClientOn;
 
 TEST(Commands, InfoShowsTheSimulator) {
     const ScriptedCompanion companion(answering(R"({"sim":"xplane","version":"12.1"})"));

@@ -21,18 +21,18 @@ std::string complaint(const std::vector<FoundService>& found,
 }
 
 TEST(CompanionFinder, TheOnlyOneIsTaken) {
-    EXPECT_EQ(chooseCompanion({rig}, {}), (Endpoint{"192.0.2.1", 4711}));
+    EXPECT_EQ(chooseCompanion({rig}, {}), (CompanionPlace{"rig", {"192.0.2.1", 4711}}));
 }
 
 TEST(CompanionFinder, OfSeveralTheNamedOneIsTaken) {
-    EXPECT_EQ(chooseCompanion({attic, rig}, "rig"), (Endpoint{"192.0.2.1", 4711}));
-    EXPECT_EQ(chooseCompanion({attic, rig}, "attic"), (Endpoint{"2001:db8::1", 4712}));
+    EXPECT_EQ(chooseCompanion({attic, rig}, "rig"), (CompanionPlace{"rig", {"192.0.2.1", 4711}}));
+    EXPECT_EQ(chooseCompanion({attic, rig}, "attic"), (CompanionPlace{"attic", {"2001:db8::1", 4712}}));
 }
 
 TEST(CompanionFinder, NamesThatLookTheSameAreTheSame) {
     auto cafe = rig;
     cafe.name = "Cafe\xCC\x81";
-    EXPECT_EQ(chooseCompanion({cafe}, "Caf\xC3\xA9").port, 4711);
+    EXPECT_EQ(chooseCompanion({cafe}, "Caf\xC3\xA9"), (CompanionPlace{cafe.name, {"192.0.2.1", 4711}}));
 }
 
 TEST(CompanionFinder, SeveralAreListed) {
@@ -58,7 +58,7 @@ TEST(CompanionFinder, AGivenAddressIsNotLookedFor) {
     ClientOptions options;
     options.host = "example.org";
     options.port = 80;
-    EXPECT_EQ(locateCompanion(options), (Endpoint{"example.org", 80}));
+    EXPECT_EQ(locateCompanion(options), (CompanionPlace{std::nullopt, {"example.org", 80}}));
 }
 
 } // namespace

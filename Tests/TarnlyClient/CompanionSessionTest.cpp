@@ -17,7 +17,7 @@ class CompanionSessionTest : public testing::Test {
     CompanionSession session{io.get_executor(), listener.openClient(), {{}, std::chrono::seconds(60)}};
     std::shared_ptr<WebSocketConnection> companion = test::runTask(io, listener.accept());
 
-    void say(const std::string& text) { companion->send(text, Kind::reply); }
+    void say(const std::string& text) { companion->send(text, Kind::awaited); }
 
     std::string hear() {
         const auto message = test::runTask(io, companion->receive());

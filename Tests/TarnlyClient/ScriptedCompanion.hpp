@@ -81,7 +81,7 @@ class ScriptedCompanion {
                 co_return;
             }
             for (const auto& text : *answers)
-                connection->send(text, WebSocketConnection::Kind::reply);
+                connection->send(text, WebSocketConnection::Kind::awaited);
         }
     }
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "TarnlyCore/Protocol/Messages.hpp"
+
+namespace tarnly::client {
+
+/// Where a client stands in the recording that it follows, without gap, duplicate or mix-up.
+///
+/// Each time it asks for its last sample once more, together with all that came since. So an answer has
+/// to begin with what is known already. Where it does not, another recording has begun: its clock and
+/// memory start anew, and nothing else on the wire tells. To ask for the last sample again also brings the
+/// triggers that fired on it and were not recorded yet when it was first asked for.
+///
+/// A plain value; not for use by several threads at once.
+class RecordingTrack {
+  public:
+    /// What `catch_up` is to be asked for next: what lies after so many seconds, or, when absent, everything.
+    std::optional<double> since() const;
+
+    /// Takes the answer to that, and returns what is new in it. Absent when the answer is of another
+    /// recording than the answers before: this track is empty then, and the next question is for everything.
+    std::optional<CatchUpResponse> take(CatchUpResponse answer);
+
+  private:
+    /// What the next answer has to begin with.
+    CatchUpResponse known_;
+    std::size_t samples_ = 0;
+};
+
+} // namespace tarnly::client
