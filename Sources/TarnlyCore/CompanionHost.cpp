@@ -5,9 +5,14 @@
 namespace tarnly {
 namespace {
 
-FixResolver resolverFor(std::shared_ptr<NavDatabase> navDatabase) {
-    if (!navDatabase) return [](const std::string&) { return std::optional<Coordinate>(); };
-    return [navDatabase = std::move(navDatabase)](const std::string& ident) { return navDatabase->resolve(ident); };
+/// A script with many fixes must not keep a host from stopping.
+FixResolver resolverFor(std::shared_ptr<NavDatabase> navDatabase,
+                        std::shared_ptr<std::atomic<bool>> isStopping) {
+    return
+        [navDatabase = std::move(navDatabase), isStopping = std::move(isStopping)](const std::string& ident) {
+            if (!navDatabase || *isStopping) return std::optional<Coordinate>();
+            return navDatabase->resolve(ident);
+        };
 }
 
 SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> server) {
@@ -33,8 +38,10 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       server_(std::make_shared<ProtocolServer>(
           executor,
           [pairing = pairing_, backend, recording = recording_, loadedScript = loadedScript_,
-           fixResolver = resolverFor(std::move(configuration.navDatabase)), &workers] {
-              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver, workers);
+           fixResolver = resolverFor(std::move(configuration.navDatabase), isStopping_), &workers,
+           &scriptWorkers = scriptWorkers_] {
+              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver,
+                                                       workers, scriptWorkers);
           })),
       sampling_(std::make_shared<SamplingLoop>(executor, clock, backend, recording_, loadedScript_,
                                                pushThrough(server_))),
@@ -50,12 +57,15 @@ Task<> CompanionHost::start() {
     service.appVersion = appVersion_;
     service.pairingRequired = pairing_->requiresPairing();
     WebSocketListener::ConnectionHandler onNewConnection =
-        [server = server_](std::shared_ptr<WebSocketConnection> connection) { server->accept(std::move(connection)); };
+        [server = server_](std::shared_ptr<WebSocketConnection> connection) {
+            server->accept(std::move(connection));
+        };
     co_await advertiser_.start(std::move(service), std::move(onNewConnection));
     sampling_->start();
 }
 
 void CompanionHost::stop() {
+    *isStopping_ = true;
     sampling_->stop();
     advertiser_.stop();
     server_->cancelAll();

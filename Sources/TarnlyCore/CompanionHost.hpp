@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
 #include <filesystem>
@@ -29,8 +30,8 @@ class CompanionHostError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The composition root of the core: builds the shared services once and wires them together. Holds no logic beyond
-/// that. Belongs to the network thread.
+/// The composition root of the core: builds the shared services once and wires them together. Holds no logic
+/// beyond that. Belongs to the network thread.
 class CompanionHost {
   public:
     struct Configuration {
@@ -48,19 +49,20 @@ class CompanionHost {
         BonjourAdvertiser::Publish publish = publishBySystemDaemon;
     };
 
-    /// `workers` and `clock` must outlive all that runs on `executor`.
+    /// `workers` and `clock` must outlive all that runs on `executor`, and nothing may run there any more
+    /// once the host is gone.
     CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                   std::shared_ptr<SimBackend> backend, Configuration configuration);
 
     CompanionHost(const CompanionHost&) = delete;
     CompanionHost& operator=(const CompanionHost&) = delete;
 
-    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at the second
-    /// call, or what the advertiser throws; after a failure the host is of no more use.
+    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at the
+    /// second call, or what the advertiser throws; after a failure the host is of no more use.
     Task<> start();
 
-    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless when not
-    /// started.
+    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless when
+    /// not started.
     void stop();
 
     PairingManager& pairing() { return *pairing_; }
@@ -75,10 +77,12 @@ class CompanionHost {
     const std::string simKind_;
     const std::string appVersion_;
     const std::uint16_t port_;
+    const std::shared_ptr<std::atomic<bool>> isStopping_ = std::make_shared<std::atomic<bool>>(false);
+    WorkerPool scriptWorkers_{1};
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<RecordingSession> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
-    // depends-on: pairing_, recording_, loadedScript_
+    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_
     const std::shared_ptr<ProtocolServer> server_;
     // depends-on: recording_, loadedScript_, server_
     const std::shared_ptr<SamplingLoop> sampling_;

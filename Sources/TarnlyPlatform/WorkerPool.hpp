@@ -34,6 +34,17 @@ class WorkerPool {
         co_return co_await boost::asio::co_spawn(pool_, invoke(std::move(work)), boost::asio::use_awaitable);
     }
 
+    /// Runs `work`, which looks through a text of `size` bytes, where it disturbs nobody: a short text here
+    /// and now, a long one on a worker thread.
+    template <std::invocable Work>
+    Task<std::invoke_result_t<Work>> runSized(std::size_t size, Work work) {
+        if (size <= longText) co_return work();
+        co_return co_await run(std::move(work));
+    }
+
+    /// A longer text takes a millisecond or more.
+    static constexpr std::size_t longText = 64 * 1024;
+
   private:
     template <typename Work>
     static Task<std::invoke_result_t<Work>> invoke(Work work) {

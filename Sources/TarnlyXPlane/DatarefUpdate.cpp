@@ -57,10 +57,10 @@ const json::object* updateData(const json::value& message) {
 
 } // namespace
 
-DatarefUpdate parseDatarefUpdate(std::string_view text) {
+DatarefUpdate parseDatarefUpdate(std::string text) {
     DatarefUpdate update;
     try {
-        const auto message = parseJson(wellFormedUtf8(std::string(text)), NonFinite::kept);
+        const auto message = parseJson(wellFormedUtf8(std::move(text)), NonFinite::kept);
         const auto* data = updateData(message);
         if (data == nullptr) return update;
         for (const auto& [key, value] : *data)

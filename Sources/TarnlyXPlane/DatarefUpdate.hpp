@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <map>
-#include <string_view>
+#include <string>
 #include <vector>
 
 namespace tarnly {
@@ -18,6 +18,6 @@ struct DatarefUpdate {
 /// True and false count as 1 and 0. An entry is passed over when its key is not a decimal integer or its
 /// value is neither a number nor an array of numbers. So is one with an infinite number, which the simulator
 /// writes as 1e+9999: one dataref gone wild must not freeze the others.
-DatarefUpdate parseDatarefUpdate(std::string_view text);
+DatarefUpdate parseDatarefUpdate(std::string text);
 
 } // namespace tarnly

@@ -34,7 +34,8 @@ struct CompanionHostTest : testing::Test {
             published.push_back(std::move(service));
             return nullptr;
         };
-        return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend, std::move(configuration));
+        return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend,
+                                               std::move(configuration));
     }
 
     void start(CompanionHost& host) { test::runTask(io, host.start()); }
@@ -82,9 +83,9 @@ TEST_F(CompanionHostTest, StoppingAHostThatNeverStartedIsHarmless) {
 Task<std::vector<std::string>> pairSubscribeAndListen(boost::asio::io_context& io, CompanionHost& host) {
     const Endpoint endpoint{"127.0.0.1", *host.advertiser().advertisedPort()};
     const auto client = openWebSocket(io.get_executor(), endpoint, "/");
-    client->send(R"({"type":"pair"})", Kind::reply);
+    client->send(R"({"type":"pair"})", Kind::awaited);
     client->send(R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":[{"name":"a"}]}})",
-                 Kind::reply);
+                 Kind::awaited);
     std::vector<std::string> texts;
     for (int i = 0; i < 4; ++i) {
         auto message = co_await client->receive();

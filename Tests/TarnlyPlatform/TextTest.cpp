@@ -18,6 +18,17 @@ TEST(Text, CaseAndCompatibilityFormsDiffer) {
     EXPECT_FALSE(canonicallyEqual(std::string_view("a\0b", 3), "a"));
 }
 
+TEST(Text, LengthsThatDifferTooMuchAreNotEqual) {
+    std::string accents = "a";
+    for (int i = 0; i < 100000; ++i) {
+        accents += "\u0301\u0316"; // putting these in order takes quadratic time
+    }
+    EXPECT_FALSE(canonicallyEqual(accents, "a"));
+    EXPECT_FALSE(canonicallyEqual("a", accents));
+    EXPECT_TRUE(canonicallyEqual("\u1FEF\u1FEF", "``"));           // three bytes and one
+    EXPECT_TRUE(canonicallyEqual("\u0390", "\u03B9\u0308\u0301")); // two bytes and six
+}
+
 TEST(Text, UpperCasingFollowsFullUnicodeRules) {
     EXPECT_EQ(upperCased("ksfo 12"), "KSFO 12");
     EXPECT_EQ(upperCased("stra\u00DFe"), "STRASSE");

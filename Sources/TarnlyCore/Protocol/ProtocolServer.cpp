@@ -31,9 +31,13 @@ void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
 }
 
 Task<> ProtocolServer::receiveLoop(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry) {
-    bool goesOn = true;
-    while (goesOn) {
-        goesOn = co_await answerNext(entry);
+    try {
+        bool goesOn = true;
+        while (goesOn) {
+            goesOn = co_await answerNext(entry);
+        }
+    } catch (const std::exception&) {
+        // Out of memory, say: that is the end of this connection, not of the companion.
     }
     entry->connection->cancel();
     if (const auto alive = server.lock()) alive->remove(*entry);
@@ -52,7 +56,7 @@ Task<bool> ProtocolServer::answerNext(std::shared_ptr<Connection> entry) {
 }
 
 Task<bool> ProtocolServer::deliver(std::shared_ptr<WebSocketConnection> connection, std::string reply) {
-    connection->send(std::move(reply), Kind::reply);
+    connection->send(std::move(reply), Kind::awaited);
     try {
         co_await connection->drained();
         co_return true;

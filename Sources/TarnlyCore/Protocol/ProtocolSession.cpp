@@ -1,6 +1,9 @@
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 
 #include <algorithm>
+#include <boost/asio/post.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <exception>
 #include <utility>
 
@@ -12,8 +15,16 @@
 namespace tarnly {
 namespace {
 
-/// A longer frame takes more than a moment to decode, and is decoded aside.
-constexpr std::size_t longFrame = 64 * 1024;
+/// Reads of values between which others get their turn.
+constexpr std::size_t readsAtOnce = 256;
+
+/// What a value takes on the wire, about.
+constexpr std::size_t bytesPerValue = 64;
+
+Task<> letOthersRun() {
+    auto executor = co_await boost::asio::this_coro::executor;
+    co_await boost::asio::post(executor, boost::asio::use_awaitable);
+}
 
 /// The engine of a script as the client sent it. Throws `MappingError`.
 TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
@@ -53,20 +64,25 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                                  std::shared_ptr<RecordingSession> recording,
                                  std::shared_ptr<LoadedScript> loadedScript, FixResolver fixResolver,
-                                 WorkerPool& workers)
+                                 WorkerPool& workers, WorkerPool& scriptWorkers)
     : pairing_(std::move(pairing)),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
       fixResolver_(std::move(fixResolver)),
-      workers_(workers) {}
+      workers_(workers),
+      scriptWorkers_(scriptWorkers) {}
 
 bool ProtocolSession::isPaired() const {
     return state_.with([](const State& state) { return state.sessionToken.has_value(); });
 }
 
 void ProtocolSession::addSubscriptions(const std::vector<std::string>& names) {
-    state_.with([&](State& state) { state.subscribedNames.insert(names.begin(), names.end()); });
+    state_.with([&](State& state) {
+        state.subscribedNames.insert(names.begin(), names.end());
+        state.namesToPush =
+            std::make_shared<const Names>(state.subscribedNames.begin(), state.subscribedNames.end());
+    });
 }
 
 const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
@@ -89,18 +105,17 @@ const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
 }
 
 Task<std::optional<std::string>> ProtocolSession::handleMessage(std::string text) {
-    const auto request = co_await decodeAside(std::move(text));
+    const auto size = text.size();
+    auto decoding = [text = std::move(text)]() mutable { return decode(std::move(text)); };
+    auto request = co_await workers_.runSized(size, std::move(decoding));
     const bool isPairRequest = request && request->head.type == MessageType::pair;
     if (!isPairRequest && !isPaired()) co_return std::nullopt;
     if (!request) co_return errorReply(std::nullopt, "malformed message");
-    std::string failure;
-    try {
-        auto reply = co_await dispatch(*request);
-        co_return reply;
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
-    co_return errorReply(request->head.reqId, std::move(failure));
+    request->size = size;
+    auto reply = co_await answer(*request);
+    auto letGo = [request = std::move(request)] {}; // of a long one, that takes a while too
+    co_await workers_.runSized(size, std::move(letGo));
+    co_return reply;
 }
 
 std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string text) {
@@ -113,11 +128,15 @@ std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string text
     }
 }
 
-Task<std::optional<ProtocolSession::Request>> ProtocolSession::decodeAside(std::string text) {
-    if (text.size() <= longFrame) co_return decode(std::move(text));
-    auto work = [text = std::move(text)]() mutable { return decode(std::move(text)); };
-    auto request = co_await workers_.run(std::move(work));
-    co_return request;
+Task<std::string> ProtocolSession::answer(const Request& request) {
+    std::string failure;
+    try {
+        auto reply = co_await dispatch(request);
+        co_return reply;
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    co_return errorReply(request.head.reqId, std::move(failure));
 }
 
 Task<std::string> ProtocolSession::dispatch(const Request& request) {
@@ -167,20 +186,17 @@ Task<std::string> ProtocolSession::loadScript(const Request& request) {
         loadedScript_->set(std::move(engine));
         return respond(request.head.type, request.head.reqId, std::move(payload));
     };
-    auto reply = co_await workers_.run(load);
+    auto reply = co_await scriptWorkers_.run(load);
     co_return reply;
 }
 
 Task<std::string> ProtocolSession::startRecording(const Request& request) {
-    // Letting go of a long recording takes a while, and so may the disk.
-    auto start = [this] { recording_->start(); };
-    co_await workers_.run(start);
+    recording_->start(); // on the thread that records: never between a sample and its triggers
     co_return respond(request.head.type, request.head.reqId, OkPayload{});
 }
 
 Task<std::string> ProtocolSession::stopRecording(const Request& request) {
-    auto stop = [this] { recording_->stop(); };
-    co_await workers_.run(stop);
+    recording_->stop();
     co_return respond(request.head.type, request.head.reqId, OkPayload{});
 }
 
@@ -196,20 +212,26 @@ Task<std::string> ProtocolSession::catchUp(const Request& request) {
 }
 
 Task<std::string> ProtocolSession::subscribeValues(const Request& request) {
-    const auto params =
-        requireParams<DatarefNamesParams>(request.json, "dataref_subscribe_values requires a datarefs array");
-    std::vector<std::string> names;
-    for (const auto& dataref : params.datarefs) {
-        names.push_back(dataref.name);
-    }
-    addSubscriptions(names);
-    auto values = co_await readAll(std::move(names));
-    co_return respond(request.head.type, request.head.reqId, std::move(values));
+    auto subscribe = [this, &request] {
+        auto params = requireParams<DatarefNamesParams>(request.json,
+                                                        "dataref_subscribe_values requires a datarefs array");
+        Names names;
+        for (auto& dataref : params.datarefs) {
+            names.push_back(std::move(dataref.name));
+        }
+        addSubscriptions(names);
+        return std::make_shared<const Names>(std::move(names));
+    };
+    auto names = co_await workers_.runSized(request.size, subscribe);
+    auto reply = co_await respondWithValues(request.head.reqId, std::move(names));
+    co_return reply;
 }
 
 Task<std::string> ProtocolSession::setValues(const Request& request) {
-    const auto params =
-        requireParams<DatarefSetParams>(request.json, "dataref_set_values requires a datarefs array");
+    auto read = [&request] {
+        return requireParams<DatarefSetParams>(request.json, "dataref_set_values requires a datarefs array");
+    };
+    const auto params = co_await workers_.runSized(request.size, read);
     for (const auto& entry : params.datarefs) {
         co_await backend_->setDataref(entry.name, entry.value, entry.index);
     }
@@ -236,22 +258,30 @@ Task<std::string> ProtocolSession::applyAttitude(const Request& request) {
     co_return respond(request.head.type, request.head.reqId, OkPayload{});
 }
 
-Task<std::map<std::string, double>> ProtocolSession::readAll(std::vector<std::string> names) {
+Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId,
+                                                     std::shared_ptr<const Names> names) {
     std::map<std::string, double> values;
-    for (const auto& name : names) {
+    for (std::size_t i = 0; i < names->size(); ++i) {
+        const std::string& name = (*names)[i];
         const double value = co_await backend_->getDataref(name);
         values.insert_or_assign(name, value);
+        if (i % readsAtOnce == readsAtOnce - 1) {
+            co_await letOthersRun();
+        }
     }
-    co_return values;
+    const auto size = values.size() * bytesPerValue;
+    auto encode = [reqId, values = std::move(values)]() mutable {
+        return respond(MessageType::datarefSubscribeValues, reqId, std::move(values));
+    };
+    auto text = co_await workers_.runSized(size, std::move(encode));
+    co_return text;
 }
 
 Task<std::optional<std::string>> ProtocolSession::buildSubscriptionPush() {
-    auto names = state_.with([](const State& state) {
-        return std::vector<std::string>(state.subscribedNames.begin(), state.subscribedNames.end());
-    });
-    if (names.empty()) co_return std::nullopt;
-    auto values = co_await readAll(std::move(names));
-    co_return respond(MessageType::datarefSubscribeValues, std::nullopt, std::move(values));
+    auto names = state_.with([](const State& state) { return state.namesToPush; });
+    if (!names || names->empty()) co_return std::nullopt;
+    auto text = co_await respondWithValues(std::nullopt, std::move(names));
+    co_return text;
 }
 
 } // namespace tarnly

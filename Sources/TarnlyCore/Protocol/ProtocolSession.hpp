@@ -28,10 +28,11 @@ namespace tarnly {
 /// lives as long as the connection or a task for it.
 class ProtocolSession {
   public:
-    /// `workers` must outlive the session.
+    /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes may
+    /// take seconds.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                     std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
-                    FixResolver fixResolver, WorkerPool& workers);
+                    FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers);
 
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
     bool isPaired() const;
@@ -55,7 +56,10 @@ class ProtocolSession {
     struct Request {
         TypeOnly head;
         boost::json::value json;
+        /// Of the text, in bytes.
+        std::size_t size = 0;
     };
+    using Names = std::vector<std::string>;
     using Handler = Task<std::string> (ProtocolSession::*)(const Request&);
     struct Entry {
         std::string_view type;
@@ -66,12 +70,16 @@ class ProtocolSession {
     struct State {
         std::optional<std::string> sessionToken;
         std::set<std::string> subscribedNames;
+        /// The same, shared with the pushes under way; null while there are none.
+        std::shared_ptr<const Names> namesToPush;
     };
 
     static std::optional<Request> decode(std::string text);
-    Task<std::optional<Request>> decodeAside(std::string text);
+    Task<std::string> answer(const Request& request);
     Task<std::string> dispatch(const Request& request);
-    Task<std::map<std::string, double>> readAll(std::vector<std::string> names);
+    /// Throws what the first read that fails throws.
+    Task<std::string> respondWithValues(std::optional<std::int64_t> reqId,
+                                        std::shared_ptr<const Names> names);
 
     Task<std::string> pair(const Request& request);
     Task<std::string> simInfo(const Request& request);
@@ -93,6 +101,7 @@ class ProtocolSession {
     const std::shared_ptr<LoadedScript> loadedScript_;
     const FixResolver fixResolver_;
     WorkerPool& workers_;
+    WorkerPool& scriptWorkers_;
     Guarded<State> state_;
 };
 

@@ -29,7 +29,7 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
         sessions.push_back(std::make_shared<ProtocolSession>(
             pairing, backend, recording, std::make_shared<LoadedScript>(),
-            [](const std::string&) { return std::optional<Coordinate>(); }, workers));
+            [](const std::string&) { return std::optional<Coordinate>(); }, workers, workers));
         return sessions.back();
     });
 
@@ -64,7 +64,7 @@ TEST_F(ProtocolServerTest, AnswersEachTextMessage) {
     connection->deliver(R"({"type":"sim_info","req_id":1})");
     connection->deliver(R"({"type":"x","req_id":2})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::reply),
+    EXPECT_THAT(connection->texts(Kind::awaited),
                 ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
 }
 
@@ -73,7 +73,7 @@ TEST_F(ProtocolServerTest, BinaryMessagesAreDroppedWithoutAnAnswer) {
     connection->deliverBinary();
     connection->deliver(R"({"type":"sim_info"})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(1));
+    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(1));
     EXPECT_FALSE(connection->isCancelled);
 }
 
@@ -87,7 +87,7 @@ TEST_F(ProtocolServerTest, AnAbsentAnswerClosesThatConnectionAlone) {
     EXPECT_EQ(server->connectionCount(), 1U);
     other->deliver(R"({"type":"sim_info"})");
     settle();
-    EXPECT_THAT(other->texts(Kind::reply), SizeIs(1));
+    EXPECT_THAT(other->texts(Kind::awaited), SizeIs(1));
 }
 
 TEST_F(ProtocolServerTest, AConnectionThatEndsLeavesTheTable) {
@@ -107,11 +107,11 @@ TEST_F(ProtocolServerTest, TheNextRequestWaitsUntilTheAnswerHasLeft) {
     connection->deliver(R"({"type":"sim_info","req_id":1})");
     connection->deliver(R"({"type":"sim_info","req_id":2})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(1));
+    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(1));
     EXPECT_EQ(connection->waitingMessages(), 1U);
     connection->readOn();
     settle();
-    EXPECT_THAT(connection->texts(Kind::reply), SizeIs(2));
+    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(2));
 }
 
 TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {
@@ -124,7 +124,7 @@ TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {
     EXPECT_THAT(slow->sent, IsEmpty());
     EXPECT_THAT(quick->sent, SizeIs(1));
     clock.advance(io, std::chrono::seconds(1));
-    EXPECT_THAT(slow->texts(Kind::reply), ElementsAre(HasSubstr("timeout")));
+    EXPECT_THAT(slow->texts(Kind::awaited), ElementsAre(HasSubstr("timeout")));
 }
 
 TEST_F(ProtocolServerTest, AStrangersMessagesAreLimitedUntilItPairs) {

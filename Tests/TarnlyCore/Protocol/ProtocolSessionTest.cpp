@@ -31,7 +31,7 @@ struct ProtocolSessionTest : testing::Test {
     std::shared_ptr<ProtocolSession> newSession() {
         return std::make_shared<ProtocolSession>(
             pairing, backend, recording, loadedScript,
-            [this](const std::string& ident) { return resolve(ident); }, workers);
+            [this](const std::string& ident) { return resolve(ident); }, workers, workers);
     }
 
     std::optional<Coordinate> resolve(const std::string& ident) const {
