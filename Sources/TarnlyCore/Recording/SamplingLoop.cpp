@@ -23,7 +23,8 @@ SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::sh
 void SamplingLoop::start() {
     if (task_) return;
     task_ = std::make_shared<asio::cancellation_signal>();
-    // The handler keeps the signal alive for as long as the task may look at it; a cancelled wait ends the task.
+    // The handler keeps the signal alive for as long as the task may look at it; a cancelled wait ends the
+    // task.
     auto whenEnded = [signal = task_](const std::exception_ptr&) {};
     auto handler = asio::bind_cancellation_slot(task_->slot(), std::move(whenEnded));
     asio::co_spawn(executor_, run(weak_from_this(), clock_), std::move(handler));
@@ -57,7 +58,9 @@ Task<> SamplingLoop::takeSample() {
     restartClockForNewRecording();
     try {
         auto sample = co_await backend_->getTrackSample();
-        record(std::move(sample));
+        // A sample of a recording that was replaced meanwhile would stand in the new one with the old one's
+        // time.
+        if (recording_->generation() == lastSeenGeneration_) record(std::move(sample));
     } catch (const std::exception&) {
         // The simulator may be there again at the next tick.
     }

@@ -16,11 +16,12 @@
 
 namespace tarnly {
 
-/// The core's heartbeat: twice a second it has the subscribed dataref values pushed, and while a recording runs it
-/// takes a sample of the flight, records it, and lets the script in force fire its triggers.
+/// The core's heartbeat: twice a second it has the subscribed dataref values pushed, and while a recording
+/// runs it takes a sample of the flight, records it, and lets the script in force fire its triggers.
 ///
-/// The wait follows the tick, so ticks never overlap. No failure ends the loop: a sample that cannot be had is
-/// skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop weakly.
+/// The wait follows the tick, so ticks never overlap. No failure ends the loop: a sample that cannot be had
+/// is skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop
+/// weakly.
 class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
   public:
     static constexpr std::chrono::nanoseconds interval{500'000'000};
@@ -33,8 +34,8 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
                  std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
                  PushSubscriptions onPushSubscriptions);
 
-    /// Does nothing when the loop runs already. A loop that is started again within one recording goes on with that
-    /// recording's clock.
+    /// Does nothing when the loop runs already. A loop that is started again within one recording goes on
+    /// with that recording's clock.
     void start();
 
     /// Does not wait for a tick under way. Harmless when the loop does not run.

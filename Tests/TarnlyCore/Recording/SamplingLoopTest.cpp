@@ -32,8 +32,8 @@ struct SamplingLoopTest : testing::Test {
         io.get_executor(), clock, backend, recording, loadedScript, [this] { ++pushes; });
 
     void load(std::vector<ArmedTrigger> triggers) {
-        loadedScript->set(
-            TriggerEngine(std::move(triggers), [](const std::string&) { return std::optional<Coordinate>(); }));
+        loadedScript->set(TriggerEngine(std::move(triggers),
+                                        [](const std::string&) { return std::optional<Coordinate>(); }));
     }
 
     int samplesAsked() const { return backend->count("getTrackSample"); }
@@ -116,7 +116,8 @@ TEST_F(SamplingLoopTest, TriggersSeeTheSample) {
     clock.settle(io);
     backend->sample.aglFt = 500;
     clock.advance(io, 500ms);
-    EXPECT_EQ(recording->catchUp(std::nullopt).fired, (std::vector<FiredTriggerEvent>{{"climbs", 0.5, "say"}}));
+    EXPECT_EQ(recording->catchUp(std::nullopt).fired,
+              (std::vector<FiredTriggerEvent>{{"climbs", 0.5, "say"}}));
 }
 
 TEST_F(SamplingLoopTest, ASimulatorThatFailsCostsItsSamplesOnly) {
