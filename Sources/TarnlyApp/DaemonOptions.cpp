@@ -12,6 +12,10 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 
 std::string requireName(const std::string& name) { return name.empty() ? "a name cannot be empty" : ""; }
 
+std::string requireHost(const std::string& host) {
+    return isHost(host) ? "" : "a host name or an address without brackets is wanted";
+}
+
 } // namespace
 
 std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* const* argv) {
@@ -23,7 +27,7 @@ std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* 
     app.add_option("--sim-host", options.simulator.host, "The simulator's host")
         ->type_name("HOST")
         ->capture_default_str()
-        ->check(requireName);
+        ->check(requireHost);
     app.add_option("--sim-port", options.simulator.port, "The port of the simulator's web API")
         ->type_name("PORT")
         ->capture_default_str()

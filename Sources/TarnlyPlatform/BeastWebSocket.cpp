@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/buffers_iterator.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/compose.hpp>
 #include <boost/asio/connect.hpp>
@@ -12,7 +11,6 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
@@ -23,6 +21,7 @@
 
 #include "TarnlyPlatform/Event.hpp"
 #include "TarnlyPlatform/FrameScanner.hpp"
+#include "TarnlyPlatform/Resolve.hpp"
 #include "TarnlyPlatform/WebSocketClient.hpp"
 
 namespace tarnly {
@@ -44,6 +43,7 @@ constexpr auto closePatience = std::chrono::milliseconds(500);
 constexpr std::size_t largestBacklog = 8 * 1024 * 1024;
 constexpr std::size_t defaultMessageLimit = 64 * 1024 * 1024;
 constexpr std::size_t chunkSize = 64 * 1024;
+constexpr std::string_view headEnd = "\r\n\r\n";
 
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
@@ -63,7 +63,7 @@ class ScannedStream {
 
     /// From here on the incoming bytes are frames; `received` are the first of them.
     void startScanning(std::string received) {
-        isScanning_ = true;
+        headEndSeen_ = headEnd.size();
         received_ = std::move(received);
         scanner_.scan({reinterpret_cast<unsigned char*>(received_.data()), received_.size()});
     }
@@ -83,7 +83,7 @@ class ScannedStream {
                            [self = std::move(self), taken]() mutable { self.complete(error_code{}, taken); });
                 return;
             }
-            if (size > 0 && isScanning_) scan(buffers, size);
+            if (size > 0) scan(buffers, size);
             self.complete(error, size);
         };
         return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
@@ -114,18 +114,33 @@ class ScannedStream {
 
     template <typename Buffers>
     void scan(const Buffers& buffers, std::size_t size) {
-        for (auto i = asio::buffer_sequence_begin(buffers);
-             size > 0 && i != asio::buffer_sequence_end(buffers); ++i) {
+        const auto end = asio::buffer_sequence_end(buffers);
+        for (auto i = asio::buffer_sequence_begin(buffers); size > 0 && i != end; ++i) {
             const asio::mutable_buffer piece(*i);
-            const auto part = std::min(size, piece.size());
-            scanner_.scan({static_cast<unsigned char*>(piece.data()), part});
-            size -= part;
+            const std::span bytes(static_cast<unsigned char*>(piece.data()), std::min(size, piece.size()));
+            scanner_.scan(skipHead(bytes));
+            size -= bytes.size();
         }
+    }
+
+    /// What is left of the bytes behind the head of the opening handshake: frames may come in one packet with
+    /// it.
+    std::span<unsigned char> skipHead(std::span<unsigned char> bytes) {
+        while (headEndSeen_ < headEnd.size() && !bytes.empty()) {
+            const auto next = static_cast<char>(bytes.front());
+            if (next == headEnd[headEndSeen_]) {
+                ++headEndSeen_;
+            } else {
+                headEndSeen_ = next == headEnd.front() ? 1 : 0;
+            }
+            bytes = bytes.subspan(1);
+        }
+        return bytes;
     }
 
     tcp::socket socket_;
     FrameScanner scanner_;
-    bool isScanning_ = false;
+    std::size_t headEndSeen_ = 0;
     std::string received_;
     SteadyClock::time_point lastProgress_ = SteadyClock::now();
 };
@@ -173,10 +188,8 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
 
     static Task<> connect(std::shared_ptr<BeastWebSocket> self, Endpoint endpoint, std::string target) {
         const auto name = describe(endpoint);
-        tcp::resolver resolver(self->stream_.get_executor());
-        const auto port = std::to_string(endpoint.port);
-        auto [unresolved, addresses] =
-            co_await resolver.async_resolve(endpoint.host, port, tcp::resolver::numeric_service, asTuple);
+        asio::co_spawn(self->stream_.get_executor(), limitOpening(self, name), asio::detached);
+        auto [unresolved, addresses] = co_await resolveTcp(endpoint);
         if (unresolved)
             co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + unresolved.message());
         if (self->hasEnded_) co_return; // cancelled meanwhile
@@ -188,7 +201,6 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         auto [failure] = co_await self->stream_.async_handshake(name, target, asTuple);
         if (failure)
             co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + failure.message());
-        self->stream_.next_layer().startScanning({});
         self->open();
     }
 
@@ -261,6 +273,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     void open() {
         if (hasEnded_) return;
         isOpen_ = true;
+        closeTimer_.cancel();
         stream_.text(true);
         asio::co_spawn(stream_.get_executor(), read(shared_from_this()), asio::detached);
         if (!queue_.empty()) startWriting();
@@ -331,7 +344,6 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     }
 
     void noteWritten() {
-        if (queue_.empty()) return; // the connection ended meanwhile
         if (queue_.front().kind == Kind::unsolicited) backlog_ -= queue_.front().text.size();
         queue_.pop_front();
         ++written_;
@@ -370,6 +382,12 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         const websocket::close_reason reason(code);
         co_await self->stream_.async_close(reason, asTuple);
         self->end();
+    }
+
+    static Task<> limitOpening(std::shared_ptr<BeastWebSocket> self, std::string name) {
+        self->closeTimer_.expires_after(handshakePatience);
+        co_await self->closeTimer_.async_wait(asTuple);
+        if (!self->isOpen_) self->fail(NetworkError::Case::timedOut, name);
     }
 
     static Task<> endAfterPatience(std::shared_ptr<BeastWebSocket> self) {

@@ -20,7 +20,7 @@ std::filesystem::path homeFolder() {
 
 std::filesystem::path dataFolder() {
     const char* configured = std::getenv("XDG_DATA_HOME");
-    // A relative path there is invalid and to be ignored, says the XDG Base Directory Specification.
+    // A relative path there is invalid and to be ignored, says XDG Base Directory.
     if (configured != nullptr && *configured == '/') return configured;
     return homeFolder() / ".local" / "share";
 }

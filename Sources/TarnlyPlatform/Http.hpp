@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct Endpoint {
 
 /// "host:port", with an IPv6 address in brackets.
 std::string describe(const Endpoint& endpoint);
+
+/// Whether `host` can stand in a URL: not empty, and without the characters that delimit its parts.
+bool isHost(std::string_view host);
 
 struct HttpRequest {
     std::string method = "GET";

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "TarnlyPlatform/NetworkError.hpp"
+#include "TarnlyPlatform/Resolve.hpp"
 
 namespace tarnly {
 namespace {
@@ -30,23 +31,19 @@ class Exchange {
   public:
     Exchange(asio::any_io_executor executor, Endpoint endpoint, std::chrono::milliseconds timeout)
         : endpoint_(std::move(endpoint)),
-          resolver_(executor),
           socket_(std::make_shared<tcp::socket>(executor)),
           timer_(executor, timeout) {
         timer_.async_wait([this, isAlive = std::weak_ptr(socket_)](error_code cancelled) {
             const auto socket = isAlive.lock();
             if (cancelled || !socket) return;
             hasTimedOut_ = true;
-            resolver_.cancel();
             error_code ignored;
             socket->close(ignored);
         });
     }
 
     Task<> connect() {
-        const auto port = std::to_string(endpoint_.port);
-        auto [unresolved, addresses] =
-            co_await resolver_.async_resolve(endpoint_.host, port, tcp::resolver::numeric_service, asTuple);
+        auto [unresolved, addresses] = co_await resolveTcp(endpoint_);
         check(unresolved, NetworkError::Case::connectionFailed);
         auto [refused, peer] = co_await asio::async_connect(*socket_, addresses, asTuple);
         check(refused, NetworkError::Case::connectionFailed);
@@ -89,7 +86,6 @@ class Exchange {
     }
 
     Endpoint endpoint_;
-    tcp::resolver resolver_;
     std::shared_ptr<tcp::socket> socket_;
     asio::steady_timer timer_;
     bool hasTimedOut_ = false;

@@ -11,8 +11,9 @@ namespace tarnly {
 
 /// One WebSocket, of either side, as an ordered stream of messages.
 ///
-/// Fragments are joined, pings are answered and the peer's close is noticed at all times, also while nobody
-/// receives: up to one chunk of the next message is read ahead for that. Belongs to the network thread.
+/// Fragments are joined. Pings are answered and the peer's close is noticed also while nobody receives: up to
+/// one chunk of the next message is read ahead for that, but nothing behind a message that waits to be
+/// received. Belongs to the network thread.
 class WebSocketConnection {
   public:
     enum class Opcode { text, binary };
@@ -24,9 +25,9 @@ class WebSocketConnection {
         std::string content;
     };
 
-    /// A reply is the answer that the peer waits for, and may be of any size; an unsolicited message is one
-    /// that counts against a peer that does not read.
-    enum class Kind { reply, unsolicited };
+    /// What the peer waits for, an answer or a request to it, may be of any size; an unsolicited message
+    /// counts against a peer that does not read.
+    enum class Kind { awaited, unsolicited };
 
     virtual ~WebSocketConnection() = default;
 

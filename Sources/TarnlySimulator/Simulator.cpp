@@ -111,7 +111,7 @@ Task<> Simulator::State::serve(std::shared_ptr<State> state, std::shared_ptr<Cli
             co_await state->clock.sleepFor(delay);
         }
         for (const auto& result : results)
-            client->connection->send(result, WebSocketConnection::Kind::reply);
+            client->connection->send(result, WebSocketConnection::Kind::awaited);
         co_await client->connection->drained();
     }
 }

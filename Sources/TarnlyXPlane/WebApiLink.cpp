@@ -1,13 +1,10 @@
 #include "TarnlyXPlane/WebApiLink.hpp"
 
-#include <algorithm>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/this_coro.hpp>
-#include <concepts>
 #include <cstdlib>
 #include <exception>
-#include <type_traits>
 #include <utility>
 
 namespace tarnly {
@@ -15,23 +12,6 @@ namespace {
 
 constexpr std::string_view apiPath = "/api/v2";
 constexpr std::chrono::seconds requestTimeout(60);
-/// Longer texts would keep the network thread busy for a millisecond or more.
-constexpr std::size_t longText = 64 * 1024;
-
-bool standsInURL(std::string_view host) {
-    constexpr std::string_view forbidden = " \"#/<>?@[\\]^`{|}\x7F";
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
-    return !host.empty() && host.find_first_of(forbidden) == host.npos &&
-           std::ranges::none_of(host, isControl);
-}
-
-/// Runs `parse`, which reads a text of `size` bytes, where it disturbs nobody.
-template <std::invocable Parse>
-Task<std::invoke_result_t<Parse>> runFor(std::size_t size, WorkerPool& workers, Parse parse) {
-    if (size <= longText) co_return parse();
-    auto result = co_await workers.run(std::move(parse));
-    co_return result;
-}
 
 NetworkError invalidCatalog(const std::string& url, unsigned status, const char* reason) {
     const auto shownStatus = status == 200 ? std::string() : "HTTP status " + std::to_string(status) + ": ";
@@ -42,7 +22,7 @@ NetworkError invalidCatalog(const std::string& url, unsigned status, const char*
 
 WebApiLink::WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
     : endpoint_(std::move(endpoint)), transport_(std::move(transport)), workers_(workers) {
-    if (!standsInURL(endpoint_.host)) std::abort();
+    if (!isHost(endpoint_.host)) std::abort();
 }
 
 std::string WebApiLink::baseURL() const {
@@ -93,7 +73,7 @@ Task<IdsByName> WebApiLink::fetchCatalog(std::string path) {
     const auto size = response.body.size();
     auto parse = [body = std::move(response.body)] { return idsByName(parseCatalog(body)); };
     try {
-        auto ids = co_await runFor(size, workers_, std::move(parse));
+        auto ids = co_await workers_.runSized(size, std::move(parse));
         co_return ids;
     } catch (const JsonError& error) {
         throw invalidCatalog(baseURL() + path, response.status, error.what());
@@ -112,8 +92,8 @@ Task<> WebApiLink::receiveLoop(std::shared_ptr<WebApiLink> link,
 
 Task<> WebApiLink::handleMessage(std::string text) {
     const auto size = text.size();
-    auto parse = [text = std::move(text)] { return parseDatarefUpdate(text); };
-    auto update = co_await runFor(size, workers_, std::move(parse));
+    auto parse = [text = std::move(text)]() mutable { return parseDatarefUpdate(std::move(text)); };
+    auto update = co_await workers_.runSized(size, std::move(parse));
     values_.apply(std::move(update));
 }
 
@@ -134,7 +114,7 @@ Task<> WebApiLink::send(std::string_view type, std::vector<DatarefEntry> dataref
     auto text = encodeJson(request);
     if (!webSocket_) co_return;
     const auto webSocket = webSocket_;
-    webSocket->send(std::move(text), WebSocketConnection::Kind::reply);
+    webSocket->send(std::move(text), WebSocketConnection::Kind::awaited);
     co_await webSocket->drained();
 }
 

@@ -53,8 +53,10 @@ TEST(DaemonOptions, HelpAndVersionEndWell) {
 
 TEST(DaemonOptions, WrongUsageEndsWithOneLine) {
     const std::vector<std::vector<const char*>> wrong{
-        {"--bogus"}, {"argument"},        {"--port", "65536"}, {"--port", "-1"}, {"--port", "x"},
-        {"--port"},  {"--sim-port", "0"}, {"--sim-host", ""},  {"--name", ""},   {"--no-advertise=x"}};
+        {"--bogus"},           {"argument"},       {"--port", "65536"},
+        {"--port", "-1"},      {"--port", "x"},    {"--port"},
+        {"--sim-port", "0"},   {"--sim-host", ""}, {"--sim-host", "[::1]"},
+        {"--sim-host", "a b"}, {"--name", ""},     {"--no-advertise=x"}};
     for (const auto& arguments : wrong) {
         const auto exit = exitOf(arguments);
         EXPECT_EQ(exit.status, 2) << arguments[0];

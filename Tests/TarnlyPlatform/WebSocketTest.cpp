@@ -42,14 +42,14 @@ Task<bool> isSendingLost(std::shared_ptr<WebSocketConnection> connection) {
 
 Task<> exchange(test::LoopbackListener& listener) {
     const auto client = listener.openClient();
-    client->send("hello", Kind::reply);
-    client->send("again", Kind::reply);
+    client->send("hello", Kind::awaited);
+    client->send("again", Kind::awaited);
     const auto server = co_await listener.accept();
     const auto first = co_await receiveText(server);
     EXPECT_EQ(first, "hello");
     const auto second = co_await receiveText(server);
     EXPECT_EQ(second, "again");
-    server->send("answer", Kind::reply);
+    server->send("answer", Kind::awaited);
     co_await server->drained();
     const auto answer = co_await receiveText(client);
     EXPECT_EQ(answer, "answer");
@@ -60,11 +60,11 @@ TEST_F(WebSocketTest, MessagesGoBothWaysAndWaitForTheHandshake) { run(exchange(l
 Task<> exchangeLong(test::LoopbackListener& listener) {
     const std::string text(24 * 1024 * 1024, 'x');
     const auto client = listener.openClient();
-    client->send(text, Kind::reply);
+    client->send(text, Kind::awaited);
     const auto server = co_await listener.accept();
     auto received = co_await receiveText(server);
     EXPECT_TRUE(received == text);
-    server->send(std::move(received), Kind::reply);
+    server->send(std::move(received), Kind::awaited);
     const auto returned = co_await receiveText(client);
     EXPECT_TRUE(returned == text);
 }
@@ -73,7 +73,7 @@ TEST_F(WebSocketTest, ATextOf24MegabytesGoesBothWays) { run(exchangeLong(listene
 
 Task<> refuseLong(test::LoopbackListener& listener) {
     const auto client = listener.openClient();
-    client->send(std::string(1001, 'x'), Kind::reply);
+    client->send(std::string(1001, 'x'), Kind::awaited);
     const auto server = co_await listener.accept();
     server->setMessageLimit(1000);
     const auto message = co_await server->receive();
@@ -87,7 +87,7 @@ TEST_F(WebSocketTest, AMessageAboveTheLimitEndsTheConnection) { run(refuseLong(l
 Task<> closeInOrder(test::LoopbackListener& listener) {
     const auto client = listener.openClient();
     const auto server = co_await listener.accept();
-    client->send("last words", Kind::reply);
+    client->send("last words", Kind::awaited);
     client->cancel();
     const auto words = co_await receiveText(server);
     EXPECT_EQ(words, "last words");
@@ -103,7 +103,7 @@ TEST_F(WebSocketTest, CancelSendsWhatWasSentAndClosesInOrder) { run(closeInOrder
 
 Task<> failToConnect(boost::asio::io_context& io, Endpoint nobody) {
     const auto client = openWebSocket(io.get_executor(), nobody, "/");
-    client->send("hello", Kind::reply);
+    client->send("hello", Kind::awaited);
     const auto message = co_await client->receive();
     EXPECT_FALSE(message);
     if (!client->failure()) throw std::runtime_error("the connection did not fail");
@@ -179,7 +179,7 @@ Task<> sendToOneWhoDoesNotRead(boost::asio::io_context& io, test::LoopbackListen
     co_await peer.upgrade(listener.endpoint());
     const auto server = co_await listener.accept();
     const std::string megabyte(1024 * 1024, 'x');
-    server->send(std::string(32 * 1024 * 1024, 'r'), Kind::reply); // does not count
+    server->send(std::string(32 * 1024 * 1024, 'r'), Kind::awaited); // does not count
     EXPECT_EQ(server->backlog(), 0U);
     for (int i = 0; i < 8; ++i) {
         server->send(megabyte, Kind::unsolicited);

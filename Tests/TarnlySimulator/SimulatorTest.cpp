@@ -60,7 +60,7 @@ class SimulatorTest : public testing::Test {
         const auto id = std::to_string(datarefId(simulator->world(), name));
         connection.send(
             R"({"req_id":5,"type":"dataref_subscribe_values","params":{"datarefs":[{"id":)" + id + "}]}}",
-            WebSocketConnection::Kind::reply);
+            WebSocketConnection::Kind::awaited);
     }
 
     void sendDatagramOf(const std::string& bytes) {
@@ -154,7 +154,7 @@ TEST_F(SimulatorTest, RefusesUpgradesElsewhereAndWhileTrafficIsDisabled) {
 TEST_F(SimulatorTest, GarbageIsAnsweredAndTheConnectionLivesOn) {
     start();
     const auto connection = open();
-    connection->send("garbage \xE2\x82\xAC", WebSocketConnection::Kind::reply);
+    connection->send("garbage \xE2\x82\xAC", WebSocketConnection::Kind::awaited);
     EXPECT_EQ(parseJson(receive(*connection)).at("success"), false);
     subscribe(*connection, lights);
     EXPECT_EQ(receive(*connection), good);

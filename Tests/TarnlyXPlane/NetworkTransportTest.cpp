@@ -60,7 +60,7 @@ class NetworkTransportTest : public testing::Test {
             if (!message) break;
             received.push_back(parseJson(message->content));
             const bool isSubscription = received.back().at("type") == "dataref_subscribe_values";
-            if (isSubscription) connection->send(update, WebSocketConnection::Kind::reply);
+            if (isSubscription) connection->send(update, WebSocketConnection::Kind::awaited);
         }
         hasEnded = true;
     }

@@ -220,7 +220,7 @@ TEST_F(WebApiLinkTest, MessagesAreNumberedFromOneAndHaveThreeKeys) {
                                        "params":{"datarefs":[{"id":13,"value":0.5,"index":0}]}})"));
     EXPECT_EQ(sent()[2],
               parseJson(R"({"type":"dataref_subscribe_values","req_id":3,"params":{"datarefs":[]}})"));
-    EXPECT_EQ(transport->webSocket->kinds, std::vector(3, WebSocketConnection::Kind::reply));
+    EXPECT_EQ(transport->webSocket->kinds, std::vector(3, WebSocketConnection::Kind::awaited));
 }
 
 TEST_F(WebApiLinkTest, UpdatesReachTheCacheAndOtherMessagesDoNot) {

@@ -20,10 +20,9 @@ Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHa
     }
     WebSocketListener::Options options;
     options.port = service.port;
-    listener_ =
+    auto listener =
         std::make_unique<WebSocketListener>(executor_, std::move(options), std::move(onNewConnection));
-    const auto port = listener_->port();
-    advertisedPort_.with([&](auto& advertised) { advertised = port; });
+    const auto port = listener->port();
     if (publish_) {
         PublishedService published{std::move(service.instanceName), std::string(serviceType), port, {}};
         published.txt.emplace_back("sim", std::move(service.simKind));
@@ -31,6 +30,8 @@ Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHa
         published.txt.emplace_back("pairing", service.pairingRequired ? "required" : "open");
         publication_ = publish_(std::move(published));
     }
+    listener_ = std::move(listener);
+    advertisedPort_.with([&](auto& advertised) { advertised = port; });
     co_return;
 }
 
