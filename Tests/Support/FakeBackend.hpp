@@ -20,8 +20,10 @@ class FakeBackend final : public SimBackend {
     std::map<std::string, std::string> failures;
     std::vector<FlightListing> flights;
     TrackSample sample;
-    /// Where set, reading a dataref that is not in the table waits a second before it fails.
+    /// Where set, reading a dataref that is not in the table waits a second before it fails, and a sample
+    /// waits for `sampleDelay`.
     Clock* clock = nullptr;
+    Clock::Duration sampleDelay{};
 
     Task<SimInfo> simInfo() override {
         note("simInfo");
@@ -60,6 +62,9 @@ class FakeBackend final : public SimBackend {
 
     Task<TrackSample> getTrackSample() override {
         note("getTrackSample");
+        if (clock != nullptr) {
+            co_await clock->sleepFor(sampleDelay);
+        }
         co_return sample;
     }
 

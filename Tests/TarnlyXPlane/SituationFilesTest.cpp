@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "TemporaryFolder.hpp"
+#include "Support/TemporaryFolder.hpp"
 
 namespace tarnly {
 namespace {
@@ -26,16 +26,16 @@ std::vector<std::string> namesIn(const std::string& directory) {
 TEST(SituationFiles, OnlyTheExactExtensionIsListed) {
     const TemporaryFolder folder;
     for (const auto* name : {"a.sit", "b.txt", "c.SIT", "d.sit.bak", "sit", ".sit", "e.sitx"})
-        folder.add(name);
+        folder.write(name, "");
     EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("a"));
 }
 
 TEST(SituationFiles, HiddenFilesFoldersAndLinksAreListedToo) {
     const TemporaryFolder folder;
-    folder.add(".hidden.sit");
+    folder.write(".hidden.sit", "");
     fs::create_directory(folder.path() / "archive.sit");
     fs::create_symlink("nowhere", folder.path() / "link.sit");
-    folder.add("two.dots.sit");
+    folder.write("two.dots.sit", "");
     EXPECT_THAT(namesIn(folder.path().string()),
                 UnorderedElementsAre(".hidden", "archive", "link", "two.dots"));
 }
@@ -43,13 +43,13 @@ TEST(SituationFiles, HiddenFilesFoldersAndLinksAreListedToo) {
 TEST(SituationFiles, IsNotRecursive) {
     const TemporaryFolder folder;
     fs::create_directory(folder.path() / "inner");
-    folder.add("inner/a.sit");
+    folder.write("inner/a.sit", "");
     EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre());
 }
 
 TEST(SituationFiles, ListingHasAbsolutePathAndModificationDate) {
     const TemporaryFolder folder;
-    const auto path = folder.add("Pattern 1.sit");
+    const auto path = folder.write("Pattern 1.sit", "").string();
     const timespec times[2] = {{0, 0}, {1'700'000'000, 250'000'000}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     const auto flights = listSituations(folder.path().string() + "/");
@@ -61,7 +61,7 @@ TEST(SituationFiles, ListingHasAbsolutePathAndModificationDate) {
 
 TEST(SituationFiles, NamesThatAreNotUtf8AreMadeSo) {
     const TemporaryFolder folder;
-    folder.add("a\xFF.sit");
+    folder.write("a\xFF.sit", "");
     EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("a\uFFFD"));
 }
 
@@ -73,12 +73,12 @@ TEST(SituationFiles, MissingFolderIsEmpty) {
 
 TEST(SituationFiles, FolderThatCannotBeReadFails) {
     const TemporaryFolder folder;
-    EXPECT_THROW(listSituations(folder.add("file")), fs::filesystem_error);
+    EXPECT_THROW(listSituations(folder.write("file", "").string()), fs::filesystem_error);
 }
 
 TEST(SituationFiles, Existence) {
     const TemporaryFolder folder;
-    const auto path = folder.add("a.sit");
+    const auto path = folder.write("a.sit", "").string();
     EXPECT_TRUE(situationExists(path));
     EXPECT_TRUE(situationExists(folder.path().string()));
     EXPECT_FALSE(situationExists(path + "x"));

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "BackendFixture.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "TarnlyXPlane/SimoPacket.hpp"
-#include "TemporaryFolder.hpp"
 
 namespace tarnly {
 namespace {
@@ -40,9 +40,9 @@ TEST_F(XPlaneBackendFlightsTest, WithoutAFolderListingFails) {
 }
 
 TEST_F(XPlaneBackendFlightsTest, ListsTheSituationsOfTheFolder) {
-    const auto path = folder.add("a.sit");
-    folder.add("b.txt");
-    folder.add("c.SIT");
+    const auto path = folder.write("a.sit", "").string();
+    folder.write("b.txt", "");
+    folder.write("c.SIT", "");
     backend->setSituationsDirectory(folder.path().string());
     const auto flights = runTask(io, backend->listFlights());
     ASSERT_EQ(flights.size(), 1U);
@@ -56,12 +56,12 @@ TEST_F(XPlaneBackendFlightsTest, MissingFolderHasNoFlights) {
 }
 
 TEST_F(XPlaneBackendFlightsTest, FailureToListIsPassedOn) {
-    backend->setSituationsDirectory(folder.add("file"));
+    backend->setSituationsDirectory(folder.write("file", "").string());
     EXPECT_THROW(runTask(io, backend->listFlights()), std::filesystem::filesystem_error);
 }
 
 TEST_F(XPlaneBackendFlightsTest, LoadingSendsOneDatagramWithTheFileName) {
-    runTask(io, backend->loadFlight(folder.add("Pattern 1.sit")));
+    runTask(io, backend->loadFlight(folder.write("Pattern 1.sit", "").string()));
     ASSERT_EQ(transport->datagrams.size(), 1U);
     EXPECT_EQ(transport->datagrams[0].endpoint, (Endpoint{"127.0.0.1", 49000}));
     EXPECT_EQ(transport->datagrams[0].bytes, buildSimoLoadSituationPacket("Output/situations/Pattern 1.sit"));
@@ -76,7 +76,7 @@ TEST_F(XPlaneBackendFlightsTest, MissingFlightIsNotLoaded) {
 
 TEST_F(XPlaneBackendFlightsTest, FailureToSendIsPassedOn) {
     transport->onDatagram = [] { throw NetworkError(NetworkError::Case::sendFailed, "x"); };
-    EXPECT_THROW(runTask(io, backend->loadFlight(folder.add("a.sit"))), NetworkError);
+    EXPECT_THROW(runTask(io, backend->loadFlight(folder.write("a.sit", "").string())), NetworkError);
 }
 
 } // namespace

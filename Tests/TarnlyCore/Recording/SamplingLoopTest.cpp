@@ -94,6 +94,20 @@ TEST_F(SamplingLoopTest, ANewRecordingRestartsTheClock) {
     EXPECT_THAT(sampleTimes(), ElementsAre(0));
 }
 
+TEST_F(SamplingLoopTest, ASampleOfARecordingThatWasReplacedMeanwhileIsDropped) {
+    backend->clock = &clock;
+    backend->sampleDelay = 1s;
+    recording->start();
+    loop->start();
+    clock.advance(io, 300ms);
+    recording->start();
+    clock.advance(io, 700ms); // the simulator answers
+    EXPECT_TRUE(sampleTimes().empty());
+    backend->sampleDelay = 0s;
+    clock.advance(io, 500ms);
+    EXPECT_THAT(sampleTimes(), ElementsAre(0));
+}
+
 TEST_F(SamplingLoopTest, TriggersFireInOrderAndAreRecorded) {
     load({after("late", 1), after("first", 0.5), after("second", 0.5), after("never", 60)});
     recording->start();
