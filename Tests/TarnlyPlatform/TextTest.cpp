@@ -5,6 +5,8 @@
 namespace tarnly {
 namespace {
 
+using namespace std::string_view_literals;
+
 TEST(Text, CanonicallyEquivalentTextsAreEqual) {
     EXPECT_TRUE(canonicallyEqual("caf\u00E9", "cafe\u0301"));
     EXPECT_TRUE(canonicallyEqual("\u212B", "\u00C5")); // Angstrom sign and A with ring
@@ -37,7 +39,7 @@ TEST(Text, UpperCasingFollowsFullUnicodeRules) {
 }
 
 TEST(Text, WellFormedBytesStayAsTheyAre) {
-    const std::string text = std::string("plain, \u00E9, \U0001F6E9, \0 and more", 30);
+    const std::string text("plain, \u00E9, \U0001F6E9, \0 and more"sv);
     EXPECT_EQ(wellFormedUtf8(text), text);
 }
 
