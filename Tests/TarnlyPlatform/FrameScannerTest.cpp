@@ -60,7 +60,7 @@ struct Stream {
 
 TEST(FrameScanner, TurnsTextIntoBinaryInPiecesOfAnySize) {
     const Stream stream;
-    for (const std::size_t pieceSize : {1, 2, 3, 7, 13, 64, 1500, 1000000}) {
+    for (const std::size_t pieceSize : {1U, 2U, 3U, 7U, 13U, 64U, 1500U, 1000000U}) {
         auto bytes = stream.before;
         FrameScanner scanner;
         for (std::size_t i = 0; i < bytes.size(); i += pieceSize) {
