@@ -10,6 +10,14 @@ namespace tarnly {
 /// for a person without a home folder.
 std::filesystem::path applicationSupportFolder();
 
+/// The folder for configuration files of all applications: `$XDG_CONFIG_HOME` where that is an absolute path,
+/// else `~/.config`. Need not exist. Throws `std::runtime_error` for a person without a home folder.
+std::filesystem::path configurationFolder();
+
+/// The absolute path of the running program's file. Still that path after an update has replaced the file.
+/// Throws `std::runtime_error` where the system does not tell it.
+std::filesystem::path programPath();
+
 /// The computer's host name; "localhost" where the system has none.
 std::string hostName();
 

@@ -4,6 +4,9 @@
 
 #include <cstdlib>
 #include <optional>
+#include <string>
+
+#include "Support/TemporaryFolder.hpp"
 
 namespace tarnly {
 namespace {
@@ -39,6 +42,46 @@ TEST(Folders, EmptyXdgDataHomeIsIgnored) {
     const Variable data("XDG_DATA_HOME", "");
     const Variable home("HOME", "/home/pilot");
     EXPECT_EQ(applicationSupportFolder(), "/home/pilot/.local/share/Tarnly");
+}
+
+TEST(Folders, ConfigurationFolderFollowsXdgConfigHome) {
+    const Variable configuration("XDG_CONFIG_HOME", "/somewhere/configuration");
+    EXPECT_EQ(configurationFolder(), "/somewhere/configuration");
+}
+
+TEST(Folders, RelativeOrEmptyXdgConfigHomeIsIgnored) {
+    const Variable home("HOME", "/home/pilot");
+    for (const auto* ignored : {"configuration", ""}) {
+        const Variable configuration("XDG_CONFIG_HOME", ignored);
+        EXPECT_EQ(configurationFolder(), "/home/pilot/.config");
+    }
+}
+
+TEST(Folders, ProgramPathIsThatOfTheRunningFile) {
+    EXPECT_TRUE(programPath().is_absolute());
+    EXPECT_TRUE(std::filesystem::equivalent(programPath(), "/proc/self/exe")) << programPath();
+}
+
+constexpr auto removedProgram = "TARNLY_TEST_REMOVED_PROGRAM";
+
+/// Runs this test alone in a copy of the test program, which finds its own path in `removedProgram`.
+int runThisTestIn(const std::filesystem::path& copy) {
+    const Variable removed(removedProgram, copy.c_str());
+    const auto command = "'" + copy.string() + "' --gtest_filter=Folders.ProgramPathOutlivesItsFile >&2";
+    return std::system(command.c_str());
+}
+
+TEST(Folders, ProgramPathOutlivesItsFile) {
+    if (const char* self = std::getenv(removedProgram)) {
+        ASSERT_TRUE(std::filesystem::remove(self));
+        EXPECT_EQ(programPath(), self);
+        return;
+    }
+    const test::TemporaryFolder folder;
+    const auto copy = folder.path() / "program (deleted)";
+    std::filesystem::copy_file("/proc/self/exe", copy);
+    EXPECT_EQ(runThisTestIn(copy), 0);
+    EXPECT_FALSE(std::filesystem::exists(copy)) << "the test did not run in the copy";
 }
 
 TEST(Folders, HostNameIsNeverEmpty) { EXPECT_NE(hostName(), ""); }

@@ -5,14 +5,10 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <ctime>
-#include <utility>
 
 namespace tarnly {
 namespace {
-
-constexpr int none = -1;
 
 std::optional<std::string> encoded(const LogLine& line) {
     try {
@@ -20,18 +16,6 @@ std::optional<std::string> encoded(const LogLine& line) {
     } catch (const JsonError&) {
         return std::nullopt;
     }
-}
-
-/// How many bytes of `text` the file took: fewer than all when the disk is full or fails.
-std::size_t writeAll(int descriptor, std::string_view text) {
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const auto count = ::write(descriptor, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        written += static_cast<std::size_t>(count);
-    }
-    return written;
 }
 
 } // namespace
@@ -48,23 +32,10 @@ std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
 std::optional<RecordingLog> RecordingLog::create(const std::filesystem::path& file) {
     // Making the file anew gives it our mode, and never opens a pipe or what a link points to.
     ::unlink(file.c_str());
-    const int descriptor =
-        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor < 0) return std::nullopt;
-    return RecordingLog(descriptor);
-}
-
-RecordingLog::RecordingLog(RecordingLog&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, none)), endsWithLineFeed_(other.endsWithLineFeed_) {}
-
-RecordingLog& RecordingLog::operator=(RecordingLog&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    std::swap(endsWithLineFeed_, other.endsWithLineFeed_);
-    return *this;
-}
-
-RecordingLog::~RecordingLog() {
-    if (descriptor_ != none) ::close(descriptor_);
+    FileDescriptor created(
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!created.isOpen()) return std::nullopt;
+    return RecordingLog(std::move(created));
 }
 
 // One write of the line together with its line feed: between two writes a kill would leave a line that lacks
@@ -78,7 +49,7 @@ void RecordingLog::append(const LogLine& line) {
 }
 
 void RecordingLog::write(std::string_view text) {
-    const auto written = writeAll(descriptor_, text);
+    const auto written = file_.write(text);
     if (written > 0) endsWithLineFeed_ = text[written - 1] == '\n';
 }
 

@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "TarnlyCore/Recording/LogLine.hpp"
+#include "TarnlyPlatform/FileDescriptor.hpp"
 
 namespace tarnly {
 
@@ -23,20 +25,16 @@ class RecordingLog {
     /// possible.
     static std::optional<RecordingLog> create(const std::filesystem::path& file);
 
-    RecordingLog(RecordingLog&& other) noexcept;
-    RecordingLog& operator=(RecordingLog&& other) noexcept;
-    ~RecordingLog();
-
     /// Writes the line and its line feed. A line that has no JSON form (a number in it is not finite) is left
     /// out; a disk that is full or fails costs this line and no other.
     void append(const LogLine& line);
 
   private:
-    explicit RecordingLog(int descriptor) : descriptor_(descriptor) {}
+    explicit RecordingLog(FileDescriptor file) : file_(std::move(file)) {}
 
     void write(std::string_view text);
 
-    int descriptor_;
+    FileDescriptor file_;
     /// False while the end of the file is a line that could not be written to its end.
     bool endsWithLineFeed_ = true;
 };
