@@ -71,6 +71,7 @@ class CompanionHost {
     ProtocolServer& server() { return *server_; }
     SamplingLoop& sampling() { return *sampling_; }
     BonjourAdvertiser& advertiser() { return advertiser_; }
+    const BonjourAdvertiser& advertiser() const { return advertiser_; }
 
   private:
     const std::string instanceName_;

@@ -1,5 +1,6 @@
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
 
+#include <algorithm>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <exception>
@@ -93,6 +94,13 @@ void ProtocolServer::cancelAll() {
 
 std::size_t ProtocolServer::connectionCount() const {
     return connections_.with([](const Table& table) { return table.size(); });
+}
+
+std::size_t ProtocolServer::pairedCount() const {
+    const auto entries = snapshot();
+    const auto count =
+        std::ranges::count_if(entries, [](const auto& entry) { return entry->session->isPaired(); });
+    return static_cast<std::size_t>(count);
 }
 
 void ProtocolServer::remove(const Connection& entry) {

@@ -45,6 +45,9 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
 
     std::size_t connectionCount() const;
 
+    /// How many of the connections have paired.
+    std::size_t pairedCount() const;
+
   private:
     struct Connection {
         std::shared_ptr<WebSocketConnection> connection;

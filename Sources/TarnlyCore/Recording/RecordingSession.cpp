@@ -1,24 +1,15 @@
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <exception>
 #include <limits>
 #include <utility>
 #include <vector>
 
+#include "TarnlyPlatform/PrivateFiles.hpp"
+
 namespace tarnly {
 namespace {
-
-/// What fails here shows when the log file is created.
-void createPrivateFolders(const std::filesystem::path& folder) {
-    std::filesystem::path reached;
-    for (const auto& name : folder) {
-        reached /= name;
-        ::mkdir(reached.c_str(), S_IRWXU);
-    }
-}
 
 void increase(std::atomic<std::int64_t>& counter) {
     if (counter == std::numeric_limits<std::int64_t>::max()) std::terminate();
@@ -54,6 +45,7 @@ void RecordingSession::start() {
         std::swap(previous, state.track);
         state.log.reset();
         state.log = RecordingLog::create(directory_ / RecordingLog::fileName(wallClock_()));
+        state.startTime = std::chrono::steady_clock::now();
         isRecording_ = true;
     });
 }
@@ -61,8 +53,15 @@ void RecordingSession::start() {
 void RecordingSession::stop() {
     state_.with([&](State& state) {
         isRecording_ = false;
+        state.startTime.reset();
         state.log.reset();
     });
+}
+
+std::optional<std::chrono::nanoseconds> RecordingSession::runningFor() const {
+    const auto startTime = state_.with([](const State& state) { return state.startTime; });
+    if (!startTime) return std::nullopt;
+    return std::chrono::steady_clock::now() - *startTime;
 }
 
 void RecordingSession::recordSample(TrackSample sample) {

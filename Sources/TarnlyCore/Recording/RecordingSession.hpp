@@ -66,6 +66,9 @@ class RecordingSession {
 
     bool isRecording() const { return isRecording_; }
 
+    /// For how long the recording has been running; absent outside a recording.
+    std::optional<std::chrono::nanoseconds> runningFor() const;
+
     /// How many times a recording was started.
     std::int64_t generation() const { return generation_; }
 
@@ -81,6 +84,8 @@ class RecordingSession {
         Track track;
         /// Absent outside a recording, and when the file could not be created.
         std::optional<RecordingLog> log;
+        /// Absent outside a recording.
+        std::optional<std::chrono::steady_clock::time_point> startTime;
     };
 
     const std::filesystem::path directory_;

@@ -101,6 +101,18 @@ TEST_F(ProtocolServerTest, AConnectionThatEndsLeavesTheTable) {
     EXPECT_THAT(connection->sent, IsEmpty());
 }
 
+TEST_F(ProtocolServerTest, CountsThePaired) {
+    const auto stranger = connect();
+    EXPECT_EQ(server->pairedCount(), 0U);
+    const auto first = connectPaired();
+    const auto second = connectPaired();
+    EXPECT_EQ(server->pairedCount(), 2U);
+    first->close();
+    settle();
+    EXPECT_EQ(server->pairedCount(), 1U);
+    EXPECT_EQ(server->connectionCount(), 2U);
+}
+
 TEST_F(ProtocolServerTest, TheNextRequestWaitsUntilTheAnswerHasLeft) {
     const auto connection = connectPaired();
     connection->isRead = false;

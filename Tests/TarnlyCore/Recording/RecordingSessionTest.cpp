@@ -112,6 +112,22 @@ TEST_F(RecordingSessionTest, StopKeepsTheRecording) {
     EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
 }
 
+TEST_F(RecordingSessionTest, TellsForHowLongItHasBeenRunning) {
+    using Steady = std::chrono::steady_clock;
+    EXPECT_FALSE(recording.runningFor());
+    for (int i = 0; i < 2; ++i) { // the second start begins anew
+        const auto before = Steady::now();
+        recording.start();
+        const auto duration = recording.runningFor();
+        const auto limit = Steady::now() - before;
+        ASSERT_TRUE(duration);
+        EXPECT_GE(*duration, 0ns);
+        EXPECT_LE(*duration, limit);
+    }
+    recording.stop();
+    EXPECT_FALSE(recording.runningFor());
+}
+
 TEST_F(RecordingSessionTest, StopBeforeAnyStartIsHarmless) {
     recording.stop();
     EXPECT_FALSE(recording.isRecording());
