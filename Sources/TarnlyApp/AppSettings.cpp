@@ -1,9 +1,8 @@
 #include "TarnlyApp/AppSettings.hpp"
 
-#include <fstream>
-#include <sstream>
-
 #include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/JsonWriter.hpp"
+#include "TarnlyPlatform/PrivateFiles.hpp"
 
 namespace tarnly {
 
@@ -12,14 +11,18 @@ std::filesystem::path AppSettings::fileIn(const std::filesystem::path& dataFolde
 }
 
 AppSettings AppSettings::load(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text; // stays empty when there is nothing to read
-    text << stream.rdbuf();
+    const auto text = readPrivateFile(file);
+    if (!text) return {};
     try {
-        return decodeJson<AppSettings>(parseJson(text.view()));
+        return decodeJson<AppSettings>(parseJson(*text));
     } catch (const JsonError&) {
         return {};
     }
+}
+
+void AppSettings::save(const std::filesystem::path& file) const {
+    createPrivateFolders(file.parent_path());
+    overwritePrivateFile(file, encodeJson(*this));
 }
 
 } // namespace tarnly

@@ -1,95 +1,58 @@
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
-#include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <variant>
 
 #include "TarnlyApp/AppSettings.hpp"
-#include "TarnlyApp/DaemonOptions.hpp"
+#include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/CompanionRuntime.hpp"
+#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/StartAtLogin.hpp"
 #include "TarnlyApp/StatusText.hpp"
-#include "TarnlyCore/CompanionHost.hpp"
-#include "TarnlyPlatform/Folders.hpp"
-#include "TarnlyXPlane/NetworkTransport.hpp"
-#include "TarnlyXPlane/XPlaneBackend.hpp"
 
 namespace tarnly {
 namespace {
 
-/// Time for the last answers and the closing handshakes at the end.
-constexpr auto closingPatience = std::chrono::milliseconds(300);
-
-std::shared_ptr<NavDatabase> openNavDatabase(const DaemonOptions& options) {
-    if (!options.navigationDatabase) return nullptr;
-    return std::make_shared<NavDatabase>(options.navigationDatabase->string());
+/// What starts at login is the desktop application. Settings that stand elsewhere than its own, and a
+/// computer that does not have it, leave that alone.
+std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
+    const auto application = applicationBesideThisProgram();
+    if (options.dataFolder || !std::filesystem::exists(application)) return nullptr;
+    return makeLoginItem(application, options);
 }
 
-void runDaemon(const DaemonOptions& options) {
-    const auto dataFolder = options.dataFolder ? *options.dataFolder : applicationSupportFolder();
-    const auto settings = AppSettings::load(AppSettings::fileIn(dataFolder));
-    const auto name = options.name.value_or(hostName());
-
-    boost::asio::io_context network(1);
-    const auto executor = network.get_executor();
-    WorkerPool workers;
-    SystemClock clock;
-    const auto backend =
-        std::make_shared<XPlaneBackend>(options.simulator, makeNetworkTransport(executor), clock, workers);
-
-    if (options.situationsFolder) {
-        backend->setSituationsDirectory(std::filesystem::absolute(*options.situationsFolder).string());
-    }
-
-    CompanionHost::Configuration configuration;
-    configuration.recordingDirectory = dataFolder / "Recordings";
-    configuration.instanceName = name;
-    configuration.simKind = "xplane";
-    configuration.appVersion = TARNLY_VERSION;
-    configuration.password = settings.password;
-    configuration.navDatabase = openNavDatabase(options);
-    configuration.port = options.port;
-    if (!options.advertises) configuration.publish = nullptr;
-    CompanionHost host(executor, workers, clock, backend, std::move(configuration));
-
-    boost::asio::signal_set signals(executor, SIGINT, SIGTERM);
+int runDaemon(const CompanionOptions& options) {
+    SettingsStore settingsStore(AppSettings::fileIn(dataFolder(options)), loginItem(options));
+    CompanionRuntime runtime(settingsStore, options);
+    boost::asio::signal_set signals(runtime.executor(), SIGINT, SIGTERM);
     signals.async_wait([&](const boost::system::error_code& cancelled, int) {
-        if (!cancelled) network.stop();
+        if (!cancelled) runtime.end();
     });
-
-    std::exception_ptr failure;
-    boost::asio::co_spawn(network, host.start(), [&](const std::exception_ptr& error) {
-        failure = error;
-        if (failure) return network.stop();
-        const auto published = options.advertises ? std::optional(name) : std::nullopt;
-        std::cout << listeningText(host.advertiser().advertisedPort(), published,
-                                   host.pairing().requiresPairing())
-                  << std::endl;
-    });
-    network.run();
-
-    host.stop();
-    backend->close();
-    network.restart();
-    network.run_for(closingPatience);
-    if (failure) std::rethrow_exception(failure);
+    runtime.onStatusChange = [&] {
+        const bool failed = runtime.state() == CompanionRuntime::State::failed;
+        (failed ? std::cerr : std::cout) << runtime.statusText() << std::endl;
+        if (failed) runtime.end();
+    };
+    runtime.start();
+    runtime.run();
+    return runtime.state() == CompanionRuntime::State::failed ? 1 : 0;
 }
 
 } // namespace
 } // namespace tarnly
 
 int main(int argc, char** argv) {
-    const auto parsed = tarnly::parseDaemonOptions(argc, argv);
+    using tarnly::CompanionProgram;
+    const auto parsed = tarnly::parseOptions(CompanionProgram::tarnlyd, argc, argv);
     if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
         (exit->status == 0 ? std::cout : std::cerr) << exit->text;
         return exit->status;
     }
     try {
-        tarnly::runDaemon(std::get<tarnly::DaemonOptions>(parsed));
-        return 0;
+        return tarnly::runDaemon(std::get<tarnly::CompanionOptions>(parsed));
     } catch (const std::exception& error) {
         std::cerr << tarnly::failureText(error.what()) << std::endl;
         return 1;

@@ -1,6 +1,8 @@
-#include "TarnlyApp/DaemonOptions.hpp"
+#include "TarnlyApp/CompanionOptions.hpp"
 
 #include <CLI/CLI.hpp>
+
+#include "TarnlyPlatform/Folders.hpp"
 
 namespace tarnly {
 namespace {
@@ -16,14 +18,21 @@ std::string requireHost(const std::string& host) {
     return isHost(host) ? "" : "a host name or an address without brackets is wanted";
 }
 
+std::string absoluteText(const std::filesystem::path& path) {
+    return std::filesystem::absolute(path).string();
+}
+
 } // namespace
 
-std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* const* argv) {
-    DaemonOptions options;
+std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
+                                                       const char* const* argv) {
+    const bool isDesktop = program == CompanionProgram::tarnly;
+    const std::string name = isDesktop ? "tarnly" : "tarnlyd";
+    CompanionOptions options;
     bool staysHidden = false;
     CLI::App app("Connects the X-Plane flight simulator to a flight-training application on the network.",
-                 "tarnlyd");
-    app.set_version_flag("--version", "tarnlyd " TARNLY_VERSION);
+                 name);
+    app.set_version_flag("--version", name + " " TARNLY_VERSION);
     app.add_option("--sim-host", options.simulator.host, "The simulator's host")
         ->type_name("HOST")
         ->capture_default_str()
@@ -47,6 +56,9 @@ std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* 
     app.add_option("--situations", options.situationsFolder, "The folder of the simulator's saved situations")
         ->type_name("DIR");
     app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD");
+    if (isDesktop) {
+        app.add_flag("--background", options.startsInBackground, "Start without opening a window");
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -54,10 +66,35 @@ std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* 
     } catch (const CLI::CallForVersion&) {
         return EarlyExit{app.version() + "\n", 0};
     } catch (const CLI::ParseError& error) {
-        return EarlyExit{"tarnlyd: " + firstLine(error.what()) + "\n", wrongUsage};
+        return EarlyExit{name + ": " + firstLine(error.what()) + "\n", wrongUsage};
     }
     options.advertises = !staysHidden;
     return options;
+}
+
+std::filesystem::path dataFolder(const CompanionOptions& options) {
+    return options.dataFolder ? *options.dataFolder : applicationSupportFolder();
+}
+
+std::vector<std::string> commandLine(const CompanionOptions& options) {
+    const CompanionOptions defaults;
+    std::vector<std::string> arguments;
+    const auto add = [&](const char* option, const std::string& value) {
+        // In one word: a value may begin with a dash.
+        arguments.push_back(std::string(option).append("=").append(value));
+    };
+    if (options.startsInBackground) arguments.emplace_back("--background");
+    if (options.simulator.host != defaults.simulator.host) add("--sim-host", options.simulator.host);
+    if (options.simulator.port != defaults.simulator.port) {
+        add("--sim-port", std::to_string(options.simulator.port));
+    }
+    if (options.port != defaults.port) add("--port", std::to_string(options.port));
+    if (options.name) add("--name", *options.name);
+    if (options.dataFolder) add("--data-dir", absoluteText(*options.dataFolder));
+    if (options.navigationDatabase) add("--nav-db", absoluteText(*options.navigationDatabase));
+    if (options.situationsFolder) add("--situations", absoluteText(*options.situationsFolder));
+    if (!options.advertises) arguments.emplace_back("--no-advertise");
+    return arguments;
 }
 
 } // namespace tarnly

@@ -5,13 +5,14 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "TarnlyPlatform/Http.hpp"
 
 namespace tarnly {
 
 /// What the command line of the companion asks for.
-struct DaemonOptions {
+struct CompanionOptions {
     Endpoint simulator{"127.0.0.1", 8086};
     /// 0: a port that the system chooses.
     std::uint16_t port = 0;
@@ -22,6 +23,10 @@ struct DaemonOptions {
     std::optional<std::filesystem::path> navigationDatabase;
     std::optional<std::filesystem::path> situationsFolder;
     bool advertises = true;
+    /// Of the desktop application only: start without opening a window.
+    bool startsInBackground = false;
+
+    bool operator==(const CompanionOptions&) const = default;
 };
 
 /// A command line that ends the program at once: what to print, and the exit status.
@@ -30,7 +35,18 @@ struct EarlyExit {
     int status = 0;
 };
 
+/// The two programs that are a companion; they take the same options but for `--background`.
+enum class CompanionProgram { tarnly, tarnlyd };
+
 /// Help and version end with status 0; wrong usage ends with status 2 and one line.
-std::variant<DaemonOptions, EarlyExit> parseDaemonOptions(int argc, const char* const* argv);
+std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
+                                                       const char* const* argv);
+
+/// The folder of the settings and the recordings. Throws `std::runtime_error` for a person without a home
+/// folder who names none.
+std::filesystem::path dataFolder(const CompanionOptions& options);
+
+/// The command line, without the program, that asks for `options`, wherever it is run: paths are absolute.
+std::vector<std::string> commandLine(const CompanionOptions& options);
 
 } // namespace tarnly

@@ -1,0 +1,119 @@
+#include "TarnlyApp/CompanionRuntime.hpp"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/post.hpp>
+#include <utility>
+
+#include "TarnlyApp/StatusText.hpp"
+#include "TarnlyPlatform/Folders.hpp"
+#include "TarnlyXPlane/NetworkTransport.hpp"
+
+namespace tarnly {
+namespace {
+
+/// Time for the last answers and the closing handshakes at the end.
+constexpr auto closingPatience = std::chrono::milliseconds(300);
+
+std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
+    if (!options.navigationDatabase) return nullptr;
+    return std::make_shared<NavDatabase>(options.navigationDatabase->string());
+}
+
+std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
+
+} // namespace
+
+CompanionRuntime::CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options)
+    : settingsStore_(settingsStore), options_(std::move(options)), statusText_("Starting…") {
+    settingsStore_.onPasswordChange = [this] { handOnPassword(); };
+}
+
+CompanionRuntime::~CompanionRuntime() { settingsStore_.onPasswordChange = nullptr; }
+
+void CompanionRuntime::start() {
+    if (std::exchange(started_, true)) return;
+    try {
+        build();
+    } catch (const std::exception&) {
+        return announceFailure(std::current_exception());
+    }
+    const bool passwordRequired = host_->pairing().requiresPairing();
+    boost::asio::co_spawn(network_, host_->start(),
+                          [this, passwordRequired](const std::exception_ptr& failure) {
+                              failure ? announceFailure(failure) : announceStart(passwordRequired);
+                          });
+}
+
+void CompanionRuntime::build() {
+    const auto executor = network_.get_executor();
+    backend_ =
+        std::make_shared<XPlaneBackend>(options_.simulator, makeNetworkTransport(executor), clock_, workers_);
+    if (options_.situationsFolder) {
+        backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
+    }
+    CompanionHost::Configuration configuration;
+    configuration.recordingDirectory = dataFolder(options_) / "Recordings";
+    configuration.instanceName = nameOf(options_);
+    configuration.simKind = "xplane";
+    configuration.appVersion = TARNLY_VERSION;
+    configuration.password = settingsStore_.current().password;
+    configuration.navDatabase = openNavDatabase(options_);
+    configuration.port = options_.port;
+    if (!options_.advertises) configuration.publish = nullptr;
+    host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
+}
+
+void CompanionRuntime::run() {
+    network_.run();
+    if (host_) host_->stop();
+    if (backend_) backend_->close();
+    network_.restart();
+    network_.run_for(closingPatience);
+}
+
+void CompanionRuntime::end() { network_.stop(); }
+
+std::string CompanionRuntime::statusText() const { return statusText_.copy(); }
+
+std::optional<std::uint16_t> CompanionRuntime::port() const {
+    if (state_ != State::listening) return std::nullopt;
+    return host_->advertiser().advertisedPort();
+}
+
+void CompanionRuntime::askActivity(std::function<void(Activity)> answer) {
+    boost::asio::post(network_, [this, answer = std::move(answer)] {
+        if (!host_) return;
+        Activity activity;
+        activity.pairedClients = host_->server().pairedCount();
+        if (const auto duration = host_->recording().runningFor()) {
+            activity.recordingFor = std::chrono::floor<std::chrono::seconds>(*duration);
+        }
+        answer(activity);
+    });
+}
+
+void CompanionRuntime::announceStart(bool passwordRequired) {
+    const auto published = options_.advertises ? std::optional(nameOf(options_)) : std::nullopt;
+    announce(State::listening,
+             listeningText(host_->advertiser().advertisedPort(), published, passwordRequired));
+}
+
+void CompanionRuntime::announceFailure(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        announce(State::failed, failureText(error.what()));
+    }
+}
+
+void CompanionRuntime::announce(State state, std::string text) {
+    statusText_.with([&](std::string& shown) { shown = std::move(text); });
+    state_ = state;
+    if (onStatusChange) onStatusChange();
+}
+
+void CompanionRuntime::handOnPassword() {
+    if (host_) host_->pairing().setPassword(settingsStore_.current().password);
+}
+
+} // namespace tarnly

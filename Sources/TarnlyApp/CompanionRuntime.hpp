@@ -1,0 +1,97 @@
+#pragma once
+
+#include <atomic>
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/io_context.hpp>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyCore/CompanionHost.hpp"
+#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyXPlane/XPlaneBackend.hpp"
+
+namespace tarnly {
+
+/// Builds and starts the one companion of a program, tells what became of it, and hands on changes of the
+/// password.
+///
+/// Belongs to the main thread, except for `run`, whose caller is the network thread while it lasts, and what
+/// says otherwise.
+class CompanionRuntime {
+  public:
+    enum class State { starting, listening, failed };
+
+    /// What the companion is doing just now.
+    struct Activity {
+        std::size_t pairedClients = 0;
+        /// Absent outside a recording.
+        std::optional<std::chrono::seconds> recordingFor;
+
+        bool operator==(const Activity&) const = default;
+    };
+
+    /// Takes the store's `onPasswordChange` for as long as it lives.
+    CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options);
+
+    CompanionRuntime(const CompanionRuntime&) = delete;
+    CompanionRuntime& operator=(const CompanionRuntime&) = delete;
+    ~CompanionRuntime();
+
+    /// Builds the companion and has it started by `run`. A failure becomes the status; the second call does
+    /// nothing.
+    void start();
+
+    /// Serves until `end`, then gives the last answers a moment to leave.
+    void run();
+
+    /// From any thread, also before `run`.
+    void end();
+
+    /// "Starting…", then how the companion can be reached, or why it failed. From any thread.
+    std::string statusText() const;
+    State state() const { return state_; }
+
+    /// The port on which clients are accepted, once they are. From any thread.
+    std::optional<std::uint16_t> port() const;
+
+    /// Called when the status has changed, by `start` or from the network thread. To be set before `start`.
+    std::function<void()> onStatusChange;
+
+    /// Has `answer` called on the network thread, if that runs.
+    void askActivity(std::function<void(Activity)> answer);
+
+    boost::asio::any_io_executor executor() { return network_.get_executor(); }
+
+  private:
+    void build();
+    void announceStart(bool passwordRequired);
+    void announceFailure(const std::exception_ptr& failure);
+    void announce(State state, std::string text);
+    void handOnPassword();
+
+    SettingsStore& settingsStore_;
+    const CompanionOptions options_;
+    Guarded<std::string> statusText_;
+    std::atomic<State> state_{State::starting};
+    bool started_ = false;
+
+    boost::asio::io_context network_{1};
+    WorkerPool workers_;
+    SystemClock clock_;
+    // depends-on: network_, workers_, clock_
+    std::shared_ptr<XPlaneBackend> backend_;
+    // depends-on: network_, workers_, clock_, backend_
+    std::optional<CompanionHost> host_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,105 @@
+#include "TarnlyApp/CompanionOptions.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace tarnly {
+namespace {
+
+std::variant<CompanionOptions, EarlyExit> parse(CompanionProgram program,
+                                                const std::vector<std::string>& arguments) {
+    std::vector<const char*> words{"program"};
+    for (const auto& argument : arguments)
+        words.push_back(argument.c_str());
+    return parseOptions(program, static_cast<int>(words.size()), words.data());
+}
+
+CompanionOptions options(const std::vector<std::string>& arguments,
+                         CompanionProgram program = CompanionProgram::tarnlyd) {
+    return std::get<CompanionOptions>(parse(program, arguments));
+}
+
+EarlyExit exitOf(const std::vector<std::string>& arguments,
+                 CompanionProgram program = CompanionProgram::tarnlyd) {
+    return std::get<EarlyExit>(parse(program, arguments));
+}
+
+TEST(CompanionOptions, HaveDefaults) {
+    const auto defaults = options({});
+    EXPECT_EQ(defaults.simulator, (Endpoint{"127.0.0.1", 8086}));
+    EXPECT_EQ(defaults.port, 0);
+    EXPECT_FALSE(defaults.name);
+    EXPECT_FALSE(defaults.dataFolder);
+    EXPECT_FALSE(defaults.navigationDatabase);
+    EXPECT_FALSE(defaults.situationsFolder);
+    EXPECT_TRUE(defaults.advertises);
+}
+
+TEST(CompanionOptions, AreAllTaken) {
+    const auto given =
+        options({"--sim-host", "rig", "--sim-port", "8087", "--port", "41234", "--name", "rig 42",
+                 "--data-dir", "/d", "--nav-db", "/n.db", "--situations", "/s", "--no-advertise"});
+    EXPECT_EQ(given.simulator, (Endpoint{"rig", 8087}));
+    EXPECT_EQ(given.port, 41234);
+    EXPECT_EQ(given.name, "rig 42");
+    EXPECT_EQ(given.dataFolder, "/d");
+    EXPECT_EQ(given.navigationDatabase, "/n.db");
+    EXPECT_EQ(given.situationsFolder, "/s");
+    EXPECT_FALSE(given.advertises);
+}
+
+TEST(CompanionOptions, HelpAndVersionEndWell) {
+    EXPECT_EQ(exitOf({"--help"}).status, 0);
+    EXPECT_NE(exitOf({"--help"}).text.find("--no-advertise"), std::string::npos);
+    EXPECT_EQ(exitOf({"--version"}).status, 0);
+    EXPECT_EQ(exitOf({"--version"}).text, "tarnlyd " TARNLY_VERSION "\n");
+    EXPECT_EQ(exitOf({"--version"}, CompanionProgram::tarnly).text, "tarnly " TARNLY_VERSION "\n");
+}
+
+TEST(CompanionOptions, WrongUsageEndsWithOneLine) {
+    const std::vector<std::vector<std::string>> wrong{
+        {"--bogus"},           {"argument"},       {"--port", "65536"},
+        {"--port", "-1"},      {"--port", "x"},    {"--port"},
+        {"--sim-port", "0"},   {"--sim-host", ""}, {"--sim-host", "[::1]"},
+        {"--sim-host", "a b"}, {"--name", ""},     {"--no-advertise=x"},
+        {"--background"}};
+    for (const auto& arguments : wrong) {
+        const auto exit = exitOf(arguments);
+        EXPECT_EQ(exit.status, 2) << arguments[0];
+        EXPECT_EQ(std::count(exit.text.begin(), exit.text.end(), '\n'), 1) << exit.text;
+        EXPECT_EQ(exit.text.substr(0, 9), "tarnlyd: ");
+    }
+}
+
+TEST(CompanionOptions, TheDesktopApplicationTakesTheSameAndOneMore) {
+    const auto given = options({"--port", "41234", "--background"}, CompanionProgram::tarnly);
+    EXPECT_EQ(given.port, 41234);
+    EXPECT_TRUE(given.startsInBackground);
+    EXPECT_FALSE(options({}, CompanionProgram::tarnly).startsInBackground);
+    EXPECT_EQ(exitOf({"--bogus"}, CompanionProgram::tarnly).text.substr(0, 8), "tarnly: ");
+}
+
+TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
+    EXPECT_TRUE(commandLine({}).empty());
+    CompanionOptions all;
+    all.simulator = {"rig", 8087};
+    all.port = 41234;
+    all.name = "--rig 42 = \"best\"";
+    all.dataFolder = "/d d";
+    all.navigationDatabase = "/n.db";
+    all.situationsFolder = "/s";
+    all.advertises = false;
+    all.startsInBackground = true;
+    EXPECT_EQ(options(commandLine(all), CompanionProgram::tarnly), all);
+}
+
+TEST(CompanionOptions, ACommandLineHasAbsolutePaths) {
+    CompanionOptions relative;
+    relative.dataFolder = "data";
+    EXPECT_EQ(options(commandLine(relative)).dataFolder, std::filesystem::absolute("data"));
+}
+
+} // namespace
+} // namespace tarnly

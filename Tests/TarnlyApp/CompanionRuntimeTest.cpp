@@ -1,0 +1,171 @@
+#include "TarnlyApp/CompanionRuntime.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+#include <vector>
+
+#include "Support/LoopbackListener.hpp"
+#include "Support/RunTask.hpp"
+#include "Support/TemporaryFolder.hpp"
+#include "TarnlyPlatform/WebSocketClient.hpp"
+
+namespace tarnly {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Kind = WebSocketConnection::Kind;
+using State = CompanionRuntime::State;
+
+Task<std::string> answerTo(std::shared_ptr<WebSocketConnection> client, std::string request) {
+    client->send(std::move(request), Kind::awaited);
+    const auto answer = co_await client->receive();
+    co_return answer ? answer->content : "closed";
+}
+
+/// A runtime whose network thread runs for as long as the test.
+class CompanionRuntimeTest : public testing::Test {
+  protected:
+    CompanionRuntimeTest() {
+        options.dataFolder = folder.path();
+        options.simulator.port = 1; // nobody is there
+        options.advertises = false;
+    }
+
+    ~CompanionRuntimeTest() override {
+        if (runtime) runtime->end();
+        if (network.joinable()) network.join();
+    }
+
+    /// Starts, and returns when the outcome is known.
+    void start() {
+        runtime.emplace(settings, options);
+        EXPECT_EQ(runtime->statusText(), "Starting…");
+        EXPECT_EQ(runtime->state(), State::starting);
+        EXPECT_EQ(runtime->port(), std::nullopt);
+        std::promise<void> outcome;
+        runtime->onStatusChange = [&] {
+            ++statusChanges;
+            outcome.set_value();
+        };
+        runtime->start();
+        network = std::thread([this] { runtime->run(); });
+        outcome.get_future().wait();
+    }
+
+    std::shared_ptr<WebSocketConnection> connect() {
+        return openWebSocket(io.get_executor(), Endpoint{"127.0.0.1", runtime->port().value()}, "/");
+    }
+
+    std::string ask(const std::shared_ptr<WebSocketConnection>& client, const std::string& request) {
+        return test::runTask(io, answerTo(client, request));
+    }
+
+    CompanionRuntime::Activity activity() {
+        std::promise<CompanionRuntime::Activity> answer;
+        runtime->askActivity([&](CompanionRuntime::Activity activity) { answer.set_value(activity); });
+        return answer.get_future().get();
+    }
+
+    const test::TemporaryFolder folder;
+    CompanionOptions options;
+    SettingsStore settings{AppSettings::fileIn(folder.path()), nullptr};
+    boost::asio::io_context io;
+    std::atomic<int> statusChanges{0};
+    std::optional<CompanionRuntime> runtime;
+    std::thread network;
+};
+
+const std::string pairAsking = R"({"type":"pair"})";
+const std::string pairAskingWithSecret = R"({"type":"pair","params":{"password":"secret"}})";
+
+TEST_F(CompanionRuntimeTest, SaysWhereItListens) {
+    start();
+    EXPECT_EQ(runtime->state(), State::listening);
+    EXPECT_EQ(runtime->statusText(), "Listening on port " + std::to_string(runtime->port().value()) +
+                                         ", not advertised, pairing open.");
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":true)"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path() / "Recordings"));
+}
+
+TEST_F(CompanionRuntimeTest, SaysThatAPasswordIsRequired) {
+    settings.setPassword("secret");
+    start();
+    EXPECT_THAT(runtime->statusText(), EndsWith(", pairing password required."));
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":false)"));
+    EXPECT_THAT(ask(connect(), pairAskingWithSecret), HasSubstr(R"("accepted":true)"));
+}
+
+TEST_F(CompanionRuntimeTest, APasswordCountsAtOnceAndTheStatusStays) {
+    start();
+    const auto status = runtime->statusText();
+    settings.setPassword("secret");
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":false)"));
+    EXPECT_THAT(ask(connect(), pairAskingWithSecret), HasSubstr(R"("accepted":true)"));
+    settings.setPassword("");
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":true)"));
+    EXPECT_EQ(runtime->statusText(), status);
+    EXPECT_THAT(status, EndsWith(", pairing open."));
+}
+
+TEST_F(CompanionRuntimeTest, APasswordBeforeTheStartIsThatOfTheStart) {
+    runtime.emplace(settings, options);
+    settings.setPassword("early");
+    start();
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":false)"));
+}
+
+TEST_F(CompanionRuntimeTest, ASecondStartDoesNothing) {
+    start();
+    const auto port = runtime->port();
+    runtime->start();
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":true)"));
+    EXPECT_EQ(runtime->port(), port);
+    EXPECT_EQ(statusChanges, 1);
+}
+
+TEST_F(CompanionRuntimeTest, SaysWhyTheStartFailedAndDoesNotRetry) {
+    test::LoopbackListener taken(io);
+    options.port = taken.endpoint().port;
+    start();
+    EXPECT_EQ(runtime->state(), State::failed);
+    EXPECT_THAT(runtime->statusText(), StartsWith("Failed to start: listenFailed("));
+    EXPECT_EQ(runtime->port(), std::nullopt);
+    runtime->start();
+    EXPECT_EQ(statusChanges, 1);
+}
+
+TEST_F(CompanionRuntimeTest, WhatCannotBeBuiltIsAFailedStart) {
+    options.navigationDatabase = folder.path() / "missing.db";
+    start();
+    EXPECT_EQ(runtime->state(), State::failed);
+    EXPECT_THAT(runtime->statusText(), AllOf(StartsWith("Failed to start: "), HasSubstr("(")));
+}
+
+TEST_F(CompanionRuntimeTest, TellsWhatItIsDoing) {
+    start();
+    EXPECT_EQ(activity(), CompanionRuntime::Activity());
+    const auto client = connect();
+    ask(client, pairAsking);
+    const auto stranger = connect();
+    EXPECT_EQ(activity().pairedClients, 1U);
+    ask(client, R"({"type":"recording_start"})");
+    EXPECT_TRUE(activity().recordingFor.has_value());
+    ask(client, R"({"type":"recording_stop"})");
+    EXPECT_FALSE(activity().recordingFor.has_value());
+}
+
+TEST_F(CompanionRuntimeTest, LetsGoOfTheSettingsAtItsEnd) {
+    runtime.emplace(settings, options);
+    EXPECT_TRUE(settings.onPasswordChange);
+    runtime.reset();
+    EXPECT_FALSE(settings.onPasswordChange);
+}
+
+} // namespace
+} // namespace tarnly

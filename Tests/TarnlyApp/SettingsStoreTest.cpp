@@ -1,0 +1,192 @@
+#include "TarnlyApp/SettingsStore.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <stdexcept>
+#include <vector>
+
+#include "Support/TemporaryFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// What the store asked of the desktop, and what the desktop says.
+struct Desktop {
+    LoginItem::Status status = LoginItem::Status::notRegistered;
+    bool refuses = false;
+    std::vector<std::string> calls;
+};
+
+class FakeLoginItem final : public LoginItem {
+  public:
+    explicit FakeLoginItem(Desktop& desktop) : desktop_(desktop) {}
+
+    Status status() const override { return desktop_.status; }
+    void registerItem() override { call("register", Status::enabled); }
+    void unregisterItem() override { call("unregister", Status::notRegistered); }
+
+  private:
+    void call(const char* name, Status next) {
+        desktop_.calls.emplace_back(name);
+        if (desktop_.refuses) throw std::runtime_error("no desktop");
+        desktop_.status = next;
+    }
+
+    Desktop& desktop_;
+};
+
+class SettingsStoreTest : public testing::Test {
+  protected:
+    SettingsStore& store() {
+        if (!store_) store_.emplace(file_, std::make_unique<FakeLoginItem>(desktop_));
+        return *store_;
+    }
+    void saved(const std::string& text) { folder_.write("settings.json", text); }
+    std::string file() const {
+        std::ifstream stream(file_);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    const test::TemporaryFolder folder_;
+    std::filesystem::path file_ = folder_.path() / "settings.json";
+    Desktop desktop_;
+    std::optional<SettingsStore> store_;
+};
+
+TEST_F(SettingsStoreTest, StartsWithWhatWasSaved) {
+    saved(R"({"password":"abc","startAtLogin":true})");
+    EXPECT_EQ(store().password(), "abc");
+    EXPECT_TRUE(store().startAtLogin());
+    EXPECT_EQ(store().current(), (AppSettings{"abc", true}));
+}
+
+TEST_F(SettingsStoreTest, StartsWithTheDefaultsAndWritesNothing) {
+    EXPECT_EQ(store().password(), "");
+    EXPECT_FALSE(store().startAtLogin());
+    EXPECT_FALSE(store().onPasswordChange);
+    EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(SettingsStoreTest, AFileThatLacksTheStartAtLoginIsNone) {
+    saved(R"({"password":"abc"})");
+    EXPECT_EQ(store().password(), "");
+    EXPECT_FALSE(store().startAtLogin());
+    EXPECT_EQ(file(), R"({"password":"abc"})") << "the file is not rewritten at start";
+}
+
+TEST_F(SettingsStoreTest, EveryChangeIsSavedAtOnce) {
+    store().setPassword("s");
+    EXPECT_EQ(file(), R"({"password":"s","startAtLogin":false})");
+    store().setPassword("se");
+    EXPECT_EQ(file(), R"({"password":"se","startAtLogin":false})");
+    store().setStartAtLogin(true);
+    EXPECT_EQ(file(), R"({"password":"se","startAtLogin":true})");
+}
+
+TEST_F(SettingsStoreTest, AnEmptyPasswordIsSavedAsNone) {
+    saved(R"({"password":"abc","startAtLogin":false})");
+    store().setPassword("");
+    EXPECT_EQ(file(), R"({"startAtLogin":false})");
+    EXPECT_EQ(store().current().password, std::nullopt);
+}
+
+TEST_F(SettingsStoreTest, APasswordIsToldAfterItIsSaved) {
+    std::vector<std::string> seen;
+    store().onPasswordChange = [&] { seen.push_back(store().password() + " " + file()); };
+    store().setPassword("x");
+    store().setPassword("");
+    EXPECT_THAT(seen,
+                ElementsAre(R"(x {"password":"x","startAtLogin":false})", R"( {"startAtLogin":false})"));
+    store().setStartAtLogin(true);
+    EXPECT_EQ(seen.size(), 2U);
+}
+
+TEST_F(SettingsStoreTest, TheFileIsItsOwnersOnly) {
+    file_ = folder_.path() / "new" / "folder" / "settings.json";
+    store().setPassword("secret");
+    EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(std::filesystem::status(file_.parent_path()).permissions(), std::filesystem::perms(0700));
+    EXPECT_EQ(std::filesystem::status(folder_.path() / "new").permissions(), std::filesystem::perms(0700));
+}
+
+TEST_F(SettingsStoreTest, AFileThatOthersCouldReadIsClosedToThem) {
+    saved(R"({"password":"abc","startAtLogin":false})");
+    ::chmod(file_.c_str(), 0664);
+    EXPECT_EQ(store().password(), "abc");
+    EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
+}
+
+TEST_F(SettingsStoreTest, WhatCannotBeSavedStaysInMemory) {
+    folder_.write("taken", "");
+    file_ = folder_.path() / "taken" / "settings.json"; // a file where a folder would have to be
+    bool isTold = false;
+    store().onPasswordChange = [&] { isTold = true; };
+    store().setPassword("kept");
+    EXPECT_EQ(store().current().password, "kept");
+    EXPECT_TRUE(isTold);
+}
+
+TEST_F(SettingsStoreTest, TheStartAtLoginIsRegisteredAndUnregistered) {
+    EXPECT_THAT((store(), desktop_.calls), IsEmpty());
+    store().setStartAtLogin(true);
+    store().setStartAtLogin(false);
+    EXPECT_THAT(desktop_.calls, ElementsAre("register", "unregister"));
+}
+
+TEST_F(SettingsStoreTest, WhatIsEnabledAlreadyIsNotRegisteredAgain) {
+    desktop_.status = LoginItem::Status::enabled;
+    saved(R"({"startAtLogin":true})");
+    store().setStartAtLogin(true);
+    EXPECT_THAT(desktop_.calls, IsEmpty());
+}
+
+TEST_F(SettingsStoreTest, WhatIsNotEnabledIsNotUnregistered) {
+    for (const auto status : {LoginItem::Status::notRegistered, LoginItem::Status::notFound}) {
+        desktop_.status = status;
+        store().setStartAtLogin(false);
+    }
+    EXPECT_THAT(desktop_.calls, IsEmpty());
+}
+
+TEST_F(SettingsStoreTest, AtStartTheLoginItemFollowsTheSetting) {
+    desktop_.status = LoginItem::Status::enabled;
+    saved(R"({"startAtLogin":false})");
+    store();
+    EXPECT_THAT(desktop_.calls, ElementsAre("unregister"));
+
+    store_.reset();
+    desktop_.calls.clear();
+    saved(R"({"startAtLogin":true})");
+    store();
+    EXPECT_THAT(desktop_.calls, ElementsAre("register"));
+}
+
+TEST_F(SettingsStoreTest, ALoginItemThatFailsIsOneLineAndTheSettingStays) {
+    desktop_.refuses = true;
+    testing::internal::CaptureStdout();
+    store().setStartAtLogin(true);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "[Tarnly] SMAppService register failed: no desktop\n");
+    EXPECT_TRUE(store().startAtLogin());
+    EXPECT_EQ(file(), R"({"startAtLogin":true})");
+
+    desktop_.status = LoginItem::Status::enabled;
+    testing::internal::CaptureStdout();
+    store().setStartAtLogin(false);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "[Tarnly] SMAppService unregister failed: no desktop\n");
+    EXPECT_FALSE(store().startAtLogin());
+}
+
+TEST_F(SettingsStoreTest, AProgramMayHaveNoLoginItem) {
+    store_.emplace(file_, nullptr);
+    store().setStartAtLogin(true);
+    EXPECT_EQ(file(), R"({"startAtLogin":true})");
+}
+
+} // namespace
+} // namespace tarnly
