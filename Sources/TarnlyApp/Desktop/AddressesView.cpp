@@ -1,0 +1,120 @@
+#include "TarnlyApp/Desktop/AddressesView.hpp"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QListWidget>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <chrono>
+
+#include "TarnlyApp/Desktop/FixedWidth.hpp"
+#include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/QrCodeView.hpp"
+#include "TarnlyPlatform/NetworkAddresses.hpp"
+
+namespace tarnly {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int padding = 20;
+constexpr int windowWidth = 340;
+constexpr int shownRows = 4;
+
+QStringList urls(std::optional<std::uint16_t> port) {
+    QStringList result;
+    if (!port) return result;
+    for (const auto& address : networkAddresses()) {
+        result += QString::fromStdString(webSocketUrl(address, *port));
+    }
+    return result;
+}
+
+QString explanation(bool isListening, bool hasAddresses) {
+    if (!isListening) return u"Tarnly is not listening."_s;
+    if (!hasAddresses) return u"This computer is not connected to a network."_s;
+    return u"Where a client does not find Tarnly by itself, enter one of these addresses there, or scan the code."_s;
+}
+
+QStringList textsOf(const QListWidget& list) {
+    QStringList texts;
+    for (int row = 0; row < list.count(); ++row)
+        texts += list.item(row)->text();
+    return texts;
+}
+
+} // namespace
+
+AddressesView::AddressesView(RuntimeModel& runtime)
+    : runtime_(runtime),
+      explanation_(new CaptionLabel),
+      list_(new QListWidget),
+      code_(new QrCodeView),
+      copy_(new QPushButton(u"Copy"_s)) {
+    setWindowTitle(u"Tarnly Addresses"_s);
+    list_->setAccessibleName(u"Addresses"_s);
+    list_->setFixedHeight(shownRows * list_->fontMetrics().lineSpacing() + 4 * list_->frameWidth());
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->addWidget(explanation_);
+    layout->addWidget(list_);
+    layout->addWidget(copy_, 0, Qt::AlignLeading);
+    layout->addWidget(code_, 0, Qt::AlignHCenter);
+
+    connect(list_, &QListWidget::currentRowChanged, this, &AddressesView::showSelected);
+    connect(copy_, &QPushButton::clicked, this, &AddressesView::copySelected);
+    connect(new QShortcut(QKeySequence::Copy, this), &QShortcut::activated, this,
+            &AddressesView::copySelected);
+    for (const auto& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)}) {
+        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+    }
+    connect(&runtime_, &RuntimeModel::statusChanged, this, &AddressesView::lookUp);
+    timer_.setInterval(std::chrono::seconds(3));
+    connect(&timer_, &QTimer::timeout, this, &AddressesView::lookUp);
+    lookUp();
+}
+
+void AddressesView::showEvent(QShowEvent* event) {
+    lookUp();
+    timer_.start();
+    QWidget::showEvent(event);
+}
+
+void AddressesView::hideEvent(QHideEvent* event) {
+    timer_.stop();
+    QWidget::hideEvent(event);
+}
+
+void AddressesView::lookUp() {
+    const auto found = urls(runtime_.port());
+    explanation_->showText(explanation(runtime_.port().has_value(), !found.isEmpty()));
+    if (found != textsOf(*list_)) {
+        const auto row = std::max<qsizetype>(0, found.indexOf(selected()));
+        list_->clear();
+        list_->addItems(found);
+        list_->setCurrentRow(static_cast<int>(row));
+    }
+    showSelected();
+}
+
+void AddressesView::showSelected() {
+    const bool hasOne = !selected().isEmpty();
+    list_->setVisible(hasOne);
+    copy_->setVisible(hasOne);
+    code_->setVisible(hasOne);
+    code_->showCode(selected().toStdString());
+    fitContent(*this, windowWidth);
+}
+
+void AddressesView::copySelected() {
+    if (!selected().isEmpty()) QGuiApplication::clipboard()->setText(selected());
+}
+
+QString AddressesView::selected() const {
+    const auto* item = list_->currentItem();
+    return item == nullptr ? QString() : item->text();
+}
+
+} // namespace tarnly

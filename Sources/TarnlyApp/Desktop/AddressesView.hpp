@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+#include "TarnlyApp/Desktop/RuntimeModel.hpp"
+
+class QListWidget;
+class QPushButton;
+
+namespace tarnly {
+
+class CaptionLabel;
+class QrCodeView;
+
+/// The addresses at which a client that cannot find the companion by DNS-SD reaches it: to copy, and as a QR
+/// code. They are looked up anew while the window is open.
+class AddressesView : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit AddressesView(RuntimeModel& runtime);
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+  private:
+    void lookUp();
+    void showSelected();
+    void copySelected();
+    QString selected() const;
+
+    RuntimeModel& runtime_;
+    QTimer timer_;
+    // Owned by this widget, as Qt does it
+    CaptionLabel* const explanation_;
+    QListWidget* const list_;
+    QrCodeView* const code_;
+    QPushButton* const copy_;
+};
+
+} // namespace tarnly

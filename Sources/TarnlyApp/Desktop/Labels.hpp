@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QLabel>
+#include <QString>
+
+namespace tarnly {
+
+/// The title of a panel or of a section.
+class HeadlineLabel : public QLabel {
+    Q_OBJECT
+
+  public:
+    explicit HeadlineLabel(const QString& text);
+};
+
+/// A smaller text in the secondary colour, which follows the desktop's colours. Breaks its lines, also within
+/// a word that is too long for one; is plain text whatever is in it.
+class CaptionLabel : public QLabel {
+    Q_OBJECT
+
+  public:
+    explicit CaptionLabel(const QString& text = {});
+
+    /// What a screen reader reads is `text`, too.
+    void showText(const QString& text);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void adoptColour();
+};
+
+/// Between the colours of text and window: readable, and less prominent than text.
+QColor secondaryColour(const QPalette& palette);
+
+} // namespace tarnly

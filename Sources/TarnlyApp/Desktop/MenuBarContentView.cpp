@@ -1,0 +1,121 @@
+#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+
+#include <QFrame>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <initializer_list>
+
+#include "TarnlyApp/Desktop/ActivityText.hpp"
+#include "TarnlyApp/Desktop/FixedWidth.hpp"
+#include "TarnlyApp/Desktop/Labels.hpp"
+
+namespace tarnly {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int padding = 12;
+constexpr int panelWidth = 280;
+
+QFrame* divider() {
+    auto* line = new QFrame;
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+    return line;
+}
+
+/// Buttons of one width, with some air around the longest text.
+void alignWidths(std::initializer_list<QPushButton*> buttons) {
+    int width = 0;
+    for (const auto* button : buttons)
+        width = std::max(width, button->sizeHint().width());
+    for (auto* button : buttons)
+        button->setFixedWidth(width + padding);
+}
+
+} // namespace
+
+MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
+    : runtime_(runtime), status_(new CaptionLabel), clients_(new CaptionLabel), recording_(new CaptionLabel) {
+    setWindowTitle(u"Tarnly"_s);
+    auto* addresses = new QPushButton(u"Addresses…"_s);
+    auto* settings = new QPushButton(u"Settings…"_s);
+    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    auto* quit = new QPushButton(u"Quit Tarnly"_s);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    alignWidths({addresses, settings, quit});
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
+    layout->addWidget(status_);
+    layout->addWidget(clients_);
+    layout->addWidget(recording_);
+    layout->addWidget(addresses, 0, Qt::AlignLeading);
+    layout->addWidget(divider());
+    layout->addWidget(settings, 0, Qt::AlignLeading);
+    layout->addWidget(quit, 0, Qt::AlignLeading);
+
+    connect(addresses, &QPushButton::clicked, this, &MenuBarContentView::addressesRequested);
+    connect(settings, &QPushButton::clicked, this, &MenuBarContentView::settingsRequested);
+    connect(quit, &QPushButton::clicked, this, &MenuBarContentView::quitRequested);
+    for (auto* button : {addresses, settings}) {
+        connect(button, &QPushButton::clicked, this, &MenuBarContentView::hideIfPanel);
+    }
+    connect(&runtime_, &RuntimeModel::statusChanged, this, &MenuBarContentView::showStatus);
+    connect(&runtime_, &RuntimeModel::activityChanged, this, &MenuBarContentView::showActivity);
+    showStatus();
+    showActivity();
+}
+
+void MenuBarContentView::showEvent(QShowEvent* event) {
+    fitContent(*this, panelWidth); // the desktop style is known only now
+    runtime_.watchActivity();
+    QWidget::showEvent(event);
+}
+
+void MenuBarContentView::hideEvent(QHideEvent* event) {
+    runtime_.unwatchActivity();
+    QWidget::hideEvent(event);
+}
+
+// Outside a dialog Qt gives a button the space bar only.
+void MenuBarContentView::keyPressEvent(QKeyEvent* event) {
+    auto* button = qobject_cast<QPushButton*>(focusWidget());
+    if (event->key() == Qt::Key_Escape) {
+        hideIfPanel();
+    } else if (button != nullptr && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        button->click();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void MenuBarContentView::paintEvent(QPaintEvent* /*event*/) {
+    if (isOrdinaryWindow()) return;
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void MenuBarContentView::showStatus() {
+    status_->showText(runtime_.statusText());
+    fitContent(*this, panelWidth);
+}
+
+void MenuBarContentView::showActivity() {
+    clients_->showText(QString::fromStdString(clientsText(runtime_.activity().pairedClients)));
+    recording_->showText(QString::fromStdString(recordingText(runtime_.activity().recordingFor)));
+    fitContent(*this, panelWidth);
+}
+
+void MenuBarContentView::hideIfPanel() {
+    if (!isOrdinaryWindow()) hide();
+}
+
+bool MenuBarContentView::isOrdinaryWindow() const { return windowType() == Qt::Window; }
+
+} // namespace tarnly

@@ -1,0 +1,139 @@
+#include "TarnlyApp/Desktop/MenuBarExtra.hpp"
+
+#include <QCursor>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <chrono>
+
+#include "TarnlyApp/Desktop/ApplicationIcon.hpp"
+#include "TarnlyApp/Desktop/PanelPlacement.hpp"
+
+namespace tarnly {
+namespace {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+/// At login the desktop's own panel may take its time.
+constexpr auto patienceAtLogin = 10s;
+/// A panel that is started anew is back by then.
+constexpr auto patienceForRestart = 3s;
+/// A click on the icon that closes the panel comes as a click on the icon, too.
+constexpr auto sameClick = 300ms;
+
+/// A window under Wayland can be a popup of another one only.
+Qt::WindowFlags panelFlags() {
+    const bool isWayland = QGuiApplication::platformName().startsWith(u"wayland"_s);
+    return Qt::FramelessWindowHint | (isWayland ? Qt::Tool : Qt::Popup);
+}
+
+} // namespace
+
+MenuBarExtra::MenuBarExtra(MenuBarContentView& panel, bool startsInBackground)
+    : panel_(panel), windowIsMinimized_(startsInBackground) {
+    addActions();
+    panel_.installEventFilter(this);
+    waitingForTray_.setSingleShot(true);
+    connect(&waitingForTray_, &QTimer::timeout, this, &MenuBarExtra::becomeWindow);
+    connect(&tray_, &TrayWatch::availabilityChanged, this, &MenuBarExtra::followTray);
+    if (tray_.isAvailable()) {
+        becomeIcon();
+        return;
+    }
+    waitingForTray_.start(startsInBackground ? std::chrono::milliseconds(patienceAtLogin) : 0ms);
+}
+
+void MenuBarExtra::addActions() {
+    menu_.addAction(u"Show Tarnly"_s, this, &MenuBarExtra::showPanel);
+    menu_.addAction(u"Addresses…"_s, &panel_, &MenuBarContentView::addressesRequested);
+    menu_.addSeparator();
+    menu_.addAction(u"Settings…"_s, &panel_, &MenuBarContentView::settingsRequested);
+    menu_.addAction(u"Quit Tarnly"_s, &panel_, &MenuBarContentView::quitRequested);
+}
+
+void MenuBarExtra::followTray() {
+    if (tray_.isAvailable()) return becomeIcon();
+    icon_.reset();
+    windowIsMinimized_ = false;
+    waitingForTray_.start(patienceForRestart);
+}
+
+void MenuBarExtra::becomeIcon() {
+    waitingForTray_.stop();
+    panel_.hide();
+    panel_.setWindowFlags(panelFlags());
+    icon_ = std::make_unique<QSystemTrayIcon>(applicationIcon());
+    icon_->setToolTip(u"Tarnly"_s);
+    icon_->setContextMenu(&menu_);
+    connect(icon_.get(), &QSystemTrayIcon::activated, this, &MenuBarExtra::iconActivated);
+    icon_->show();
+}
+
+void MenuBarExtra::becomeWindow() {
+    waitingForTray_.stop();
+    panel_.setWindowFlags(Qt::Window);
+    windowIsMinimized_ ? panel_.showMinimized() : panel_.show();
+}
+
+void MenuBarExtra::showPanel() {
+    if (hasIcon()) {
+        placePanel();
+        panel_.show();
+    } else {
+        windowIsMinimized_ = false;
+        becomeWindow();
+        panel_.showNormal();
+    }
+    panel_.raise();
+    panel_.activateWindow();
+}
+
+void MenuBarExtra::iconActivated(QSystemTrayIcon::ActivationReason reason) {
+    if (reason != QSystemTrayIcon::Trigger) return;
+    const bool hasJustClosedIt = sinceHidden_.isValid() && !sinceHidden_.hasExpired(sameClick.count());
+    if (panel_.isVisible()) {
+        panel_.hide();
+    } else if (!hasJustClosedIt) {
+        showPanel();
+    }
+}
+
+// Not every desktop tells where the icon is; the pointer is there when it has been clicked.
+void MenuBarExtra::placePanel() {
+    const auto told = icon_->geometry();
+    const auto place = told.isValid() ? told : QRect(QCursor::pos(), QSize(1, 1));
+    const auto* screen = QGuiApplication::screenAt(place.center());
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    panel_.move(placeBeside(place, panel_.size(), screen->availableGeometry()));
+}
+
+bool MenuBarExtra::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Hide) sinceHidden_.start();
+    if (event->type() == QEvent::WindowDeactivate && hasIcon()) panel_.hide();
+    if (event->type() == QEvent::Close && !hasIcon() && !qGuiApp->isSavingSession()) {
+        event->ignore();
+        askWhetherToQuit();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+// Closing the only window may be meant to put it away, and would end a lesson.
+void MenuBarExtra::askWhetherToQuit() {
+    auto* question = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, u"Quit Tarnly?"_s,
+                                     QMessageBox::NoButton, &panel_);
+    question->setInformativeText(u"Clients lose their connection, and a recording ends."_s);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    auto* quit = question->addButton(u"Quit Tarnly"_s, QMessageBox::DestructiveRole);
+    auto* minimize = question->addButton(u"Minimize"_s, QMessageBox::AcceptRole);
+    question->addButton(QMessageBox::Cancel);
+    question->setDefaultButton(minimize);
+    connect(quit, &QPushButton::clicked, &panel_, &MenuBarContentView::quitRequested);
+    connect(minimize, &QPushButton::clicked, &panel_, &QWidget::showMinimized);
+    question->open();
+}
+
+} // namespace tarnly

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <memory>
+
+#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+#include "TarnlyApp/Desktop/TrayWatch.hpp"
+
+namespace tarnly {
+
+/// The application's place on the desktop: an icon in the tray that opens the panel, or, while the desktop
+/// shows no tray, the panel as an ordinary window.
+class MenuBarExtra : public QObject {
+    Q_OBJECT
+
+  public:
+    /// In the background a window, if one is needed, appears minimized.
+    MenuBarExtra(MenuBarContentView& panel, bool startsInBackground);
+
+    /// Brings the panel to the person's eyes, whatever form it has.
+    void showPanel();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void addActions();
+    void followTray();
+    void becomeIcon();
+    void becomeWindow();
+    void iconActivated(QSystemTrayIcon::ActivationReason reason);
+    void placePanel();
+    bool hasIcon() const { return icon_ != nullptr; }
+    void askWhetherToQuit();
+
+    MenuBarContentView& panel_;
+    QMenu menu_;
+    TrayWatch tray_;
+    // depends-on: menu_
+    std::unique_ptr<QSystemTrayIcon> icon_;
+    /// Runs while there is neither icon nor window.
+    QTimer waitingForTray_;
+    bool windowIsMinimized_;
+    QElapsedTimer sinceHidden_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,34 @@
+#include "TarnlyApp/Desktop/QuitSignals.hpp"
+
+#include <sys/signalfd.h>
+
+#include <csignal>
+
+namespace tarnly {
+namespace {
+
+sigset_t quitSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    return set;
+}
+
+int openSignals() {
+    const auto set = quitSignals();
+    return ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+} // namespace
+
+void QuitSignals::block() {
+    const auto set = quitSignals();
+    ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+QuitSignals::QuitSignals() : signals_(openSignals()), notifier_(signals_.number(), QSocketNotifier::Read) {
+    connect(&notifier_, &QSocketNotifier::activated, this, &QuitSignals::received);
+}
+
+} // namespace tarnly

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+#include <memory>
+
+#include "TarnlyPlatform/FileDescriptor.hpp"
+
+namespace tarnly {
+
+/// Turns SIGINT and SIGTERM into events of the main thread.
+class QuitSignals : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Must be called before any thread is made: threads inherit what is blocked.
+    static void block();
+
+    QuitSignals();
+
+  signals:
+    void received();
+
+  private:
+    FileDescriptor signals_;
+    QSocketNotifier notifier_;
+};
+
+} // namespace tarnly

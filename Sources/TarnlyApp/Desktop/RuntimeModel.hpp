@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include "TarnlyApp/CompanionRuntime.hpp"
+
+namespace tarnly {
+
+/// The runtime as the windows see it: brings its news to the main thread.
+///
+/// Belongs to the main thread. Must outlive the runtime's network thread.
+class RuntimeModel : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Takes the runtime's `onStatusChange`; to be made before the start.
+    explicit RuntimeModel(CompanionRuntime& runtime);
+
+    QString statusText() const { return QString::fromStdString(runtime_.statusText()); }
+    std::optional<std::uint16_t> port() const { return runtime_.port(); }
+
+    /// As it was a second ago at most, while someone watches.
+    const CompanionRuntime::Activity& activity() const { return activity_; }
+
+    /// The activity is asked for only while it is shown to somebody.
+    void watchActivity();
+    void unwatchActivity();
+
+  signals:
+    void statusChanged();
+    void activityChanged();
+
+  private:
+    void askActivity();
+    void takeActivity(const CompanionRuntime::Activity& activity);
+
+    CompanionRuntime& runtime_;
+    CompanionRuntime::Activity activity_;
+    QTimer timer_;
+};
+
+} // namespace tarnly

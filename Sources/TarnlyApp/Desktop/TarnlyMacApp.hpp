@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+#include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/Desktop/AddressesView.hpp"
+#include "TarnlyApp/Desktop/AppDelegate.hpp"
+#include "TarnlyApp/Desktop/ColorScheme.hpp"
+#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+#include "TarnlyApp/Desktop/MenuBarExtra.hpp"
+#include "TarnlyApp/Desktop/QuitSignals.hpp"
+#include "TarnlyApp/Desktop/RuntimeModel.hpp"
+#include "TarnlyApp/Desktop/SettingsView.hpp"
+
+namespace tarnly {
+
+/// The desktop application: its delegate and its windows, wired together. Holds no logic beyond that.
+///
+/// Made by `main`, once there is a QApplication; belongs to the main thread.
+class TarnlyMacApp : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Throws `std::runtime_error` for a person without a home folder.
+    explicit TarnlyMacApp(const CompanionOptions& options);
+
+    /// Starts the companion and serves the windows until the person quits; returns the exit status.
+    int run();
+
+    void showPanel() { menuBarExtra_.showPanel(); }
+
+  private:
+    AppDelegate delegate_;
+    ColorScheme colorScheme_;
+    QuitSignals quitSignals_;
+    // depends-on: delegate_
+    RuntimeModel runtime_;
+    // depends-on: runtime_
+    MenuBarContentView panel_;
+    AddressesView addresses_;
+    // depends-on: delegate_
+    SettingsView settings_;
+    // depends-on: panel_
+    MenuBarExtra menuBarExtra_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,68 @@
+#include <QApplication>
+#include <exception>
+#include <iostream>
+#include <variant>
+
+#include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/Desktop/ApplicationIcon.hpp"
+#include "TarnlyApp/Desktop/QuitSignals.hpp"
+#include "TarnlyApp/Desktop/SingleInstance.hpp"
+#include "TarnlyApp/Desktop/TarnlyMacApp.hpp"
+#include "TarnlyApp/StatusText.hpp"
+
+namespace tarnly {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+bool hasDisplay() {
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+int complain(const char* text) {
+    std::cerr << "tarnly: " << text << std::endl;
+    return 1;
+}
+
+int runApplication(const CompanionOptions& options, const char* program) {
+    if (!hasDisplay()) return complain("there is no display; tarnlyd runs without one");
+    QuitSignals::block();
+    int argc = 1; // the options are ours, not Qt's
+    char* argv[] = {const_cast<char*>(program), nullptr};
+    QApplication::setApplicationName(u"Tarnly"_s);
+    QApplication::setDesktopFileName(u"tarnly"_s);
+    QApplication application(argc, argv);
+    QApplication::setWindowIcon(applicationIcon());
+
+    SingleInstance instance(SingleInstance::sessionFolder());
+    switch (instance.claim(!options.startsInBackground)) {
+        case SingleInstance::Outcome::first:
+            break;
+        case SingleInstance::Outcome::toldFirst:
+            return 0;
+        case SingleInstance::Outcome::noAnswer:
+            return complain("it is running already, and does not answer");
+    }
+    TarnlyMacApp app(options);
+    QObject::connect(&instance, &SingleInstance::panelRequested, &app, &TarnlyMacApp::showPanel);
+    return app.run();
+}
+
+} // namespace
+} // namespace tarnly
+
+int main(int argc, char** argv) {
+    using tarnly::CompanionProgram;
+    const auto parsed = tarnly::parseOptions(CompanionProgram::tarnly, argc, argv);
+    if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
+        (exit->status == 0 ? std::cout : std::cerr) << exit->text;
+        return exit->status;
+    }
+    try {
+        return tarnly::runApplication(std::get<tarnly::CompanionOptions>(parsed), argv[0]);
+    } catch (const std::exception& error) {
+        std::cerr << tarnly::failureText(error.what()) << std::endl;
+        return 1;
+    }
+}

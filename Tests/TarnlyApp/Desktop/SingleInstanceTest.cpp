@@ -1,0 +1,67 @@
+#include "TarnlyApp/Desktop/SingleInstance.hpp"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <future>
+
+#include "Support/TemporaryFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+using Outcome = SingleInstance::Outcome;
+
+class SingleInstanceTest : public testing::Test {
+  protected:
+    /// As another process would, while this one serves its events.
+    Outcome claimElsewhere(bool asksForPanel) {
+        auto outcome =
+            std::async(std::launch::async, [&] { return SingleInstance(path).claim(asksForPanel); });
+        while (outcome.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready) {
+            QCoreApplication::processEvents();
+        }
+        return outcome.get();
+    }
+
+    const test::TemporaryFolder folder;
+    const QString path = QString::fromStdString(folder.path().string());
+};
+
+TEST_F(SingleInstanceTest, TheFirstGoesOn) {
+    SingleInstance first(path);
+    EXPECT_EQ(first.claim(true), Outcome::first);
+}
+
+TEST_F(SingleInstanceTest, TheSecondTellsTheFirst) {
+    SingleInstance first(path);
+    ASSERT_EQ(first.claim(true), Outcome::first);
+    const QSignalSpy requests(&first, &SingleInstance::panelRequested);
+    EXPECT_EQ(claimElsewhere(true), Outcome::toldFirst);
+    EXPECT_EQ(requests.count(), 1);
+    EXPECT_EQ(claimElsewhere(true), Outcome::toldFirst);
+    EXPECT_EQ(requests.count(), 2);
+}
+
+TEST_F(SingleInstanceTest, OneThatStartsInTheBackgroundAsksForNothing) {
+    SingleInstance first(path);
+    ASSERT_EQ(first.claim(true), Outcome::first);
+    const QSignalSpy requests(&first, &SingleInstance::panelRequested);
+    EXPECT_EQ(claimElsewhere(false), Outcome::toldFirst);
+    EXPECT_EQ(requests.count(), 0);
+}
+
+TEST_F(SingleInstanceTest, AfterTheFirstHasEndedTheNextIsFirst) {
+    { EXPECT_EQ(SingleInstance(path).claim(true), Outcome::first); }
+    EXPECT_EQ(SingleInstance(path).claim(true), Outcome::first);
+}
+
+TEST_F(SingleInstanceTest, WhatAKilledOneLeftIsNoHindrance) {
+    folder.write("tarnly.socket", "");
+    SingleInstance first(path);
+    EXPECT_EQ(first.claim(true), Outcome::first);
+}
+
+} // namespace
+} // namespace tarnly

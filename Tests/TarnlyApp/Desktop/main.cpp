@@ -1,0 +1,14 @@
+#include <gmock/gmock.h>
+
+#include <QApplication>
+
+/// Widgets need an application, and no display.
+int main(int argc, char** argv) {
+    testing::InitGoogleMock(&argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qunsetenv("DISPLAY");
+    qunsetenv("WAYLAND_DISPLAY");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
+    const QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
