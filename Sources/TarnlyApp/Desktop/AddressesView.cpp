@@ -21,6 +21,7 @@ using namespace Qt::StringLiterals;
 constexpr int padding = 20;
 constexpr int windowWidth = 340;
 constexpr int shownRows = 4;
+constexpr auto confirmationTime = std::chrono::seconds(2);
 
 QStringList urls(std::optional<std::uint16_t> port) {
     QStringList result;
@@ -109,7 +110,10 @@ void AddressesView::showSelected() {
 }
 
 void AddressesView::copySelected() {
-    if (!selected().isEmpty()) QGuiApplication::clipboard()->setText(selected());
+    if (selected().isEmpty()) return;
+    QGuiApplication::clipboard()->setText(selected());
+    copy_->setText(u"Copied"_s);
+    QTimer::singleShot(confirmationTime, copy_, [this] { copy_->setText(u"Copy"_s); });
 }
 
 QString AddressesView::selected() const {

@@ -80,6 +80,7 @@ void MenuBarExtra::becomeWindow() {
 
 void MenuBarExtra::showPanel() {
     if (hasIcon()) {
+        place_ = iconPlace();
         placePanel();
         panel_.show();
     } else {
@@ -102,16 +103,20 @@ void MenuBarExtra::iconActivated(QSystemTrayIcon::ActivationReason reason) {
 }
 
 // Not every desktop tells where the icon is; the pointer is there when it has been clicked.
-void MenuBarExtra::placePanel() {
+QRect MenuBarExtra::iconPlace() const {
     const auto told = icon_->geometry();
-    const auto place = told.isValid() ? told : QRect(QCursor::pos(), QSize(1, 1));
-    const auto* screen = QGuiApplication::screenAt(place.center());
+    return told.isValid() ? told : QRect(QCursor::pos(), QSize(1, 1));
+}
+
+void MenuBarExtra::placePanel() {
+    const auto* screen = QGuiApplication::screenAt(place_.center());
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-    panel_.move(placeBeside(place, panel_.size(), screen->availableGeometry()));
+    panel_.move(placeBeside(place_, panel_.size(), screen->availableGeometry()));
 }
 
 bool MenuBarExtra::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Hide) sinceHidden_.start();
+    if (event->type() == QEvent::Resize && hasIcon()) placePanel(); // a longer text must not cover the icon
     if (event->type() == QEvent::WindowDeactivate && hasIcon()) panel_.hide();
     if (event->type() == QEvent::Close && !hasIcon() && !qGuiApp->isSavingSession()) {
         event->ignore();

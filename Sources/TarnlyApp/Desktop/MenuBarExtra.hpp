@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QMenu>
 #include <QObject>
+#include <QRect>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <memory>
@@ -32,6 +33,7 @@ class MenuBarExtra : public QObject {
     void becomeIcon();
     void becomeWindow();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
+    QRect iconPlace() const;
     void placePanel();
     bool hasIcon() const { return icon_ != nullptr; }
     void askWhetherToQuit();
@@ -45,6 +47,8 @@ class MenuBarExtra : public QObject {
     QTimer waitingForTray_;
     bool windowIsMinimized_;
     QElapsedTimer sinceHidden_;
+    /// Of the icon, when the panel was opened.
+    QRect place_;
 };
 
 } // namespace tarnly
