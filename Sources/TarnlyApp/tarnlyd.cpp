@@ -1,31 +1,21 @@
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <exception>
-#include <filesystem>
 #include <iostream>
-#include <memory>
 #include <variant>
 
 #include "TarnlyApp/AppSettings.hpp"
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/SettingsStore.hpp"
-#include "TarnlyApp/StartAtLogin.hpp"
 #include "TarnlyApp/StatusText.hpp"
 
 namespace tarnly {
 namespace {
 
-/// What starts at login is the desktop application. Settings that stand elsewhere than its own, and a
-/// computer that does not have it, leave that alone.
-std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
-    const auto application = applicationBesideThisProgram();
-    if (options.dataFolder || !std::filesystem::exists(application)) return nullptr;
-    return makeLoginItem(application, options);
-}
-
 int runDaemon(const CompanionOptions& options) {
-    SettingsStore settingsStore(AppSettings::fileIn(dataFolder(options)), loginItem(options));
+    // What starts at login is the desktop application; the daemon leaves that alone.
+    SettingsStore settingsStore(AppSettings::fileIn(dataFolder(options)), nullptr);
     CompanionRuntime runtime(settingsStore, options);
     boost::asio::signal_set signals(runtime.executor(), SIGINT, SIGTERM);
     signals.async_wait([&](const boost::system::error_code& cancelled, int) {

@@ -1,7 +1,6 @@
 #include "TarnlyPlatform/AutostartEntry.hpp"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,28 +22,9 @@ namespace {
 
 constexpr std::size_t largestEntry = 64 * 1024; // bytes
 
-/// All that is in `file`; absent where that is more than `limit` bytes or cannot be read.
-std::optional<std::string> readUpTo(std::size_t limit, const FileDescriptor& file) {
-    std::string content(limit + 1, '\0');
-    std::size_t size = 0;
-    while (size < content.size()) {
-        const auto count = read(file.number(), content.data() + size, content.size() - size);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::nullopt;
-        if (count == 0) break;
-        size += static_cast<std::size_t>(count);
-    }
-    if (size > limit) return std::nullopt;
-    content.resize(size);
-    return content;
-}
-
 std::optional<DesktopEntry> readEntry(const std::filesystem::path& path) {
-    // Not blocking: the opening must not wait for the other end of a pipe that somebody put there.
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat state {};
-    if (!file.isOpen() || fstat(file.number(), &state) != 0 || !S_ISREG(state.st_mode)) return std::nullopt;
-    const auto text = readUpTo(largestEntry, file);
+    const auto file = openPlainFile(path, O_RDONLY);
+    const auto text = file.isOpen() ? file.readUpTo(largestEntry) : std::nullopt;
     if (!text) return std::nullopt;
     return DesktopEntry::parse(*text);
 }

@@ -7,20 +7,22 @@
 #include <sstream>
 
 #include "Support/TemporaryFolder.hpp"
+#include "TarnlyPlatform/Folders.hpp"
 
 namespace tarnly {
 namespace {
 
 using testing::HasSubstr;
+using Status = LoginItem::Status;
 
 class StartAtLoginTest : public testing::Test {
   protected:
     StartAtLoginTest() { ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1); }
     ~StartAtLoginTest() override { ::unsetenv("XDG_CONFIG_HOME"); }
 
-    std::string entry() const {
+    std::string entry(const std::string& name) const {
         std::ostringstream text;
-        text << std::ifstream(folder.path() / "autostart" / "tarnly.desktop").rdbuf();
+        text << std::ifstream(folder.path() / "autostart" / name).rdbuf();
         return text.str();
     }
 
@@ -28,27 +30,34 @@ class StartAtLoginTest : public testing::Test {
     CompanionOptions options;
 };
 
-TEST_F(StartAtLoginTest, TheEntryStartsTheApplicationWithoutAWindow) {
-    const auto item = makeLoginItem("/bin/sh", options);
-    EXPECT_EQ(item->status(), LoginItem::Status::notRegistered);
+TEST_F(StartAtLoginTest, TheEntryStartsThisProgramWithoutAWindow) {
+    const auto item = makeLoginItem(options);
+    EXPECT_EQ(item->status(), Status::notRegistered);
     item->registerItem();
-    EXPECT_EQ(item->status(), LoginItem::Status::enabled);
-    EXPECT_THAT(entry(), HasSubstr("Exec=/bin/sh --background\n"));
+    EXPECT_EQ(item->status(), Status::enabled);
+    EXPECT_THAT(entry("tarnly.desktop"), HasSubstr("Exec=" + programPath().string() + " --background\n"));
     item->unregisterItem();
-    EXPECT_EQ(item->status(), LoginItem::Status::notRegistered);
+    EXPECT_EQ(item->status(), Status::notRegistered);
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "autostart" / "tarnly.desktop"));
 }
 
 TEST_F(StartAtLoginTest, TheEntryKeepsTheOptionsOfThisStart) {
     options.port = 28086;
-    options.dataFolder = "/data";
-    makeLoginItem("/bin/sh", options)->registerItem();
-    EXPECT_THAT(entry(), HasSubstr("Exec=/bin/sh --background --port=28086 --data-dir=/data\n"));
+    options.name = "rig42";
+    makeLoginItem(options)->registerItem();
+    EXPECT_THAT(entry("tarnly.desktop"), HasSubstr(" --background --port=28086 --name=rig42\n"));
 }
 
-TEST_F(StartAtLoginTest, TheApplicationIsBesideTheRunningProgram) {
-    EXPECT_EQ(applicationBesideThisProgram().filename(), "tarnly");
-    EXPECT_TRUE(applicationBesideThisProgram().is_absolute());
+TEST_F(StartAtLoginTest, EachDataFolderHasAnEntryOfItsOwn) {
+    const auto usual = makeLoginItem(options);
+    usual->registerItem();
+    options.dataFolder = "/home/pilot/rig 2";
+    const auto other = makeLoginItem(options);
+    EXPECT_EQ(other->status(), Status::notRegistered);
+    other->registerItem();
+    EXPECT_THAT(entry("tarnly-home-pilot-rig-2.desktop"), HasSubstr("--data-dir=/home/pilot/rig 2"));
+    other->unregisterItem();
+    EXPECT_EQ(usual->status(), Status::enabled);
 }
 
 } // namespace

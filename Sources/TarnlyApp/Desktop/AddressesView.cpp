@@ -5,12 +5,14 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
-#include "TarnlyApp/Desktop/FixedWidth.hpp"
 #include "TarnlyApp/Desktop/Labels.hpp"
 #include "TarnlyApp/Desktop/QrCodeView.hpp"
+#include "TarnlyApp/Desktop/Windows.hpp"
 #include "TarnlyPlatform/NetworkAddresses.hpp"
 
 namespace tarnly {
@@ -74,6 +76,7 @@ AddressesView::AddressesView(RuntimeModel& runtime)
     connect(&runtime_, &RuntimeModel::statusChanged, this, &AddressesView::lookUp);
     timer_.setInterval(std::chrono::seconds(3));
     connect(&timer_, &QTimer::timeout, this, &AddressesView::lookUp);
+    showSelected();
     lookUp();
 }
 
@@ -93,11 +96,13 @@ void AddressesView::lookUp() {
     explanation_->showText(explanation(runtime_.port().has_value(), !found.isEmpty()));
     if (found != textsOf(*list_)) {
         const auto row = std::max<qsizetype>(0, found.indexOf(selected()));
+        const QSignalBlocker untilComplete(list_); // what is hidden meanwhile would lose the focus
         list_->clear();
         list_->addItems(found);
         list_->setCurrentRow(static_cast<int>(row));
+        showSelected();
     }
-    showSelected();
+    fitContent(*this, windowWidth);
 }
 
 void AddressesView::showSelected() {
@@ -106,7 +111,6 @@ void AddressesView::showSelected() {
     copy_->setVisible(hasOne);
     code_->setVisible(hasOne);
     code_->showCode(selected().toStdString());
-    fitContent(*this, windowWidth);
 }
 
 void AddressesView::copySelected() {

@@ -1,16 +1,29 @@
 #include "TarnlyApp/Desktop/AppDelegate.hpp"
 
 #include <QApplication>
+#include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "TarnlyApp/StartAtLogin.hpp"
 
 namespace tarnly {
+namespace {
+
+/// Absent where the system does not tell where it would be, for example for a person without a home folder.
+std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
+    try {
+        return makeLoginItem(options);
+    } catch (const std::runtime_error&) {
+        return nullptr;
+    }
+}
+
+} // namespace
 
 AppDelegate::AppDelegate(CompanionOptions options)
     : options_(std::move(options)),
-      settingsStore_(AppSettings::fileIn(dataFolder(options_)),
-                     makeLoginItem(applicationBesideThisProgram(), options_)) {}
+      settingsStore_(AppSettings::fileIn(dataFolder(options_)), loginItem(options_)) {}
 
 AppDelegate::~AppDelegate() { applicationWillTerminate(); }
 

@@ -49,7 +49,13 @@ QPalette darkPalette() {
     return palette;
 }
 
-ColorScheme::ColorScheme() : desktopPalette_(QApplication::palette()) {
+QPalette darkCheckBoxPalette() {
+    QPalette palette = darkPalette();
+    palette.setColor(QPalette::Base, QColor(0x7c, 0x7c, 0x82));
+    return palette;
+}
+
+ColorScheme::ColorScheme() {
     QDBusConnection::sessionBus().connect(portalService, portalPath, settingsInterface, u"SettingChanged"_s,
                                           this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     ask();
@@ -70,10 +76,12 @@ void ColorScheme::settingChanged(const QString& space, const QString& key, const
     if (space == appearanceSpace && key == schemeKey) adopt(schemeIn(value.variant()) == dark);
 }
 
-// A desktop whose colours Qt knows has made its palette dark already.
+// A desktop whose colours Qt knows has made the palette dark already.
 void ColorScheme::adopt(bool isDark) {
-    if (!isLight(desktopPalette_)) return;
-    QApplication::setPalette(isDark ? darkPalette() : desktopPalette_);
+    if (isDark == isOurs_ || (isDark && !isLight(QApplication::palette()))) return;
+    isOurs_ = isDark;
+    QApplication::setPalette(isDark ? darkPalette() : QPalette()); // an empty one is the desktop's
+    QApplication::setPalette(isDark ? darkCheckBoxPalette() : QPalette(), "QCheckBox");
 }
 
 } // namespace tarnly

@@ -23,10 +23,14 @@ class ColorScheme : public QObject {
     void ask();
     void adopt(bool isDark);
 
-    const QPalette desktopPalette_;
+    /// Whether the palette in force is ours.
+    bool isOurs_ = false;
 };
 
 /// Light texts on dark surfaces.
 QPalette darkPalette();
+
+/// The dark palette, with a box that can be told from the surface that it stands on also while it is empty.
+QPalette darkCheckBoxPalette();
 
 } // namespace tarnly

@@ -9,8 +9,8 @@
 #include <initializer_list>
 
 #include "TarnlyApp/Desktop/ActivityText.hpp"
-#include "TarnlyApp/Desktop/FixedWidth.hpp"
 #include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
 namespace {
@@ -39,14 +39,17 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
 } // namespace
 
 MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
-    : runtime_(runtime), status_(new CaptionLabel), clients_(new CaptionLabel), recording_(new CaptionLabel) {
+    : runtime_(runtime),
+      status_(new CaptionLabel),
+      clients_(new CaptionLabel),
+      recording_(new CaptionLabel),
+      addresses_(new QPushButton(u"Addresses…"_s)) {
     setWindowTitle(u"Tarnly"_s);
-    auto* addresses = new QPushButton(u"Addresses…"_s);
     auto* settings = new QPushButton(u"Settings…"_s);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
     auto* quit = new QPushButton(u"Quit Tarnly"_s);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
-    alignWidths({addresses, settings, quit});
+    alignWidths({addresses_, settings, quit});
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
@@ -54,15 +57,15 @@ MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
     layout->addWidget(status_);
     layout->addWidget(clients_);
     layout->addWidget(recording_);
-    layout->addWidget(addresses, 0, Qt::AlignLeading);
+    layout->addWidget(addresses_, 0, Qt::AlignLeading);
     layout->addWidget(divider());
     layout->addWidget(settings, 0, Qt::AlignLeading);
     layout->addWidget(quit, 0, Qt::AlignLeading);
 
-    connect(addresses, &QPushButton::clicked, this, &MenuBarContentView::addressesRequested);
+    connect(addresses_, &QPushButton::clicked, this, &MenuBarContentView::addressesRequested);
     connect(settings, &QPushButton::clicked, this, &MenuBarContentView::settingsRequested);
     connect(quit, &QPushButton::clicked, this, &MenuBarContentView::quitRequested);
-    for (auto* button : {addresses, settings}) {
+    for (auto* button : {addresses_, settings}) {
         connect(button, &QPushButton::clicked, this, &MenuBarContentView::hideIfPanel);
     }
     connect(&runtime_, &RuntimeModel::statusChanged, this, &MenuBarContentView::showStatus);
@@ -74,6 +77,7 @@ MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
 void MenuBarContentView::showEvent(QShowEvent* event) {
     fitContent(*this, panelWidth); // the desktop style is known only now
     runtime_.watchActivity();
+    addresses_->setFocus(Qt::PopupFocusReason); // where a screen reader begins
     QWidget::showEvent(event);
 }
 
@@ -103,13 +107,21 @@ void MenuBarContentView::paintEvent(QPaintEvent* /*event*/) {
 
 void MenuBarContentView::showStatus() {
     status_->showText(runtime_.statusText());
-    fitContent(*this, panelWidth);
+    contentChanged();
 }
 
 void MenuBarContentView::showActivity() {
     clients_->showText(QString::fromStdString(clientsText(runtime_.activity().pairedClients)));
     recording_->showText(QString::fromStdString(recordingText(runtime_.activity().recordingFor)));
+    contentChanged();
+}
+
+void MenuBarContentView::contentChanged() {
     fitContent(*this, panelWidth);
+    QStringList spoken;
+    for (const auto* label : {status_, clients_, recording_})
+        spoken += label->accessibleName();
+    setAccessibleDescription(spoken.join(u' '));
 }
 
 void MenuBarContentView::hideIfPanel() {

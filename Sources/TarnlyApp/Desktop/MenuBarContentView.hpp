@@ -31,6 +31,7 @@ class MenuBarContentView : public QWidget {
   private:
     void showStatus();
     void showActivity();
+    void contentChanged();
     void hideIfPanel();
     bool isOrdinaryWindow() const;
 
@@ -39,6 +40,7 @@ class MenuBarContentView : public QWidget {
     CaptionLabel* const status_;
     CaptionLabel* const clients_;
     CaptionLabel* const recording_;
+    QPushButton* const addresses_;
 };
 
 } // namespace tarnly

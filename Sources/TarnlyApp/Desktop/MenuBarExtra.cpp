@@ -1,15 +1,18 @@
 #include "TarnlyApp/Desktop/MenuBarExtra.hpp"
 
+#include <QApplication>
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QWindow>
 #include <chrono>
 
 #include "TarnlyApp/Desktop/ApplicationIcon.hpp"
 #include "TarnlyApp/Desktop/PanelPlacement.hpp"
+#include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
 namespace {
@@ -23,6 +26,7 @@ constexpr auto patienceAtLogin = 10s;
 constexpr auto patienceForRestart = 3s;
 /// A click on the icon that closes the panel comes as a click on the icon, too.
 constexpr auto sameClick = 300ms;
+constexpr auto grabInterval = 250ms;
 
 /// A window under Wayland can be a popup of another one only.
 Qt::WindowFlags panelFlags() {
@@ -74,22 +78,34 @@ void MenuBarExtra::becomeIcon() {
 
 void MenuBarExtra::becomeWindow() {
     waitingForTray_.stop();
-    panel_.setWindowFlags(Qt::Window);
+    if (panel_.windowType() != Qt::Window) panel_.setWindowFlags(Qt::Window);
     windowIsMinimized_ ? panel_.showMinimized() : panel_.show();
 }
 
-void MenuBarExtra::showPanel() {
-    if (hasIcon()) {
-        place_ = iconPlace();
-        placePanel();
-        panel_.show();
-    } else {
-        windowIsMinimized_ = false;
-        becomeWindow();
-        panel_.showNormal();
-    }
+void MenuBarExtra::showPanel() { hasIcon() ? openBesideIcon() : bringUpWindow(); }
+
+void MenuBarExtra::openBesideIcon() {
+    place_ = iconPlace();
+    placePanel();
+    panel_.show();
     panel_.raise();
     panel_.activateWindow();
+    grabPointer();
+}
+
+// X11 tells a popup of clicks elsewhere while it has grabbed the pointer. A tray that opens us while the
+// button is down takes the grab back when that is released.
+void MenuBarExtra::grabPointer() {
+    if (!panel_.isVisible() || panel_.windowType() != Qt::Popup) return;
+    panel_.windowHandle()->setMouseGrabEnabled(true);
+    QTimer::singleShot(grabInterval, this, &MenuBarExtra::grabPointer);
+}
+
+void MenuBarExtra::bringUpWindow() {
+    windowIsMinimized_ = false;
+    becomeWindow();
+    auto* question = QApplication::activeModalWidget();
+    bringUp(question != nullptr ? *question : panel_);
 }
 
 void MenuBarExtra::iconActivated(QSystemTrayIcon::ActivationReason reason) {

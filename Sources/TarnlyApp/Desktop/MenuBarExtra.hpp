@@ -35,6 +35,9 @@ class MenuBarExtra : public QObject {
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     QRect iconPlace() const;
     void placePanel();
+    void openBesideIcon();
+    void grabPointer();
+    void bringUpWindow();
     bool hasIcon() const { return icon_ != nullptr; }
     void askWhetherToQuit();
 

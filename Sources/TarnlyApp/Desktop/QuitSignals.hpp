@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <QSocketNotifier>
-#include <memory>
 
 #include "TarnlyPlatform/FileDescriptor.hpp"
 

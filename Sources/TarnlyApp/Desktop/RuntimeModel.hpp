@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <cstdint>
+#include <optional>
 
 #include "TarnlyApp/CompanionRuntime.hpp"
 

@@ -6,8 +6,8 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include "TarnlyApp/Desktop/FixedWidth.hpp"
 #include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
 namespace {

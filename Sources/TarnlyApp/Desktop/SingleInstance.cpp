@@ -3,6 +3,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QLocalSocket>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 #include <chrono>
@@ -13,17 +14,20 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-constexpr auto patience = 10s;
-constexpr auto answerPatience = 3s;
+constexpr auto answerPatience = 2s;
 constexpr auto pause = 50ms;
 
-const QByteArray showRequest = "show\n"_qba;
-const QByteArray lookRequest = "look\n"_qba;
+// A request is one line: what is asked for, and for the panel the desktop's leave to bring it up.
+const QByteArray showRequest = "show "_qba;
+const QByteArray lookRequest = "look "_qba;
 const QByteArray answerText = "here\n"_qba;
 
-/// A person may have several sessions at once; each has a display of its own.
+/// A person may have several sessions at once; each has a display of its own, which has several spellings:
+/// ":0", ":0.0", "unix:0".
 QString sessionName() {
+    static const QRegularExpression variation(u"^unix(?=:)|(?<=\\d)\\.\\d+$"_s);
     auto display = qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY"));
+    display.remove(variation);
     for (auto& character : display) {
         if (!character.isLetterOrNumber()) character = u'-';
     }
@@ -46,19 +50,16 @@ QString SingleInstance::sessionFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
 }
 
-SingleInstance::Outcome SingleInstance::claim(bool asksForPanel) {
+SingleInstance::Outcome SingleInstance::claim(bool asksForPanel, std::chrono::milliseconds patience) {
+    const auto request = asksForPanel ? showRequest + qgetenv("XDG_ACTIVATION_TOKEN") : lookRequest;
     const QDeadlineTimer deadline(patience);
-    while (!deadline.hasExpired()) {
-        if (lock_.tryLock(0ms)) return listen() ? Outcome::first : Outcome::noAnswer;
-        if (tell(asksForPanel ? showRequest : lookRequest)) return Outcome::toldFirst;
+    do {
+        if (lock_.tryLock(0ms)) return server_.listen(socket_) ? Outcome::first : Outcome::unknown;
+        if (lock_.error() != QLockFile::LockFailedError) return Outcome::unknown;
+        if (tell(request + '\n')) return Outcome::toldFirst;
         QThread::msleep(static_cast<unsigned long>(pause.count()));
-    }
+    } while (!deadline.hasExpired());
     return Outcome::noAnswer;
-}
-
-bool SingleInstance::listen() {
-    QLocalServer::removeServer(socket_); // of one that was killed
-    return server_.listen(socket_);
 }
 
 bool SingleInstance::tell(const QByteArray& request) {
@@ -76,7 +77,9 @@ void SingleInstance::answer() {
         if (!socket->canReadLine()) return;
         const auto request = socket->readLine();
         socket->write(answerText);
-        if (request == showRequest) emit panelRequested();
+        if (request.startsWith(showRequest)) {
+            emit panelRequested(request.mid(showRequest.size()).trimmed());
+        }
     });
 }
 

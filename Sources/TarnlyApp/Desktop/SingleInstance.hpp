@@ -4,6 +4,7 @@
 #include <QLockFile>
 #include <QObject>
 #include <QString>
+#include <chrono>
 
 namespace tarnly {
 
@@ -19,21 +20,24 @@ class SingleInstance : public QObject {
         /// The first one knows.
         toldFirst,
         /// There is another, and it does not answer.
-        noAnswer
+        noAnswer,
+        /// There is no folder to tell whether there is another.
+        unknown
     };
 
-    /// `folder` is the person's own and exists.
+    /// `folder` is the person's own.
     explicit SingleInstance(const QString& folder);
 
-    /// Waits some seconds for one that starts or ends just now. Without `asksForPanel` the first one is only
-    /// looked for.
-    Outcome claim(bool asksForPanel);
+    /// Waits for one that starts or ends just now. Without `asksForPanel` the first one is only looked for.
+    Outcome claim(bool asksForPanel, std::chrono::milliseconds patience = std::chrono::seconds(6));
 
     /// The folder for it, which the session's system makes and removes.
     static QString sessionFolder();
 
   signals:
-    void panelRequested();
+    /// `activationToken` is what the desktop gave to the second start, so that it may bring up a window; may
+    /// be empty.
+    void panelRequested(const QByteArray& activationToken);
 
   private:
     bool listen();

@@ -1,18 +1,11 @@
 #include "TarnlyApp/Desktop/TarnlyMacApp.hpp"
 
 #include <QApplication>
+#include <QScopeGuard>
+
+#include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
-namespace {
-
-void bringUp(QWidget& window) {
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
-
-} // namespace
-
 TarnlyMacApp::TarnlyMacApp(const CompanionOptions& options)
     : delegate_(options),
       runtime_(delegate_.runtime()),
@@ -28,10 +21,16 @@ TarnlyMacApp::TarnlyMacApp(const CompanionOptions& options)
 }
 
 int TarnlyMacApp::run() {
+    // The companion calls `runtime_`, which goes before it.
+    const auto ending = qScopeGuard([this] { delegate_.applicationWillTerminate(); });
     delegate_.applicationDidFinishLaunching();
-    const int status = QApplication::exec();
-    delegate_.applicationWillTerminate();
-    return status;
+    return QApplication::exec();
+}
+
+void TarnlyMacApp::showPanel(const QByteArray& activationToken) {
+    // Qt looks there for the leave to bring up a window.
+    if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken);
+    menuBarExtra_.showPanel();
 }
 
 } // namespace tarnly

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-#include <memory>
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/Desktop/AddressesView.hpp"
@@ -28,7 +27,8 @@ class TarnlyMacApp : public QObject {
     /// Starts the companion and serves the windows until the person quits; returns the exit status.
     int run();
 
-    void showPanel() { menuBarExtra_.showPanel(); }
+    /// As a second start of the program asks for, with what the desktop gave to that.
+    void showPanel(const QByteArray& activationToken);
 
   private:
     AppDelegate delegate_;

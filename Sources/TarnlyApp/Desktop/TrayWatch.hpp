@@ -19,14 +19,19 @@ class TrayWatch : public QObject {
     void availabilityChanged();
 
   private slots:
+    void lookForHost();
     void look();
 
   private:
-    bool findTray();
+    /// The two kinds of trays. Qt decides for one of them when it first makes an icon, and stays with it.
+    enum class Kind { none, statusNotifier, xembed };
 
+    Kind presentKind() const;
+
+    /// Whether there is a status notifier host, as it last told.
+    bool hasHost_ = false;
+    Kind decidedKind_ = Kind::none;
     bool isAvailable_ = false;
-    /// Qt decides for good between D-Bus and X11 when it is first asked.
-    bool hasAskedQt_ = false;
     QTimer timer_;
 };
 

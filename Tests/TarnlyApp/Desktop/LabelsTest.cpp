@@ -36,6 +36,11 @@ TEST(Labels, SecondaryTextIsReadableInLightAndDark) {
     }
 }
 
+TEST(Labels, AnEmptyCheckBoxStandsOutInTheDark) {
+    const auto window = darkPalette().color(QPalette::Window);
+    EXPECT_GE(contrast(darkCheckBoxPalette().color(QPalette::Base), window), 3.0); // WCAG 2.1, 1.4.11
+}
+
 /// Qt tells widgets of a new palette only while the application runs.
 void setPaletteWhileRunning(const QPalette& palette) {
     QTimer::singleShot(0, qApp, [&] {

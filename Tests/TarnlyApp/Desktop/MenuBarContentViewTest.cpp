@@ -71,6 +71,12 @@ TEST_F(MenuBarContentViewTest, ReturnPressesTheButtonWithTheFocus) {
     EXPECT_EQ(settings.count(), 1);
 }
 
+TEST_F(MenuBarContentViewTest, AScreenReaderIsToldWhatThePanelSays) {
+    view.show();
+    EXPECT_EQ(view.accessibleDescription(), "Starting… No client is paired. No recording is running.");
+    EXPECT_EQ(view.focusWidget(), button("Addresses…"));
+}
+
 TEST_F(MenuBarContentViewTest, APanelGoesOutOfTheWayAndAWindowStays) {
     for (const auto type : {Qt::Popup, Qt::Window}) {
         view.setWindowFlags(type);

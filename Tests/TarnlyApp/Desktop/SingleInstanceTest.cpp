@@ -57,10 +57,42 @@ TEST_F(SingleInstanceTest, AfterTheFirstHasEndedTheNextIsFirst) {
     EXPECT_EQ(SingleInstance(path).claim(true), Outcome::first);
 }
 
-TEST_F(SingleInstanceTest, WhatAKilledOneLeftIsNoHindrance) {
-    folder.write("tarnly.socket", "");
+TEST_F(SingleInstanceTest, OneThatDoesNotAnswerIsToldFromNone) {
+    QLockFile held(path + "/tarnly.lock");
+    ASSERT_TRUE(held.tryLock());
+    EXPECT_EQ(SingleInstance(path).claim(true, std::chrono::milliseconds(100)), Outcome::noAnswer);
+    held.unlock();
+    EXPECT_EQ(SingleInstance(path).claim(true, std::chrono::milliseconds(100)), Outcome::first);
+}
+
+TEST_F(SingleInstanceTest, WithoutAFolderNothingIsKnown) {
+    EXPECT_EQ(SingleInstance(path + "/missing").claim(true), Outcome::unknown);
+}
+
+TEST_F(SingleInstanceTest, EachDisplayHasItsOwnHoweverItIsSpelt) {
+    qputenv("DISPLAY", ":7");
     SingleInstance first(path);
-    EXPECT_EQ(first.claim(true), Outcome::first);
+    ASSERT_EQ(first.claim(true), Outcome::first);
+    for (const char* same : {":7.0", "unix:7", "unix:7.1"}) {
+        qputenv("DISPLAY", same);
+        EXPECT_EQ(claimElsewhere(true), Outcome::toldFirst) << same;
+    }
+    for (const char* other : {":70", ":8", "rig:7"}) {
+        qputenv("DISPLAY", other);
+        EXPECT_EQ(claimElsewhere(true), Outcome::first) << other;
+    }
+    qunsetenv("DISPLAY");
+}
+
+TEST_F(SingleInstanceTest, TheDesktopsLeaveIsHandedOver) {
+    SingleInstance first(path);
+    ASSERT_EQ(first.claim(true), Outcome::first);
+    const QSignalSpy requests(&first, &SingleInstance::panelRequested);
+    qputenv("XDG_ACTIVATION_TOKEN", "token-7");
+    claimElsewhere(true);
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    ASSERT_EQ(requests.count(), 1);
+    EXPECT_EQ(requests.front().front().toByteArray(), "token-7");
 }
 
 } // namespace

@@ -8,4 +8,7 @@ namespace tarnly {
 /// style, has changed.
 void fitContent(QWidget& window, int width);
 
+/// Shows a window before all others, also when it was minimized.
+void bringUp(QWidget& window);
+
 } // namespace tarnly
