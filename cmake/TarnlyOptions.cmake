@@ -7,6 +7,8 @@ target_compile_options(tarnly_options INTERFACE
     # Optimizing, g++ 12 takes "x" + std::string for overlapping memory (GCC bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(tarnly_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
+# The programs talk with the network: the table of the libraries' functions is written once, at the start.
+target_link_options(tarnly_options INTERFACE LINKER:-z,relro,-z,now)
 target_compile_definitions(tarnly_options INTERFACE TARNLY_VERSION="${PROJECT_VERSION}")
 target_link_libraries(tarnly_options INTERFACE Threads::Threads)
 

@@ -1,0 +1,25 @@
+# fish completion for tarnly-sim
+
+complete -c tarnly-sim -f
+complete -c tarnly-sim -l port -x -d 'Port of the web interface; 0 for any free one'
+complete -c tarnly-sim -l udp-port -x -d 'UDP port for loading situations; 0 for any free one'
+set -l phases runway climb cruise downwind base final rollout
+complete -c tarnly-sim -l start -x -a "$phases" -d 'Where the flight begins'
+complete -c tarnly-sim -l speed -x -d 'Simulated seconds in one second'
+complete -c tarnly-sim -l seed -x -d 'Another number, another route over the hills'
+complete -c tarnly-sim -l datarefs -x -d 'Fill the dataref catalogue up to so many entries'
+complete -c tarnly-sim -l commands -x -d 'Fill the command list up to so many entries'
+complete -c tarnly-sim -l id-seed -x -d 'The same ids in every run'
+complete -c tarnly-sim -l main-menu -d 'The main menu is shown, there is no flight'
+complete -c tarnly-sim -l traffic-disabled -d 'Incoming traffic is disabled'
+complete -c tarnly-sim -l null-entries -d 'Some entries of the command list are null'
+complete -c tarnly-sim -l non-finite -d 'The height above ground is infinite'
+complete -c tarnly-sim -l silent -d 'Subscriptions are accepted, but no values are sent'
+complete -c tarnly-sim -l stuck -d 'A new subscription stops the values of the earlier ones'
+complete -c tarnly-sim -l result-per-dataref -d 'One result for each dataref of a request'
+complete -c tarnly-sim -l no-duration -d 'Commands can be activated without a duration'
+complete -c tarnly-sim -l late-datarefs -x -d 'Add-ons register their datarefs late'
+complete -c tarnly-sim -l slow -x -d 'Every answer comes late'
+complete -c tarnly-sim -l drop -x -d 'Hang up on every WebSocket after a time'
+complete -c tarnly-sim -s h -l help -d 'Print a summary of the options'
+complete -c tarnly-sim -l version -d 'Print the version'

@@ -1,0 +1,14 @@
+# fish completion for tarnly
+
+complete -c tarnly -f
+complete -c tarnly -l background -d 'Start without opening a window'
+complete -c tarnly -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
+complete -c tarnly -l sim-port -x -d 'The port of the simulator\'s web API'
+complete -c tarnly -l port -x -d 'The port to listen on; 0 lets the system choose'
+complete -c tarnly -l name -x -d 'The name to be found by'
+complete -c tarnly -l data-dir -x -a '(__fish_complete_directories)' -d 'The folder of the settings'
+complete -c tarnly -l nav-db -r -F -d 'The navigation database with the fixes of scripts'
+complete -c tarnly -l situations -x -a '(__fish_complete_directories)' -d 'The folder of situations'
+complete -c tarnly -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnly -s h -l help -d 'Print a summary of the options'
+complete -c tarnly -l version -d 'Print the version'

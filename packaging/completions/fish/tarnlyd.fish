@@ -1,0 +1,13 @@
+# fish completion for tarnlyd
+
+complete -c tarnlyd -f
+complete -c tarnlyd -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
+complete -c tarnlyd -l sim-port -x -d 'The port of the simulator\'s web API'
+complete -c tarnlyd -l port -x -d 'The port to listen on; 0 lets the system choose'
+complete -c tarnlyd -l name -x -d 'The name to be found by'
+complete -c tarnlyd -l data-dir -x -a '(__fish_complete_directories)' -d 'The folder of the settings'
+complete -c tarnlyd -l nav-db -r -F -d 'The navigation database with the fixes of scripts'
+complete -c tarnlyd -l situations -x -a '(__fish_complete_directories)' -d 'The folder of situations'
+complete -c tarnlyd -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnlyd -s h -l help -d 'Print a summary of the options'
+complete -c tarnlyd -l version -d 'Print the version'
