@@ -56,6 +56,7 @@ QPalette darkCheckBoxPalette() {
 }
 
 ColorScheme::ColorScheme() {
+    qRegisterMetaType<QDBusVariant>(); // the slot's types are looked up by name
     QDBusConnection::sessionBus().connect(portalService, portalPath, settingsInterface, u"SettingChanged"_s,
                                           this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     ask();

@@ -24,6 +24,7 @@ SettingsView::SettingsView(SettingsStore& store) : store_(store), caption_(new C
     setWindowTitle(u"Tarnly Settings"_s);
     auto* password = new QLineEdit(QString::fromStdString(store_.password()));
     password->setEchoMode(QLineEdit::Password);
+    caption_->setWordWrap(false); // its texts are short, and a wrapping one costs the form its exact height
     auto* startAtLogin = new QCheckBox(u"Start Tarnly at login"_s);
     startAtLogin->setChecked(store_.startAtLogin());
 

@@ -1,0 +1,204 @@
+"""What meets the eye: readable texts and a crisp icon, in light and dark, small and enlarged.
+
+With a folder in TARNLY_SCREENSHOTS the pictures of the documentation are put there.
+"""
+
+import contextlib
+import os
+from pathlib import Path
+
+import pytest
+from desktop import Desktop, Network, Portal, Rectangle, Tarnly
+from desktop.picture import read_png
+from desktop.tarnly import ADDRESSES, BUTTON, LABEL, LIST_ITEM, MENU_ITEM, PANEL, SETTINGS
+from harness import wait_until
+
+CHECK_BOX = "check box"
+READABLE = 4.5
+PAINTED = 20.0
+ICONS = Path(__file__).parents[2] / "packaging" / "icons" / "hicolor"
+DARK_COLOURS = """[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+[Colors:View]
+BackgroundNormal=27,30,32
+ForegroundNormal=252,252,252
+[Colors:Selection]
+BackgroundNormal=32,104,152
+ForegroundNormal=252,252,252
+"""
+ON_KDE = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
+
+
+@pytest.fixture(scope="module", params=[1, 2])
+def desktop(request):
+    with Desktop(1280, 960) as started:
+        started.scale = request.param
+        started.start_tray(icon_size=22 * started.scale)
+        yield started
+
+
+@pytest.fixture
+def network():
+    with Network("192.168.1.20/24", "fd42:6c1e::20/64") as made:
+        yield made
+
+
+@pytest.fixture
+def start(desktop, programs, network):
+    """A function that starts the program."""
+    def start(prefix=network.prefix, **options):
+        return Tarnly(desktop, programs, "--name", "rig42", prefix=prefix, scale=desktop.scale, **options)
+    return start
+
+
+@pytest.fixture
+def light(start):
+    return start()
+
+
+@pytest.fixture
+def dark_by_portal(start, desktop):
+    with Portal(desktop.bus_address, Portal.DARK):
+        yield start()
+
+
+@pytest.fixture
+def dark_by_palette(start, programs):
+    home = programs.new_folder()
+    (home / "config").mkdir()
+    (home / "config" / "kdeglobals").write_text(DARK_COLOURS)
+    return start(home=home, **ON_KDE)
+
+
+@pytest.fixture(params=["light", "dark_by_portal", "dark_by_palette"])
+def tarnly(request, desktop):
+    return request.getfixturevalue(request.param)
+
+
+def is_dark(tarnly, title):
+    return sum(tarnly.screen.picture(tarnly.window(title).area).background()) < 3 * 128
+
+
+def wait_for_darkness(tarnly, title, expected=True):
+    wait_until(lambda: is_dark(tarnly, title) == expected, f"{title!r} dark: {expected}")
+
+
+def unreadable(tarnly, view, *roles):
+    """The texts that do not stand out from what is behind them."""
+    # What is selected has the colours that the desktop has for that.
+    contrasts = [(tarnly.screen.picture(tarnly.area(element)).text_contrast(), element.name)
+                 for element in view.showing(*roles) if not element.is_("selected")]
+    assert contrasts
+    return [(ratio, name) for ratio, name in contrasts if ratio < READABLE]
+
+
+def expect_readable(tarnly, view, *roles):
+    with contextlib.suppress(AssertionError):
+        wait_until(lambda: not unreadable(tarnly, view, *roles), patience=PAINTED)
+    assert unreadable(tarnly, view, *roles) == []
+
+
+def save(tarnly, name, area):
+    folder = os.environ.get("TARNLY_SCREENSHOTS")
+    if folder and tarnly.scale == 2:
+        tarnly.screen.picture(area).save(Path(folder) / f"{name}.png")
+
+
+def close(tarnly, title):
+    tarnly.screen.key("Escape")
+    tarnly.wait_for_no_window(title)
+
+
+def test_every_text_is_readable(tarnly, request):
+    is_wanted_dark = request.node.callspec.params["tarnly"] != "light"
+    panel = tarnly.open_panel()
+    tarnly.port()
+    wait_for_darkness(tarnly, PANEL, is_wanted_dark)
+    expect_readable(tarnly, panel, LABEL, BUTTON)
+    tarnly.screen.key("ctrl+comma")
+    settings = tarnly.view(SETTINGS)
+    wait_for_darkness(tarnly, SETTINGS, is_wanted_dark)
+    expect_readable(tarnly, settings, LABEL, CHECK_BOX)
+    close(tarnly, SETTINGS)
+    tarnly.press(tarnly.open_menu(), "Addresses…", MENU_ITEM)
+    addresses = tarnly.view(ADDRESSES)
+    wait_until(lambda: len(addresses.showing(LIST_ITEM)) == 2, "the addresses")
+    expect_readable(tarnly, addresses, LABEL, LIST_ITEM, BUTTON)
+    close(tarnly, ADDRESSES)
+    expect_readable(tarnly, tarnly.open_menu(), MENU_ITEM)
+
+
+def test_a_typed_password_is_readable(tarnly):
+    settings = tarnly.open_settings()
+    tarnly.screen.type("gate")
+    field = tarnly.element(settings, "text", "Password")
+    wait_until(lambda: tarnly.screen.picture(tarnly.area(field).shrunk(4)).text_contrast() >= READABLE,
+               "readable bullets")
+
+
+def test_open_windows_follow_the_desktop_into_the_dark_and_back(start, desktop):
+    with Portal(desktop.bus_address, Portal.LIGHT) as portal:
+        tarnly = start()
+        settings = tarnly.open_settings()
+        wait_for_darkness(tarnly, SETTINGS, False)
+        for scheme, is_wanted_dark in [(Portal.DARK, True), (Portal.NO_PREFERENCE, False)]:
+            portal.choose(scheme)
+            wait_for_darkness(tarnly, SETTINGS, is_wanted_dark)
+            expect_readable(tarnly, settings, LABEL, CHECK_BOX)
+
+
+def test_the_icon_in_the_tray_is_drawn_dot_by_dot(light, desktop):
+    size = 22 * desktop.scale
+    drawn = read_png(ICONS / f"{size}x{size}" / "apps" / "tarnly.png")
+    area = light.icon()
+    assert (area.width, area.height) == (size, size)
+
+    def is_shown():
+        rows = light.screen.picture(area).rows
+        return all(seen == tuple(colour) for seen_row, row in zip(rows, drawn)
+                   for seen, (*colour, opacity) in zip(seen_row, row) if opacity == 255)
+
+    wait_until(is_shown, "the icon as it was drawn")
+
+
+def test_enlarged_windows_are_of_full_size(light, desktop):
+    light.open_panel()
+    assert light.window(PANEL).area.width == 280 * desktop.scale
+    assert light.screen.area.contains(light.window(PANEL).area)
+
+
+@pytest.mark.parametrize("picture, scheme", [("panel", Portal.LIGHT), ("panel-dark", Portal.DARK)])
+def test_the_panel_during_a_lesson(start, desktop, picture, scheme):
+    with Portal(desktop.bus_address, scheme):
+        tarnly = start(prefix=())
+        panel = tarnly.open_panel()
+        client = tarnly.client(tarnly.port())
+        client.data("recording_start")
+        tarnly.wait_for_text(r"^1 client is paired\.$")
+        tarnly.wait_for_text(r"^Recording for 0:0[1-9]\.$")
+        wait_for_darkness(tarnly, PANEL, scheme == Portal.DARK)
+        expect_readable(tarnly, panel, LABEL, BUTTON)
+        area = tarnly.window(PANEL).area
+        margin = 16 * desktop.scale
+        save(tarnly, picture, Rectangle(area.x - margin, 0, area.width + margin, area.bottom + margin))
+        client.data("recording_stop")
+
+
+def test_the_settings_with_a_password(light):
+    settings = light.open_settings()
+    light.screen.type("gate")
+    wait_until(lambda: "Set." in light.texts(SETTINGS), "the caption")
+    expect_readable(light, settings, LABEL, CHECK_BOX)
+    save(light, "settings", light.window(SETTINGS).area)
+
+
+def test_the_addresses_on_a_network(light):
+    light.press(light.open_panel(), "Addresses…")
+    addresses = light.view(ADDRESSES)
+    wait_until(lambda: len(addresses.showing(LIST_ITEM)) == 2, "the addresses")
+    expect_readable(light, addresses, LABEL, LIST_ITEM, BUTTON)
+    save(light, "addresses", light.window(ADDRESSES).area)

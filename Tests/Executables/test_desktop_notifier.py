@@ -1,0 +1,101 @@
+"""Trays over D-Bus, as most desktops have them now: their host comes and goes apart from its watcher."""
+
+import pytest
+from Xlib import X
+from Xlib import display as xdisplay
+from Xlib.ext import xtest
+
+from desktop import Desktop, Tarnly
+from desktop.notifier import StatusNotifier
+from desktop.tarnly import PANEL
+from harness import wait_until
+
+
+@pytest.fixture(scope="module")
+def desktop():
+    with Desktop() as started:
+        yield started
+
+
+def wait_for_icon(notifier, count=1):
+    wait_until(lambda: len(notifier.items) == count, f"icon number {count}")
+
+
+def test_a_host_gets_an_icon_whose_activation_opens_and_closes_the_panel(desktop, programs):
+    with StatusNotifier(desktop.bus_address) as notifier:
+        tarnly = Tarnly(desktop, programs)
+        wait_for_icon(notifier)
+        assert not tarnly.has_windows()
+        notifier.activate(500, 5)
+        assert tarnly.screen.area.contains(tarnly.view(PANEL).area)
+        tarnly.screen.key("Escape")
+        tarnly.wait_for_no_panel()
+        notifier.activate(500, 5)
+        tarnly.view(PANEL)
+        notifier.activate(500, 5)
+        tarnly.wait_for_no_window(PANEL)
+
+
+def test_a_watcher_alone_is_no_tray_and_its_host_may_come_later(desktop, programs):
+    with StatusNotifier(desktop.bus_address, has_host=False) as notifier:
+        tarnly = Tarnly(desktop, programs)
+        wait_until(lambda: tarnly.window(PANEL), "the window")
+        assert not notifier.items
+        notifier.set_host(True)
+        wait_for_icon(notifier)
+        tarnly.wait_for_no_window(PANEL)
+
+
+def test_a_host_that_goes_leaves_a_window_and_gets_an_icon_when_it_is_back(desktop, programs):
+    with StatusNotifier(desktop.bus_address) as notifier:
+        tarnly = Tarnly(desktop, programs)
+        wait_for_icon(notifier)
+        notifier.set_host(False)
+        wait_until(lambda: tarnly.window(PANEL), "the window")
+        notifier.set_host(True)
+        wait_for_icon(notifier, 2)
+        tarnly.wait_for_no_window(PANEL)
+
+
+def test_a_watcher_that_ends_leaves_a_window(desktop, programs):
+    with StatusNotifier(desktop.bus_address) as notifier:
+        tarnly = Tarnly(desktop, programs)
+        wait_for_icon(notifier)
+    wait_until(lambda: tarnly.window(PANEL), "the window")
+
+
+@pytest.fixture
+def held_pointer(desktop):
+    """A window of somebody else in which the button is down; a function that lets it go."""
+    display = xdisplay.Display(desktop.environment["DISPLAY"])
+    window = display.screen().root.create_window(
+        700, 500, 50, 50, 0, X.CopyFromParent, override_redirect=True,
+        event_mask=X.ButtonPressMask | X.ButtonReleaseMask)
+    window.map()
+    display.sync()
+    desktop.screen.move(725, 525)
+    xtest.fake_input(display, X.ButtonPress, 1)
+    display.sync()
+
+    def let_go():
+        xtest.fake_input(display, X.ButtonRelease, 1)
+        display.sync()
+
+    yield let_go
+    display.close()
+
+
+def test_a_click_elsewhere_closes_the_panel_that_a_tray_opened_with_the_button_down(
+        desktop, programs, held_pointer):
+    with StatusNotifier(desktop.bus_address) as notifier:
+        tarnly = Tarnly(desktop, programs)
+        wait_for_icon(notifier)
+        notifier.activate(500, 5)
+        tarnly.view(PANEL)
+        held_pointer()
+
+        def is_closed_by_a_click():
+            tarnly.screen.click(5, tarnly.screen.area.height - 5)
+            return tarnly.window(PANEL) is None
+
+        wait_until(is_closed_by_a_click, "the end of the panel")

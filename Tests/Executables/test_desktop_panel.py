@@ -1,0 +1,240 @@
+"""The icon in the tray, and the panel that it opens."""
+
+import signal
+import socket
+
+import pytest
+from desktop import Desktop, Tarnly
+from desktop.tarnly import ADDRESSES, BUTTON, LABEL, MENU_ITEM, PANEL, SETTINGS
+from harness import wait_until
+
+WIDTH, PADDING = 280, 12
+# Below the right end of a tray, neither panel nor menu: their height is less than half of the screen's.
+ELSEWHERE = 100, 600
+
+
+@pytest.fixture(scope="module")
+def desktop():
+    with Desktop() as started:
+        started.start_tray()
+        yield started
+
+
+@pytest.fixture
+def tarnly(desktop, programs):
+    return Tarnly(desktop, programs, "--name", "rig42")
+
+
+def test_it_starts_as_an_icon_without_a_window(tarnly):
+    tarnly.icon()
+    assert not tarnly.has_windows()
+
+
+def test_a_click_on_the_icon_opens_the_panel_beside_it(tarnly):
+    icon = tarnly.icon()
+    tarnly.open_panel()
+    panel = tarnly.window(PANEL).area
+    assert tarnly.screen.area.contains(panel)
+    assert panel.width == WIDTH
+    assert icon.bottom <= panel.y <= icon.bottom + 10
+    assert panel.x <= icon.x and icon.right <= panel.right
+    assert not tarnly.window(PANEL).has_frame
+
+
+def test_the_panel_opens_above_a_tray_at_the_bottom(desktop, programs):
+    desktop.end_tray()
+    desktop.start_tray(edge="bottom")
+    try:
+        tarnly = Tarnly(desktop, programs)
+        icon = tarnly.icon()
+        tarnly.open_panel()
+        panel = tarnly.window(PANEL).area
+        assert tarnly.screen.area.contains(panel)
+        assert icon.y - 10 <= panel.bottom <= icon.y
+    finally:
+        desktop.end_tray()
+        desktop.start_tray()
+
+
+def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
+    panel = tarnly.open_panel()
+    port = tarnly.port()
+    shown = panel.showing(LABEL, BUTTON, "frame")
+    assert [(element.role, element.name) for element in shown] == [
+        (LABEL, "Tarnly"),
+        (LABEL, f'Listening on port {port}, advertising as "rig42", pairing open.'),
+        (LABEL, "No client is paired."),
+        (LABEL, "No recording is running."),
+        (BUTTON, "Addresses…"),
+        ("frame", ""),
+        (BUTTON, "Settings…"),
+        (BUTTON, "Quit Tarnly"),
+    ]
+
+
+def test_the_panel_fits_its_content(tarnly):
+    panel = tarnly.open_panel()
+    tarnly.port()
+    frame = wait_until(lambda: panel.area == tarnly.window(PANEL).area and panel.area, "the panel's final size")
+    shown = [element.area for element in panel.showing(LABEL, BUTTON)]
+    assert all(frame.shrunk(PADDING).contains(area) for area in shown)
+    assert {area.x for area in shown} == {frame.x + PADDING}
+    assert (shown[0].y, shown[-1].bottom) == (frame.y + PADDING, frame.bottom - PADDING)
+    assert all(upper.bottom <= lower.y for upper, lower in zip(shown, shown[1:]))
+
+
+def test_a_click_elsewhere_closes_the_panel(tarnly):
+    tarnly.open_panel()
+    tarnly.screen.click(*ELSEWHERE)
+    tarnly.wait_for_no_window(PANEL)
+
+
+def test_a_click_on_another_window_closes_the_panel(tarnly):
+    settings = tarnly.open_settings()
+    tarnly.wait_for_no_panel()
+    tarnly.open_panel()
+    tarnly.click(settings.area)
+    tarnly.wait_for_no_window(PANEL)
+    assert tarnly.window(SETTINGS)
+
+
+def test_a_second_click_on_the_icon_closes_the_panel(tarnly):
+    for _ in range(3):
+        tarnly.open_panel()
+        tarnly.click(tarnly.icon())
+        tarnly.wait_for_no_panel()
+        assert not tarnly.has_windows()
+
+
+def test_escape_closes_the_panel(tarnly):
+    tarnly.open_panel()
+    tarnly.screen.key("Escape")
+    tarnly.wait_for_no_window(PANEL)
+
+
+def test_the_panel_is_usable_by_keyboard(tarnly):
+    panel = tarnly.open_panel()
+    tarnly.tab_to(panel, "Addresses…")
+    assert [tarnly.tab(panel) for _ in range(4)] == ["Settings…", "Quit Tarnly", "Addresses…", "Settings…"]
+    tarnly.screen.key("Return")
+    tarnly.view(SETTINGS)
+    tarnly.wait_for_no_window(PANEL)
+
+
+@pytest.mark.parametrize("button, title", [("Addresses…", ADDRESSES), ("Settings…", SETTINGS)])
+def test_a_button_opens_a_window_and_the_panel_goes(tarnly, button, title):
+    tarnly.press(tarnly.open_panel(), button)
+    tarnly.view(title)
+    tarnly.wait_for_no_window(PANEL)
+    assert tarnly.window(title).has_frame
+
+
+def test_the_context_menu_offers_the_same(tarnly):
+    menu = tarnly.open_menu()
+    assert menu.names(MENU_ITEM) == ["Show Tarnly", "Addresses…", "Settings…", "Quit Tarnly"]
+    assert tarnly.screen.area.contains(menu.area)
+
+
+@pytest.mark.parametrize("item, title",
+                         [("Show Tarnly", PANEL), ("Addresses…", ADDRESSES), ("Settings…", SETTINGS)])
+def test_an_item_of_the_context_menu_opens_its_window(tarnly, item, title):
+    tarnly.press(tarnly.open_menu(), item, MENU_ITEM)
+    tarnly.view(title)
+    wait_until(lambda: tarnly.window(title), f"the window {title!r}")
+
+
+def test_the_button_quits(tarnly):
+    tarnly.press(tarnly.open_panel(), "Quit Tarnly")
+    assert tarnly.program.wait() == 0
+
+
+def test_ctrl_q_quits(tarnly):
+    tarnly.open_panel()
+    tarnly.screen.key("ctrl+q")
+    assert tarnly.program.wait() == 0
+
+
+def test_the_context_menu_quits(tarnly):
+    tarnly.press(tarnly.open_menu(), "Quit Tarnly", MENU_ITEM)
+    assert tarnly.program.wait() == 0
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT])
+def test_a_signal_quits_with_all_windows_open(tarnly, number):
+    tarnly.open_settings()
+    tarnly.wait_for_no_panel()
+    tarnly.open_panel()
+    assert tarnly.program.end(number) == 0
+
+
+def test_quitting_ends_the_clients_connections(tarnly):
+    tarnly.open_panel()
+    client = tarnly.client(tarnly.port())
+    tarnly.screen.key("ctrl+q")
+    assert tarnly.program.wait() == 0
+    assert client.ends_without_reply()
+
+
+def test_the_open_panel_counts_the_paired_clients(tarnly):
+    tarnly.open_panel()
+    port = tarnly.port()
+    tarnly.client(port, paired=False)
+    first = tarnly.client(port)
+    tarnly.wait_for_text(r"^1 client is paired\.$")
+    second = tarnly.client(port)
+    tarnly.wait_for_text(r"^2 clients are paired\.$")
+    first.close()
+    tarnly.wait_for_text(r"^1 client is paired\.$")
+    second.close()
+    tarnly.wait_for_text(r"^No client is paired\.$")
+
+
+def test_the_panel_opens_with_what_is_so_now(tarnly):
+    tarnly.open_panel()
+    port = tarnly.port()
+    tarnly.screen.key("Escape")
+    tarnly.wait_for_no_panel()
+    tarnly.client(port)
+    tarnly.open_panel()
+    tarnly.wait_for_text(r"^1 client is paired\.$")
+
+
+def test_the_open_panel_follows_a_recording(tarnly):
+    tarnly.open_panel()
+    client = tarnly.client(tarnly.port())
+    client.data("recording_start")
+    earlier = int(tarnly.wait_for_text(r"^Recording for 0:(\d\d)\.$").group(1))
+    wait_until(lambda: int(tarnly.wait_for_text(r"^Recording for 0:(\d\d)\.$").group(1)) > earlier,
+               "a longer recording")
+    client.data("recording_stop")
+    tarnly.wait_for_text(r"^No recording is running\.$")
+
+
+def test_a_failed_start_is_told_and_the_program_stays(desktop, programs):
+    with socket.create_server(("127.0.0.1", 0)) as occupant:
+        tarnly = Tarnly(desktop, programs, "--port", occupant.getsockname()[1])
+        tarnly.open_panel()
+        tarnly.wait_for_text(r"^Failed to start: .*in use")
+        tarnly.screen.key("ctrl+comma")
+        tarnly.view(SETTINGS)
+
+
+def test_a_long_name_is_told_whole(desktop, programs):
+    name = "thesimulatorinthehangarbehindtheoldtowerofthesmallairfield"
+    tarnly = Tarnly(desktop, programs, "--name", name)
+    icon = tarnly.icon()
+    panel = tarnly.open_panel()
+    tarnly.wait_for_text(f'^Listening on port .*, advertising as "{name}", pairing open\\.$')
+    wait_until(lambda: panel.area == tarnly.window(PANEL).area, "the panel's final size")
+    assert panel.area.width == WIDTH
+    assert panel.area.y >= icon.bottom and tarnly.screen.area.contains(panel.area)
+    shown = [element.area for element in panel.showing(LABEL, BUTTON)]
+    assert all(panel.area.shrunk(PADDING).contains(area) for area in shown)
+
+
+def test_it_works_without_a_session_bus(desktop, programs):
+    tarnly = Tarnly(desktop, programs, DBUS_SESSION_BUS_ADDRESS=f"unix:path={programs.folder}/no-bus")
+    tarnly.click(tarnly.icon())
+    wait_until(lambda: tarnly.window(PANEL), "the panel")
+    tarnly.screen.key("ctrl+q")
+    assert tarnly.program.wait() == 0
