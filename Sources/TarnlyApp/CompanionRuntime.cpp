@@ -81,6 +81,7 @@ std::optional<std::uint16_t> CompanionRuntime::port() const {
 }
 
 void CompanionRuntime::askActivity(std::function<void(Activity)> answer) {
+    if (state_ == State::failed) return; // nobody runs the network any more
     boost::asio::post(network_, [this, answer = std::move(answer)] {
         if (!host_) return;
         Activity activity;

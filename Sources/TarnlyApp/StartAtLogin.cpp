@@ -12,10 +12,17 @@
 namespace tarnly {
 namespace {
 
+/// However the path is spelt: bash completes it with a slash.
+std::filesystem::path plain(const std::filesystem::path& folder) {
+    auto path = std::filesystem::absolute(folder).lexically_normal();
+    return path.has_filename() ? path : path.parent_path();
+}
+
 /// "tarnly", or "tarnly-home-pilot-rig" for the settings in /home/pilot/rig.
 std::string entryId(const CompanionOptions& options) {
-    if (!options.dataFolder) return "tarnly";
-    auto folder = std::filesystem::absolute(*options.dataFolder).lexically_normal().string();
+    if (!options.dataFolder || plain(*options.dataFolder) == plain(applicationSupportFolder()))
+        return "tarnly";
+    auto folder = plain(*options.dataFolder).string();
     std::ranges::replace_if(
         folder, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '-');
     return "tarnly" + folder;

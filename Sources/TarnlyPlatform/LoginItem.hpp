@@ -5,7 +5,7 @@
 namespace tarnly {
 
 /// The program's entry among those that the person's desktop starts at login. What counts is what stands on
-/// the disk: people change it with their desktop's own tools as well. Made and owned by `main`; may be called
+/// the disk: people change it with their desktop's own tools as well. Owned by the settings; may be called
 /// from any thread, from one at a time.
 class LoginItem {
   public:

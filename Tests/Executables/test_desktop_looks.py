@@ -171,6 +171,24 @@ def test_enlarged_windows_are_of_full_size(light, desktop):
     assert light.screen.area.contains(light.window(PANEL).area)
 
 
+def test_the_border_of_the_panel_is_the_same_on_all_sides(light, desktop):
+    light.open_panel()
+    area = light.window(PANEL).area
+    x, y = area.centre
+    thickness = range(desktop.scale + 1)
+
+    def borders():
+        column = [row[0] for row in light.screen.picture(Rectangle(x, area.y, 1, area.height)).rows]
+        row, = light.screen.picture(Rectangle(area.x, y, area.width, 1)).rows
+        return [[line[i] for i in thickness] for line in (column, column[::-1], row, row[::-1])]
+
+    def is_even():
+        first, *others = borders()
+        return first[0] == first[-2] != first[-1] and all(other == first for other in others)
+
+    wait_until(is_even, "an even border")
+
+
 @pytest.mark.parametrize("picture, scheme", [("panel", Portal.LIGHT), ("panel-dark", Portal.DARK)])
 def test_the_panel_during_a_lesson(start, desktop, picture, scheme):
     with Portal(desktop.bus_address, scheme):

@@ -109,6 +109,16 @@ def test_closing_the_window_asks_and_can_quit(tarnly):
     assert tarnly.program.wait() == 0
 
 
+def test_the_question_goes_with_the_window_that_it_asks_about(tarnly, tray):
+    ask_to_close(tarnly)
+    tray()
+    tarnly.icon()
+    wait_until(lambda: not tarnly.has_windows(), "the end of the question")
+    tarnly.wait_for_no_panel()
+    panel = tarnly.open_panel()
+    tarnly.element(panel, BUTTON, "Quit Tarnly")
+
+
 def test_a_tray_that_comes_later_takes_the_icon_and_the_window_goes(tarnly, tray):
     wait_for_window(tarnly)
     tray()

@@ -60,5 +60,18 @@ TEST_F(StartAtLoginTest, EachDataFolderHasAnEntryOfItsOwn) {
     EXPECT_EQ(usual->status(), Status::enabled);
 }
 
+TEST_F(StartAtLoginTest, ADataFolderHasOneEntryHoweverItIsSpelt) {
+    options.dataFolder = "/home/pilot/rig";
+    makeLoginItem(options)->registerItem();
+    for (const char* same : {"/home/pilot/rig/", "/home/pilot/./rig", "/home/pilot/x/../rig//"}) {
+        options.dataFolder = same;
+        EXPECT_EQ(makeLoginItem(options)->status(), Status::enabled) << same;
+    }
+    options.dataFolder = applicationSupportFolder();
+    makeLoginItem(options)->registerItem();
+    options.dataFolder.reset();
+    EXPECT_EQ(makeLoginItem(options)->status(), Status::enabled) << "the usual folder, named";
+}
+
 } // namespace
 } // namespace tarnly

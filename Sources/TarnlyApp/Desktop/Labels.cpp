@@ -42,9 +42,9 @@ QColor secondaryColour(const QPalette& palette) {
 }
 
 HeadlineLabel::HeadlineLabel(const QString& text) : QLabel(text) {
-    auto larger = font();
-    larger.setBold(true);
-    setFont(larger);
+    auto bold = font();
+    bold.setBold(true);
+    setFont(bold);
 }
 
 CaptionLabel::CaptionLabel(const QString& text) {

@@ -1,5 +1,6 @@
 #include "TarnlyApp/Desktop/MenuBarContentView.hpp"
 
+#include <qdrawutil.h>
 #include <QFrame>
 #include <QKeyEvent>
 #include <QPainter>
@@ -101,8 +102,7 @@ void MenuBarContentView::keyPressEvent(QKeyEvent* event) {
 void MenuBarContentView::paintEvent(QPaintEvent* /*event*/) {
     if (isOrdinaryWindow()) return;
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    qDrawPlainRect(&painter, rect(), palette().color(QPalette::Mid)); // as thick on all sides at any scale
 }
 
 void MenuBarContentView::showStatus() {

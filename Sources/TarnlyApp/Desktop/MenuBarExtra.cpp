@@ -67,6 +67,7 @@ void MenuBarExtra::followTray() {
 
 void MenuBarExtra::becomeIcon() {
     waitingForTray_.stop();
+    delete question_; // it asks about a window that goes
     panel_.hide();
     panel_.setWindowFlags(panelFlags());
     icon_ = std::make_unique<QSystemTrayIcon>(applicationIcon());
@@ -144,17 +145,17 @@ bool MenuBarExtra::eventFilter(QObject* watched, QEvent* event) {
 
 // Closing the only window may be meant to put it away, and would end a lesson.
 void MenuBarExtra::askWhetherToQuit() {
-    auto* question = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, u"Quit Tarnly?"_s,
-                                     QMessageBox::NoButton, &panel_);
-    question->setInformativeText(u"Clients lose their connection, and a recording ends."_s);
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    auto* quit = question->addButton(u"Quit Tarnly"_s, QMessageBox::DestructiveRole);
-    auto* minimize = question->addButton(u"Minimize"_s, QMessageBox::AcceptRole);
-    question->addButton(QMessageBox::Cancel);
-    question->setDefaultButton(minimize);
+    question_ = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, u"Quit Tarnly?"_s, QMessageBox::NoButton,
+                                &panel_);
+    question_->setInformativeText(u"Clients lose their connection, and a recording ends."_s);
+    question_->setAttribute(Qt::WA_DeleteOnClose);
+    auto* quit = question_->addButton(u"Quit Tarnly"_s, QMessageBox::DestructiveRole);
+    auto* minimize = question_->addButton(u"Minimize"_s, QMessageBox::AcceptRole);
+    question_->addButton(QMessageBox::Cancel);
+    question_->setDefaultButton(minimize);
     connect(quit, &QPushButton::clicked, &panel_, &MenuBarContentView::quitRequested);
     connect(minimize, &QPushButton::clicked, &panel_, &QWidget::showMinimized);
-    question->open();
+    question_->open();
 }
 
 } // namespace tarnly

@@ -2,7 +2,9 @@
 
 #include <QElapsedTimer>
 #include <QMenu>
+#include <QMessageBox>
 #include <QObject>
+#include <QPointer>
 #include <QRect>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -46,6 +48,8 @@ class MenuBarExtra : public QObject {
     TrayWatch tray_;
     // depends-on: menu_
     std::unique_ptr<QSystemTrayIcon> icon_;
+    /// Whether to quit, while it is open.
+    QPointer<QMessageBox> question_;
     /// Runs while there is neither icon nor window.
     QTimer waitingForTray_;
     bool windowIsMinimized_;

@@ -40,7 +40,6 @@ class SingleInstance : public QObject {
     void panelRequested(const QByteArray& activationToken);
 
   private:
-    bool listen();
     bool tell(const QByteArray& request);
     void answer();
 

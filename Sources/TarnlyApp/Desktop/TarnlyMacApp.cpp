@@ -6,6 +6,7 @@
 #include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
+
 TarnlyMacApp::TarnlyMacApp(const CompanionOptions& options)
     : delegate_(options),
       runtime_(delegate_.runtime()),

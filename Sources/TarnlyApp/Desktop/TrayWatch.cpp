@@ -9,6 +9,7 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -87,6 +88,7 @@ void TrayWatch::lookForHost() {
 void TrayWatch::look() {
     const auto kind = presentKind();
     if (decidedKind_ == Kind::none) decidedKind_ = kind;
+    if (decidedKind_ == Kind::statusNotifier) timer_.stop(); // D-Bus brings all news
     const bool wasAvailable = std::exchange(isAvailable_, kind != Kind::none);
     if (isAvailable_ != wasAvailable) emit availabilityChanged();
 }
