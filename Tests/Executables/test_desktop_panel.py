@@ -9,7 +9,7 @@ from desktop.tarnly import ADDRESSES, BUTTON, LABEL, MENU_ITEM, PANEL, SETTINGS
 from harness import wait_until
 
 WIDTH, PADDING = 280, 12
-# Below the right end of a tray, neither panel nor menu: their height is less than half of the screen's.
+# Where neither panel nor menu reaches.
 ELSEWHERE = 100, 600
 
 
@@ -75,7 +75,7 @@ def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
 def test_the_panel_fits_its_content(tarnly):
     panel = tarnly.open_panel()
     tarnly.port()
-    frame = wait_until(lambda: panel.area == tarnly.window(PANEL).area and panel.area, "the panel's final size")
+    frame = wait_until(lambda: panel.area == tarnly.window(PANEL).area and panel.area, "the final size")
     shown = [element.area for element in panel.showing(LABEL, BUTTON)]
     assert all(frame.shrunk(PADDING).contains(area) for area in shown)
     assert {area.x for area in shown} == {frame.x + PADDING}

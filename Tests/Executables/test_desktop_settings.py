@@ -57,8 +57,8 @@ def wait_until_checked(box, is_checked=True):
     wait_until(lambda: box.is_("checked") == is_checked, f"{box!r} checked: {is_checked}")
 
 
-def write_settings(tarnly_home, text):
-    folder = tarnly_home / "data" / "Tarnly"
+def write_settings(home, text):
+    folder = home / "data" / "Tarnly"
     folder.mkdir(parents=True)
     (folder / "settings.json").write_text(text)
 
@@ -66,7 +66,8 @@ def write_settings(tarnly_home, text):
 def write_entry(home):
     entry = home / "config" / "autostart" / "tarnly.desktop"
     entry.parent.mkdir(parents=True)
-    entry.write_text(f"[Desktop Entry]\nType=Application\nName=Tarnly\nExec={executable('tarnly')} --background\n")
+    command = f"{executable('tarnly')} --background"
+    entry.write_text(f"[Desktop Entry]\nType=Application\nName=Tarnly\nExec={command}\n")
     return entry
 
 

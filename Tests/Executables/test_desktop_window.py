@@ -41,8 +41,8 @@ def test_the_panel_is_an_ordinary_window(tarnly):
     assert tarnly.screen.area.contains(window.area)
     port = tarnly.port()
     assert panel.names(LABEL, BUTTON) == [
-        "Tarnly", f"Listening on port {port}, advertising as \"rig42\", pairing open.", "No client is paired.",
-        "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"]
+        "Tarnly", f'Listening on port {port}, advertising as "rig42", pairing open.',
+        "No client is paired.", "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"]
     tarnly.client(port)
     tarnly.wait_for_text(r"^1 client is paired\.$")
 

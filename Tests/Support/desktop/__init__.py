@@ -1,5 +1,5 @@
-"""A desktop of one's own for tests: an X server without a screen, a window manager, a tray, a session bus, and the
-assistive technology's view of the programs on it. Nothing of it reaches the desktop of the person who runs the tests.
+"""A desktop of one's own for tests: an X server without a screen, a window manager, a tray, a session bus, and
+what assistive technology sees of the programs on it. The desktop of the person who runs the tests is left alone.
 """
 
 from desktop.geometry import Rectangle

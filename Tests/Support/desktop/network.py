@@ -7,8 +7,8 @@ _BEGIN = "echo && exec cat"  # says that it is there, and stays until its input 
 class Network:
     """A network of its own, with no way out; a context manager.
 
-    It has a loopback interface, and one with the given addresses, such as "192.168.20.5/24", if there are any. Ends
-    that are connected need a partner: it is a pair of interfaces whose second one nobody uses.
+    It has a loopback interface, and one with the given addresses, such as "192.168.20.5/24". That one is an end of
+    a pair, because an interface runs while it is connected with another.
     """
 
     def __init__(self, *addresses):
@@ -54,8 +54,5 @@ class Network:
         self.add(*self._addresses)
 
     def _ip(self, *arguments):
-        subprocess.run([*self.prefix, "ip", *arguments], check=True, env=dict(os.environ, PATH=_search_path()))
-
-
-def _search_path():
-    return os.environ["PATH"] + ":/usr/sbin:/sbin"
+        path = os.environ["PATH"] + ":/usr/sbin:/sbin"
+        subprocess.run([*self.prefix, "ip", *arguments], check=True, env=dict(os.environ, PATH=path))

@@ -118,8 +118,9 @@ class Element:
 
     @property
     def area(self):
-        on_the_screen = 0
-        return Rectangle(*self._call("org.a11y.atspi.Component", "GetExtents", on_the_screen, signature="u")[0])
+        of_the_screen = 0
+        extents, = self._call("org.a11y.atspi.Component", "GetExtents", of_the_screen, signature="u")
+        return Rectangle(*extents)
 
     @property
     def text(self):

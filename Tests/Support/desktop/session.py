@@ -39,8 +39,8 @@ systray_icon_size = {icon}
 _TRAY_COLOUR = (0xDC, 0xDC, 0xDC)
 
 # What would tell a program of the person's own desktop.
-_FOREIGN = ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "KDE_FULL_SESSION", "SESSION_MANAGER",
-            "AT_SPI_BUS_ADDRESS", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR",
+_FOREIGN = ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "KDE_FULL_SESSION",
+            "SESSION_MANAGER", "AT_SPI_BUS_ADDRESS", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR",
             "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI", "XMODIFIERS", "QT_IM_MODULE")
 
 
@@ -125,10 +125,18 @@ class Desktop:
         config = self._folder / "bus.conf"
         config.write_text(_BUS_CONFIG.format(socket=self._folder / "bus"))
         self._servers.start("dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile")
-        self._wait((self._folder / "bus").exists)
+        self._wait(self._has_bus)
         self._servers.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately",
                             environment=self._own_environment)
         self._wait(self._has_accessibility_bus)
+
+    def _has_bus(self):
+        """Whether it takes clients: its socket is there a moment before."""
+        try:
+            connect(self.bus_address).close_sync(None)
+            return True
+        except GLib.Error:
+            return False
 
     def _has_accessibility_bus(self):
         bus = connect(self.bus_address)

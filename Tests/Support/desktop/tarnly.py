@@ -17,8 +17,8 @@ LIST_ITEM = "list item"
 class Tarnly:
     """The companion on a desktop, as a person handles it, where the desktop enlarges it by `scale`.
 
-    `home` is the folder of its data and its configuration; given again, both are there again. `prefix` is a command
-    that becomes the program.
+    `home` is the folder of its data and its configuration; given again, both are there again. `prefix` is a
+    command that becomes the program.
     """
 
     def __init__(self, desktop, programs, *options, home=None, sim_port=None, prefix=(), scale=1,
