@@ -107,6 +107,7 @@ def test_copy_puts_the_selected_address_on_the_clipboard(tarnly):
 def test_the_keyboard_alone_does(tarnly):
     view = open_addresses(tarnly)
     _, second = wait_for_list(view, 2)
+    tarnly.focused_view(ADDRESSES)
     tarnly.tab_to(view, "Addresses")
     tarnly.screen.key("Down")
     tarnly.tab_to(view, "Copy")

@@ -139,7 +139,7 @@ def test_a_password_is_in_force_at_once_and_the_status_line_stays(tarnly):
     port = tarnly.port()
     paired = tarnly.client(port)
     tarnly.screen.key("ctrl+comma")
-    tarnly.view(SETTINGS)
+    tarnly.focused_view(SETTINGS)
     tarnly.screen.type("gate")
     wait_for_settings(tarnly, password="gate", startAtLogin=False)
     assert tarnly.client(port, paired=False).data("pair") == REFUSED
@@ -160,7 +160,7 @@ def test_clearing_the_password_opens_the_pairing(desktop, programs):
     port = tarnly.port()
     assert tarnly.client(port, paired=False).data("pair") == REFUSED
     tarnly.screen.key("ctrl+comma")
-    tarnly.view(SETTINGS)
+    tarnly.focused_view(SETTINGS)
     wait_for_caption(tarnly, SET)
     tarnly.screen.key("ctrl+a")
     tarnly.screen.key("BackSpace")

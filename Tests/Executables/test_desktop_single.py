@@ -47,7 +47,7 @@ def test_a_second_start_raises_the_window_of_the_first(desktop, programs):
 
 
 def minimize(tarnly):
-    tarnly.view(PANEL)
+    tarnly.focused_view(PANEL)
     tarnly.screen.key("alt+F4")  # asks whether to quit, and offers this first
     wait_until(lambda: sum(bool(window.title) and window.is_on_screen
                            for window in tarnly.screen.windows(tarnly.program.pid)) == 2, "the question")

@@ -35,7 +35,7 @@ def is_minimized(tarnly):
 
 
 def test_the_panel_is_an_ordinary_window(tarnly):
-    panel = tarnly.view(PANEL)
+    panel = tarnly.focused_view(PANEL)
     window = tarnly.window(PANEL)
     assert window.has_frame and window.area.width == WIDTH
     assert tarnly.screen.area.contains(window.area)
@@ -48,7 +48,7 @@ def test_the_panel_is_an_ordinary_window(tarnly):
 
 
 def test_the_window_stays_when_another_one_comes_and_on_escape(tarnly):
-    panel = tarnly.view(PANEL)
+    panel = tarnly.focused_view(PANEL)
     tarnly.screen.key("Escape")
     tarnly.press(panel, "Settings…")
     tarnly.view(SETTINGS)
@@ -57,22 +57,22 @@ def test_the_window_stays_when_another_one_comes_and_on_escape(tarnly):
 
 
 def test_the_tab_key_goes_through_the_buttons_in_order(tarnly):
-    panel = tarnly.view(PANEL)
+    panel = tarnly.focused_view(PANEL)
     tarnly.tab_to(panel, "Addresses…")
     assert [tarnly.tab(panel) for _ in range(3)] == ["Settings…", "Quit Tarnly", "Addresses…"]
 
 
 @pytest.mark.parametrize("key", ["space", "Return", "KP_Enter"])
 def test_a_key_presses_a_button(tarnly, key):
-    tarnly.tab_to(tarnly.view(PANEL), "Addresses…")
+    tarnly.tab_to(tarnly.focused_view(PANEL), "Addresses…")
     tarnly.screen.key(key)
     tarnly.view(ADDRESSES)
 
 
 def test_the_keyboard_alone_does_for_settings_and_end(tarnly):
-    panel = tarnly.view(PANEL)
+    panel = tarnly.focused_view(PANEL)
     tarnly.screen.key("ctrl+comma")
-    tarnly.view(SETTINGS)
+    tarnly.focused_view(SETTINGS)
     tarnly.screen.key("Escape")
     tarnly.wait_for_no_window(SETTINGS)
     tarnly.tab_to(panel, "Quit Tarnly")  # the window manager may take its time to give back the focus
@@ -82,7 +82,7 @@ def test_the_keyboard_alone_does_for_settings_and_end(tarnly):
 
 def ask_to_close(tarnly):
     """Closes the window as its frame does, and returns the question that comes."""
-    tarnly.view(PANEL)
+    tarnly.focused_view(PANEL)
     tarnly.screen.key("alt+F4")
     return wait_until(lambda: next(
         (view for view in tarnly.desktop.reader.windows(tarnly.program.pid)
@@ -92,7 +92,7 @@ def ask_to_close(tarnly):
 def test_closing_the_window_asks_and_cancel_keeps_it(tarnly):
     question = ask_to_close(tarnly)
     tarnly.press(question, "Cancel")
-    tarnly.element(tarnly.view(PANEL), BUTTON, "Quit Tarnly")
+    tarnly.element(tarnly.focused_view(PANEL), BUTTON, "Quit Tarnly")
     tarnly.client(tarnly.port())
 
 
@@ -154,9 +154,9 @@ def test_a_tray_may_come_and_go_and_come(desktop, programs, tray):
 
 
 def test_settings_stay_open_while_a_tray_comes(tarnly, tray):
-    tarnly.view(PANEL)
+    tarnly.focused_view(PANEL)
     tarnly.screen.key("ctrl+comma")
-    tarnly.view(SETTINGS)
+    tarnly.focused_view(SETTINGS)
     tray()
     tarnly.icon()
     tarnly.wait_for_no_window(PANEL)

@@ -74,6 +74,12 @@ class Tarnly:
         is_placed = area and all(abs(told - real) < self.scale for told, real in zip(area, window.area))
         return view if is_placed else None
 
+    def focused_view(self, name):
+        """The window, once it takes the keys."""
+        view = self.view(name)
+        wait_until(lambda: self.focused(view), f"the focus in {name!r}")
+        return view
+
     def find_view(self, name):
         return _told(lambda: next((view for view in self.desktop.reader.windows(self.program.pid)
                                    if view.name == name and view.role != MENU), None))
@@ -133,7 +139,7 @@ class Tarnly:
     def open_panel(self):
         """By a click on the icon."""
         self.click(self.icon())
-        return self.view(PANEL)
+        return self.focused_view(PANEL)
 
     def open_menu(self):
         self.click(self.icon(), "right")
@@ -141,7 +147,7 @@ class Tarnly:
 
     def open_settings(self):
         self.press(self.open_panel(), "Settings…")
-        return self.view(SETTINGS)
+        return self.focused_view(SETTINGS)
 
     def wait_for_no_window(self, title):
         wait_until(lambda: self.window(title) is None, f"the end of {title!r}")
