@@ -1,8 +1,6 @@
 import os
 import subprocess
 
-_BEGIN = "echo && exec cat"  # says that it is there, and stays until its input ends
-
 
 class Network:
     """A network of its own, with no way out; a context manager.
@@ -15,12 +13,13 @@ class Network:
         self._addresses = addresses
 
     def __enter__(self):
-        # The same user inside: a bus compares who one claims to be with who one is.
+        # The same user inside: a bus compares who one claims to be with who one is. Only what this shell starts may
+        # change the network then.
         user = [] if os.geteuid() == 0 else ["--user", "--map-current-user", "--keep-caps"]
-        self._keeper = subprocess.Popen(["unshare", "--net", *user, "sh", "-c", _BEGIN],
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        path = os.environ["PATH"] + ":/usr/sbin:/sbin"
+        self._shell = subprocess.Popen(["unshare", "--net", *user, "sh"], stdin=subprocess.PIPE,
+                                       stdout=subprocess.PIPE, text=True, env=dict(os.environ, PATH=path))
         try:
-            assert self._keeper.stdout.readline() == b"\n", "no network namespace can be made here"
             self._set_up()
         except BaseException:
             self.__exit__()
@@ -28,31 +27,31 @@ class Network:
         return self
 
     def __exit__(self, *exception):
-        self._keeper.stdin.close()
-        self._keeper.wait()
-        self._keeper.stdout.close()
+        self._shell.stdin.close()
+        self._shell.wait()
+        self._shell.stdout.close()
 
     @property
     def prefix(self):
         """A command that becomes the one after it, in this network."""
         user = [] if os.geteuid() == 0 else ["--user", "--preserve-credentials"]
-        return ["/usr/bin/nsenter", f"--target={self._keeper.pid}", "--net", *user]
+        return ["/usr/bin/nsenter", f"--target={self._shell.pid}", "--net", *user]
 
     def add(self, *addresses):
         for address in addresses:
-            self._ip("address", "add", address, "dev", "near", "nodad" if ":" in address else "noprefixroute")
+            self._ip(f"address add {address} dev near {'nodad' if ':' in address else ''}")
 
     def remove(self, *addresses):
         for address in addresses:
-            self._ip("address", "del", address, "dev", "near")
+            self._ip(f"address del {address} dev near")
 
     def _set_up(self):
-        self._ip("link", "set", "lo", "up")
-        self._ip("link", "add", "near", "type", "veth", "peer", "name", "far")
-        for name in ("near", "far"):
-            self._ip("link", "set", name, "up")
+        self._ip("link set lo up")
+        self._ip("link add near type veth peer name far")
+        self._ip("link set near up")
+        self._ip("link set far up")
         self.add(*self._addresses)
 
-    def _ip(self, *arguments):
-        path = os.environ["PATH"] + ":/usr/sbin:/sbin"
-        subprocess.run([*self.prefix, "ip", *arguments], check=True, env=dict(os.environ, PATH=path))
+    def _ip(self, command):
+        print(f"ip {command} && echo done || echo failed", file=self._shell.stdin, flush=True)
+        assert self._shell.stdout.readline() == "done\n", f"ip {command}"
