@@ -1,8 +1,8 @@
 #include "TarnlyApp/AppSettings.hpp"
 
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/JsonWriter.hpp"
-#include "TarnlyPlatform/PrivateFiles.hpp"
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
 
 namespace tarnly {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly {
 

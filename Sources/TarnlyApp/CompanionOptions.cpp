@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "TarnlyPlatform/Folders.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 
 namespace tarnly {
 namespace {

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly {
 

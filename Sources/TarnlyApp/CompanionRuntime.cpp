@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "TarnlyApp/StatusText.hpp"
-#include "TarnlyPlatform/Folders.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 #include "TarnlyXPlane/NetworkTransport.hpp"
 
 namespace tarnly {

@@ -15,9 +15,9 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/SettingsStore.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
-#include "TarnlyPlatform/Clock.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
 namespace tarnly {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "TarnlyApp/AppSettings.hpp"
-#include "TarnlyPlatform/LoginItem.hpp"
+#include "TarnlyPlatform/Login/LoginItem.hpp"
 
 namespace tarnly {
 

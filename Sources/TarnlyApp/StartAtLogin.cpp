@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "TarnlyPlatform/AutostartEntry.hpp"
-#include "TarnlyPlatform/Folders.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
+#include "TarnlyPlatform/Login/AutostartEntry.hpp"
 
 namespace tarnly {
 namespace {

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "TarnlyApp/CompanionOptions.hpp"
-#include "TarnlyPlatform/LoginItem.hpp"
+#include "TarnlyPlatform/Login/LoginItem.hpp"
 
 namespace tarnly {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "TarnlyClient/Output.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "TarnlyClient/ClientError.hpp"
 #include "TarnlyClient/Output.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "TarnlyClient/ClientOptions.hpp"
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::client {
 

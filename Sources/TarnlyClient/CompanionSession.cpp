@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly::client {
 namespace {

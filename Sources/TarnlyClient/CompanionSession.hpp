@@ -13,8 +13,8 @@
 #include "TarnlyClient/ClientError.hpp"
 #include "TarnlyClient/Output.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly::client {
 

@@ -6,7 +6,7 @@
 
 #include "TarnlyClient/CompanionFinder.hpp"
 #include "TarnlyClient/PasswordFile.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly::client {
 

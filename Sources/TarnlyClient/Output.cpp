@@ -6,9 +6,9 @@
 #include <cstdint>
 
 #include "TarnlyClient/RecordingText.hpp"
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/JsonRecord.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Recording/LogLine.hpp"
-#include "TarnlyPlatform/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 
 namespace tarnly::client {
 

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "TarnlyClient/ClientError.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 

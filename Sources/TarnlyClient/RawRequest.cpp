@@ -1,8 +1,8 @@
 #include "TarnlyClient/RawRequest.hpp"
 
 #include "TarnlyClient/ClientError.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "TarnlyClient/RecordedLines.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly::client {
 

@@ -12,8 +12,8 @@
 #include "TarnlyClient/GrowingPause.hpp"
 #include "TarnlyClient/RecordingTrack.hpp"
 #include "TarnlyCore/Recording/LogLine.hpp"
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::client {
 

@@ -6,7 +6,7 @@
 #include "TarnlyClient/Commands.hpp"
 #include "TarnlyClient/Conversation.hpp"
 #include "TarnlyClient/ScriptFile.hpp"
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "TarnlyClient/ClientError.hpp"
 #include "TarnlyClient/Output.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -17,8 +17,8 @@
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
-#include "TarnlyPlatform/Clock.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
 
 namespace tarnly {
 

@@ -1,6 +1,6 @@
 #include "TarnlySimulator/ApiError.hpp"
 
-#include "TarnlyPlatform/JsonWriter.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
 
 namespace tarnly::simulator {
 

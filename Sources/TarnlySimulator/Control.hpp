@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlySimulator/World.hpp"
 
 namespace tarnly::simulator {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlySimulator/ApiError.hpp"
 #include "TarnlySimulator/Duration.hpp"
 #include "TarnlySimulator/JsonMembers.hpp"

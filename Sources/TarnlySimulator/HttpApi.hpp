@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "TarnlyPlatform/Http.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlySimulator/CatalogueText.hpp"
 #include "TarnlySimulator/World.hpp"
 

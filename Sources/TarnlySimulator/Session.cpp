@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/JsonWriter.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
 #include "TarnlySimulator/Duration.hpp"
 #include "TarnlySimulator/JsonMembers.hpp"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 #include "TarnlySimulator/Control.hpp"
 #include "TarnlySimulator/HttpApi.hpp"
 #include "TarnlySimulator/Session.hpp"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlySimulator/SimulatorOptions.hpp"
 #include "TarnlySimulator/World.hpp"
 

@@ -9,9 +9,9 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <utility>
 
-#include "TarnlyPlatform/NetworkError.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlySimulator/Situation.hpp"
 
 namespace tarnly::simulator {

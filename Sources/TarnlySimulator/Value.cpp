@@ -7,7 +7,7 @@
 #include <limits>
 #include <span>
 
-#include "TarnlyPlatform/Base64.hpp"
+#include "TarnlyPlatform/Base/Base64.hpp"
 
 namespace tarnly::simulator {
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-#include "TarnlyPlatform/SecureRandom.hpp"
+#include "TarnlyPlatform/Base/SecureRandom.hpp"
 #include "TarnlySimulator/ApiError.hpp"
 #include "TarnlySimulator/StockCommands.hpp"
 #include "TarnlySimulator/StockDatarefs.hpp"

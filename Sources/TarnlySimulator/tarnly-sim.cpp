@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlySimulator/CommandLine.hpp"
 #include "TarnlySimulator/Simulator.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly {
 

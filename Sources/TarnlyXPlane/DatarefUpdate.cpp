@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyXPlane/DecimalInteger.hpp"
 
 namespace tarnly {

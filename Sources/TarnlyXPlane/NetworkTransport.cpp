@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "TarnlyPlatform/DatagramSocket.hpp"
-#include "TarnlyPlatform/HttpClient.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/DatagramSocket.hpp"
+#include "TarnlyPlatform/Net/HttpClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly {
 namespace {

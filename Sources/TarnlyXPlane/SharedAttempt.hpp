@@ -3,8 +3,8 @@
 #include <boost/asio/any_io_executor.hpp>
 #include <exception>
 
-#include "TarnlyPlatform/Event.hpp"
-#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
 

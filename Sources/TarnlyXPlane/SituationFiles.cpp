@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {

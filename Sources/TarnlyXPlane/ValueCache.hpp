@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyXPlane/DatarefUpdate.hpp"
 
 namespace tarnly {

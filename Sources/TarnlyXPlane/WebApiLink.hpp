@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WebSocketConnection.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 #include "TarnlyXPlane/Catalog.hpp"
 #include "TarnlyXPlane/SharedAttempt.hpp"
 #include "TarnlyXPlane/ValueCache.hpp"

@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly {
 

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/SimBackend.hpp"
-#include "TarnlyPlatform/Clock.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/WebApiLink.hpp"
 #include "TarnlyXPlane/XPlaneTransport.hpp"
 

@@ -1,6 +1,6 @@
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 
-#include "TarnlyPlatform/TextualForm.hpp"
+#include "TarnlyPlatform/Base/TextualForm.hpp"
 
 namespace tarnly {
 namespace {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/SimBackend.hpp"
-#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 
 namespace tarnly::test {
 

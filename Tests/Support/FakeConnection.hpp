@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyPlatform/Event.hpp"
-#include "TarnlyPlatform/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly::test {
 

@@ -5,9 +5,9 @@
 #include <memory>
 #include <utility>
 
-#include "TarnlyPlatform/Event.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
-#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
 namespace tarnly::test {
 

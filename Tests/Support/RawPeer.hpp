@@ -12,8 +12,8 @@
 #include <string_view>
 #include <utility>
 
-#include "TarnlyPlatform/Http.hpp"
-#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::test {
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly::test {
 

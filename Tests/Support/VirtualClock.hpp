@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "TarnlyPlatform/Clock.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 
 namespace tarnly::test {
 

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyPlatform/Folders.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 
 namespace tarnly {
 namespace {

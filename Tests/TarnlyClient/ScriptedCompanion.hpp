@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
 namespace tarnly::test {
 

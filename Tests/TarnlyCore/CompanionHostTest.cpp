@@ -6,7 +6,7 @@
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly {
 namespace {

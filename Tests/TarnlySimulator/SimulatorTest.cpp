@@ -11,10 +11,10 @@
 
 #include "Support/RunTask.hpp"
 #include "Support/VirtualClock.hpp"
-#include "TarnlyPlatform/DatagramSocket.hpp"
-#include "TarnlyPlatform/HttpClient.hpp"
-#include "TarnlyPlatform/NetworkError.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/DatagramSocket.hpp"
+#include "TarnlyPlatform/Net/HttpClient.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 #include "TarnlySimulator/StandIn.hpp"
 
 namespace tarnly::simulator {

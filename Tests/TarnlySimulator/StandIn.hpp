@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlySimulator/World.hpp"
 
 namespace tarnly::test {

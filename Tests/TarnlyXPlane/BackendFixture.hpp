@@ -12,7 +12,7 @@
 #include "FakeTransport.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/VirtualClock.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 

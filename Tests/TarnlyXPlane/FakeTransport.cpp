@@ -1,8 +1,8 @@
 #include "FakeTransport.hpp"
 
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/JsonWriter.hpp"
-#include "TarnlyPlatform/NetworkError.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly::test {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Support/VirtualClock.hpp"
-#include "TarnlyPlatform/Event.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyXPlane/XPlaneTransport.hpp"
 
 namespace tarnly::test {

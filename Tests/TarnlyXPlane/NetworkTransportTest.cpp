@@ -10,8 +10,8 @@
 
 #include "FakeTransport.hpp"
 #include "Support/RunTask.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 

@@ -13,7 +13,7 @@
 #include "TarnlyApp/Desktop/Labels.hpp"
 #include "TarnlyApp/Desktop/QrCodeView.hpp"
 #include "TarnlyApp/Desktop/Windows.hpp"
-#include "TarnlyPlatform/NetworkAddresses.hpp"
+#include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 
 namespace tarnly {
 namespace {

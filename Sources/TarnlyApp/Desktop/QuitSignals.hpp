@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-#include "TarnlyPlatform/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/FileDescriptor.hpp"
 
 namespace tarnly {
 

@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/ServicePublisher.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WebSocketListener.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
 namespace tarnly {
 

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <utility>
 
-#include "TarnlyPlatform/Base64.hpp"
-#include "TarnlyPlatform/SecureRandom.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Base64.hpp"
+#include "TarnlyPlatform/Base/SecureRandom.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {

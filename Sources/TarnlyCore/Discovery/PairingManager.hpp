@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 
 namespace tarnly {
 

@@ -3,7 +3,7 @@
 #include <sqlite3.h>
 
 #include "TarnlyCore/NavData/NavDatabaseError.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {

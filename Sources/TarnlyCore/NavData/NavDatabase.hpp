@@ -5,7 +5,7 @@
 #include <string>
 
 #include "TarnlyCore/Script/Coordinate.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 
 struct sqlite3;
 

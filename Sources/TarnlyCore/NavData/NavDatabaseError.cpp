@@ -1,6 +1,6 @@
 #include "TarnlyCore/NavData/NavDatabaseError.hpp"
 
-#include "TarnlyPlatform/TextualForm.hpp"
+#include "TarnlyPlatform/Base/TextualForm.hpp"
 
 namespace tarnly {
 

@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 /// The wire vocabulary: every message is one JSON object in one text frame.
 namespace tarnly {

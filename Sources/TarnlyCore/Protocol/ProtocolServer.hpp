@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
 

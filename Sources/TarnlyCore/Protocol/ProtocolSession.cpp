@@ -9,8 +9,8 @@
 
 #include "TarnlyCore/Protocol/ProtocolSessionError.hpp"
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {

@@ -15,9 +15,9 @@
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Script/FixResolver.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
-#include "TarnlyPlatform/Task.hpp"
-#include "TarnlyPlatform/WorkerPool.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
 
 namespace tarnly {
 

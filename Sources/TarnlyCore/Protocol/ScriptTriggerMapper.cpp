@@ -3,7 +3,7 @@
 #include <optional>
 #include <variant>
 
-#include "TarnlyPlatform/TextualForm.hpp"
+#include "TarnlyPlatform/Base/TextualForm.hpp"
 
 namespace tarnly::ScriptTriggerMapper {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "TarnlyCore/Recording/LogLine.hpp"
-#include "TarnlyPlatform/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/FileDescriptor.hpp"
 
 namespace tarnly {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {

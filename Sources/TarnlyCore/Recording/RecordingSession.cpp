@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyPlatform/PrivateFiles.hpp"
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 namespace tarnly {
 namespace {

@@ -10,7 +10,7 @@
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 
 namespace tarnly {
 

@@ -11,8 +11,8 @@
 #include "TarnlyCore/Protocol/SimBackend.hpp"
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
-#include "TarnlyPlatform/Clock.hpp"
-#include "TarnlyPlatform/Task.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "TarnlyCore/Script/TriggerEngine.hpp"
-#include "TarnlyPlatform/Guarded.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 
 namespace tarnly {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "TarnlyPlatform/JsonRecord.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly {
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Support/RunTask.hpp"
-#include "TarnlyPlatform/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly {
 namespace {

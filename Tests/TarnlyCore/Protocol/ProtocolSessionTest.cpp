@@ -10,7 +10,7 @@
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {

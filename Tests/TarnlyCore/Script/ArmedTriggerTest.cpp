@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "TarnlyCore/Script/Triggers.hpp"
-#include "TarnlyPlatform/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {

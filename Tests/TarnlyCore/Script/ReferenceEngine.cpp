@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "TarnlyPlatform/Text.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/ServiceName.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceName.hpp"
 
 #include <gtest/gtest.h>
 

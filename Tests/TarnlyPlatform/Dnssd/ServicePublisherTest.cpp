@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/ServicePublisher.hpp"
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "TarnlyPlatform/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 
 namespace tarnly {
 namespace {

@@ -6,8 +6,8 @@
 #include <iostream>
 #include <string>
 
-#include "TarnlyPlatform/ServiceBrowser.hpp"
-#include "TarnlyPlatform/ServicePublisher.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 
 /// tarnly_dnssd_publish publish NAME TYPE PORT [KEY VALUE]...
 ///     Publishes until its standard input ends, and prints the published name whenever it changes.

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/as_tuple.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <utility>
+
+#include "TarnlyPlatform/Base/Task.hpp"
+
+namespace tarnly {
+
+/// Wakes the coroutines of one thread that wait for a condition. A waiter checks its condition again in a
+/// loop.
+class Event {
+  public:
+    explicit Event(boost::asio::any_io_executor executor)
+        : timer_(std::move(executor), boost::asio::steady_timer::time_point::max()) {}
+
+    void notifyAll() { timer_.cancel(); }
+
+    Task<> wait() { co_await timer_.async_wait(boost::asio::as_tuple(boost::asio::use_awaitable)); }
+
+  private:
+    boost::asio::steady_timer timer_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,78 @@
+#include "TarnlyPlatform/Base/Text.hpp"
+
+#include <unicode/locid.h>
+#include <unicode/normalizer2.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+#include <cstdint>
+#include <stdexcept>
+
+namespace tarnly {
+namespace {
+
+constexpr std::size_t largestRatio = 16;
+
+icu::UnicodeString toUnicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+icu::UnicodeString decomposed(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* normalizer = icu::Normalizer2::getNFDInstance(status);
+    if (U_FAILURE(status)) throw std::runtime_error("ICU has no normalization data");
+    auto result = normalizer->normalize(toUnicode(text), status);
+    if (U_FAILURE(status)) throw std::runtime_error("ICU cannot normalize a text");
+    return result;
+}
+
+bool isWellFormed(std::string_view bytes) {
+    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const auto length = static_cast<std::int64_t>(bytes.size());
+    std::int64_t i = 0;
+    while (i < length) {
+        UChar32 codePoint = 0;
+        U8_NEXT(data, i, length, codePoint);
+        if (codePoint < 0) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool canonicallyEqual(std::string_view a, std::string_view b) {
+    // Equivalent texts differ in length by a factor of 9 at most. Normalizing takes quadratic time, which is
+    // not for a stranger to spend.
+    if (a.size() > largestRatio * b.size() || b.size() > largestRatio * a.size()) return false;
+    return a == b || decomposed(a) == decomposed(b);
+}
+
+std::string upperCased(std::string_view text) {
+    std::string result;
+    toUnicode(text).toUpper(icu::Locale::getRoot()).toUTF8String(result);
+    return result;
+}
+
+std::string wellFormedUtf8(std::string bytes) {
+    if (isWellFormed(bytes)) return bytes;
+    constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
+    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const auto length = static_cast<std::int64_t>(bytes.size());
+    std::string result;
+    result.reserve(bytes.size() + 16);
+    std::int64_t i = 0;
+    while (i < length) {
+        const auto start = i;
+        UChar32 codePoint = 0;
+        U8_NEXT(data, i, length, codePoint);
+        if (codePoint < 0) {
+            result += replacement;
+        } else {
+            result.append(bytes, static_cast<std::size_t>(start), static_cast<std::size_t>(i - start));
+        }
+    }
+    return result;
+}
+
+} // namespace tarnly

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <string_view>
+
+#include "TarnlyPlatform/Json/JsonError.hpp"
+
+namespace tarnly {
+
+/// What becomes of a number beyond the range of a double, such as 1e+9999.
+enum class NonFinite { rejected, kept };
+
+/// Parses one JSON text (RFC 8259) of at most 64 levels of nesting.
+///
+/// Numbers are read exactly: whole ones in the 64-bit range as integers, however they are written, others as
+/// the nearest double. Of duplicate keys the last counts. Throws `JsonError` for anything that is not
+/// exactly one JSON value: trailing text, a byte-order mark, a lone surrogate escape, nesting beyond the
+/// limit included.
+boost::json::value parseJson(std::string_view text, NonFinite nonFinite = NonFinite::rejected);
+
+} // namespace tarnly

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "TarnlyPlatform/Json/JsonError.hpp"
+
+namespace tarnly {
+
+/// Writes one compact JSON text onto a string, in the order of the calls.
+///
+/// Doubles take the shortest form that reads back the same, `/` in strings is escaped. Strings must be
+/// well-formed UTF-8.
+class JsonWriter {
+  public:
+    void beginObject();
+    void key(std::string_view name);
+    void endObject();
+
+    void beginArray();
+    void endArray();
+
+    void null();
+    void boolean(bool value);
+    void integer(std::int64_t value);
+    /// Throws `JsonError` for infinity and NaN.
+    void number(double value);
+    void string(std::string_view value);
+
+    /// The text so far; leaves the writer empty.
+    std::string take();
+
+  private:
+    void separate();
+    void quote(std::string_view text);
+
+    std::string out_;
+    bool needsComma_ = false;
+};
+
+} // namespace tarnly

@@ -1,0 +1,458 @@
+#include "TarnlyPlatform/Net/BeastWebSocket.hpp"
+
+#include <netinet/tcp.h>
+
+#include <algorithm>
+#include <boost/asio/as_tuple.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/compose.hpp>
+#include <boost/asio/connect.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+#include <boost/beast/websocket/stream.hpp>
+#include <chrono>
+#include <deque>
+#include <utility>
+
+#include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Net/FrameScanner.hpp"
+#include "TarnlyPlatform/Net/Resolve.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+
+namespace tarnly {
+namespace {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+namespace websocket = boost::beast::websocket;
+using asio::ip::tcp;
+using boost::system::error_code;
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr auto handshakePatience = std::chrono::seconds(10);
+/// How long a peer may take nothing of what is sent to it before it is cut.
+constexpr auto stallPatience = std::chrono::seconds(15);
+/// How long `cancel` waits for what was sent and for the peer's close.
+constexpr auto closePatience = std::chrono::milliseconds(500);
+/// Unsolicited bytes that a peer may owe before it is cut.
+constexpr std::size_t largestBacklog = 8 * 1024 * 1024;
+constexpr std::size_t defaultMessageLimit = 64 * 1024 * 1024;
+constexpr std::size_t chunkSize = 64 * 1024;
+constexpr std::string_view headEnd = "\r\n\r\n";
+
+constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
+
+/// The TCP stream beneath the WebSocket library: shows incoming frames to a `FrameScanner`, and knows when
+/// the peer last took something.
+class ScannedStream {
+  public:
+    using executor_type = tcp::socket::executor_type;
+
+    explicit ScannedStream(tcp::socket socket) : socket_(std::move(socket)) {}
+
+    executor_type get_executor() { return socket_.get_executor(); }
+    tcp::socket& next_layer() { return socket_; }
+    FrameScanner& scanner() { return scanner_; }
+    SteadyClock::time_point lastProgress() const { return lastProgress_; }
+    void noteProgress() { lastProgress_ = SteadyClock::now(); }
+
+    /// From here on the incoming bytes are frames; `received` are the first of them.
+    void startScanning(std::string received) {
+        headEndSeen_ = headEnd.size();
+        received_ = std::move(received);
+        scanner_.scan({reinterpret_cast<unsigned char*>(received_.data()), received_.size()});
+    }
+
+    template <typename Buffers, typename Token>
+    auto async_read_some(const Buffers& buffers, Token&& token) {
+        auto step = [this, buffers, isStarted = false](auto& self, error_code error = {},
+                                                       std::size_t size = 0) mutable {
+            if (!isStarted) {
+                isStarted = true;
+                if (received_.empty()) {
+                    socket_.async_read_some(buffers, std::move(self));
+                    return;
+                }
+                const auto taken = takeReceived(buffers);
+                asio::post(socket_.get_executor(),
+                           [self = std::move(self), taken]() mutable { self.complete(error_code{}, taken); });
+                return;
+            }
+            if (size > 0) scan(buffers, size);
+            self.complete(error, size);
+        };
+        return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
+    }
+
+    template <typename Buffers, typename Token>
+    auto async_write_some(const Buffers& buffers, Token&& token) {
+        auto step = [this, buffers, isStarted = false](auto& self, error_code error = {},
+                                                       std::size_t size = 0) mutable {
+            if (!isStarted) {
+                isStarted = true;
+                socket_.async_write_some(buffers, std::move(self));
+                return;
+            }
+            if (size > 0) noteProgress();
+            self.complete(error, size);
+        };
+        return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
+    }
+
+  private:
+    template <typename Buffers>
+    std::size_t takeReceived(const Buffers& buffers) {
+        const auto size = asio::buffer_copy(buffers, asio::buffer(received_));
+        received_.erase(0, size);
+        return size;
+    }
+
+    template <typename Buffers>
+    void scan(const Buffers& buffers, std::size_t size) {
+        const auto end = asio::buffer_sequence_end(buffers);
+        for (auto i = asio::buffer_sequence_begin(buffers); size > 0 && i != end; ++i) {
+            const asio::mutable_buffer piece(*i);
+            const std::span bytes(static_cast<unsigned char*>(piece.data()), std::min(size, piece.size()));
+            scanner_.scan(skipHead(bytes));
+            size -= bytes.size();
+        }
+    }
+
+    /// What is left of the bytes behind the head of the opening handshake: frames may come in one packet with
+    /// it.
+    std::span<unsigned char> skipHead(std::span<unsigned char> bytes) {
+        while (headEndSeen_ < headEnd.size() && !bytes.empty()) {
+            const auto next = static_cast<char>(bytes.front());
+            if (next == headEnd[headEndSeen_]) {
+                ++headEndSeen_;
+            } else {
+                headEndSeen_ = next == headEnd.front() ? 1 : 0;
+            }
+            bytes = bytes.subspan(1);
+        }
+        return bytes;
+    }
+
+    tcp::socket socket_;
+    FrameScanner scanner_;
+    std::size_t headEndSeen_ = 0;
+    std::string received_;
+    SteadyClock::time_point lastProgress_ = SteadyClock::now();
+};
+
+/// The library's last step. Its own version for TCP waits for the peer to hang up, for as long as the peer
+/// likes; the socket is closed right after this one. Found by argument-dependent lookup.
+template <typename Handler>
+void async_teardown(boost::beast::role_type, ScannedStream& stream, Handler&& handler) {
+    error_code ignored;
+    stream.next_layer().shutdown(tcp::socket::shutdown_send, ignored);
+    asio::post(stream.get_executor(),
+               [handler = std::forward<Handler>(handler)]() mutable { handler(error_code{}); });
+}
+
+class BeastWebSocket final : public WebSocketConnection, public std::enable_shared_from_this<BeastWebSocket> {
+  public:
+    explicit BeastWebSocket(tcp::socket socket)
+        : stream_(std::move(socket)),
+          incomingChanged_(stream_.get_executor()),
+          outgoingChanged_(stream_.get_executor()),
+          stallTimer_(stream_.get_executor()),
+          closeTimer_(stream_.get_executor()) {
+        auto limits = websocket::stream_base::timeout::suggested(boost::beast::role_type::server);
+        limits.handshake_timeout = handshakePatience;
+        limits.idle_timeout = websocket::stream_base::none();
+        limits.keep_alive_pings = false;
+        stream_.set_option(limits);
+        stream_.read_message_max(0); // our own limit can change while a message is under way
+        stream_.auto_fragment(false);
+    }
+
+    Task<bool> accept(std::string requestHead, std::string received) {
+        http::request_parser<http::empty_body> parser;
+        parser.eager(false);
+        error_code error;
+        parser.put(asio::buffer(requestHead), error);
+        if (error) co_return false;
+        stream_.next_layer().startScanning(std::move(received));
+        const auto request = parser.release();
+        auto [failure] = co_await stream_.async_accept(request, asTuple);
+        if (failure) co_return false;
+        open();
+        co_return true;
+    }
+
+    static Task<> connect(std::shared_ptr<BeastWebSocket> self, Endpoint endpoint, std::string target) {
+        const auto name = describe(endpoint);
+        asio::co_spawn(self->stream_.get_executor(), limitOpening(self, name), asio::detached);
+        auto [unresolved, addresses] = co_await resolveTcp(endpoint);
+        if (unresolved)
+            co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + unresolved.message());
+        if (self->hasEnded_) co_return; // cancelled meanwhile
+        auto& socket = self->stream_.next_layer().next_layer();
+        auto [refused, peer] = co_await asio::async_connect(socket, addresses, asTuple);
+        if (refused)
+            co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + refused.message());
+        setSocketOptions(socket);
+        auto [failure] = co_await self->stream_.async_handshake(name, target, asTuple);
+        if (failure)
+            co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + failure.message());
+        self->open();
+    }
+
+    Task<std::optional<Message>> receive() override {
+        const auto self = shared_from_this();
+        isWanted_ = true;
+        incomingChanged_.notifyAll();
+        while (!ready_ && !hasEnded_) {
+            co_await incomingChanged_.wait();
+        }
+        isWanted_ = false;
+        auto message = std::exchange(ready_, std::nullopt);
+        incomingChanged_.notifyAll();
+        co_return message;
+    }
+
+    void send(std::string text, Kind kind) override {
+        if (hasEnded_ || isClosing_) return;
+        if (kind == Kind::unsolicited) {
+            if (backlog_ + text.size() > largestBacklog) {
+                return fail(NetworkError::Case::timedOut, "the peer does not read what is sent to it");
+            }
+            backlog_ += text.size();
+        }
+        queue_.push_back({std::move(text), kind});
+        ++queued_;
+        if (isOpen_ && !isWriting_) startWriting();
+    }
+
+    Task<> drained() override {
+        const auto self = shared_from_this();
+        const auto target = queued_;
+        while (written_ < target && !hasEnded_) {
+            co_await outgoingChanged_.wait();
+        }
+        if (written_ >= target && !hasEnded_) co_return;
+        if (failure_) throw *failure_;
+        throw NetworkError(NetworkError::Case::connectionClosed, "the connection has been closed");
+    }
+
+    std::size_t backlog() const override { return backlog_; }
+
+    void setMessageLimit(std::size_t bytes) override { messageLimit_ = bytes; }
+
+    void cancel() override { close(websocket::close_code::normal); }
+
+    std::optional<NetworkError> failure() const override { return failure_; }
+
+    static void setSocketOptions(tcp::socket& socket) {
+        error_code ignored; // each is an improvement that the connection can do without
+        socket.set_option(tcp::no_delay(true), ignored);
+        // A peer that vanished without a word, as a tablet does that leaves the Wi-Fi, is noticed within a
+        // minute.
+        socket.set_option(asio::socket_base::keep_alive(true), ignored);
+        setTcpOption(socket, TCP_KEEPIDLE, 30);
+        setTcpOption(socket, TCP_KEEPINTVL, 10);
+        setTcpOption(socket, TCP_KEEPCNT, 3);
+    }
+
+  private:
+    static void setTcpOption(tcp::socket& socket, int option, int value) {
+        setsockopt(socket.native_handle(), IPPROTO_TCP, option, &value, sizeof value);
+    }
+
+    struct Outgoing {
+        std::string text;
+        Kind kind;
+    };
+
+    void open() {
+        if (hasEnded_) return;
+        isOpen_ = true;
+        closeTimer_.cancel();
+        stream_.text(true);
+        asio::co_spawn(stream_.get_executor(), read(shared_from_this()), asio::detached);
+        if (!queue_.empty()) startWriting();
+    }
+
+    // Incoming
+
+    /// Reads until the connection ends. Goes on beyond the first chunk of a message only when somebody
+    /// receives, and beyond a message only when it has been taken.
+    static Task<> read(std::shared_ptr<BeastWebSocket> self) {
+        bool isText = false;
+        bool isFirst = true;
+        std::string content;
+        while (!self->hasEnded_) {
+            auto buffer = asio::dynamic_buffer(content);
+            auto [error, size] = co_await self->stream_.async_read_some(buffer, chunkSize, asTuple);
+            if (error) co_return self->endReading(error);
+            if (isFirst) isText = self->stream_.next_layer().scanner().takeIsText();
+            if (!isText) content.clear();
+            if (content.size() > self->messageLimit_) co_return self->close(websocket::close_code::too_big);
+            isFirst = self->stream_.is_message_done();
+            if (isFirst) {
+                self->deliver(isText, std::exchange(content, {}));
+                while (self->ready_ && !self->hasEnded_) {
+                    co_await self->incomingChanged_.wait();
+                }
+            } else {
+                while (!self->isWanted_ && !self->hasEnded_) {
+                    co_await self->incomingChanged_.wait();
+                }
+            }
+        }
+    }
+
+    void deliver(bool isText, std::string content) {
+        if (isText) {
+            ready_ = Message{Opcode::text, std::move(content)};
+        } else {
+            ready_ = Message{Opcode::binary, {}};
+        }
+        incomingChanged_.notifyAll();
+    }
+
+    void endReading(const error_code& error) {
+        if (error == websocket::error::closed || error == asio::error::operation_aborted) return end();
+        fail(NetworkError::Case::connectionClosed, error.message());
+    }
+
+    // Outgoing
+
+    void startWriting() {
+        isWriting_ = true;
+        stream_.next_layer().noteProgress();
+        if (!isStallWatched_)
+            asio::co_spawn(stream_.get_executor(), watchForStall(shared_from_this()), asio::detached);
+        isStallWatched_ = true;
+        asio::co_spawn(stream_.get_executor(), write(shared_from_this()), asio::detached);
+    }
+
+    static Task<> write(std::shared_ptr<BeastWebSocket> self) {
+        while (!self->queue_.empty() && !self->hasEnded_) {
+            const auto buffer = asio::buffer(self->queue_.front().text);
+            auto [error, size] = co_await self->stream_.async_write(buffer, asTuple);
+            if (error) co_return self->fail(NetworkError::Case::connectionClosed, error.message());
+            self->noteWritten();
+        }
+        self->isWriting_ = false;
+    }
+
+    void noteWritten() {
+        if (queue_.front().kind == Kind::unsolicited) backlog_ -= queue_.front().text.size();
+        queue_.pop_front();
+        ++written_;
+        outgoingChanged_.notifyAll();
+    }
+
+    /// One timer for as long as there is traffic, instead of one a message.
+    static Task<> watchForStall(std::shared_ptr<BeastWebSocket> self) {
+        while (self->isWriting_ && !self->hasEnded_) {
+            const auto deadline = self->stream_.next_layer().lastProgress() + stallPatience;
+            if (SteadyClock::now() >= deadline) {
+                co_return self->fail(NetworkError::Case::timedOut,
+                                     "the peer takes nothing of what is sent to it");
+            }
+            self->stallTimer_.expires_at(deadline);
+            co_await self->stallTimer_.async_wait(asTuple);
+        }
+        self->isStallWatched_ = false;
+    }
+
+    // The end
+
+    void close(websocket::close_code code) {
+        if (isClosing_ || hasEnded_) return;
+        if (!isOpen_) return end();
+        isClosing_ = true;
+        asio::co_spawn(stream_.get_executor(), closeInOrder(shared_from_this(), code), asio::detached);
+    }
+
+    static Task<> closeInOrder(std::shared_ptr<BeastWebSocket> self, websocket::close_code code) {
+        asio::co_spawn(self->stream_.get_executor(), endAfterPatience(self), asio::detached);
+        while (self->isWriting_ && !self->hasEnded_) {
+            co_await self->outgoingChanged_.wait();
+        }
+        if (self->hasEnded_) co_return;
+        const websocket::close_reason reason(code);
+        co_await self->stream_.async_close(reason, asTuple);
+        self->end();
+    }
+
+    static Task<> limitOpening(std::shared_ptr<BeastWebSocket> self, std::string name) {
+        self->closeTimer_.expires_after(handshakePatience);
+        co_await self->closeTimer_.async_wait(asTuple);
+        if (!self->isOpen_) self->fail(NetworkError::Case::timedOut, name);
+    }
+
+    static Task<> endAfterPatience(std::shared_ptr<BeastWebSocket> self) {
+        self->closeTimer_.expires_after(closePatience);
+        co_await self->closeTimer_.async_wait(asTuple);
+        self->end();
+    }
+
+    void fail(NetworkError::Case which, const std::string& detail) {
+        if (hasEnded_) return;
+        if (!isClosing_) failure_.emplace(which, detail);
+        end();
+    }
+
+    void end() {
+        if (hasEnded_) return;
+        hasEnded_ = true;
+        error_code ignored;
+        stream_.next_layer().next_layer().close(ignored);
+        stallTimer_.cancel();
+        closeTimer_.cancel();
+        incomingChanged_.notifyAll();
+        outgoingChanged_.notifyAll();
+    }
+
+    websocket::stream<ScannedStream> stream_;
+    bool isOpen_ = false;
+    bool isClosing_ = false;
+    bool hasEnded_ = false;
+    std::optional<NetworkError> failure_;
+
+    std::size_t messageLimit_ = defaultMessageLimit;
+    std::optional<Message> ready_;
+    bool isWanted_ = false;
+    Event incomingChanged_;
+
+    std::deque<Outgoing> queue_;
+    std::size_t backlog_ = 0;
+    std::uint64_t queued_ = 0;
+    std::uint64_t written_ = 0;
+    bool isWriting_ = false;
+    Event outgoingChanged_;
+
+    asio::steady_timer stallTimer_;
+    bool isStallWatched_ = false;
+    asio::steady_timer closeTimer_;
+};
+
+} // namespace
+
+Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, std::string requestHead,
+                                                           std::string received) {
+    BeastWebSocket::setSocketOptions(socket);
+    const auto connection = std::make_shared<BeastWebSocket>(std::move(socket));
+    const bool isOpen = co_await connection->accept(std::move(requestHead), std::move(received));
+    if (!isOpen) co_return nullptr;
+    co_return connection;
+}
+
+std::shared_ptr<WebSocketConnection> openWebSocket(asio::any_io_executor executor, Endpoint endpoint,
+                                                   std::string target) {
+    auto connection = std::make_shared<BeastWebSocket>(tcp::socket(executor));
+    auto connecting = BeastWebSocket::connect(connection, std::move(endpoint), std::move(target));
+    asio::co_spawn(executor, std::move(connecting), asio::detached);
+    return connection;
+}
+
+} // namespace tarnly

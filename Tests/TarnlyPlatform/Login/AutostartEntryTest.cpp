@@ -1,0 +1,244 @@
+#include "TarnlyPlatform/Login/AutostartEntry.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "Support/TemporaryFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+using Status = LoginItem::Status;
+
+class AutostartEntryTest : public testing::Test {
+  protected:
+    AutostartEntryTest() { std::filesystem::permissions(program_, std::filesystem::perms::owner_all); }
+
+    AutostartEntry entry() const { return entryFor({program_.string(), "--hidden"}); }
+    AutostartEntry entryFor(std::vector<std::string> command) const {
+        return {autostart_, {"tarnly", "Tarnly", "Connects a tablet", "tarnly-icon", std::move(command)}};
+    }
+
+    /// The status of an entry with `lines` in its main group.
+    Status statusOf(const std::string& lines) const { return statusOfText("[Desktop Entry]\n" + lines); }
+    Status statusOfText(const std::string& text) const {
+        std::filesystem::create_directories(autostart_);
+        std::ofstream(file_, std::ios::binary) << text;
+        return entry().status();
+    }
+
+    std::string exec() const { return "Exec=" + program_.string() + "\n"; }
+
+    std::string text() const {
+        std::ifstream stream(file_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    const test::TemporaryFolder folder_;
+    const std::filesystem::path program_ = folder_.write("program", "#!/bin/sh\n");
+    const std::filesystem::path autostart_ = folder_.path() / "configuration" / "autostart";
+    const std::filesystem::path file_ = autostart_ / "tarnly.desktop";
+};
+
+TEST_F(AutostartEntryTest, IsNotRegisteredBeforeAnybodyRegistersIt) {
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+    EXPECT_FALSE(std::filesystem::exists(autostart_));
+}
+
+TEST_F(AutostartEntryTest, WritesTheEntry) {
+    entry().registerItem();
+    EXPECT_EQ(text(),
+              "[Desktop Entry]\n"
+              "Type=Application\n"
+              "Name=Tarnly\n"
+              "Comment=Connects a tablet\n"
+              "Icon=tarnly-icon\n"
+              "Exec=" +
+                  program_.string() +
+                  " --hidden\n"
+                  "TryExec=" +
+                  program_.string() +
+                  "\n"
+                  "Terminal=false\n"
+                  "X-GNOME-Autostart-enabled=true\n");
+    EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, EscapesTheCommandTwice) {
+    entryFor({"/opt/my programs/50%/tarnly", R"(C:\X "Plane" $1)"}).registerItem();
+    EXPECT_NE(
+        text().find("\nExec=\"/opt/my programs/50%%/tarnly\" \"C:\\\\\\\\X \\\\\"Plane\\\\\" \\\\$1\"\n"),
+        std::string::npos)
+        << text();
+    EXPECT_NE(text().find("\nTryExec=/opt/my programs/50%/tarnly\n"), std::string::npos) << text();
+}
+
+TEST_F(AutostartEntryTest, FindsAProgramWithAnAwkwardName) {
+    const auto program = folder_.write("a \"b\" %c \\d $e", "#!/bin/sh\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    auto awkward = entryFor({program.string()});
+    awkward.registerItem();
+    EXPECT_EQ(awkward.status(), Status::enabled);
+    std::filesystem::remove(program);
+    EXPECT_EQ(awkward.status(), Status::notFound);
+}
+
+TEST_F(AutostartEntryTest, LeavesEmptyKeysOut) {
+    AutostartEntry(autostart_, {"tarnly", "Tarnly", "", "", {"/t"}}).registerItem();
+    EXPECT_EQ(text().find("Comment"), std::string::npos);
+    EXPECT_EQ(text().find("Icon"), std::string::npos);
+}
+
+TEST_F(AutostartEntryTest, RefusesWhatAnEntryCannotCarry) {
+    for (const auto& command : std::vector<std::vector<std::string>>{
+             {}, {"tarnly"}, {"/opt/a=b/tarnly"}, {"/opt/tarnly", "two\nlines"}, {"/opt/\xFF"}}) {
+        try {
+            entryFor(command).registerItem();
+            ADD_FAILURE() << testing::PrintToString(command);
+        } catch (const LoginItemError& error) {
+            EXPECT_EQ(error.which(), LoginItemError::Case::notRepresentable);
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(AutostartEntryTest, RegisteringTurnsAnEntryOnAgain) {
+    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
+    entry().registerItem();
+    EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, RegisteringReplacesALinkAndLeavesItsTarget) {
+    const auto target = folder_.write("target", "of the link");
+    std::filesystem::create_directories(autostart_);
+    std::filesystem::create_symlink(target, file_);
+    entry().registerItem();
+    EXPECT_FALSE(std::filesystem::is_symlink(file_));
+    EXPECT_EQ(std::filesystem::file_size(target), 11U);
+    EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, RegisteringSaysWhereAndWhyItFailed) {
+    std::filesystem::create_directories(file_);
+    try {
+        entry().registerItem();
+        FAIL();
+    } catch (const LoginItemError& error) {
+        EXPECT_EQ(error.which(), LoginItemError::Case::cannotWrite);
+        EXPECT_EQ(error.what(), "cannotWrite(\"" + file_.string() + ": Is a directory\")");
+    }
+}
+
+TEST_F(AutostartEntryTest, UnregisteringRemovesTheEntry) {
+    entry().registerItem();
+    entry().unregisterItem();
+    EXPECT_FALSE(std::filesystem::exists(file_));
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, UnregisteringRemovesAnEntryThatIsTurnedOff) {
+    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
+    entry().unregisterItem();
+    EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(AutostartEntryTest, UnregisteringRemovesALinkAndLeavesItsTarget) {
+    std::filesystem::create_directories(autostart_);
+    std::filesystem::create_symlink(program_, file_);
+    entry().unregisterItem();
+    EXPECT_FALSE(std::filesystem::is_symlink(file_));
+    EXPECT_TRUE(std::filesystem::exists(program_));
+}
+
+TEST_F(AutostartEntryTest, UnregisteringNothingIsFine) {
+    EXPECT_NO_THROW(entry().unregisterItem());
+    folder_.write("configuration", "a file in place of the folder");
+    EXPECT_NO_THROW(entry().unregisterItem());
+}
+
+TEST_F(AutostartEntryTest, UnregisteringSaysWhereItFailed) {
+    std::filesystem::create_directories(file_);
+    try {
+        entry().unregisterItem();
+        FAIL();
+    } catch (const LoginItemError& error) {
+        EXPECT_EQ(error.which(), LoginItemError::Case::cannotRemove);
+        EXPECT_EQ(std::string(error.what()).find("cannotRemove(\"" + file_.string() + ": "), 0U)
+            << error.what();
+    }
+}
+
+TEST_F(AutostartEntryTest, IsTurnedOffByTheKeysOfTheDesktopsTools) {
+    EXPECT_EQ(statusOf(exec()), Status::enabled);
+    EXPECT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf(exec() + " Hidden = 1 \r\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf(exec() + "Hidden=false\n"), Status::enabled);
+    EXPECT_EQ(statusOf(exec() + "X-GNOME-Autostart-enabled=false\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf(exec() + "X-GNOME-Autostart-enabled=true\n"), Status::enabled);
+    EXPECT_EQ(statusOf(exec() + "[Other]\nHidden=true\n"), Status::enabled);
+    EXPECT_EQ(statusOf("Hidden=true\n"), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, IsNotFoundWithoutItsProgram) {
+    EXPECT_EQ(statusOf("Exec=/nowhere/tarnly\n"), Status::notFound);
+    EXPECT_EQ(statusOf("TryExec=/nowhere/tarnly\n" + exec()), Status::notFound);
+    EXPECT_EQ(statusOf("Exec=" + folder_.path().string() + "\n"), Status::notFound);
+    EXPECT_EQ(statusOf("Name=Tarnly\n"), Status::notFound);
+    std::filesystem::permissions(program_, std::filesystem::perms::owner_read);
+    EXPECT_EQ(statusOf(exec()), Status::notFound);
+}
+
+TEST_F(AutostartEntryTest, TryExecDecidesWhereItIsThere) {
+    EXPECT_EQ(statusOf("TryExec=" + program_.string() + "\nExec=env A=b tarnly\n"), Status::enabled);
+    EXPECT_EQ(statusOf("TryExec=\n" + exec()), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, LooksForRelativeNamesInTheSearchPath) {
+    const std::string before = std::getenv("PATH");
+    setenv("PATH", (":/nowhere:" + folder_.path().string()).c_str(), 1);
+    EXPECT_EQ(statusOf("Exec=program --hidden\n"), Status::enabled);
+    EXPECT_EQ(statusOf("Exec=other\n"), Status::notFound);
+    EXPECT_EQ(statusOf("Exec=./program\n"), Status::notFound);
+    setenv("PATH", before.c_str(), 1);
+}
+
+TEST_F(AutostartEntryTest, IsNotRegisteredWhereTheFileIsNoEntry) {
+    EXPECT_EQ(statusOfText(""), Status::notRegistered);
+    EXPECT_EQ(statusOfText(exec()), Status::notRegistered);
+    EXPECT_EQ(statusOfText(std::string("\0\xFF[=]\n\n", 7)), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, ReadsNoMoreThanAnEntryMayHave) {
+    const auto entryOf = [&](std::size_t size) {
+        const auto text = "[Desktop Entry]\n" + exec() + "#";
+        return text + std::string(size - text.size(), 'x');
+    };
+    EXPECT_EQ(statusOfText(entryOf(64 * 1024)), Status::enabled);
+    EXPECT_EQ(statusOfText(entryOf(64 * 1024 + 1)), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, IsNotRegisteredWhereThereIsNoFileButAFolderOrAPipe) {
+    std::filesystem::create_directories(file_);
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+    std::filesystem::remove(file_);
+    ASSERT_EQ(mkfifo(file_.c_str(), S_IRUSR | S_IWUSR), 0);
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+    entry().registerItem();
+    EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, FollowsALinkToAnEntry) {
+    std::filesystem::create_directories(autostart_);
+    std::filesystem::create_symlink(folder_.write("target", "[Desktop Entry]\n" + exec()), file_);
+    EXPECT_EQ(entry().status(), Status::enabled);
+    std::filesystem::remove(folder_.path() / "target");
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+} // namespace
+} // namespace tarnly

@@ -1,0 +1,112 @@
+#include "TarnlyPlatform/Net/HttpClient.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/write.hpp>
+
+#include "Support/LoopbackListener.hpp"
+#include "Support/RunTask.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
+
+namespace tarnly {
+namespace {
+
+using boost::asio::ip::tcp;
+
+constexpr auto patience = std::chrono::seconds(20);
+
+std::string headerValue(const HttpRequest& request, const std::string& name) {
+    for (const auto& [key, value] : request.headers) {
+        if (key == name) return value;
+    }
+    return {};
+}
+
+Task<std::optional<HttpResponse>> mirror(HttpRequest request, bool) {
+    co_return HttpResponse{503, "text/x-mirror",
+                           request.method + " " + request.target + " " + headerValue(request, "Accept") +
+                               " " + headerValue(request, "Host") + " " + request.body};
+}
+
+TEST(HttpClient, SendsARequestAndReturnsTheResponseWhateverItsStatus) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, mirror);
+    HttpRequest request{"POST", "/a/b?c", {{"Accept", "application/json"}}, "body"};
+    const auto response = test::runTask(io, fetchHttp(listener.endpoint(), std::move(request), patience));
+    EXPECT_EQ(response.status, 503U);
+    EXPECT_EQ(response.contentType, "text/x-mirror");
+    EXPECT_EQ(response.body, "POST /a/b?c application/json " + describe(listener.endpoint()) + " body");
+}
+
+Task<std::optional<HttpResponse>> answerAtLength(HttpRequest, bool) {
+    co_return HttpResponse{200, "text/plain", std::string(20 * 1024 * 1024, 'x')};
+}
+
+TEST(HttpClient, TakesALongResponse) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, answerAtLength);
+    const auto response = test::runTask(io, fetchHttp(listener.endpoint(), HttpRequest{}, patience));
+    EXPECT_EQ(response.body.size(), 20U * 1024 * 1024);
+}
+
+/// Accepts one peer, sends it `bytes` after its request, and hangs up unless it is to be `silent`.
+Task<> serveOnce(tcp::acceptor& acceptor, std::string bytes, bool silent) {
+    auto socket = co_await acceptor.async_accept(boost::asio::use_awaitable);
+    std::array<char, 4096> request;
+    co_await socket.async_read_some(boost::asio::buffer(request), boost::asio::use_awaitable);
+    co_await boost::asio::async_write(socket, boost::asio::buffer(bytes), boost::asio::use_awaitable);
+    if (silent) {
+        co_await socket.async_read_some(boost::asio::buffer(request), boost::asio::use_awaitable);
+    }
+}
+
+NetworkError::Case failureOf(std::string bytes, bool silent, std::chrono::milliseconds timeout) {
+    boost::asio::io_context io;
+    tcp::acceptor acceptor(io, {boost::asio::ip::address_v4::loopback(), 0});
+    boost::asio::co_spawn(io, serveOnce(acceptor, std::move(bytes), silent), boost::asio::detached);
+    const Endpoint endpoint{"127.0.0.1", acceptor.local_endpoint().port()};
+    try {
+        test::runTask(io, fetchHttp(endpoint, HttpRequest{}, timeout));
+    } catch (const NetworkError& error) {
+        return error.which();
+    }
+    throw std::runtime_error("the exchange did not fail");
+}
+
+TEST(HttpClient, TellsFailuresApart) {
+    using Case = NetworkError::Case;
+    EXPECT_EQ(failureOf("", false, patience), Case::connectionClosed);
+    EXPECT_EQ(failureOf("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort", false, patience),
+              Case::connectionClosed);
+    EXPECT_EQ(failureOf("this is no HTTP\r\n\r\n", false, patience), Case::invalidResponse);
+    EXPECT_EQ(failureOf("", true, std::chrono::milliseconds(50)), Case::timedOut);
+    EXPECT_EQ(
+        failureOf("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nshort", true, std::chrono::milliseconds(50)),
+        Case::timedOut);
+}
+
+TEST(HttpClient, ARefusedConnectionSaysWhere) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    const auto nobody = listener.endpoint();
+    listener.listener().cancel();
+    try {
+        test::runTask(io, fetchHttp(nobody, HttpRequest{}, patience));
+        FAIL() << "somebody answered";
+    } catch (const NetworkError& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "connectionFailed(\"" + describe(nobody) + ": Connection refused\")");
+    }
+}
+
+TEST(Http, DescribesEndpoints) {
+    EXPECT_EQ(describe({"127.0.0.1", 8086}), "127.0.0.1:8086");
+    EXPECT_EQ(describe({"::1", 80}), "[::1]:80");
+}
+
+} // namespace
+} // namespace tarnly

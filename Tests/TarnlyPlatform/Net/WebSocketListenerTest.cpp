@@ -1,0 +1,130 @@
+#include "TarnlyPlatform/Net/WebSocketListener.hpp"
+
+#include <gtest/gtest.h>
+
+#include "Support/LoopbackListener.hpp"
+#include "Support/RawPeer.hpp"
+#include "Support/RunTask.hpp"
+#include "TarnlyPlatform/Net/HttpClient.hpp"
+
+namespace tarnly {
+namespace {
+
+using test::RawPeer;
+constexpr auto patience = std::chrono::seconds(20);
+
+Task<std::optional<HttpResponse>> echo(HttpRequest request, bool isUpgrade) {
+    if (isUpgrade && request.target == "/") co_return std::nullopt;
+    if (request.target == "/absent") co_return std::nullopt;
+    co_return HttpResponse{200, "text/plain", request.method + " " + request.target + " " + request.body};
+}
+
+Task<HttpResponse> get(test::LoopbackListener& listener, std::string target) {
+    HttpRequest request;
+    request.target = std::move(target);
+    auto response = co_await fetchHttp(listener.endpoint(), std::move(request), patience);
+    co_return response;
+}
+
+TEST(WebSocketListener, AnswersPlainRequestsWith426) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    EXPECT_EQ(test::runTask(io, get(listener, "/")).status, 426U);
+}
+
+TEST(WebSocketListener, LetsTheApplicationAnswerFirst) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, echo);
+    EXPECT_EQ(test::runTask(io, get(listener, "/x?y=1")).body, "GET /x?y=1 ");
+    EXPECT_EQ(test::runTask(io, get(listener, "/absent")).status, 426U);
+}
+
+Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::string bytes) {
+    RawPeer peer(io);
+    co_await peer.connect(endpoint);
+    co_await peer.write(std::move(bytes));
+    auto answer = co_await peer.readUntilEnd();
+    co_return answer;
+}
+
+TEST(WebSocketListener, KeepsTheConnectionForPipelinedRequestsWithBodies) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, echo);
+    const auto answer =
+        test::runTask(io, converse(io, listener.endpoint(),
+                                   "POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\none"
+                                   "POST /b HTTP/1.1\r\nContent-Length: 3\r\nConnection: close\r\n\r\ntwo"));
+    EXPECT_NE(answer.find("POST /a one"), std::string::npos);
+    EXPECT_NE(answer.find("POST /b two"), std::string::npos);
+}
+
+TEST(WebSocketListener, RefusesWhatIsNoRequest) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, echo);
+    const auto nonsense = test::runTask(io, converse(io, listener.endpoint(), "\x16\x03\x01 hello\r\n\r\n"));
+    EXPECT_EQ(nonsense.substr(0, 12), "HTTP/1.1 400");
+    const auto endless =
+        test::runTask(io, converse(io, listener.endpoint(), "GET /" + std::string(20000, 'x')));
+    EXPECT_EQ(endless, "");
+    const auto huge = test::runTask(
+        io, converse(io, listener.endpoint(), "POST / HTTP/1.1\r\nContent-Length: 99999999\r\n\r\n"));
+    EXPECT_EQ(huge.substr(0, 12), "HTTP/1.1 400");
+}
+
+TEST(WebSocketListener, CanRefuseAnUpgrade) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io, echo);
+    const auto answer = test::runTask(
+        io,
+        converse(io, listener.endpoint(),
+                 "GET /elsewhere HTTP/1.1\r\nHost: x\r\nConnection: Upgrade, close\r\nUpgrade: websocket\r\n"
+                 "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n"));
+    EXPECT_EQ(answer.substr(0, 12), "HTTP/1.1 200");
+}
+
+TEST(WebSocketListener, RefusesAnotherWebSocketVersion) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    const auto answer = test::runTask(
+        io, converse(io, listener.endpoint(),
+                     "GET / HTTP/1.1\r\nHost: x\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n"
+                     "Sec-WebSocket-Version: 8\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n"));
+    EXPECT_EQ(answer.substr(0, 10), "HTTP/1.1 4");
+}
+
+TEST(WebSocketListener, APortInUseIsAClearError) {
+    boost::asio::io_context io;
+    test::LoopbackListener first(io);
+    WebSocketListener::Options options;
+    options.port = first.endpoint().port;
+    options.reach = WebSocketListener::Reach::loopbackIPv4;
+    try {
+        WebSocketListener second(io.get_executor(), options, {});
+        FAIL() << "the port was free";
+    } catch (const NetworkError& error) {
+        EXPECT_EQ(error.which(), NetworkError::Case::listenFailed);
+        EXPECT_EQ(std::string(error.what()),
+                  "listenFailed(\"port " + std::to_string(options.port) + ": Address already in use\")");
+    }
+}
+
+TEST(WebSocketListener, ServesBothFamilies) {
+    boost::asio::io_context io;
+    WebSocketListener listener(io.get_executor(), {}, {});
+    for (const char* host : {"127.0.0.1", "::1"}) {
+        const Endpoint endpoint{host, listener.port()};
+        const auto response = test::runTask(io, fetchHttp(endpoint, HttpRequest{}, patience));
+        EXPECT_EQ(response.status, 426U) << host;
+    }
+}
+
+TEST(WebSocketListener, ACancelledListenerAcceptsNobody) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    listener.listener().cancel();
+    listener.listener().cancel();
+    EXPECT_THROW(test::runTask(io, get(listener, "/")), NetworkError);
+}
+
+} // namespace
+} // namespace tarnly
