@@ -6,7 +6,7 @@
 
 #include "TarnlyApp/StatusText.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
-#include "TarnlyXPlane/NetworkTransport.hpp"
+#include "TarnlyXPlane/Link/NetworkTransport.hpp"
 
 namespace tarnly {
 namespace {

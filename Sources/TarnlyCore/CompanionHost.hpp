@@ -11,9 +11,9 @@
 
 #include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
 #include "TarnlyCore/Discovery/PairingManager.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
-#include "TarnlyCore/Protocol/SimBackend.hpp"
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"

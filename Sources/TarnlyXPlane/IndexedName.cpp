@@ -1,6 +1,6 @@
 #include "TarnlyXPlane/IndexedName.hpp"
 
-#include "TarnlyXPlane/DecimalInteger.hpp"
+#include "TarnlyXPlane/Link/DecimalInteger.hpp"
 
 namespace tarnly {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyXPlane/Catalog.hpp"
-#include "TarnlyXPlane/ValueCache.hpp"
+#include "TarnlyXPlane/Link/Catalog.hpp"
+#include "TarnlyXPlane/Link/ValueCache.hpp"
 
 namespace tarnly {
 

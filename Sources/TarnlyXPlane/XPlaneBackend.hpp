@@ -8,12 +8,12 @@
 #include <type_traits>
 #include <vector>
 
-#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
-#include "TarnlyXPlane/WebApiLink.hpp"
-#include "TarnlyXPlane/XPlaneTransport.hpp"
+#include "TarnlyXPlane/Link/WebApiLink.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
 

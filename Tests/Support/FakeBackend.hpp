@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 
 namespace tarnly::test {

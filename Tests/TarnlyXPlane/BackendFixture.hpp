@@ -9,10 +9,10 @@
 #include <string>
 #include <utility>
 
-#include "FakeTransport.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/VirtualClock.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyXPlane/FakeTransport.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 

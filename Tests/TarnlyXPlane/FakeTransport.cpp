@@ -1,4 +1,4 @@
-#include "FakeTransport.hpp"
+#include "TarnlyXPlane/FakeTransport.hpp"
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Json/JsonWriter.hpp"

@@ -12,7 +12,7 @@
 
 #include "Support/VirtualClock.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
-#include "TarnlyXPlane/XPlaneTransport.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly::test {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "BackendFixture.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "TarnlyXPlane/BackendFixture.hpp"
 #include "TarnlyXPlane/SimoPacket.hpp"
 
 namespace tarnly {

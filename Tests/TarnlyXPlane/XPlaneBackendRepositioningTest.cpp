@@ -3,8 +3,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "BackendFixture.hpp"
 #include "TarnlyXPlane/Attitude.hpp"
+#include "TarnlyXPlane/BackendFixture.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "BackendFixture.hpp"
+#include "TarnlyXPlane/BackendFixture.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
 
 namespace tarnly {

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "BackendFixture.hpp"
+#include "TarnlyXPlane/BackendFixture.hpp"
 
 namespace tarnly {
 namespace {

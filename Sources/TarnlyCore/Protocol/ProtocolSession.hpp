@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "TarnlyCore/Discovery/PairingManager.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Protocol/SimBackend.hpp"
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Script/FixResolver.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"

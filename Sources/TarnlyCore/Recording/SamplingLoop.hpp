@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-#include "TarnlyCore/Protocol/SimBackend.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"

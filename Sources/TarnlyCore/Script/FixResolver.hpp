@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "TarnlyCore/Script/Coordinate.hpp"
+#include "TarnlyCore/Flight/Coordinate.hpp"
 
 namespace tarnly {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "TarnlyCore/Script/Coordinate.hpp"
+#include "TarnlyCore/Flight/Coordinate.hpp"
 #include "TarnlyCore/Script/TriggerConditionKind.hpp"
 
 namespace tarnly {

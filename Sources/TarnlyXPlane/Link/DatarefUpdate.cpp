@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/DatarefUpdate.hpp"
+#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
 
 #include <boost/json/value.hpp>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlyXPlane/DecimalInteger.hpp"
+#include "TarnlyXPlane/Link/DecimalInteger.hpp"
 
 namespace tarnly {
 namespace {

@@ -11,11 +11,11 @@
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
-#include "TarnlyXPlane/Catalog.hpp"
-#include "TarnlyXPlane/SharedAttempt.hpp"
-#include "TarnlyXPlane/ValueCache.hpp"
-#include "TarnlyXPlane/WebApiRequest.hpp"
-#include "TarnlyXPlane/XPlaneTransport.hpp"
+#include "TarnlyXPlane/Link/Catalog.hpp"
+#include "TarnlyXPlane/Link/SharedAttempt.hpp"
+#include "TarnlyXPlane/Link/ValueCache.hpp"
+#include "TarnlyXPlane/Link/WebApiRequest.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
 

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/ValueCache.hpp"
+#include "TarnlyXPlane/Link/ValueCache.hpp"
 
 #include <algorithm>
 #include <utility>

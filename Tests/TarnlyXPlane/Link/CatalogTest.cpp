@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/Catalog.hpp"
+#include "TarnlyXPlane/Link/Catalog.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/NetworkTransport.hpp"
+#include "TarnlyXPlane/Link/NetworkTransport.hpp"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
 
-#include "FakeTransport.hpp"
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
+#include "TarnlyXPlane/FakeTransport.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/DatarefUpdate.hpp"
+#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
 
 #include <gtest/gtest.h>
 

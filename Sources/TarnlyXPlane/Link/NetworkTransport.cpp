@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/NetworkTransport.hpp"
+#include "TarnlyXPlane/Link/NetworkTransport.hpp"
 
 #include <utility>
 

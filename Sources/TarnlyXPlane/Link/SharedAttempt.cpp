@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/SharedAttempt.hpp"
+#include "TarnlyXPlane/Link/SharedAttempt.hpp"
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 #include <boost/asio/any_io_executor.hpp>
 #include <memory>
 
-#include "TarnlyXPlane/XPlaneTransport.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
 

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/WebApiLink.hpp"
+#include "TarnlyXPlane/Link/WebApiLink.hpp"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "TarnlyPlatform/Base/Guarded.hpp"
-#include "TarnlyXPlane/DatarefUpdate.hpp"
+#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
 
 namespace tarnly {
 

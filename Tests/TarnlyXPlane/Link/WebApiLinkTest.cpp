@@ -1,10 +1,10 @@
-#include "TarnlyXPlane/WebApiLink.hpp"
+#include "TarnlyXPlane/Link/WebApiLink.hpp"
 
 #include <gtest/gtest.h>
 
 #include <boost/asio/detached.hpp>
 
-#include "BackendFixture.hpp"
+#include "TarnlyXPlane/BackendFixture.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/DecimalInteger.hpp"
+#include "TarnlyXPlane/Link/DecimalInteger.hpp"
 
 #include <charconv>
 #include <system_error>
