@@ -24,8 +24,6 @@ SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> serv
 
 } // namespace
 
-CompanionHostError CompanionHostError::alreadyStarted() { return CompanionHostError("alreadyStarted"); }
-
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                              std::shared_ptr<SimBackend> backend, Configuration configuration)
     : instanceName_(std::move(configuration.instanceName)),
@@ -48,7 +46,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       advertiser_(executor, std::move(configuration.publish)) {}
 
 Task<> CompanionHost::start() {
-    if (started_) throw CompanionHostError::alreadyStarted();
+    if (started_) throw CompanionHostError(CompanionHostError::Case::alreadyStarted);
     started_ = true;
     BonjourAdvertiser::Service service;
     service.instanceName = instanceName_;

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
@@ -18,20 +18,19 @@
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 
 namespace tarnly {
 
-class CompanionHostError : public std::runtime_error {
-  public:
-    static CompanionHostError alreadyStarted();
-
-  private:
-    using std::runtime_error::runtime_error;
+struct CompanionHostErrorCases {
+    enum class Case { alreadyStarted };
+    static constexpr std::array<std::string_view, 1> names{"alreadyStarted"};
 };
+using CompanionHostError = Error<CompanionHostErrorCases>;
 
-/// The composition root of the core: builds the shared services once and wires them together. Holds no logic
-/// beyond that. Belongs to the network thread.
+/// The composition root of the core: builds the shared services once and wires them together. Holds no
+/// logic beyond that. Belongs to the network thread.
 class CompanionHost {
   public:
     struct Configuration {
@@ -57,12 +56,12 @@ class CompanionHost {
     CompanionHost(const CompanionHost&) = delete;
     CompanionHost& operator=(const CompanionHost&) = delete;
 
-    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at the
-    /// second call, or what the advertiser throws; after a failure the host is of no more use.
+    /// Listens and publishes, then starts the heartbeat. Throws `CompanionHostError::alreadyStarted` at
+    /// the second call, or what the advertiser throws; after a failure the host is of no more use.
     Task<> start();
 
-    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless when
-    /// not started.
+    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless
+    /// when not started.
     void stop();
 
     PairingManager& pairing() { return *pairing_; }

@@ -5,7 +5,6 @@
 #include "TarnlyXPlane/Datarefs.hpp"
 #include "TarnlyXPlane/IndexedName.hpp"
 #include "TarnlyXPlane/TrackSampleReading.hpp"
-#include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
@@ -17,12 +19,34 @@
 
 namespace tarnly {
 
-/// The X-Plane flight simulator as a `SimBackend`: datarefs and commands over its local web API, situations
-/// by a datagram.
+/// What an operation of `XPlaneBackend` fails with, besides failures of the network. In parentheses what
+/// goes with the case.
+struct XPlaneBackendErrorCases {
+    enum class Case {
+        unknownDataref,                   ///< absent from the catalogue (the dataref)
+        unknownCommand,                   ///< absent from the catalogue (the command)
+        commandFailed,                    ///< refused by the simulator (the command)
+        timeout,                          ///< no value came in time (the dataref)
+        flightNotFound,                   ///< no such file (its path)
+        notImplemented,                   ///< for a backend that lacks an operation (the operation)
+        situationsDirectoryNotConfigured, ///< (nothing)
+    };
+    static constexpr std::array<std::string_view, 7> names{"unknownDataref",
+                                                           "unknownCommand",
+                                                           "commandFailed",
+                                                           "timeout",
+                                                           "flightNotFound",
+                                                           "notImplemented",
+                                                           "situationsDirectoryNotConfigured"};
+};
+using XPlaneBackendError = Error<XPlaneBackendErrorCases>;
+
+/// The X-Plane flight simulator as a `SimBackend`: datarefs and commands over its local web API,
+/// situations by a datagram.
 ///
 /// The first operation connects; nothing connects again, so a restarted simulator needs a new backend.
-/// Operations run on the network thread and may overlap; who awaits one keeps the backend alive meanwhile.
-/// They throw `XPlaneBackendError`, and `NetworkError` when the simulator cannot be reached.
+/// Operations run on the network thread and may overlap; who awaits one keeps the backend alive
+/// meanwhile. They throw `XPlaneBackendError`, and `NetworkError` when the simulator cannot be reached.
 class XPlaneBackend final : public SimBackend {
   public:
     /// `clock` and `workers` must outlive all that runs on the network thread.
@@ -35,17 +59,19 @@ class XPlaneBackend final : public SimBackend {
     /// Closes.
     ~XPlaneBackend() override;
 
-    /// Ends the connection to the simulator, for good: operations that need it fail from then on. Harmless
-    /// when repeated.
+    /// Ends the connection to the simulator, for good: operations that need it fail from then on.
+    /// Harmless when repeated.
     void close();
 
-    /// The absolute path of the folder with the situation files; without one, listing fails. From any thread.
+    /// The absolute path of the folder with the situation files; without one, listing fails. From any
+    /// thread.
     void setSituationsDirectory(std::optional<std::string> path);
 
     Task<SimInfo> simInfo() override;
 
-    /// `name` may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers the
-    /// last value that came; the first read of a dataref subscribes to it and waits for about a second.
+    /// `name` may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers
+    /// the last value that came; the first read of a dataref subscribes to it and waits for about a
+    /// second.
     Task<double> getDataref(std::string name) override;
 
     Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;

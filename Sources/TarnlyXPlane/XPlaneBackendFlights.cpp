@@ -3,7 +3,6 @@
 #include "TarnlyXPlane/SimoPacket.hpp"
 #include "TarnlyXPlane/SituationFiles.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
-#include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly {
 namespace {

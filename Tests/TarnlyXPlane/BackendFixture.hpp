@@ -14,7 +14,6 @@
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyXPlane/FakeTransport.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
-#include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly::test {
 

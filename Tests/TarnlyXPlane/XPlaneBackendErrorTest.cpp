@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/XPlaneBackendError.hpp"
+#include "TarnlyXPlane/XPlaneBackend.hpp"
 
 #include <gtest/gtest.h>
 

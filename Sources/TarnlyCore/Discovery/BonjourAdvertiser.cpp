@@ -4,15 +4,11 @@
 
 namespace tarnly {
 
-BonjourAdvertiserError BonjourAdvertiserError::alreadyStarted() {
-    return BonjourAdvertiserError("alreadyStarted");
-}
-
 BonjourAdvertiser::BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish)
     : executor_(std::move(executor)), publish_(std::move(publish)) {}
 
 Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
-    if (listener_) throw BonjourAdvertiserError::alreadyStarted();
+    if (listener_) throw BonjourAdvertiserError(BonjourAdvertiserError::Case::alreadyStarted);
     if (!onNewConnection) {
         onNewConnection = [](const std::shared_ptr<WebSocketConnection>& connection) {
             connection->cancel();

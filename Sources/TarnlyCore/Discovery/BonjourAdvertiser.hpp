@@ -1,14 +1,15 @@
 #pragma once
 
+#include <array>
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
@@ -16,13 +17,11 @@
 
 namespace tarnly {
 
-class BonjourAdvertiserError : public std::runtime_error {
-  public:
-    static BonjourAdvertiserError alreadyStarted();
-
-  private:
-    using std::runtime_error::runtime_error;
+struct BonjourAdvertiserErrorCases {
+    enum class Case { alreadyStarted };
+    static constexpr std::array<std::string_view, 1> names{"alreadyStarted"};
 };
+using BonjourAdvertiserError = Error<BonjourAdvertiserErrorCases>;
 
 /// Owns the companion's one listening port and publishes it by DNS-SD, so that clients find it without
 /// configuration.
@@ -48,13 +47,13 @@ class BonjourAdvertiser {
     /// Without `publish` the companion listens and tells nobody.
     BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish);
 
-    /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when there
-    /// is no `onNewConnection`. Throws `BonjourAdvertiserError::alreadyStarted`, or the `NetworkError` of a
-    /// listener that cannot be made.
+    /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when
+    /// there is no `onNewConnection`. Throws `BonjourAdvertiserError::alreadyStarted`, or the
+    /// `NetworkError` of a listener that cannot be made.
     Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection);
 
-    /// Withdraws the service and closes the port; connections that were handed over live on. May be started
-    /// again.
+    /// Withdraws the service and closes the port; connections that were handed over live on. May be
+    /// started again.
     void stop();
 
     /// Absent until started and after `stop`.

@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include "TarnlyCore/NavData/NavDatabaseError.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -43,7 +42,8 @@ NavDatabase::NavDatabase(const std::string& path) {
         const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
         connection.reset(opened);
         if (result == SQLITE_OK) return;
-        throw NavDatabaseError::openFailed(path, opened ? sqlite3_errmsg(opened) : "unknown error");
+        const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
+        throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
     });
 }
 

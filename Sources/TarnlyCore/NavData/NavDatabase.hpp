@@ -5,11 +5,22 @@
 #include <string>
 
 #include "TarnlyCore/Flight/Coordinate.hpp"
+#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 
 struct sqlite3;
 
 namespace tarnly {
+
+/// A navigation database that cannot be used.
+struct NavDatabaseErrorCases {
+    enum class Case {
+        /// `path` as it was given, `message` as SQLite gave it.
+        openFailed
+    };
+    static constexpr std::array<std::string_view, 1> names{"openFailed"};
+};
+using NavDatabaseError = Error<NavDatabaseErrorCases>;
 
 /// Where the fixes and navaids of the world are, from an SQLite file that others produce; never written.
 ///

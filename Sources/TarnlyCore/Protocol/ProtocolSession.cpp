@@ -7,7 +7,6 @@
 #include <exception>
 #include <utility>
 
-#include "TarnlyCore/Protocol/ProtocolSessionError.hpp"
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
@@ -51,7 +50,7 @@ std::optional<Params> findParams(const boost::json::value& json) {
 template <typename Params>
 Params requireParams(const boost::json::value& json, const char* complaint) {
     auto params = findParams<Params>(json);
-    if (!params) throw ProtocolSessionError::missingParams(complaint);
+    if (!params) throw ProtocolSessionError(ProtocolSessionError::Case::missingParams, complaint);
     return std::move(*params);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <boost/json/value.hpp>
 #include <cstdint>
 #include <memory>
@@ -15,21 +16,30 @@
 #include "TarnlyCore/Recording/RecordingSession.hpp"
 #include "TarnlyCore/Script/FixResolver.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
+#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 
 namespace tarnly {
 
+/// A session's own failure. Clients receive exactly `what()`: `missingParams("load_flight requires a
+/// path")`.
+struct ProtocolSessionErrorCases {
+    enum class Case { missingParams };
+    static constexpr std::array<std::string_view, 1> names{"missingParams"};
+};
+using ProtocolSessionError = Error<ProtocolSessionErrorCases>;
+
 /// One connection's side of the protocol: text in, text out. Knows no sockets and no clock.
 ///
 /// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, the
-/// recording and the script, and keeps the connection's dataref subscriptions. Owned by the server's table;
-/// lives as long as the connection or a task for it.
+/// recording and the script, and keeps the connection's dataref subscriptions. Owned by the server's
+/// table; lives as long as the connection or a task for it.
 class ProtocolSession {
   public:
-    /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes may
-    /// take seconds.
+    /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes
+    /// may take seconds.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                     std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
                     FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers);
@@ -38,17 +48,18 @@ class ProtocolSession {
     bool isPaired() const;
 
     /// The reply to one text frame, in which bytes that are not UTF-8 count as U+FFFD. Absent when the
-    /// connection is to be closed without one: an unpaired client learns nothing but the answer to "pair".
-    /// Never fails; to be called for one frame at a time.
+    /// connection is to be closed without one: an unpaired client learns nothing but the answer to
+    /// "pair". Never fails; to be called for one frame at a time.
     Task<std::optional<std::string>> handleMessage(std::string text);
 
-    /// The present values of all subscribed datarefs, or absent when there are none. Throws what the first
-    /// read that fails throws. May run beside `handleMessage`.
+    /// The present values of all subscribed datarefs, or absent when there are none. Throws what the
+    /// first read that fails throws. May run beside `handleMessage`.
     Task<std::optional<std::string>> buildSubscriptionPush();
 
     void addSubscriptions(const std::vector<std::string>& names);
 
-    /// The text of a response; the fixed "failed to encode response" error where `data` cannot be encoded.
+    /// The text of a response; the fixed "failed to encode response" error where `data` cannot be
+    /// encoded.
     template <typename Data>
     static std::string respond(std::string_view type, std::optional<std::int64_t> reqId, Data data);
 

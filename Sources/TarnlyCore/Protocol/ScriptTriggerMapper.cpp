@@ -3,8 +3,6 @@
 #include <optional>
 #include <variant>
 
-#include "TarnlyPlatform/Base/TextualForm.hpp"
-
 namespace tarnly::ScriptTriggerMapper {
 namespace {
 
@@ -15,7 +13,7 @@ TriggerConditionKind kindOf(const std::string& kind) {
     if (kind == "after_gear_down") return TriggerConditionKind::afterGearDown;
     if (kind == "after_start") return TriggerConditionKind::afterStart;
     if (kind == "after_trigger") return TriggerConditionKind::afterTrigger;
-    throw MappingError::unknownConditionKind(kind);
+    throw MappingError(MappingError::Case::unknownConditionKind, kind);
 }
 
 template <typename T>
@@ -27,11 +25,6 @@ std::optional<T> read(const std::map<std::string, JSONValue>& condition, const s
 }
 
 } // namespace
-
-MappingError::MappingError(const std::string& kind)
-    : std::runtime_error(errorText("unknownConditionKind", kind)), kind_(kind) {}
-
-MappingError MappingError::unknownConditionKind(const std::string& kind) { return MappingError(kind); }
 
 TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JSONValue>& condition) {
     return {.kind = kindOf(kind),

@@ -1,16 +1,11 @@
 #pragma once
 
-#include <stdexcept>
-#include <string>
+#include "TarnlyPlatform/Base/Error.hpp"
 
 namespace tarnly {
 
 /// A login item that could not be registered or unregistered.
-///
-/// `what()` is the case name followed by the detail in parentheses and quotes, for example
-/// `cannotWrite("/home/pilot/.config/autostart/tarnly.desktop: Permission denied")`.
-class LoginItemError : public std::runtime_error {
-  public:
+struct LoginItemErrorCases {
     enum class Case {
         /// The entry could not be put in its place.
         cannotWrite,
@@ -19,13 +14,8 @@ class LoginItemError : public std::runtime_error {
         /// The program's name or arguments have no form in an entry.
         notRepresentable
     };
-
-    LoginItemError(Case which, const std::string& detail);
-
-    Case which() const noexcept { return which_; }
-
-  private:
-    Case which_;
+    static constexpr std::array<std::string_view, 3> names{"cannotWrite", "cannotRemove", "notRepresentable"};
 };
+using LoginItemError = Error<LoginItemErrorCases>;
 
 } // namespace tarnly

@@ -1,16 +1,11 @@
 #pragma once
 
-#include <stdexcept>
-#include <string>
+#include "TarnlyPlatform/Base/Error.hpp"
 
 namespace tarnly {
 
 /// A failure of the network or of a peer that does not keep to its protocol.
-///
-/// `what()` is the case name followed by the detail in parentheses and quotes, for example
-/// `connectionFailed("127.0.0.1:8086: Connection refused")`.
-class NetworkError : public std::runtime_error {
-  public:
+struct NetworkErrorCases {
     enum class Case {
         listenFailed,
         connectionFailed,
@@ -19,13 +14,9 @@ class NetworkError : public std::runtime_error {
         invalidResponse,
         sendFailed
     };
-
-    NetworkError(Case which, const std::string& detail);
-
-    Case which() const noexcept { return which_; }
-
-  private:
-    Case which_;
+    static constexpr std::array<std::string_view, 6> names{
+        "listenFailed", "connectionFailed", "connectionClosed", "timedOut", "invalidResponse", "sendFailed"};
 };
+using NetworkError = Error<NetworkErrorCases>;
 
 } // namespace tarnly

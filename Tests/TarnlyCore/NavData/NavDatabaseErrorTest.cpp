@@ -1,4 +1,4 @@
-#include "TarnlyCore/NavData/NavDatabaseError.hpp"
+#include "TarnlyCore/NavData/NavDatabase.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,10 @@ namespace tarnly {
 namespace {
 
 TEST(NavDatabaseError, ShowsPathAndMessageInQuotes) {
-    EXPECT_STREQ(NavDatabaseError::openFailed("nav/my \"old\".db", "unable to open\ndatabase file").what(),
+    const NavDatabaseError error(
+        NavDatabaseError::Case::openFailed,
+        {{"path", "nav/my \"old\".db"}, {"message", "unable to open\ndatabase file"}});
+    EXPECT_STREQ(error.what(),
                  R"(openFailed(path: "nav/my \"old\".db", message: "unable to open\ndatabase file"))");
 }
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyCore/NavData/NavDatabaseError.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 namespace tarnly {

@@ -13,7 +13,6 @@
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
 #include "TarnlyXPlane/FakeTransport.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
-#include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Base/TextualForm.hpp"
+#include "TarnlyPlatform/Base/Error.hpp"
 
 namespace tarnly {
 namespace {
@@ -53,10 +53,6 @@ std::string quoted(std::string_view text) {
         appendEscaped(out, c);
     out += '"';
     return out;
-}
-
-std::string errorText(std::string_view caseName, std::string_view text) {
-    return std::string(caseName) + "(" + quoted(text) + ")";
 }
 
 } // namespace tarnly
