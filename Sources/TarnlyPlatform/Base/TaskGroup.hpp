@@ -1,0 +1,53 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <memory>
+
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+
+namespace tarnly {
+
+/// The coroutines of one owner: none is left to itself. They start at once, are told to end together, and can
+/// be waited for.
+///
+/// A member of its owner. What a task needs it keeps alive itself: tasks that have been told to end go on
+/// until they notice, which a group that is destroyed does not wait for. Belongs to the thread of its
+/// executor.
+class TaskGroup {
+  public:
+    /// What becomes of the owner when an exception leaves a task. Not called for tasks that were told to end.
+    using OnFailure = std::function<void(const std::exception_ptr& failure)>;
+
+    explicit TaskGroup(boost::asio::any_io_executor executor);
+
+    TaskGroup(const TaskGroup&) = delete;
+    TaskGroup& operator=(const TaskGroup&) = delete;
+
+    /// Cancels.
+    ~TaskGroup();
+
+    /// Starts `task`, which may come to its end before this returns.
+    void spawn(Task<> task, OnFailure onFailure);
+
+    /// Tells all tasks to end: what they wait for, and what they are going to wait for, fails with
+    /// `operation_aborted`. Tasks that are spawned later are not concerned. Harmless when repeated.
+    void cancel();
+
+    std::size_t size() const;
+
+    /// Waits until no task is left, for `limit` at most; says whether it came to that.
+    Task<bool> join(Clock& clock, Clock::Duration limit);
+
+  private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+/// For tasks whose failure concerns nobody: what they were to do is not done.
+inline void dropFailure(const std::exception_ptr&) {}
+
+} // namespace tarnly
