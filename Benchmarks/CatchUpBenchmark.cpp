@@ -38,8 +38,8 @@ class Flight {
     RecordingSession recording; // depends-on: folder_
 };
 
-std::string reply(CatchUpResponse response) {
-    return encodeJson(ResponseEnvelope<CatchUpResponse>{"catch_up", 7, std::move(response)});
+std::string reply(RecordedFlight response) {
+    return encodeJson(ResponseEnvelope<RecordedFlight>{"catch_up", 7, std::move(response)});
 }
 
 void sampleIsRecorded(benchmark::State& state) {
@@ -83,7 +83,7 @@ void lastMinuteIsCopied(benchmark::State& state) {
 
 void allIsEncoded(benchmark::State& state) {
     const Flight flight;
-    const ResponseEnvelope<CatchUpResponse> response{"catch_up", 7, flight.recording.catchUp(std::nullopt)};
+    const ResponseEnvelope<RecordedFlight> response{"catch_up", 7, flight.recording.catchUp(std::nullopt)};
     std::size_t bytes = 0;
     for (auto _ : state)
         bytes = encodeJson(response).size();

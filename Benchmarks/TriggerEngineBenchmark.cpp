@@ -25,7 +25,7 @@ std::string id(std::int64_t number) { return "trigger-" + std::to_string(number)
 
 ArmedTrigger speaking(std::int64_t number, TriggerCondition condition) {
     auto trigger = test::armed(id(number), std::move(condition));
-    trigger.action["text"] = JSONValue{"Retract the flaps at a safe height."};
+    trigger.action["text"] = JsonScalar{"Retract the flaps at a safe height."};
     return trigger;
 }
 

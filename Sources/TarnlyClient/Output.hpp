@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Recording/LogLine.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 
 namespace tarnly::client {

@@ -3,12 +3,12 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Recording/LogLine.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 
 namespace tarnly::client {
 
 /// Samples and fired triggers in the order in which the recording's log has them: each trigger after the
 /// sample on which it fired.
-std::vector<LogLine> recordedLines(const CatchUpResponse& recorded);
+std::vector<LogLine> recordedLines(const RecordedFlight& recorded);
 
 } // namespace tarnly::client

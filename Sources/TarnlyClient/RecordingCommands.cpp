@@ -20,7 +20,7 @@ Task<> startOrStop(CompanionSession& session, std::string_view type, Output outp
 Task<> showRecorded(CompanionSession& session, CatchUpRequest params, Output output) {
     co_await session.pair();
     auto data = co_await session.request(MessageType::catchUp, std::move(params));
-    const auto recorded = decodeAnswer<CatchUpResponse>(data);
+    const auto recorded = decodeAnswer<RecordedFlight>(data);
     for (const auto& line : recordedLines(recorded))
         output.recorded(line);
 }

@@ -37,7 +37,7 @@ std::optional<double> RecordingTrack::since() const {
     return std::nextafter(known_.samples.back().elapsedSeconds, -std::numeric_limits<double>::infinity());
 }
 
-std::optional<CatchUpResponse> RecordingTrack::take(CatchUpResponse answer) {
+std::optional<RecordedFlight> RecordingTrack::take(RecordedFlight answer) {
     if (!beginsWith(answer.samples, known_.samples) || !beginsWith(answer.fired, known_.fired)) {
         *this = RecordingTrack();
         return std::nullopt;
@@ -45,8 +45,8 @@ std::optional<CatchUpResponse> RecordingTrack::take(CatchUpResponse answer) {
     const auto knownSamples = std::exchange(known_, answer);
     samples_ += answer.samples.size() - knownSamples.samples.size();
     if (const auto next = since()) known_ = {after(*next, known_.samples), after(*next, known_.fired)};
-    return CatchUpResponse{from(answer.samples, knownSamples.samples.size()),
-                           from(answer.fired, knownSamples.fired.size())};
+    return RecordedFlight{from(answer.samples, knownSamples.samples.size()),
+                          from(answer.fired, knownSamples.fired.size())};
 }
 
 } // namespace tarnly::client

@@ -22,11 +22,11 @@ class RecordingTrack {
 
     /// Takes the answer to that, and returns what is new in it. Absent when the answer is of another
     /// recording than the answers before: this track is empty then, and the next question is for everything.
-    std::optional<CatchUpResponse> take(CatchUpResponse answer);
+    std::optional<RecordedFlight> take(RecordedFlight answer);
 
   private:
     /// What the next answer has to begin with.
-    CatchUpResponse known_;
+    RecordedFlight known_;
     std::size_t samples_ = 0;
 };
 

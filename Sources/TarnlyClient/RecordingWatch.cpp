@@ -62,7 +62,7 @@ Task<> RecordingWatch::ask() {
         CatchUpRequest params{track_.since()};
         auto data = co_await session_->request(MessageType::catchUp, std::move(params));
         isAnswered();
-        const auto news = track_.take(decodeAnswer<CatchUpResponse>(data));
+        const auto news = track_.take(decodeAnswer<RecordedFlight>(data));
         if (news) {
             show(*news);
             co_return;
@@ -88,7 +88,7 @@ Task<> RecordingWatch::wait(std::chrono::milliseconds time) {
     co_await waiting_.async_wait(token);
 }
 
-void RecordingWatch::show(const CatchUpResponse& news) {
+void RecordingWatch::show(const RecordedFlight& news) {
     for (const auto& line : recordedLines(news)) {
         if (isEnded_) return;
         listener_.recorded(line);

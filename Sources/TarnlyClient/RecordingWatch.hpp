@@ -11,7 +11,7 @@
 #include "TarnlyClient/CompanionSession.hpp"
 #include "TarnlyClient/GrowingPause.hpp"
 #include "TarnlyClient/RecordingTrack.hpp"
-#include "TarnlyCore/Recording/LogLine.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
@@ -58,7 +58,7 @@ class RecordingWatch {
     Task<> lookAgain();
     Task<> wait(std::chrono::milliseconds time);
 
-    void show(const CatchUpResponse& news);
+    void show(const RecordedFlight& news);
     void isAnswered();
     void lost(const std::string& reason);
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/SimBackend.hpp"
 
 /// The simulator's saved situations as files. Blocking: call from a worker thread.
 namespace tarnly {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyXPlane/Link/Catalog.hpp"
 #include "TarnlyXPlane/Link/ValueCache.hpp"
 

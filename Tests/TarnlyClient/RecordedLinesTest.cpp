@@ -11,7 +11,7 @@ namespace {
 /// "s1.5" for a sample, an id for a trigger, in the order of the lines.
 std::vector<std::string> order(const std::vector<double>& samples,
                                const std::vector<std::pair<std::string, double>>& fired) {
-    CatchUpResponse recorded;
+    RecordedFlight recorded;
     for (const double elapsed : samples) {
         TrackSample sample;
         sample.elapsedSeconds = elapsed;

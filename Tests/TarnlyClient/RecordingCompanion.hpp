@@ -20,7 +20,7 @@ class RecordingCompanion {
 
     /// One more sample, at whole seconds, and the triggers that fired on it.
     void record(double elapsed, const std::vector<std::string>& fired = {}) {
-        recording_.with([&](CatchUpResponse& recording) {
+        recording_.with([&](RecordedFlight& recording) {
             TrackSample sample;
             sample.elapsedSeconds = elapsed;
             recording.samples.push_back(sample);
@@ -30,10 +30,10 @@ class RecordingCompanion {
     }
 
     void startAnew() {
-        recording_.with([](CatchUpResponse& recording) { recording = {}; });
+        recording_.with([](RecordedFlight& recording) { recording = {}; });
     }
 
-    CatchUpResponse recording() const { return recording_.copy(); }
+    RecordedFlight recording() const { return recording_.copy(); }
 
     /// Hangs up instead of answering so many times more.
     std::atomic<int> hangUps = 0;
@@ -55,7 +55,7 @@ class RecordingCompanion {
         return std::vector{ScriptedCompanion::reply(request, encodeJson(after(params.sinceElapsedSeconds)))};
     }
 
-    CatchUpResponse after(std::optional<double> since) const {
+    RecordedFlight after(std::optional<double> since) const {
         auto result = recording();
         const auto isOld = [&](const auto& element) { return since && element.elapsedSeconds <= *since; };
         std::erase_if(result.samples, isOld);
@@ -63,7 +63,7 @@ class RecordingCompanion {
         return result;
     }
 
-    Guarded<CatchUpResponse> recording_;
+    Guarded<RecordedFlight> recording_;
     ScriptedCompanion server_; // depends-on: all
 };
 

@@ -26,9 +26,9 @@ void append(std::vector<T>& all, const std::vector<T>& more) {
 }
 
 /// The companion's side of `catch_up`.
-struct Recording : CatchUpResponse {
-    CatchUpResponse catchUp(std::optional<double> since) const {
-        CatchUpResponse result;
+struct Recording : RecordedFlight {
+    RecordedFlight catchUp(std::optional<double> since) const {
+        RecordedFlight result;
         const auto isAfter = [&](const auto& element) { return !since || element.elapsedSeconds > *since; };
         std::copy_if(samples.begin(), samples.end(), std::back_inserter(result.samples), isAfter);
         std::copy_if(fired.begin(), fired.end(), std::back_inserter(result.fired), isAfter);
@@ -39,7 +39,7 @@ struct Recording : CatchUpResponse {
 /// A client that keeps all that it is told is new.
 struct Follower {
     RecordingTrack track;
-    CatchUpResponse gathered;
+    RecordedFlight gathered;
     int restarts = 0;
 
     void ask(const Recording& recording) {

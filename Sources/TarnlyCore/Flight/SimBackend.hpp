@@ -5,10 +5,35 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
+#include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
+
+/// What the simulator is. `version` is "unknown" where it does not tell.
+struct SimInfo {
+    std::string sim;
+    std::string version;
+
+    bool operator==(const SimInfo&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("sim", &SimInfo::sim), field("version", &SimInfo::version));
+    }
+};
+
+/// A saved flight. `path` is opaque to the client, which hands it back to load the flight.
+struct FlightListing {
+    std::string name;
+    std::string path;
+    Date modifiedAt;
+
+    bool operator==(const FlightListing&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("name", &FlightListing::name), field("path", &FlightListing::path),
+                          field("modified_at", &FlightListing::modifiedAt));
+    }
+};
 
 /// The one seam between the protocol core and a flight simulator; a second simulator is added by implementing
 /// it.

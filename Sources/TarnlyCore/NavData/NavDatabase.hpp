@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "TarnlyCore/Flight/Coordinate.hpp"
+#include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 

@@ -1,13 +1,16 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
-#include <variant>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
+#include "TarnlyCore/Flight/SimBackend.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
+#include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 /// The wire vocabulary: every message is one JSON object in one text frame.
@@ -61,27 +64,6 @@ struct ResponseEnvelope {
     }
 };
 
-/// A point in time; on the wire the seconds, with fraction, since 2001-01-01 00:00:00 UTC.
-struct Date {
-    std::chrono::sys_time<std::chrono::nanoseconds> time;
-
-    bool operator==(const Date&) const = default;
-
-    void writeJson(JsonWriter& writer) const;
-    static Date readJson(const boost::json::value& json);
-};
-
-/// A JSON scalar: the values of a trigger's condition and action. An empty state is null.
-struct JSONValue {
-    std::variant<std::monostate, std::string, double, bool> scalar;
-
-    bool operator==(const JSONValue&) const = default;
-
-    void writeJson(JsonWriter& writer) const;
-    /// Throws `JsonError` "unsupported JSON value" for an object or an array.
-    static JSONValue readJson(const boost::json::value& json);
-};
-
 struct ErrorPayload {
     std::string message;
 
@@ -113,29 +95,6 @@ struct PairResponse {
         return std::tuple(field("accepted", &PairResponse::accepted),
                           field("session_token", &PairResponse::sessionToken),
                           field("reason", &PairResponse::reason));
-    }
-};
-
-struct SimInfo {
-    std::string sim;
-    std::string version;
-
-    bool operator==(const SimInfo&) const = default;
-    static constexpr auto fields() {
-        return std::tuple(field("sim", &SimInfo::sim), field("version", &SimInfo::version));
-    }
-};
-
-/// A saved flight. `path` is opaque to the client, which hands it back to load the flight.
-struct FlightListing {
-    std::string name;
-    std::string path;
-    Date modifiedAt;
-
-    bool operator==(const FlightListing&) const = default;
-    static constexpr auto fields() {
-        return std::tuple(field("name", &FlightListing::name), field("path", &FlightListing::path),
-                          field("modified_at", &FlightListing::modifiedAt));
     }
 };
 
@@ -193,9 +152,9 @@ struct ApplyAttitudeRequest {
 struct ScriptTrigger {
     std::string id;
     std::string conditionKind;
-    std::map<std::string, JSONValue> condition;
+    std::map<std::string, JsonScalar> condition;
     std::string actionKind;
-    std::map<std::string, JSONValue> action;
+    std::map<std::string, JsonScalar> action;
 
     bool operator==(const ScriptTrigger&) const = default;
     static constexpr auto fields() {
@@ -222,73 +181,12 @@ struct UnresolvedFixesPayload {
     }
 };
 
-/// One sampled aircraft state, also a line of the recording log. Angles in degrees, heights in feet, ratios 0
-/// to 1, arrays with one element an engine.
-struct TrackSample {
-    /// Seconds since the sampling clock started.
-    double elapsedSeconds = 0;
-    std::optional<double> lat;
-    std::optional<double> lon;
-    double altitudeFt = 0;
-    std::optional<double> aglFt;
-    /// The handle.
-    std::optional<bool> gearDown;
-    std::optional<std::vector<double>> throttleRatio;
-    std::optional<std::vector<double>> mixtureRatio;
-    std::optional<std::vector<double>> propRatio;
-    /// The handle.
-    std::optional<double> flapRatio;
-    /// How far the gear is out.
-    std::optional<double> gearRatio;
-    std::optional<double> bankDeg;
-    std::optional<double> pitchDeg;
-    std::optional<bool> autopilotOn;
-
-    bool operator==(const TrackSample&) const = default;
-    static constexpr auto fields() {
-        return std::tuple(
-            field("elapsed_s", &TrackSample::elapsedSeconds), field("lat", &TrackSample::lat),
-            field("lon", &TrackSample::lon), field("alt_ft", &TrackSample::altitudeFt),
-            field("agl_ft", &TrackSample::aglFt), field("gear_down", &TrackSample::gearDown),
-            field("throttle_ratio", &TrackSample::throttleRatio),
-            field("mixture_ratio", &TrackSample::mixtureRatio), field("prop_ratio", &TrackSample::propRatio),
-            field("flap_ratio", &TrackSample::flapRatio), field("gear_ratio", &TrackSample::gearRatio),
-            field("bank_deg", &TrackSample::bankDeg), field("pitch_deg", &TrackSample::pitchDeg),
-            field("autopilot_on", &TrackSample::autopilotOn));
-    }
-};
-
-/// The wire and log form of a trigger that fired.
-struct FiredTriggerEvent {
-    std::string triggerId;
-    double elapsedSeconds = 0;
-    std::string actionKind;
-
-    bool operator==(const FiredTriggerEvent&) const = default;
-    static constexpr auto fields() {
-        return std::tuple(field("trigger_id", &FiredTriggerEvent::triggerId),
-                          field("elapsed_s", &FiredTriggerEvent::elapsedSeconds),
-                          field("action_kind", &FiredTriggerEvent::actionKind));
-    }
-};
-
 struct CatchUpRequest {
     std::optional<double> sinceElapsedSeconds;
 
     bool operator==(const CatchUpRequest&) const = default;
     static constexpr auto fields() {
         return std::tuple(field("since_elapsed_s", &CatchUpRequest::sinceElapsedSeconds));
-    }
-};
-
-struct CatchUpResponse {
-    std::vector<TrackSample> samples;
-    std::vector<FiredTriggerEvent> fired;
-
-    bool operator==(const CatchUpResponse&) const = default;
-    static constexpr auto fields() {
-        return std::tuple(field("samples", &CatchUpResponse::samples),
-                          field("fired", &CatchUpResponse::fired));
     }
 };
 

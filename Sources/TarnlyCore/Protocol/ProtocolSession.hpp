@@ -14,7 +14,7 @@
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Recording/RecordingSession.hpp"
-#include "TarnlyCore/Script/FixResolver.hpp"
+#include "TarnlyCore/Script/ArmedScript.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"

@@ -17,7 +17,7 @@ TriggerConditionKind kindOf(const std::string& kind) {
 }
 
 template <typename T>
-std::optional<T> read(const std::map<std::string, JSONValue>& condition, const std::string& key) {
+std::optional<T> read(const std::map<std::string, JsonScalar>& condition, const std::string& key) {
     const auto found = condition.find(key);
     if (found == condition.end()) return std::nullopt;
     const auto* value = std::get_if<T>(&found->second.scalar);
@@ -26,7 +26,7 @@ std::optional<T> read(const std::map<std::string, JSONValue>& condition, const s
 
 } // namespace
 
-TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JSONValue>& condition) {
+TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JsonScalar>& condition) {
     return {.kind = kindOf(kind),
             .fix = read<std::string>(condition, "fix"),
             .withinNm = read<double>(condition, "within_nm"),

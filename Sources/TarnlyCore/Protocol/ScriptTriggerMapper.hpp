@@ -5,7 +5,7 @@
 #include <string>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Script/TriggerCondition.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 
 /// Turns the loosely typed condition of a script as the client sends it into that of the trigger engine.
@@ -22,6 +22,6 @@ using MappingError = Error<MappingErrorCases>;
 
 /// Every field is read whatever the kind, and none is required: a value that is missing or of the wrong
 /// JSON kind is absent, and the condition then never holds. Throws `MappingError` for an unknown kind.
-TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JSONValue>& condition);
+TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JsonScalar>& condition);
 
 } // namespace tarnly::ScriptTriggerMapper

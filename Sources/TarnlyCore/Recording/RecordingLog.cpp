@@ -6,6 +6,10 @@
 
 #include <array>
 #include <ctime>
+#include <string_view>
+#include <utility>
+
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {
@@ -18,7 +22,28 @@ std::optional<std::string> encoded(const LogLine& line) {
     }
 }
 
+std::optional<LogLine> parse(std::string_view text) {
+    try {
+        auto line = decodeJson<LogLine>(parseJson(text));
+        if (line.isComplete()) return line;
+    } catch (const JsonError&) {
+    }
+    return std::nullopt;
+}
+
 } // namespace
+
+LogLine LogLine::of(TrackSample sample) { return {std::string(sampleKind), std::move(sample), std::nullopt}; }
+
+LogLine LogLine::of(FiredTriggerEvent event) {
+    return {std::string(firedKind), std::nullopt, std::move(event)};
+}
+
+bool LogLine::isComplete() const {
+    if (kind == sampleKind) return sample.has_value();
+    if (kind == firedKind) return fired.has_value();
+    return true;
+}
 
 std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
     const auto seconds = std::chrono::system_clock::to_time_t(startTime);
@@ -51,6 +76,21 @@ void RecordingLog::append(const LogLine& line) {
 void RecordingLog::write(std::string_view text) {
     const auto written = file_.write(text);
     if (written > 0) endsWithLineFeed_ = text[written - 1] == '\n';
+}
+
+std::optional<LogLine> RecordingLogReader::next() {
+    std::string text;
+    while (std::getline(log_, text)) {
+        auto line = parse(text);
+        if (line) return line;
+        const bool lacksLineFeed = log_.eof();
+        if (lacksLineFeed) {
+            hasTornEnd_ = true;
+        } else {
+            ++unreadableLines_;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace tarnly

@@ -2,14 +2,38 @@
 
 #include <chrono>
 #include <filesystem>
+#include <istream>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
-#include "TarnlyCore/Recording/LogLine.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyPlatform/Files/FileDescriptor.hpp"
 
 namespace tarnly {
+
+/// One line of a recording's log: a sample or a fired trigger, told apart by `kind`. A plain value.
+struct LogLine {
+    static constexpr std::string_view sampleKind = "sample";
+    static constexpr std::string_view firedKind = "fired";
+
+    std::string kind;
+    std::optional<TrackSample> sample;
+    std::optional<FiredTriggerEvent> fired;
+
+    static LogLine of(TrackSample sample);
+    static LogLine of(FiredTriggerEvent event);
+
+    /// Whether the line holds the record that its kind promises. Of a kind unknown here nothing is asked.
+    bool isComplete() const;
+
+    bool operator==(const LogLine&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("kind", &LogLine::kind), field("sample", &LogLine::sample),
+                          field("fired", &LogLine::fired));
+    }
+};
 
 /// The log file of one recording, open for writing: JSON lines, as docs/recording-format.md describes them.
 ///
@@ -37,6 +61,30 @@ class RecordingLog {
     FileDescriptor file_;
     /// False while the end of the file is a line that could not be written to its end.
     bool endsWithLineFeed_ = true;
+};
+
+/// Reads a recording's log line by line, from a stream that outlives the reader.
+///
+/// Lines that are no log lines are passed over: a full disk may have cut lines short anywhere, a sudden end
+/// of the recording program the last one. Not for use by several threads at once.
+class RecordingLogReader {
+  public:
+    explicit RecordingLogReader(std::istream& log) : log_(log) {}
+
+    /// The next line that can be read; absent at the end. Lines of a kind that is unknown here come with
+    /// neither `sample` nor `fired`.
+    std::optional<LogLine> next();
+
+    /// How many lines were passed over so far, the torn end not counted.
+    std::size_t unreadableLines() const { return unreadableLines_; }
+
+    /// Whether the log ends within a line that was being written.
+    bool hasTornEnd() const { return hasTornEnd_; }
+
+  private:
+    std::istream& log_;
+    std::size_t unreadableLines_ = 0;
+    bool hasTornEnd_ = false;
 };
 
 } // namespace tarnly

@@ -88,7 +88,7 @@ RecordingSession::Snapshot RecordingSession::snapshot() const {
     });
 }
 
-CatchUpResponse RecordingSession::Snapshot::after(std::optional<double> since) const {
+RecordedFlight RecordingSession::Snapshot::after(std::optional<double> since) const {
     return {copyAfter(since, samples_), copyAfter(since, events_)};
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <optional>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
@@ -50,7 +50,7 @@ class RecordingSession {
       public:
         /// Copies of the samples and events whose time is after `since`, in seconds, strictly; of all when it
         /// is absent. Of ten hours that is some milliseconds' work.
-        CatchUpResponse after(std::optional<double> since) const;
+        RecordedFlight after(std::optional<double> since) const;
 
       private:
         friend class RecordingSession;
@@ -62,7 +62,7 @@ class RecordingSession {
     /// sample without the triggers that fired on it.
     Snapshot snapshot() const;
 
-    CatchUpResponse catchUp(std::optional<double> since) const { return snapshot().after(since); }
+    RecordedFlight catchUp(std::optional<double> since) const { return snapshot().after(since); }
 
     bool isRecording() const { return isRecording_; }
 

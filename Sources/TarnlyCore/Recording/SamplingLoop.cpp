@@ -72,7 +72,7 @@ void SamplingLoop::record(TrackSample sample) {
     const TriggerSample seen{sample.elapsedSeconds, sample.lat,   sample.lon,
                              sample.altitudeFt,     sample.aglFt, sample.gearDown};
     for (const auto& fired : loadedScript_->evaluate(seen)) {
-        recording_->recordFired({fired.triggerID, fired.elapsed, fired.actionKind});
+        recording_->recordFired({fired.triggerId, fired.elapsed, fired.actionKind});
     }
 }
 

@@ -1,14 +1,18 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Script/ArmedTrigger.hpp"
-#include "TarnlyCore/Script/FixResolver.hpp"
-#include "TarnlyCore/Script/TriggerTest.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 namespace tarnly {
+
+/// Finds the position of a navigation fix by its identifier; absent when there is no such fix. Callable from
+/// any thread.
+using FixResolver = std::function<std::optional<Coordinate>(const std::string& ident)>;
 
 /// The part of a trigger engine that never changes: the triggers of one script, made ready for testing.
 ///

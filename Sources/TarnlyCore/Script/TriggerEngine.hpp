@@ -7,8 +7,7 @@
 #include <vector>
 
 #include "TarnlyCore/Script/ArmedScript.hpp"
-#include "TarnlyCore/Script/FiredTrigger.hpp"
-#include "TarnlyCore/Script/TriggerSample.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 namespace tarnly {
 

@@ -16,7 +16,8 @@ namespace asio = boost::asio;
 
 using Signal = std::shared_ptr<asio::cancellation_signal>;
 
-Task<> raiseAfter(Clock& clock, Clock::Duration limit, std::shared_ptr<bool> isOver, std::shared_ptr<Event> changed) {
+Task<> raiseAfter(Clock& clock, Clock::Duration limit, std::shared_ptr<bool> isOver,
+                  std::shared_ptr<Event> changed) {
     co_await clock.sleepFor(limit);
     *isOver = true;
     changed->notifyAll();
@@ -49,7 +50,8 @@ void TaskGroup::spawn(Task<> task, OnFailure onFailure) {
     auto signal = std::make_shared<asio::cancellation_signal>();
     state_->running.insert(signal);
     // The handler keeps the signal for as long as the task may look at it.
-    auto whenEnded = [state = state_, signal, onFailure = std::move(onFailure)](const std::exception_ptr& failure) {
+    auto whenEnded = [state = state_, signal,
+                      onFailure = std::move(onFailure)](const std::exception_ptr& failure) {
         const bool wasCancelled = state->cancelled.contains(signal);
         state->remove(signal);
         if (failure && !wasCancelled) onFailure(failure);

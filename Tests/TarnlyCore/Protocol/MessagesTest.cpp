@@ -44,13 +44,13 @@ TEST(Messages, TheEnvelopeReadsParamsAlone) {
 }
 
 TEST(Messages, ScalarsDecodeByTheirOwnKind) {
-    EXPECT_EQ(decode<JSONValue>("\"12\""), JSONValue{std::string("12")});
-    EXPECT_EQ(decode<JSONValue>("12"), JSONValue{12.0});
-    EXPECT_EQ(decode<JSONValue>("true"), JSONValue{true});
-    EXPECT_EQ(decode<JSONValue>("null"), JSONValue{});
+    EXPECT_EQ(decode<JsonScalar>("\"12\""), JsonScalar{std::string("12")});
+    EXPECT_EQ(decode<JsonScalar>("12"), JsonScalar{12.0});
+    EXPECT_EQ(decode<JsonScalar>("true"), JsonScalar{true});
+    EXPECT_EQ(decode<JsonScalar>("null"), JsonScalar{});
     for (const char* text : {"[]", "{}"}) {
         try {
-            decode<JSONValue>(text);
+            decode<JsonScalar>(text);
             FAIL() << text;
         } catch (const JsonError& error) {
             EXPECT_STREQ(error.what(), "unsupported JSON value");
@@ -59,7 +59,7 @@ TEST(Messages, ScalarsDecodeByTheirOwnKind) {
 }
 
 TEST(Messages, ScalarsEncodeBare) {
-    EXPECT_EQ(encodeJson(std::vector<JSONValue>{{std::string("a")}, {1.5}, {false}, {}}),
+    EXPECT_EQ(encodeJson(std::vector<JsonScalar>{{std::string("a")}, {1.5}, {false}, {}}),
               R"(["a",1.5,false,null])");
 }
 
@@ -67,8 +67,8 @@ TEST(Messages, ATriggerNeedsAllItsKeys) {
     const auto trigger = decode<ScriptTrigger>(
         R"({"id":"a","condition_kind":"after_start","condition":{"seconds":3,"x":null},)"
         R"("action_kind":"say","action":{"text":"hi"}})");
-    EXPECT_EQ(trigger.condition.at("seconds"), JSONValue{3.0});
-    EXPECT_EQ(trigger.condition.at("x"), JSONValue{});
+    EXPECT_EQ(trigger.condition.at("seconds"), JsonScalar{3.0});
+    EXPECT_EQ(trigger.condition.at("x"), JsonScalar{});
     EXPECT_THROW(decode<ScriptTrigger>(R"({"id":"a","condition_kind":"b","condition":{},"action_kind":"c"})"),
                  JsonError);
     EXPECT_THROW(decode<ScriptTrigger>(

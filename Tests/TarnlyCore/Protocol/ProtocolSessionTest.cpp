@@ -283,7 +283,7 @@ TEST_F(ProtocolSessionTest, AScriptIsArmedInItsOrder) {
     EXPECT_EQ(first.name, "");
     EXPECT_EQ(first.title(), "say");
     EXPECT_EQ(first.condition.fix, "ksfo");
-    EXPECT_EQ(first.action.at("text"), JSONValue{std::string("hi")});
+    EXPECT_EQ(first.action.at("text"), JsonScalar{std::string("hi")});
     EXPECT_EQ(engine->triggers()[2].condition.seconds, 30.0);
 }
 

@@ -17,7 +17,7 @@ MappingError unknownKind(const std::string& kind) {
 /// `condition` as JSON text, as it comes from the client.
 TriggerCondition mapped(const std::string& kind, std::string_view condition) {
     return ScriptTriggerMapper::toCondition(
-        kind, decodeJson<std::map<std::string, JSONValue>>(parseJson(condition)));
+        kind, decodeJson<std::map<std::string, JsonScalar>>(parseJson(condition)));
 }
 
 MappingError failure(const std::string& kind) {

@@ -1,4 +1,4 @@
-#include "TarnlyCore/Recording/RecordingLogReader.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 
 #include <gtest/gtest.h>
 

@@ -20,11 +20,11 @@ class RecordingSessionConcurrency : public testing::Test {
     const test::TemporaryFolder folder;
     RecordingSession recording{folder.path(), midnight};
 
-    CatchUpResponse readBack() const {
+    RecordedFlight readBack() const {
         const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));
         EXPECT_EQ(log.unreadableLines, 0U);
         EXPECT_FALSE(log.hasTornEnd);
-        CatchUpResponse result;
+        RecordedFlight result;
         for (const auto& line : log.lines) {
             if (line.sample) result.samples.push_back(*line.sample);
             if (line.fired) result.fired.push_back(*line.fired);

@@ -46,7 +46,7 @@ TEST_F(RecordingSessionTest, BeginsIdle) {
     EXPECT_FALSE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 0);
     EXPECT_EQ(recording.directory(), folder.path());
-    EXPECT_EQ(recording.catchUp(std::nullopt), CatchUpResponse());
+    EXPECT_EQ(recording.catchUp(std::nullopt), RecordedFlight());
     EXPECT_EQ(fileCount(), 0U);
 }
 
@@ -64,7 +64,7 @@ TEST_F(RecordingSessionTest, KeepsAndLogsWhatItIsTold) {
     recording.recordSample(sample);
     recording.recordFired(firedAt(0.25));
     recording.recordSample(sampleAt(0.75));
-    EXPECT_EQ(recording.catchUp(std::nullopt), (CatchUpResponse{{sample, sampleAt(0.75)}, {firedAt(0.25)}}));
+    EXPECT_EQ(recording.catchUp(std::nullopt), (RecordedFlight{{sample, sampleAt(0.75)}, {firedAt(0.25)}}));
     EXPECT_EQ(readLogFile(file).lines,
               (std::vector{LogLine::of(sample), LogLine::of(firedAt(0.25)), LogLine::of(sampleAt(0.75))}));
 }
@@ -143,7 +143,7 @@ TEST_F(RecordingSessionTest, StartWhileRecordingStartsOverInANewFile) {
     recording.recordSample(sampleAt(0.5));
     EXPECT_TRUE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 2);
-    EXPECT_EQ(recording.catchUp(std::nullopt), (CatchUpResponse{{sampleAt(0.5)}, {}}));
+    EXPECT_EQ(recording.catchUp(std::nullopt), (RecordedFlight{{sampleAt(0.5)}, {}}));
     EXPECT_EQ(readLogFile(file).lines.size(), 2U);
     const auto next = folder.path() / "session-2026-11-16T010939Z.jsonl";
     EXPECT_EQ(readLogFile(next).lines, std::vector{LogLine::of(sampleAt(0.5))});
@@ -166,8 +166,8 @@ TEST_F(RecordingSessionTest, CatchUpReturnsWhatLiesStrictlyAfter) {
         recording.recordSample(sampleAt(time));
         recording.recordFired(firedAt(time));
     }
-    EXPECT_EQ(recording.catchUp(10.0), (CatchUpResponse{{sampleAt(10.1)}, {firedAt(10.1)}}));
-    EXPECT_EQ(recording.catchUp(10.1), CatchUpResponse());
+    EXPECT_EQ(recording.catchUp(10.0), (RecordedFlight{{sampleAt(10.1)}, {firedAt(10.1)}}));
+    EXPECT_EQ(recording.catchUp(10.1), RecordedFlight());
     EXPECT_EQ(recording.catchUp(-1.0), recording.catchUp(std::nullopt));
 }
 
@@ -226,9 +226,9 @@ TEST_F(RecordingSessionTest, RecordsInMemoryWhereTheFolderCannotBe) {
     EXPECT_TRUE(other.isRecording());
     other.recordSample(sampleAt(1));
     other.recordFired(firedAt(1));
-    EXPECT_EQ(other.catchUp(std::nullopt), (CatchUpResponse{{sampleAt(1)}, {firedAt(1)}}));
+    EXPECT_EQ(other.catchUp(std::nullopt), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
     other.stop();
-    EXPECT_EQ(other.catchUp(0.5), (CatchUpResponse{{sampleAt(1)}, {firedAt(1)}}));
+    EXPECT_EQ(other.catchUp(0.5), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
     EXPECT_EQ(test::contentOf(plainFile), "");
 }
 

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Recording/LogLine.hpp"
-#include "TarnlyCore/Recording/RecordingLogReader.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 
 namespace tarnly::test {
 

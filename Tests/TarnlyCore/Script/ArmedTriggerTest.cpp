@@ -1,4 +1,4 @@
-#include "TarnlyCore/Script/ArmedTrigger.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 #include <gtest/gtest.h>
 

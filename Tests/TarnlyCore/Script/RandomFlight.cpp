@@ -23,7 +23,7 @@ std::vector<ArmedTrigger> RandomFlight::script(std::size_t size) {
                             .condition = condition(size),
                             .actionKind = oneOf<std::string>({"say", "fail", ""}),
                             .action = {}});
-        if (oneIn(2)) triggers.back().action["text"] = JSONValue{"action of " + triggers.back().name};
+        if (oneIn(2)) triggers.back().action["text"] = JsonScalar{"action of " + triggers.back().name};
     }
     return triggers;
 }

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Script/ArmedTrigger.hpp"
-#include "TarnlyCore/Script/TriggerSample.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 namespace tarnly::test {
 

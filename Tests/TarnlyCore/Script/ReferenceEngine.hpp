@@ -5,10 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyCore/Script/ArmedTrigger.hpp"
-#include "TarnlyCore/Script/FiredTrigger.hpp"
-#include "TarnlyCore/Script/FixResolver.hpp"
-#include "TarnlyCore/Script/TriggerSample.hpp"
+#include "TarnlyCore/Script/ArmedScript.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 namespace tarnly::test {
 

@@ -1,4 +1,4 @@
-#include "TarnlyCore/Script/TriggerCondition.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 #include <gtest/gtest.h>
 

@@ -165,7 +165,7 @@ TEST(TriggerEngineChain, ALongChainAgainstTheOrderOfTheScriptFiresOnOneSample) {
     const auto fired = engine.evaluate(at(0));
     ASSERT_EQ(fired.size(), script.size());
     for (std::size_t i = 0; i < fired.size(); ++i) {
-        ASSERT_EQ(fired[i].triggerID, script[script.size() - 1 - i].id);
+        ASSERT_EQ(fired[i].triggerId, script[script.size() - 1 - i].id);
     }
     EXPECT_THAT(engine.waiting(), IsEmpty());
 }
@@ -178,9 +178,9 @@ TEST(TriggerEngineChain, ManyTriggersBehindOneFireInLoadOrder) {
     TriggerEngine engine(script, noFix);
     const auto fired = engine.evaluate(at(0));
     ASSERT_EQ(fired.size(), script.size());
-    EXPECT_EQ(fired.front().triggerID, "start");
+    EXPECT_EQ(fired.front().triggerId, "start");
     for (std::size_t i = 1; i < fired.size(); ++i)
-        ASSERT_EQ(fired[i].triggerID, script[i - 1].id);
+        ASSERT_EQ(fired[i].triggerId, script[i - 1].id);
 }
 
 TEST(TriggerEngineChain, ManyTriggersOfOneIdFireOnce) {

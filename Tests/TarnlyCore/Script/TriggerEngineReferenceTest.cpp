@@ -22,7 +22,7 @@ std::optional<Coordinate> fixPosition(const std::string& ident) {
 std::string described(const std::vector<FiredTrigger>& triggers) {
     std::ostringstream out;
     for (const auto& fired : triggers) {
-        out << fired.triggerID << ' ' << fired.title << ' ' << fired.actionKind << ' '
+        out << fired.triggerId << ' ' << fired.title << ' ' << fired.actionKind << ' '
             << encodeJson(fired.action) << ' ' << fired.elapsed << ' ' << fired.lat.value_or(-1000) << ' '
             << fired.lon.value_or(-1000) << '\n';
     }

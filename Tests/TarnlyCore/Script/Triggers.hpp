@@ -4,8 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyCore/Script/ArmedTrigger.hpp"
-#include "TarnlyCore/Script/FiredTrigger.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 /// Short ways to write down triggers and what has fired.
 namespace tarnly::test {
@@ -41,7 +40,7 @@ inline TriggerCondition reachesFix(std::string fix, double withinNm) {
 inline std::vector<std::string> ids(const std::vector<FiredTrigger>& triggers) {
     std::vector<std::string> result;
     for (const auto& trigger : triggers)
-        result.push_back(trigger.triggerID);
+        result.push_back(trigger.triggerId);
     return result;
 }
 

@@ -1,4 +1,4 @@
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/Values.hpp"
 
 #include <cmath>
 #include <ratio>
@@ -21,7 +21,7 @@ Date Date::readJson(const boost::json::value& json) {
     return {referenceDate + std::chrono::round<std::chrono::nanoseconds>(seconds)};
 }
 
-void JSONValue::writeJson(JsonWriter& writer) const {
+void JsonScalar::writeJson(JsonWriter& writer) const {
     struct Writer {
         JsonWriter& to;
         void operator()(std::monostate) const { to.null(); }
@@ -32,7 +32,7 @@ void JSONValue::writeJson(JsonWriter& writer) const {
     std::visit(Writer{writer}, scalar);
 }
 
-JSONValue JSONValue::readJson(const boost::json::value& json) {
+JsonScalar JsonScalar::readJson(const boost::json::value& json) {
     if (json.is_string()) return {decodeJson<std::string>(json)};
     if (json.is_number()) return {decodeJson<double>(json)};
     if (json.is_bool()) return {decodeJson<bool>(json)};

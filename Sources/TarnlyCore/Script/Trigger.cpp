@@ -1,4 +1,4 @@
-#include "TarnlyCore/Script/TriggerConditionKind.hpp"
+#include "TarnlyCore/Script/Trigger.hpp"
 
 #include <algorithm>
 #include <array>
