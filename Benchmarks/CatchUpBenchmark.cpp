@@ -8,7 +8,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 /// What a long recording costs. What must hold: the reply to a catch-up of 72,000 samples, ten hours, is
@@ -35,7 +35,7 @@ class Flight {
     const test::TemporaryFolder folder_;
 
   public:
-    RecordingSession recording; // depends-on: folder_
+    FlightRecorder recording; // depends-on: folder_
 };
 
 std::string reply(RecordedFlight response) {
@@ -44,7 +44,7 @@ std::string reply(RecordedFlight response) {
 
 void sampleIsRecorded(benchmark::State& state) {
     const test::TemporaryFolder folder;
-    RecordingSession recording(folder.path());
+    FlightRecorder recording(folder.path());
     recording.start();
     const auto sample = test::fullSampleAt(1234.5678);
     for (auto _ : state)
@@ -53,7 +53,7 @@ void sampleIsRecorded(benchmark::State& state) {
 
 void sampleIsRecordedWithoutAFile(benchmark::State& state) {
     const test::TemporaryFolder folder;
-    RecordingSession recording(folder.write("plain", "") / "Recordings");
+    FlightRecorder recording(folder.write("plain", "") / "Recordings");
     recording.start();
     const auto sample = test::fullSampleAt(1234.5678);
     for (auto _ : state)

@@ -31,7 +31,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       appVersion_(std::move(configuration.appVersion)),
       port_(configuration.port),
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
-      recording_(std::make_shared<RecordingSession>(std::move(configuration.recordingDirectory))),
+      recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory))),
       loadedScript_(std::make_shared<LoadedScript>()),
       server_(std::make_shared<ProtocolServer>(
           executor,
@@ -48,7 +48,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
 Task<> CompanionHost::start() {
     if (started_) throw CompanionHostError(CompanionHostError::Case::alreadyStarted);
     started_ = true;
-    BonjourAdvertiser::Service service;
+    ServiceAdvertiser::Service service;
     service.instanceName = instanceName_;
     service.port = port_;
     service.simKind = simKind_;

@@ -9,12 +9,12 @@
 #include <optional>
 #include <string>
 
-#include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
 #include "TarnlyCore/Discovery/PairingManager.hpp"
+#include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
@@ -45,7 +45,7 @@ class CompanionHost {
         std::shared_ptr<NavDatabase> navDatabase;
         /// 0: a free port that the system chooses.
         std::uint16_t port = 0;
-        BonjourAdvertiser::Publish publish = publishBySystemDaemon;
+        ServiceAdvertiser::Publish publish = publishBySystemDaemon;
     };
 
     /// `workers` and `clock` must outlive all that runs on `executor`, and nothing may run there any more
@@ -65,12 +65,12 @@ class CompanionHost {
     void stop();
 
     PairingManager& pairing() { return *pairing_; }
-    RecordingSession& recording() { return *recording_; }
+    FlightRecorder& recording() { return *recording_; }
     LoadedScript& loadedScript() { return *loadedScript_; }
     ProtocolServer& server() { return *server_; }
     SamplingLoop& sampling() { return *sampling_; }
-    BonjourAdvertiser& advertiser() { return advertiser_; }
-    const BonjourAdvertiser& advertiser() const { return advertiser_; }
+    ServiceAdvertiser& advertiser() { return advertiser_; }
+    const ServiceAdvertiser& advertiser() const { return advertiser_; }
 
   private:
     const std::string instanceName_;
@@ -80,14 +80,14 @@ class CompanionHost {
     const std::shared_ptr<std::atomic<bool>> isStopping_ = std::make_shared<std::atomic<bool>>(false);
     WorkerPool scriptWorkers_{1};
     const std::shared_ptr<PairingManager> pairing_;
-    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_
     const std::shared_ptr<ProtocolServer> server_;
     // depends-on: recording_, loadedScript_, server_
     const std::shared_ptr<SamplingLoop> sampling_;
     // depends-on: server_
-    BonjourAdvertiser advertiser_;
+    ServiceAdvertiser advertiser_;
     bool started_ = false;
 };
 

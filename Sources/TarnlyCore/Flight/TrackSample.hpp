@@ -66,8 +66,7 @@ struct RecordedFlight {
 
     bool operator==(const RecordedFlight&) const = default;
     static constexpr auto fields() {
-        return std::tuple(field("samples", &RecordedFlight::samples),
-                          field("fired", &RecordedFlight::fired));
+        return std::tuple(field("samples", &RecordedFlight::samples), field("fired", &RecordedFlight::fired));
     }
 };
 

@@ -61,7 +61,7 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 } // namespace
 
 ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
-                                 std::shared_ptr<RecordingSession> recording,
+                                 std::shared_ptr<FlightRecorder> recording,
                                  std::shared_ptr<LoadedScript> loadedScript, FixResolver fixResolver,
                                  WorkerPool& workers, WorkerPool& scriptWorkers)
     : pairing_(std::move(pairing)),

@@ -13,7 +13,7 @@
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Script/ArmedScript.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
@@ -41,7 +41,7 @@ class ProtocolSession {
     /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes
     /// may take seconds.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
-                    std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
+                    std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
                     FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers);
 
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
@@ -108,7 +108,7 @@ class ProtocolSession {
 
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<SimBackend> backend_;
-    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const FixResolver fixResolver_;
     WorkerPool& workers_;

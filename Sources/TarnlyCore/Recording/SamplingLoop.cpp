@@ -11,7 +11,7 @@ namespace tarnly {
 namespace asio = boost::asio;
 
 SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
-                           std::shared_ptr<RecordingSession> recording,
+                           std::shared_ptr<FlightRecorder> recording,
                            std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions)
     : executor_(std::move(executor)),
       clock_(clock),

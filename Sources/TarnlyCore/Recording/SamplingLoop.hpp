@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
@@ -31,7 +31,7 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
 
     /// `clock` must outlive all that runs on `executor`.
     SamplingLoop(boost::asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
-                 std::shared_ptr<RecordingSession> recording, std::shared_ptr<LoadedScript> loadedScript,
+                 std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
                  PushSubscriptions onPushSubscriptions);
 
     /// Does nothing when the loop runs already. A loop that is started again within one recording goes on
@@ -53,7 +53,7 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const std::shared_ptr<SimBackend> backend_;
-    const std::shared_ptr<RecordingSession> recording_;
+    const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const PushSubscriptions onPushSubscriptions_;
 

@@ -24,7 +24,7 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
     test::TemporaryFolder folder;
-    std::shared_ptr<RecordingSession> recording = std::make_shared<RecordingSession>(folder.path());
+    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path());
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
         sessions.push_back(std::make_shared<ProtocolSession>(

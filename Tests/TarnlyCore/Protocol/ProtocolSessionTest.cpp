@@ -22,7 +22,7 @@ struct ProtocolSessionTest : testing::Test {
     WorkerPool workers{1};
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     test::TemporaryFolder folder;
-    std::shared_ptr<RecordingSession> recording = std::make_shared<RecordingSession>(folder.path());
+    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path());
     std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     std::map<std::string, Coordinate> fixes;
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);

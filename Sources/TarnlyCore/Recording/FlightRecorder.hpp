@@ -19,7 +19,7 @@ namespace tarnly {
 ///
 /// One per host, shared by the sessions and the sampling loop. Safe from any thread. The order of the log is
 /// the order in memory. Nothing here fails: a recording whose file cannot be written goes on in memory.
-class RecordingSession {
+class FlightRecorder {
   public:
     /// Tells the time in UTC.
     using WallClock = std::function<std::chrono::sys_seconds()>;
@@ -27,10 +27,10 @@ class RecordingSession {
     static std::chrono::sys_seconds systemTime();
 
     /// Creates `directory`, with the folders above it, for its owner only where they are missing.
-    explicit RecordingSession(std::filesystem::path directory, WallClock wallClock = systemTime);
+    explicit FlightRecorder(std::filesystem::path directory, WallClock wallClock = systemTime);
 
-    RecordingSession(const RecordingSession&) = delete;
-    RecordingSession& operator=(const RecordingSession&) = delete;
+    FlightRecorder(const FlightRecorder&) = delete;
+    FlightRecorder& operator=(const FlightRecorder&) = delete;
 
     /// Begins a new, empty recording with a new log file, whether one was running or not. A recording that
     /// was started within the same second loses its file to the new one.
@@ -53,7 +53,7 @@ class RecordingSession {
         RecordedFlight after(std::optional<double> since) const;
 
       private:
-        friend class RecordingSession;
+        friend class FlightRecorder;
         GrowingList<TrackSample>::Snapshot samples_;
         GrowingList<FiredTriggerEvent>::Snapshot events_;
     };

@@ -17,17 +17,17 @@
 
 namespace tarnly {
 
-struct BonjourAdvertiserErrorCases {
+struct ServiceAdvertiserErrorCases {
     enum class Case { alreadyStarted };
     static constexpr std::array<std::string_view, 1> names{"alreadyStarted"};
 };
-using BonjourAdvertiserError = Error<BonjourAdvertiserErrorCases>;
+using ServiceAdvertiserError = Error<ServiceAdvertiserErrorCases>;
 
 /// Owns the companion's one listening port and publishes it by DNS-SD, so that clients find it without
 /// configuration.
 ///
 /// Belongs to the network thread; `advertisedPort` is safe from any thread.
-class BonjourAdvertiser {
+class ServiceAdvertiser {
   public:
     static constexpr std::string_view serviceType = "_tarnly._tcp";
 
@@ -45,10 +45,10 @@ class BonjourAdvertiser {
     };
 
     /// Without `publish` the companion listens and tells nobody.
-    BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish);
+    ServiceAdvertiser(boost::asio::any_io_executor executor, Publish publish);
 
     /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when
-    /// there is no `onNewConnection`. Throws `BonjourAdvertiserError::alreadyStarted`, or the
+    /// there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`, or the
     /// `NetworkError` of a listener that cannot be made.
     Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection);
 
@@ -68,6 +68,6 @@ class BonjourAdvertiser {
 };
 
 /// Publishes through the system's DNS-SD daemon.
-BonjourAdvertiser::Publication publishBySystemDaemon(PublishedService service);
+ServiceAdvertiser::Publication publishBySystemDaemon(PublishedService service);
 
 } // namespace tarnly

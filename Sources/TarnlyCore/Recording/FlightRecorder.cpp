@@ -1,4 +1,4 @@
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 
 #include <cstddef>
 #include <exception>
@@ -29,16 +29,16 @@ auto copyAfter(std::optional<double> since, const Snapshot& recorded) {
 
 } // namespace
 
-std::chrono::sys_seconds RecordingSession::systemTime() {
+std::chrono::sys_seconds FlightRecorder::systemTime() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-RecordingSession::RecordingSession(std::filesystem::path directory, WallClock wallClock)
+FlightRecorder::FlightRecorder(std::filesystem::path directory, WallClock wallClock)
     : directory_(std::move(directory)), wallClock_(std::move(wallClock)) {
     createPrivateFolders(directory_);
 }
 
-void RecordingSession::start() {
+void FlightRecorder::start() {
     Track previous; // goes after the lock: to let go of ten hours takes milliseconds
     state_.with([&](State& state) {
         increase(generation_);
@@ -50,7 +50,7 @@ void RecordingSession::start() {
     });
 }
 
-void RecordingSession::stop() {
+void FlightRecorder::stop() {
     state_.with([&](State& state) {
         isRecording_ = false;
         state.startTime.reset();
@@ -58,13 +58,13 @@ void RecordingSession::stop() {
     });
 }
 
-std::optional<std::chrono::nanoseconds> RecordingSession::runningFor() const {
+std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
     const auto startTime = state_.with([](const State& state) { return state.startTime; });
     if (!startTime) return std::nullopt;
     return std::chrono::steady_clock::now() - *startTime;
 }
 
-void RecordingSession::recordSample(TrackSample sample) {
+void FlightRecorder::recordSample(TrackSample sample) {
     if (!isRecording_) return;
     state_.with([&](State& state) {
         state.track.samples.append(sample);
@@ -72,14 +72,14 @@ void RecordingSession::recordSample(TrackSample sample) {
     });
 }
 
-void RecordingSession::recordFired(FiredTriggerEvent event) {
+void FlightRecorder::recordFired(FiredTriggerEvent event) {
     state_.with([&](State& state) {
         state.track.events.append(event);
         if (state.log) state.log->append(LogLine::of(std::move(event)));
     });
 }
 
-RecordingSession::Snapshot RecordingSession::snapshot() const {
+FlightRecorder::Snapshot FlightRecorder::snapshot() const {
     return state_.with([](const State& state) {
         Snapshot result;
         result.samples_ = state.track.samples.snapshot();
@@ -88,7 +88,7 @@ RecordingSession::Snapshot RecordingSession::snapshot() const {
     });
 }
 
-RecordedFlight RecordingSession::Snapshot::after(std::optional<double> since) const {
+RecordedFlight FlightRecorder::Snapshot::after(std::optional<double> since) const {
     return {copyAfter(since, samples_), copyAfter(since, events_)};
 }
 

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 /// What holds while several threads use one recording; of most worth under ThreadSanitizer.
@@ -15,10 +15,10 @@ constexpr int perThread = 700; // more than two blocks in memory
 
 std::chrono::sys_seconds midnight() { return std::chrono::sys_days(std::chrono::year(2026) / 11 / 16); }
 
-class RecordingSessionConcurrency : public testing::Test {
+class FlightRecorderConcurrency : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
-    RecordingSession recording{folder.path(), midnight};
+    FlightRecorder recording{folder.path(), midnight};
 
     RecordedFlight readBack() const {
         const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));
@@ -33,7 +33,7 @@ class RecordingSessionConcurrency : public testing::Test {
     }
 };
 
-TEST_F(RecordingSessionConcurrency, OrderOfTheLogIsTheOrderInMemory) {
+TEST_F(FlightRecorderConcurrency, OrderOfTheLogIsTheOrderInMemory) {
     recording.start();
     {
         std::vector<std::jthread> writers;
@@ -59,7 +59,7 @@ void expectWithoutGap(const std::vector<TrackSample>& samples) {
     }
 }
 
-TEST_F(RecordingSessionConcurrency, CatchUpSeesNoGapWhileOthersRecordAndRestart) {
+TEST_F(FlightRecorderConcurrency, CatchUpSeesNoGapWhileOthersRecordAndRestart) {
     recording.start();
     std::atomic<bool> isDone = false;
     std::atomic<std::size_t> seen = 0;
@@ -91,7 +91,7 @@ TEST_F(RecordingSessionConcurrency, CatchUpSeesNoGapWhileOthersRecordAndRestart)
     EXPECT_EQ(readBack(), recording.catchUp(std::nullopt));
 }
 
-TEST_F(RecordingSessionConcurrency, LogIsFinishedWhenStopHasReturned) {
+TEST_F(FlightRecorderConcurrency, LogIsFinishedWhenStopHasReturned) {
     std::atomic<bool> isDone = false;
     const std::jthread writer([&] {
         for (int i = 0; !isDone; ++i)

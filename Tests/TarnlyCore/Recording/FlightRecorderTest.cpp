@@ -1,4 +1,4 @@
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -16,14 +16,14 @@ using test::firedAt;
 using test::readLogFile;
 using test::sampleAt;
 
-class RecordingSessionTest : public testing::Test {
+class FlightRecorderTest : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
     std::chrono::sys_seconds now = std::chrono::sys_days(std::chrono::year(2026) / 11 / 16) + 1h + 9min + 38s;
 
-    const RecordingSession::WallClock clock = [this] { return now; };
+    const FlightRecorder::WallClock clock = [this] { return now; };
 
-    RecordingSession recording{folder.path(), clock};
+    FlightRecorder recording{folder.path(), clock};
 
     const fs::path file = folder.path() / "session-2026-11-16T010938Z.jsonl";
 
@@ -42,7 +42,7 @@ std::vector<double> times(const std::vector<TrackSample>& samples) {
     return result;
 }
 
-TEST_F(RecordingSessionTest, BeginsIdle) {
+TEST_F(FlightRecorderTest, BeginsIdle) {
     EXPECT_FALSE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 0);
     EXPECT_EQ(recording.directory(), folder.path());
@@ -50,7 +50,7 @@ TEST_F(RecordingSessionTest, BeginsIdle) {
     EXPECT_EQ(fileCount(), 0U);
 }
 
-TEST_F(RecordingSessionTest, StartCreatesAnEmptyLogOfTheTime) {
+TEST_F(FlightRecorderTest, StartCreatesAnEmptyLogOfTheTime) {
     recording.start();
     EXPECT_TRUE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 1);
@@ -58,7 +58,7 @@ TEST_F(RecordingSessionTest, StartCreatesAnEmptyLogOfTheTime) {
     EXPECT_EQ(mode(file), fs::perms(0600));
 }
 
-TEST_F(RecordingSessionTest, KeepsAndLogsWhatItIsTold) {
+TEST_F(FlightRecorderTest, KeepsAndLogsWhatItIsTold) {
     const auto sample = test::fullSampleAt(0.25);
     recording.start();
     recording.recordSample(sample);
@@ -69,7 +69,7 @@ TEST_F(RecordingSessionTest, KeepsAndLogsWhatItIsTold) {
               (std::vector{LogLine::of(sample), LogLine::of(firedAt(0.25)), LogLine::of(sampleAt(0.75))}));
 }
 
-TEST_F(RecordingSessionTest, LineIsCompleteWhenTheCallReturns) {
+TEST_F(FlightRecorderTest, LineIsCompleteWhenTheCallReturns) {
     recording.start();
     recording.recordSample(sampleAt(1));
     EXPECT_EQ(test::contentOf(file), "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":1,\"alt_ft\":2500}}\n");
@@ -78,7 +78,7 @@ TEST_F(RecordingSessionTest, LineIsCompleteWhenTheCallReturns) {
     EXPECT_EQ(test::contentOf(file).back(), '\n');
 }
 
-TEST_F(RecordingSessionTest, SamplesOutsideARecordingAreDropped) {
+TEST_F(FlightRecorderTest, SamplesOutsideARecordingAreDropped) {
     recording.recordSample(sampleAt(1));
     recording.start();
     recording.recordSample(sampleAt(2));
@@ -88,7 +88,7 @@ TEST_F(RecordingSessionTest, SamplesOutsideARecordingAreDropped) {
     EXPECT_EQ(readLogFile(file).lines.size(), 1U);
 }
 
-TEST_F(RecordingSessionTest, FiredTriggersOutsideARecordingAreKeptInMemoryOnly) {
+TEST_F(FlightRecorderTest, FiredTriggersOutsideARecordingAreKeptInMemoryOnly) {
     recording.recordFired(firedAt(1));
     EXPECT_EQ(recording.catchUp(std::nullopt).fired, std::vector{firedAt(1)});
     EXPECT_EQ(fileCount(), 0U);
@@ -101,7 +101,7 @@ TEST_F(RecordingSessionTest, FiredTriggersOutsideARecordingAreKeptInMemoryOnly) 
     EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(firedAt(2))});
 }
 
-TEST_F(RecordingSessionTest, StopKeepsTheRecording) {
+TEST_F(FlightRecorderTest, StopKeepsTheRecording) {
     recording.start();
     recording.recordSample(sampleAt(1));
     recording.stop();
@@ -112,7 +112,7 @@ TEST_F(RecordingSessionTest, StopKeepsTheRecording) {
     EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
 }
 
-TEST_F(RecordingSessionTest, TellsForHowLongItHasBeenRunning) {
+TEST_F(FlightRecorderTest, TellsForHowLongItHasBeenRunning) {
     using Steady = std::chrono::steady_clock;
     EXPECT_FALSE(recording.runningFor());
     for (int i = 0; i < 2; ++i) { // the second start begins anew
@@ -128,13 +128,13 @@ TEST_F(RecordingSessionTest, TellsForHowLongItHasBeenRunning) {
     EXPECT_FALSE(recording.runningFor());
 }
 
-TEST_F(RecordingSessionTest, StopBeforeAnyStartIsHarmless) {
+TEST_F(FlightRecorderTest, StopBeforeAnyStartIsHarmless) {
     recording.stop();
     EXPECT_FALSE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 0);
 }
 
-TEST_F(RecordingSessionTest, StartWhileRecordingStartsOverInANewFile) {
+TEST_F(FlightRecorderTest, StartWhileRecordingStartsOverInANewFile) {
     recording.start();
     recording.recordSample(sampleAt(1));
     recording.recordFired(firedAt(1));
@@ -149,7 +149,7 @@ TEST_F(RecordingSessionTest, StartWhileRecordingStartsOverInANewFile) {
     EXPECT_EQ(readLogFile(next).lines, std::vector{LogLine::of(sampleAt(0.5))});
 }
 
-TEST_F(RecordingSessionTest, SecondStartWithinTheSecondTakesTheFile) {
+TEST_F(FlightRecorderTest, SecondStartWithinTheSecondTakesTheFile) {
     recording.start();
     recording.recordSample(sampleAt(1));
     recording.recordSample(sampleAt(2));
@@ -160,7 +160,7 @@ TEST_F(RecordingSessionTest, SecondStartWithinTheSecondTakesTheFile) {
     EXPECT_EQ(fileCount(), 1U);
 }
 
-TEST_F(RecordingSessionTest, CatchUpReturnsWhatLiesStrictlyAfter) {
+TEST_F(FlightRecorderTest, CatchUpReturnsWhatLiesStrictlyAfter) {
     recording.start();
     for (const double time : {9.9, 10.0, 10.1}) {
         recording.recordSample(sampleAt(time));
@@ -171,7 +171,7 @@ TEST_F(RecordingSessionTest, CatchUpReturnsWhatLiesStrictlyAfter) {
     EXPECT_EQ(recording.catchUp(-1.0), recording.catchUp(std::nullopt));
 }
 
-TEST_F(RecordingSessionTest, CatchUpDoesNotAssumeAnOrder) {
+TEST_F(FlightRecorderTest, CatchUpDoesNotAssumeAnOrder) {
     recording.start();
     for (const double time : {5.0, 1.0, 4.0, 2.0, 3.0}) {
         recording.recordSample(sampleAt(time));
@@ -182,7 +182,7 @@ TEST_F(RecordingSessionTest, CatchUpDoesNotAssumeAnOrder) {
     EXPECT_EQ(late.fired, (std::vector{firedAt(5), firedAt(4), firedAt(3)}));
 }
 
-TEST_F(RecordingSessionTest, CatchUpOfALongRecordingIsWhole) {
+TEST_F(FlightRecorderTest, CatchUpOfALongRecordingIsWhole) {
     recording.start();
     std::vector<double> all;
     for (int i = 0; i < 1000; ++i) {
@@ -193,7 +193,7 @@ TEST_F(RecordingSessionTest, CatchUpOfALongRecordingIsWhole) {
     EXPECT_EQ(times(recording.catchUp(498.5).samples), (std::vector{499.0, 499.5}));
 }
 
-TEST_F(RecordingSessionTest, SampleThatIsNotFiniteStaysInMemoryOnly) {
+TEST_F(FlightRecorderTest, SampleThatIsNotFiniteStaysInMemoryOnly) {
     auto odd = sampleAt(2);
     odd.aglFt = std::numeric_limits<double>::infinity();
     recording.start();
@@ -206,22 +206,22 @@ TEST_F(RecordingSessionTest, SampleThatIsNotFiniteStaysInMemoryOnly) {
     EXPECT_EQ(log.unreadableLines, 0U);
 }
 
-TEST_F(RecordingSessionTest, CreatesItsFoldersForTheOwnerOnly) {
+TEST_F(FlightRecorderTest, CreatesItsFoldersForTheOwnerOnly) {
     const auto above = folder.path() / "Tarnly";
-    const RecordingSession other(above / "Recordings", clock);
+    const FlightRecorder other(above / "Recordings", clock);
     EXPECT_EQ(mode(above), fs::perms(0700));
     EXPECT_EQ(mode(above / "Recordings"), fs::perms(0700));
 }
 
-TEST_F(RecordingSessionTest, LeavesTheModeOfAFolderThatExists) {
+TEST_F(FlightRecorderTest, LeavesTheModeOfAFolderThatExists) {
     fs::permissions(folder.path(), fs::perms(0750));
-    const RecordingSession other(folder.path(), clock);
+    const FlightRecorder other(folder.path(), clock);
     EXPECT_EQ(mode(folder.path()), fs::perms(0750));
 }
 
-TEST_F(RecordingSessionTest, RecordsInMemoryWhereTheFolderCannotBe) {
+TEST_F(FlightRecorderTest, RecordsInMemoryWhereTheFolderCannotBe) {
     const auto plainFile = folder.write("plain", "");
-    RecordingSession other(plainFile / "Recordings", clock);
+    FlightRecorder other(plainFile / "Recordings", clock);
     other.start();
     EXPECT_TRUE(other.isRecording());
     other.recordSample(sampleAt(1));
@@ -232,7 +232,7 @@ TEST_F(RecordingSessionTest, RecordsInMemoryWhereTheFolderCannotBe) {
     EXPECT_EQ(test::contentOf(plainFile), "");
 }
 
-TEST_F(RecordingSessionTest, RecordingAfterOneWithoutAFileHasOneAgain) {
+TEST_F(FlightRecorderTest, RecordingAfterOneWithoutAFileHasOneAgain) {
     fs::create_directory(file);
     recording.start();
     recording.recordSample(sampleAt(1));
@@ -244,11 +244,11 @@ TEST_F(RecordingSessionTest, RecordingAfterOneWithoutAFileHasOneAgain) {
     EXPECT_TRUE(fs::is_empty(file));
 }
 
-TEST_F(RecordingSessionTest, WithoutAClockOfItsOwnItGoesByTheSystems) {
-    RecordingSession other(folder.path());
-    const auto before = RecordingLog::fileName(RecordingSession::systemTime());
+TEST_F(FlightRecorderTest, WithoutAClockOfItsOwnItGoesByTheSystems) {
+    FlightRecorder other(folder.path());
+    const auto before = RecordingLog::fileName(FlightRecorder::systemTime());
     other.start();
-    const auto after = RecordingLog::fileName(RecordingSession::systemTime());
+    const auto after = RecordingLog::fileName(FlightRecorder::systemTime());
     const auto name = fs::directory_iterator(folder.path())->path().filename().string();
     EXPECT_LE(before, name);
     EXPECT_LE(name, after);

@@ -1,4 +1,4 @@
-#include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
+#include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,23 +12,23 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-struct BonjourAdvertiserTest : testing::Test {
+struct ServiceAdvertiserTest : testing::Test {
     boost::asio::io_context io;
     std::vector<PublishedService> published;
     std::weak_ptr<int> publication;
-    BonjourAdvertiser advertiser{io.get_executor(), [this](PublishedService service) {
+    ServiceAdvertiser advertiser{io.get_executor(), [this](PublishedService service) {
                                      published.push_back(std::move(service));
                                      auto token = std::make_shared<int>();
                                      publication = token;
                                      return token;
                                  }};
 
-    void start(BonjourAdvertiser::Service service, WebSocketListener::ConnectionHandler handler = {}) {
+    void start(ServiceAdvertiser::Service service, WebSocketListener::ConnectionHandler handler = {}) {
         test::runTask(io, advertiser.start(std::move(service), std::move(handler)));
     }
 };
 
-TEST_F(BonjourAdvertiserTest, PublishesThePortWithThreeKeys) {
+TEST_F(ServiceAdvertiserTest, PublishesThePortWithThreeKeys) {
     start({"rig42", 0, "xplane", "0.1", true});
     ASSERT_EQ(published.size(), 1U);
     const auto port = advertiser.advertisedPort();
@@ -41,13 +41,13 @@ TEST_F(BonjourAdvertiserTest, PublishesThePortWithThreeKeys) {
                 ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "required")));
 }
 
-TEST_F(BonjourAdvertiserTest, OpenPairingIsTold) {
+TEST_F(ServiceAdvertiserTest, OpenPairingIsTold) {
     start({"rig42", 0, "xplane", "0.1", false});
     EXPECT_THAT(published.at(0).txt,
                 ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "open")));
 }
 
-TEST_F(BonjourAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
+TEST_F(ServiceAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
     start({"rig42", 0, "xplane", "0.1", false});
     EXPECT_FALSE(publication.expired());
     advertiser.stop();
@@ -58,23 +58,23 @@ TEST_F(BonjourAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
     EXPECT_TRUE(advertiser.advertisedPort());
 }
 
-TEST_F(BonjourAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
+TEST_F(ServiceAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
     start({"rig42", 0, "xplane", "0.1", false});
     const auto port = advertiser.advertisedPort();
     try {
         start({"rig43", 0, "xplane", "0.1", false});
         FAIL() << "started twice";
-    } catch (const BonjourAdvertiserError& error) {
+    } catch (const ServiceAdvertiserError& error) {
         EXPECT_STREQ(error.what(), "alreadyStarted");
     }
     EXPECT_EQ(advertiser.advertisedPort(), port);
     EXPECT_EQ(published.size(), 1U);
 }
 
-TEST_F(BonjourAdvertiserTest, APortInUseFailsAndPublishesNothing) {
+TEST_F(ServiceAdvertiserTest, APortInUseFailsAndPublishesNothing) {
     start({"rig42", 0, "xplane", "0.1", false});
-    BonjourAdvertiser second(io.get_executor(), nullptr);
-    BonjourAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
+    ServiceAdvertiser second(io.get_executor(), nullptr);
+    ServiceAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
     EXPECT_THROW(test::runTask(io, second.start(service, {})), NetworkError);
     EXPECT_FALSE(second.advertisedPort());
 }
@@ -85,7 +85,7 @@ Task<bool> isClosedAtOnce(boost::asio::io_context& io, std::uint16_t port) {
     co_return !message;
 }
 
-TEST_F(BonjourAdvertiserTest, WithoutAHandlerConnectionsAreClosedAtOnce) {
+TEST_F(ServiceAdvertiserTest, WithoutAHandlerConnectionsAreClosedAtOnce) {
     start({"rig42", 0, "xplane", "0.1", false});
     EXPECT_TRUE(test::runTask(io, isClosedAtOnce(io, *advertiser.advertisedPort())));
 }

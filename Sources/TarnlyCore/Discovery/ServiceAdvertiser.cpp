@@ -1,14 +1,14 @@
-#include "TarnlyCore/Discovery/BonjourAdvertiser.hpp"
+#include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
 
 #include <utility>
 
 namespace tarnly {
 
-BonjourAdvertiser::BonjourAdvertiser(boost::asio::any_io_executor executor, Publish publish)
+ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Publish publish)
     : executor_(std::move(executor)), publish_(std::move(publish)) {}
 
-Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
-    if (listener_) throw BonjourAdvertiserError(BonjourAdvertiserError::Case::alreadyStarted);
+Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
+    if (listener_) throw ServiceAdvertiserError(ServiceAdvertiserError::Case::alreadyStarted);
     if (!onNewConnection) {
         onNewConnection = [](const std::shared_ptr<WebSocketConnection>& connection) {
             connection->cancel();
@@ -31,15 +31,15 @@ Task<> BonjourAdvertiser::start(Service service, WebSocketListener::ConnectionHa
     co_return;
 }
 
-void BonjourAdvertiser::stop() {
+void ServiceAdvertiser::stop() {
     publication_.reset();
     listener_.reset();
     advertisedPort_.with([](auto& advertised) { advertised.reset(); });
 }
 
-std::optional<std::uint16_t> BonjourAdvertiser::advertisedPort() const { return advertisedPort_.copy(); }
+std::optional<std::uint16_t> ServiceAdvertiser::advertisedPort() const { return advertisedPort_.copy(); }
 
-BonjourAdvertiser::Publication publishBySystemDaemon(PublishedService service) {
+ServiceAdvertiser::Publication publishBySystemDaemon(PublishedService service) {
     return std::make_shared<ServicePublisher>(std::move(service));
 }
 

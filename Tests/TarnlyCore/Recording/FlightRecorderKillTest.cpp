@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyCore/Recording/RecordingSession.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 /// A process that is killed while it records leaves a log that can be read, with all in it that a call had
@@ -62,7 +62,7 @@ LogLine numberedLine(std::size_t number) {
 
 [[noreturn]] void recordUntilKilled(const std::filesystem::path& folder, std::atomic<std::size_t>& recorded) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    RecordingSession recording(folder, midnight);
+    FlightRecorder recording(folder, midnight);
     recording.start();
     for (;;) {
         const auto line = numberedLine(recorded);
@@ -101,7 +101,7 @@ void expectNothingLost(const test::ReadLog& log, std::size_t recorded) {
         ASSERT_EQ(log.lines[i], numberedLine(i)) << i;
 }
 
-TEST(RecordingSessionKill, EveryLineForWhichACallReturnedIsThere) {
+TEST(FlightRecorderKill, EveryLineForWhichACallReturnedIsThere) {
     int tornEnds = 0;
     for (std::size_t round = 0; round < kills; ++round) {
         const test::TemporaryFolder folder;
