@@ -6,7 +6,7 @@
 
 #include "TarnlyApp/StatusText.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
-#include "TarnlyXPlane/Link/NetworkTransport.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 /// The simulator's names of the datarefs that this module reads and writes itself.
@@ -48,3 +51,20 @@ inline constexpr std::array samples{
 };
 
 } // namespace tarnly::datarefs
+
+namespace tarnly {
+
+/// One element of an array dataref: "sim/a[3]" is element 3 of "sim/a".
+struct IndexedName {
+    std::string base;
+    /// As written, so it may be negative.
+    std::int64_t index = 0;
+
+    bool operator==(const IndexedName&) const = default;
+};
+
+/// Splits a name at its first "[". Absent unless the name ends with "]" and what stands between is an
+/// integer: such a name is one whole.
+std::optional<IndexedName> parseIndexedName(std::string_view name);
+
+} // namespace tarnly

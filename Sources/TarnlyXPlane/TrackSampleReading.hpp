@@ -1,8 +1,8 @@
 #pragma once
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
-#include "TarnlyXPlane/Link/Catalog.hpp"
 #include "TarnlyXPlane/Link/ValueCache.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
 namespace tarnly {
 

@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "TarnlyXPlane/Attitude.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
-#include "TarnlyXPlane/IndexedName.hpp"
+#include "TarnlyXPlane/SimoPacket.hpp"
+#include "TarnlyXPlane/SituationFiles.hpp"
 #include "TarnlyXPlane/TrackSampleReading.hpp"
 
 namespace tarnly {
@@ -13,6 +15,8 @@ using Case = XPlaneBackendError::Case;
 
 constexpr int polls = 50;
 constexpr std::chrono::milliseconds pollInterval(20);
+constexpr std::uint16_t commandPort = 49000;
+constexpr std::chrono::seconds settleDelay(2);
 
 std::int64_t idOf(const std::string& name, const IdsByName& ids, Case whenUnknown) {
     const auto found = ids.find(name);
@@ -85,7 +89,7 @@ Task<double> XPlaneBackend::readOrSubscribe(std::string name, std::int64_t id, L
     if (value) co_return *value;
     std::vector<DatarefEntry> wanted(1);
     wanted.front().id = id;
-    co_await link_->send(MessageType::datarefSubscribeValues, std::move(wanted));
+    co_await link_->send(WebApiType::subscribeValues, std::move(wanted));
     value = co_await poll(lookup);
     if (!value) throw XPlaneBackendError(Case::timeout, name);
     co_return *value;
@@ -106,7 +110,7 @@ Task<> XPlaneBackend::setDataref(std::string name, double value, std::optional<s
     written.front().id = idOf(name, link_->datarefIds(), Case::unknownDataref);
     written.front().value = value;
     written.front().index = index;
-    co_await link_->send(MessageType::datarefSetValues, std::move(written));
+    co_await link_->send(WebApiType::setValues, std::move(written));
 }
 
 Task<> XPlaneBackend::runCommand(std::string name) {
@@ -131,7 +135,7 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
     if (sampleRefsSubscribed_) co_return;
     co_await link_->ensureConnected();
     const auto ids = sampleIds(link_->datarefIds());
-    co_await link_->send(MessageType::datarefSubscribeValues, entries(ids));
+    co_await link_->send(WebApiType::subscribeValues, entries(ids));
     auto lookup = [this, &ids] { return link_->values().hasAny(ids); };
     co_await poll(lookup);
     sampleRefsSubscribed_ = true;
@@ -140,6 +144,67 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
 Task<TrackSample> XPlaneBackend::getTrackSample() {
     co_await ensureSampleRefsSubscribed();
     co_return readTrackSample(link_->datarefIds(), link_->values());
+}
+
+void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {
+    situationsDirectory_.with([&](std::optional<std::string>& directory) { directory = std::move(path); });
+}
+
+Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
+    const auto directory = situationsDirectory_.copy();
+    if (!directory) throw XPlaneBackendError(Case::situationsDirectoryNotConfigured);
+    auto list = [path = *directory] { return listSituations(path); };
+    auto flights = co_await workers_.run(std::move(list));
+    co_return flights;
+}
+
+Task<> XPlaneBackend::loadFlight(std::string path) {
+    auto look = [path] { return situationExists(path); };
+    const bool exists = co_await workers_.run(std::move(look));
+    if (!exists) throw XPlaneBackendError(Case::flightNotFound, path);
+    Endpoint destination;
+    destination.host = host_;
+    destination.port = commandPort;
+    auto packet = buildSimoLoadSituationPacket(relativeSituationPath(path));
+    co_await transport_->sendDatagram(std::move(destination), std::move(packet));
+}
+
+Task<> XPlaneBackend::setDatarefNamed(std::string_view name, double value) {
+    return setDataref(std::string(name), value, std::nullopt);
+}
+
+Task<> XPlaneBackend::setPosition(double latitude, double longitude, double elevation) {
+    co_await setDatarefNamed(datarefs::latitude, latitude);
+    co_await setDatarefNamed(datarefs::longitude, longitude);
+    co_await setDatarefNamed(datarefs::elevation, elevation);
+}
+
+Task<> XPlaneBackend::moveToPreservingAgl(double latitude, double longitude) {
+    const std::string aboveGround(datarefs::aboveGround);
+    const std::string elevation(datarefs::elevation);
+    const double aglBefore = co_await getDataref(aboveGround);
+    const double elevationBefore = co_await getDataref(elevation);
+    co_await setPosition(latitude, longitude, elevationBefore);
+    co_await clock_.sleepFor(settleDelay);
+    const double aglAfter = co_await getDataref(aboveGround);
+    co_await setPosition(latitude, longitude, elevationBefore + (aglBefore - aglAfter));
+}
+
+Task<> XPlaneBackend::applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) {
+    const std::string elevationName(datarefs::elevation);
+    const std::string headingName(datarefs::psi);
+    const double elevation = co_await getDataref(elevationName);
+    const double heading = co_await getDataref(headingName);
+    const auto velocity = localVelocity(iasKts, elevation, pitchDeg, heading);
+    co_await setDatarefNamed(datarefs::theta, pitchDeg);
+    co_await setDatarefNamed(datarefs::phi, bankDeg);
+    co_await setDatarefNamed(datarefs::localVx, velocity.x);
+    co_await setDatarefNamed(datarefs::localVy, velocity.y);
+    co_await setDatarefNamed(datarefs::localVz, velocity.z);
+    co_await setDatarefNamed(datarefs::rollRate, 0);
+    co_await setDatarefNamed(datarefs::pitchRate, 0);
+    co_await setDatarefNamed(datarefs::yawRate, 0);
+    co_await setDatarefNamed(datarefs::throttleRatio, throttle);
 }
 
 } // namespace tarnly

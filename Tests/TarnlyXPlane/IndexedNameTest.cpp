@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/IndexedName.hpp"
+#include "TarnlyXPlane/Datarefs.hpp"
 
 #include <gtest/gtest.h>
 

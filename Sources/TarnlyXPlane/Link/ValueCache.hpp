@@ -7,12 +7,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include "TarnlyPlatform/Base/Guarded.hpp"
-#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
 namespace tarnly {
 
-/// The last values that the simulator sent, by dataref id; nothing is ever removed. Safe from any thread.
+/// The last values that the simulator sent, by dataref id; nothing is ever removed. Belongs to its link, on
+/// the network thread.
 ///
 /// Scalars and arrays are apart: an element of an array never passes for a scalar.
 class ValueCache {
@@ -29,12 +30,9 @@ class ValueCache {
     bool hasAny(std::span<const std::int64_t> ids) const;
 
   private:
-    struct Values {
-        std::unordered_map<std::int64_t, double> latestValues;
-        std::unordered_map<std::int64_t, std::vector<double>> latestArrayValues;
-    };
-
-    Guarded<Values> values_;
+    OnOneThread thread_;
+    std::unordered_map<std::int64_t, double> latestValues_;
+    std::unordered_map<std::int64_t, std::vector<double>> latestArrayValues_;
 };
 
 } // namespace tarnly

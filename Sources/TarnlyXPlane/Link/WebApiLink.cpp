@@ -13,23 +13,38 @@ namespace {
 constexpr std::string_view apiPath = "/api/v2";
 constexpr std::chrono::seconds requestTimeout(60);
 
-NetworkError invalidCatalog(const std::string& url, unsigned status, const char* reason) {
+NetworkError invalidCatalogue(const std::string& url, unsigned status, const char* reason) {
     const auto shownStatus = status == 200 ? std::string() : "HTTP status " + std::to_string(status) + ": ";
     return {NetworkError::Case::invalidResponse, url + ": " + shownStatus + reason};
 }
 
 } // namespace
 
+SharedAttempt::SharedAttempt(boost::asio::any_io_executor executor) : finishedEvent_(std::move(executor)) {}
+
+void SharedAttempt::finish(std::exception_ptr failure) {
+    finished_ = true;
+    failure_ = std::move(failure);
+    finishedEvent_.notifyAll();
+}
+
+Task<> SharedAttempt::wait() {
+    while (!finished_) {
+        co_await finishedEvent_.wait();
+    }
+    if (failure_) std::rethrow_exception(failure_);
+}
+
 WebApiLink::WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
     : endpoint_(std::move(endpoint)), transport_(std::move(transport)), workers_(workers) {
     if (!isHost(endpoint_.host)) std::abort();
 }
 
-std::string WebApiLink::baseURL() const {
+std::string WebApiLink::baseUrl() const {
     return "http://" + describe(endpoint_) + std::string(apiPath) + "/";
 }
 
-std::string WebApiLink::wsURL() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
+std::string WebApiLink::wsUrl() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
 
 Task<> WebApiLink::ensureConnected() {
     if (connected_) co_return;
@@ -54,10 +69,10 @@ std::shared_ptr<SharedAttempt> WebApiLink::startAttempt(boost::asio::any_io_exec
 }
 
 Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
-    auto datarefIds = co_await link->fetchCatalog("datarefs");
+    auto datarefIds = co_await link->fetchCatalogue("datarefs");
     datarefIds.merge(link->datarefIds_);
     link->datarefIds_ = std::move(datarefIds);
-    auto commandIds = co_await link->fetchCatalog("commands");
+    auto commandIds = co_await link->fetchCatalogue("commands");
     commandIds.merge(link->commandIds_);
     link->commandIds_ = std::move(commandIds);
     link->throwIfClosed();
@@ -68,15 +83,15 @@ Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
     boost::asio::co_spawn(executor, receiveLoop(link, link->webSocket_), boost::asio::detached);
 }
 
-Task<IdsByName> WebApiLink::fetchCatalog(std::string path) {
+Task<IdsByName> WebApiLink::fetchCatalogue(std::string path) {
     auto response = co_await fetch("GET", path, "");
     const auto size = response.body.size();
-    auto parse = [body = std::move(response.body)] { return idsByName(parseCatalog(body)); };
+    auto parse = [body = std::move(response.body)] { return idsByName(parseCatalogue(body)); };
     try {
         auto ids = co_await workers_.runSized(size, std::move(parse));
         co_return ids;
     } catch (const JsonError& error) {
-        throw invalidCatalog(baseURL() + path, response.status, error.what());
+        throw invalidCatalogue(baseUrl() + path, response.status, error.what());
     }
 }
 
@@ -98,7 +113,7 @@ Task<> WebApiLink::handleMessage(std::string text) {
 }
 
 void WebApiLink::throwIfClosed() const {
-    if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, wsURL());
+    if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, wsUrl());
 }
 
 void WebApiLink::close() {

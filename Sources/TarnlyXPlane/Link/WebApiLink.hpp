@@ -2,22 +2,39 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
-#include "TarnlyXPlane/Link/Catalog.hpp"
-#include "TarnlyXPlane/Link/SharedAttempt.hpp"
 #include "TarnlyXPlane/Link/ValueCache.hpp"
-#include "TarnlyXPlane/Link/WebApiRequest.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
+
+/// One piece of work under way whose outcome any number of coroutines wait for. Belongs to the network
+/// thread; who waits keeps it alive.
+class SharedAttempt {
+  public:
+    explicit SharedAttempt(boost::asio::any_io_executor executor);
+
+    /// Ends all waits, which throw `failure` unless it is null.
+    void finish(std::exception_ptr failure);
+
+    Task<> wait();
+
+  private:
+    Event finishedEvent_;
+    bool finished_ = false;
+    std::exception_ptr failure_;
+};
 
 /// The connection to the simulator's local web API, version 2: HTTP for the catalogues and the commands, one
 /// WebSocket for subscriptions, values and writes.
@@ -35,9 +52,9 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     WebApiLink& operator=(const WebApiLink&) = delete;
 
     /// "http://host:port/api/v2/"
-    std::string baseURL() const;
+    std::string baseUrl() const;
     /// "ws://host:port/api/v2"
-    std::string wsURL() const;
+    std::string wsUrl() const;
 
     /// Loads the catalogues and opens the WebSocket unless that is done; does not wait for the handshake.
     /// Calls that overlap share one attempt and its failure; the next call after a failure tries again.
@@ -67,7 +84,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
                               std::shared_ptr<WebSocketConnection> webSocket);
 
     void throwIfClosed() const;
-    Task<IdsByName> fetchCatalog(std::string path);
+    Task<IdsByName> fetchCatalogue(std::string path);
     Task<HttpResponse> fetch(std::string method, std::string path, std::string body);
 
     // Constant after construction

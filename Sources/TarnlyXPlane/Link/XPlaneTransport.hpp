@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/asio/any_io_executor.hpp>
 #include <chrono>
 #include <cstddef>
 #include <memory>
@@ -27,5 +28,8 @@ class XPlaneTransport {
     /// Returns when the datagram has been handed to the network. Throws `NetworkError`.
     virtual Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) = 0;
 };
+
+/// The transport over real sockets, which live on `executor`, that of the network thread.
+std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor);
 
 } // namespace tarnly

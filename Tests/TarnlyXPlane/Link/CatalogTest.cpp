@@ -1,29 +1,29 @@
-#include "TarnlyXPlane/Link/Catalog.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
 #include <gtest/gtest.h>
 
 namespace tarnly {
 namespace {
 
-using Entries = std::vector<CatalogEntry>;
+using Entries = std::vector<CatalogueEntry>;
 
 TEST(Catalog, EntriesComeInTheirOrderAndOtherKeysAreIgnored) {
-    const auto entries = parseCatalog(R"({"data":[
+    const auto entries = parseCatalogue(R"({"data":[
         {"id":40003472032,"is_writable":true,"name":"sim/b","value_type":"float"},
         {"name":"sim/a","id":-7}],"count":2})");
     EXPECT_EQ(entries, (Entries{{40003472032, "sim/b"}, {-7, "sim/a"}}));
 }
 
-TEST(Catalog, MayBeEmpty) { EXPECT_EQ(parseCatalog(R"({"data":[]})"), Entries{}); }
+TEST(Catalog, MayBeEmpty) { EXPECT_EQ(parseCatalogue(R"({"data":[]})"), Entries{}); }
 
 TEST(Catalog, EntriesThatAreNoObjectsArePassedOver) {
-    const auto entries = parseCatalog(R"({"data":[null,{"id":1,"name":"a"},3,"x",[],true]})");
+    const auto entries = parseCatalogue(R"({"data":[null,{"id":1,"name":"a"},3,"x",[],true]})");
     EXPECT_EQ(entries, (Entries{{1, "a"}}));
 }
 
 TEST(Catalog, IdsAreIntegersOf64Bits) {
     const auto entries =
-        parseCatalog(R"({"data":[{"id":9223372036854775807,"name":"a"},{"id":7.0,"name":"b"}]})");
+        parseCatalogue(R"({"data":[{"id":9223372036854775807,"name":"a"},{"id":7.0,"name":"b"}]})");
     EXPECT_EQ(entries, (Entries{{INT64_MAX, "a"}, {7, "b"}}));
 }
 
@@ -32,14 +32,14 @@ TEST(Catalog, EntriesWithoutAProperIdOrNameFail) {
          {R"({"id":1})", R"({"name":"a"})", R"({"id":"1","name":"a"})", R"({"id":1,"name":2})",
           R"({"id":1.5,"name":"a"})", R"({"id":null,"name":"a"})", R"({"id":true,"name":"a"})",
           R"({"id":9223372036854775808,"name":"a"})", R"({"id":1,"name":null})"}) {
-        EXPECT_THROW(parseCatalog(R"({"data":[)" + std::string(entry) + "]}"), JsonError) << entry;
+        EXPECT_THROW(parseCatalogue(R"({"data":[)" + std::string(entry) + "]}"), JsonError) << entry;
     }
 }
 
 TEST(Catalog, OtherBodiesFail) {
     for (const auto* body : {"", "null", "[]", "{}", R"({"data":null})", R"({"data":{}})",
                              R"({"error_code":"x"})", "<html></html>", R"({"data":[]} trailing)"}) {
-        EXPECT_THROW(parseCatalog(body), JsonError) << body;
+        EXPECT_THROW(parseCatalogue(body), JsonError) << body;
     }
 }
 

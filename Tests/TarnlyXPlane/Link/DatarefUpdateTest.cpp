@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
 #include <gtest/gtest.h>
 

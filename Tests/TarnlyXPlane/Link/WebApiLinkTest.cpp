@@ -41,10 +41,10 @@ std::vector<DatarefEntry> entryFor(std::int64_t id) {
 }
 
 TEST_F(WebApiLinkTest, URLs) {
-    EXPECT_EQ(link->baseURL(), "http://127.0.0.1:8086/api/v2/");
-    EXPECT_EQ(link->wsURL(), "ws://127.0.0.1:8086/api/v2");
+    EXPECT_EQ(link->baseUrl(), "http://127.0.0.1:8086/api/v2/");
+    EXPECT_EQ(link->wsUrl(), "ws://127.0.0.1:8086/api/v2");
     const WebApiLink overIPv6(Endpoint{"::1", 80}, transport, workers);
-    EXPECT_EQ(overIPv6.baseURL(), "http://[::1]:80/api/v2/");
+    EXPECT_EQ(overIPv6.baseUrl(), "http://[::1]:80/api/v2/");
 }
 
 TEST(WebApiLinkDeathTest, HostThatCannotStandInAURLEndsTheProcess) {

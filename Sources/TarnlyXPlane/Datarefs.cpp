@@ -1,6 +1,6 @@
-#include "TarnlyXPlane/IndexedName.hpp"
+#include "TarnlyXPlane/Datarefs.hpp"
 
-#include "TarnlyXPlane/Link/DecimalInteger.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
 namespace tarnly {
 

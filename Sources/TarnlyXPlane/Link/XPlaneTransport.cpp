@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/Link/NetworkTransport.hpp"
+#include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 #include <utility>
 

@@ -1,13 +1,12 @@
-#include "TarnlyXPlane/Link/DatarefUpdate.hpp"
+#include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
-#include <boost/json/value.hpp>
+#include <charconv>
 #include <cmath>
-#include <optional>
+#include <system_error>
 #include <utility>
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlyXPlane/Link/DecimalInteger.hpp"
 
 namespace tarnly {
 namespace {
@@ -49,13 +48,34 @@ void addEntry(DatarefUpdate& update, std::string_view key, const json::value& va
 const json::object* updateData(const json::value& message) {
     const auto* object = message.if_object();
     const auto* type = object == nullptr ? nullptr : object->if_contains("type");
-    if (type == nullptr || !type->is_string() || type->get_string() != "dataref_update_values")
+    if (type == nullptr || !type->is_string() || type->get_string() != WebApiType::updateValues)
         return nullptr;
     const auto* data = object->if_contains("data");
     return data == nullptr ? nullptr : data->if_object();
 }
 
 } // namespace
+
+std::vector<CatalogueEntry> parseCatalogue(std::string_view data) {
+    const auto body = parseJson(data);
+    const auto* list = jsonObject(body).if_contains("data");
+    if (list == nullptr) throwMissingKey("data");
+    const auto& array = jsonArray(*list);
+    std::vector<CatalogueEntry> entries;
+    entries.reserve(array.size());
+    for (const auto& entry : array) {
+        if (entry.is_object()) entries.push_back(decodeJson<CatalogueEntry>(entry));
+    }
+    return entries;
+}
+
+IdsByName idsByName(std::vector<CatalogueEntry> entries) {
+    IdsByName ids;
+    ids.reserve(entries.size());
+    for (auto& entry : entries)
+        ids.insert_or_assign(std::move(entry.name), entry.id);
+    return ids;
+}
 
 DatarefUpdate parseDatarefUpdate(std::string text) {
     DatarefUpdate update;
@@ -70,6 +90,18 @@ DatarefUpdate parseDatarefUpdate(std::string text) {
         // one.
     }
     return update;
+}
+
+std::optional<std::int64_t> parseDecimalInteger(std::string_view text) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) return std::nullopt;
+    }
+    std::int64_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return value;
 }
 
 } // namespace tarnly

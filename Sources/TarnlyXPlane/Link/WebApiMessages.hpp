@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
+
+/// What goes over the wire between the simulator's web API and us: its own vocabulary, and the texts that are
+/// read and written. Plain values and functions, callable from any thread.
+namespace tarnly {
+
+/// The `type` of a message on the simulator's WebSocket.
+namespace WebApiType {
+inline constexpr std::string_view subscribeValues = "dataref_subscribe_values";
+inline constexpr std::string_view setValues = "dataref_set_values";
+inline constexpr std::string_view updateValues = "dataref_update_values";
+} // namespace WebApiType
+
+/// A dataref to subscribe to, or with `value` one to write; `index` names one element of an array.
+struct DatarefEntry {
+    std::int64_t id = 0;
+    std::optional<double> value;
+    std::optional<std::int64_t> index;
+
+    static constexpr auto fields() {
+        return std::tuple(field("id", &DatarefEntry::id), field("value", &DatarefEntry::value),
+                          field("index", &DatarefEntry::index));
+    }
+};
+
+struct DatarefParams {
+    std::vector<DatarefEntry> datarefs;
+
+    static constexpr auto fields() { return std::tuple(field("datarefs", &DatarefParams::datarefs)); }
+};
+
+/// A message to the simulator.
+struct WebApiRequest {
+    std::string type;
+    std::int64_t reqId = 0;
+    DatarefParams params;
+
+    static constexpr auto fields() {
+        return std::tuple(field("type", &WebApiRequest::type), field("req_id", &WebApiRequest::reqId),
+                          field("params", &WebApiRequest::params));
+    }
+};
+
+/// One dataref or command that the simulator knows. An id is valid for one run of the simulator.
+struct CatalogueEntry {
+    std::int64_t id = 0;
+    std::string name;
+
+    bool operator==(const CatalogueEntry&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("id", &CatalogueEntry::id), field("name", &CatalogueEntry::name));
+    }
+};
+
+using IdsByName = std::unordered_map<std::string, std::int64_t>;
+
+/// The entries of a catalogue response, in their order. Entries that are no objects are passed over: some
+/// versions of the simulator have null among their commands. Throws `JsonError` for a body that is not a
+/// catalogue.
+std::vector<CatalogueEntry> parseCatalogue(std::string_view data);
+
+/// Of entries with the same name the last counts.
+IdsByName idsByName(std::vector<CatalogueEntry> entries);
+
+/// The values that one message of the simulator brings, by dataref id. All are finite.
+struct DatarefUpdate {
+    std::map<std::int64_t, double> values;
+    std::map<std::int64_t, std::vector<double>> arrayValues;
+};
+
+/// Reads a "dataref_update_values" message; empty for any other text, JSON or not.
+///
+/// True and false count as 1 and 0. An entry is passed over when its key is not a decimal integer or its
+/// value is neither a number nor an array of numbers. So is one with an infinite number, which the simulator
+/// writes as 1e+9999: one dataref gone wild must not freeze the others.
+DatarefUpdate parseDatarefUpdate(std::string text);
+
+/// `text` as a decimal integer: ASCII digits with at most one sign, "+" or "-", before them. Absent for
+/// anything else and beyond 64 bits.
+std::optional<std::int64_t> parseDecimalInteger(std::string_view text);
+
+} // namespace tarnly
