@@ -44,7 +44,8 @@ std::string reply(RecordedFlight response) {
 
 void sampleIsRecorded(benchmark::State& state) {
     const test::TemporaryFolder folder;
-    FlightRecorder recording(folder.path());
+    SystemClock clock;
+    FlightRecorder recording(folder.path(), clock);
     recording.start();
     const auto sample = test::fullSampleAt(1234.5678);
     for (auto _ : state)
@@ -53,7 +54,8 @@ void sampleIsRecorded(benchmark::State& state) {
 
 void sampleIsRecordedWithoutAFile(benchmark::State& state) {
     const test::TemporaryFolder folder;
-    FlightRecorder recording(folder.write("plain", "") / "Recordings");
+    SystemClock clock;
+    FlightRecorder recording(folder.write("plain", "") / "Recordings", clock);
     recording.start();
     const auto sample = test::fullSampleAt(1234.5678);
     for (auto _ : state)

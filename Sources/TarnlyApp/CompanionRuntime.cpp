@@ -46,8 +46,8 @@ void CompanionRuntime::start() {
 
 void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
-    backend_ =
-        std::make_shared<XPlaneBackend>(options_.simulator, makeNetworkTransport(executor), clock_, workers_);
+    backend_ = std::make_shared<XPlaneBackend>(executor, options_.simulator, makeNetworkTransport(executor),
+                                               clock_, workers_);
     if (options_.situationsFolder) {
         backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
     }
@@ -65,10 +65,19 @@ void CompanionRuntime::build() {
 
 void CompanionRuntime::run() {
     network_.run();
-    if (host_) host_->stop();
-    if (backend_) backend_->close();
+    if (!host_) return;
     network_.restart();
-    network_.run_for(closingPatience);
+    boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
+    network_.run();
+}
+
+Task<> CompanionRuntime::close() {
+    host_->stop();
+    backend_->close();
+    const auto deadline = clock_.now() + closingPatience;
+    co_await host_->join(closingPatience);
+    const auto left = deadline - clock_.now();
+    co_await backend_->join(left);
 }
 
 void CompanionRuntime::end() { network_.stop(); }

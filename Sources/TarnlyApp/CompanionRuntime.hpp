@@ -74,6 +74,7 @@ class CompanionRuntime {
 
   private:
     void build();
+    Task<> close();
     void announceStart(bool passwordRequired);
     void announceFailure(const std::exception_ptr& failure);
     void announce(State state, std::string text);

@@ -26,12 +26,13 @@ SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> serv
 
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                              std::shared_ptr<SimBackend> backend, Configuration configuration)
-    : instanceName_(std::move(configuration.instanceName)),
+    : clock_(clock),
+      instanceName_(std::move(configuration.instanceName)),
       simKind_(std::move(configuration.simKind)),
       appVersion_(std::move(configuration.appVersion)),
       port_(configuration.port),
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
-      recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory))),
+      recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock)),
       loadedScript_(std::make_shared<LoadedScript>()),
       server_(std::make_shared<ProtocolServer>(
           executor,

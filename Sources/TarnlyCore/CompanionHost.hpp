@@ -60,9 +60,13 @@ class CompanionHost {
     /// the second call, or what the advertiser throws; after a failure the host is of no more use.
     Task<> start();
 
-    /// Stops the heartbeat, withdraws the service, ends all connections, and ends a recording. Harmless
-    /// when not started.
+    /// Stops the heartbeat, withdraws the service, tells all connections to end, and ends a recording.
+    /// Harmless when not started.
     void stop();
+
+    /// Waits until the connections have ended, for `limit` at most; says whether it came to that. The answers
+    /// that are under way leave meanwhile.
+    Task<bool> join(Clock::Duration limit) { return server_->join(clock_, limit); }
 
     PairingManager& pairing() { return *pairing_; }
     FlightRecorder& recording() { return *recording_; }
@@ -73,6 +77,7 @@ class CompanionHost {
     const ServiceAdvertiser& advertiser() const { return advertiser_; }
 
   private:
+    Clock& clock_;
     const std::string instanceName_;
     const std::string simKind_;
     const std::string appVersion_;

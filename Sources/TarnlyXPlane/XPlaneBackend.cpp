@@ -44,10 +44,10 @@ bool isSuccess(const HttpResponse& response) { return 200 <= response.status && 
 
 } // namespace
 
-XPlaneBackend::XPlaneBackend(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, Clock& clock,
-                             WorkerPool& workers)
+XPlaneBackend::XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
+                             std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers)
     : host_(endpoint.host),
-      link_(std::make_shared<WebApiLink>(std::move(endpoint), transport, workers)),
+      link_(std::make_shared<WebApiLink>(std::move(executor), std::move(endpoint), transport, workers)),
       transport_(std::move(transport)),
       clock_(clock),
       workers_(workers) {}

@@ -49,9 +49,9 @@ using XPlaneBackendError = Error<XPlaneBackendErrorCases>;
 /// meanwhile. They throw `XPlaneBackendError`, and `NetworkError` when the simulator cannot be reached.
 class XPlaneBackend final : public SimBackend {
   public:
-    /// `clock` and `workers` must outlive all that runs on the network thread.
-    XPlaneBackend(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, Clock& clock,
-                  WorkerPool& workers);
+    /// `executor` is the network thread's; `clock` and `workers` must outlive all that runs there.
+    XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
+                  std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers);
 
     XPlaneBackend(const XPlaneBackend&) = delete;
     XPlaneBackend& operator=(const XPlaneBackend&) = delete;
@@ -62,6 +62,9 @@ class XPlaneBackend final : public SimBackend {
     /// Ends the connection to the simulator, for good: operations that need it fail from then on.
     /// Harmless when repeated.
     void close();
+
+    /// Waits until the connection has ended, for `limit` at most; says whether it came to that.
+    Task<bool> join(Clock::Duration limit) { return link_->join(clock_, limit); }
 
     /// The absolute path of the folder with the situation files; without one, listing fails. From any
     /// thread.

@@ -28,6 +28,8 @@ class FakeConnection final : public WebSocketConnection {
     std::size_t backlogBytes = 0;
     std::size_t messageLimit = 0;
     bool isCancelled = false;
+    /// The next message cannot be received: out of memory.
+    bool breaks = false;
     /// While false, what is sent stays in the queue.
     bool isRead = true;
 
@@ -56,6 +58,7 @@ class FakeConnection final : public WebSocketConnection {
         while (incoming_.empty() && !hasEnded_) {
             co_await changed_.wait();
         }
+        if (breaks) throw std::bad_alloc();
         if (incoming_.empty()) co_return std::nullopt;
         auto message = std::move(incoming_.front());
         incoming_.pop_front();

@@ -34,7 +34,7 @@ class BackendFixture : public testing::Test {
 
     void makeBackend() {
         const Endpoint endpoint{"127.0.0.1", 8086};
-        backend = std::make_shared<XPlaneBackend>(endpoint, transport, clock, workers);
+        backend = std::make_shared<XPlaneBackend>(io.get_executor(), endpoint, transport, clock, workers);
     }
 
     void TearDown() override {

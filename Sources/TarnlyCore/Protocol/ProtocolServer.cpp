@@ -1,8 +1,6 @@
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
 
 #include <algorithm>
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <exception>
 #include <utility>
 
@@ -22,26 +20,31 @@ constexpr std::size_t backlogLimit = 256 * 1024;
 } // namespace
 
 ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession)
-    : executor_(std::move(executor)), makeSession_(std::move(makeSession)) {}
+    : makeSession_(std::move(makeSession)), tasks_(std::move(executor)) {}
 
 void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
+    thread_.check();
     connection->setMessageLimit(unpairedMessageLimit);
     const auto entry = std::make_shared<Connection>(Connection{std::move(connection), makeSession_()});
-    connections_.with([&](Table& table) { table[entry->connection.get()] = entry; });
-    boost::asio::co_spawn(executor_, receiveLoop(weak_from_this(), entry), boost::asio::detached);
+    connections_[entry->connection.get()] = entry;
+    // Out of memory, say: that is the end of this connection, not of the companion.
+    auto endConnection = [server = weak_from_this(), entry](const std::exception_ptr&) {
+        finish(server, *entry);
+    };
+    tasks_.spawn(serve(weak_from_this(), entry), std::move(endConnection));
 }
 
-Task<> ProtocolServer::receiveLoop(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry) {
-    try {
-        bool goesOn = true;
-        while (goesOn) {
-            goesOn = co_await answerNext(entry);
-        }
-    } catch (const std::exception&) {
-        // Out of memory, say: that is the end of this connection, not of the companion.
+Task<> ProtocolServer::serve(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry) {
+    bool goesOn = true;
+    while (goesOn) {
+        goesOn = co_await answerNext(entry);
     }
-    entry->connection->cancel();
-    if (const auto alive = server.lock()) alive->remove(*entry);
+    finish(server, *entry);
+}
+
+void ProtocolServer::finish(const std::weak_ptr<ProtocolServer>& server, const Connection& entry) {
+    entry.connection->cancel();
+    if (const auto alive = server.lock()) alive->connections_.erase(entry.connection.get());
 }
 
 /// False when the connection has ended or is to be ended.
@@ -67,55 +70,51 @@ Task<bool> ProtocolServer::deliver(std::shared_ptr<WebSocketConnection> connecti
 }
 
 void ProtocolServer::broadcast(BuildMessage build) {
+    thread_.check();
     for (const auto& entry : snapshot()) {
         if (entry->hasMessageUnderWay || !entry->session->isPaired()) continue;
         if (entry->connection->backlog() > backlogLimit) continue;
         entry->hasMessageUnderWay = true;
-        boost::asio::co_spawn(executor_, push(entry, build), boost::asio::detached);
+        // It costs this session its message of this round.
+        auto skipRound = [entry](const std::exception_ptr&) { entry->hasMessageUnderWay = false; };
+        tasks_.spawn(push(entry, build), std::move(skipRound));
     }
 }
 
 Task<> ProtocolServer::push(std::shared_ptr<Connection> entry, BuildMessage build) {
-    try {
-        auto building = build(entry->session);
-        auto message = co_await std::move(building);
-        if (message) entry->connection->send(std::move(*message), Kind::unsolicited);
-    } catch (const std::exception&) {
-        // It costs this session its message of this round.
-    }
+    auto building = build(entry->session);
+    auto message = co_await std::move(building);
+    if (message) entry->connection->send(std::move(*message), Kind::unsolicited);
     entry->hasMessageUnderWay = false;
 }
 
 void ProtocolServer::cancelAll() {
+    thread_.check();
     for (const auto& entry : snapshot()) {
         entry->connection->cancel();
     }
 }
 
 std::size_t ProtocolServer::connectionCount() const {
-    return connections_.with([](const Table& table) { return table.size(); });
+    thread_.check();
+    return connections_.size();
 }
 
 std::size_t ProtocolServer::pairedCount() const {
-    const auto entries = snapshot();
-    const auto count =
-        std::ranges::count_if(entries, [](const auto& entry) { return entry->session->isPaired(); });
+    thread_.check();
+    const auto count = std::ranges::count_if(
+        connections_, [](const auto& kept) { return kept.second->session->isPaired(); });
     return static_cast<std::size_t>(count);
 }
 
-void ProtocolServer::remove(const Connection& entry) {
-    connections_.with([&](Table& table) { table.erase(entry.connection.get()); });
-}
-
+/// A connection may come to its end, and so leave the table, while the table is gone through.
 std::vector<std::shared_ptr<ProtocolServer::Connection>> ProtocolServer::snapshot() const {
-    return connections_.with([](const Table& table) {
-        std::vector<std::shared_ptr<Connection>> entries;
-        entries.reserve(table.size());
-        for (const auto& [key, entry] : table) {
-            entries.push_back(entry);
-        }
-        return entries;
-    });
+    std::vector<std::shared_ptr<Connection>> entries;
+    entries.reserve(connections_.size());
+    for (const auto& [key, entry] : connections_) {
+        entries.push_back(entry);
+    }
+    return entries;
 }
 
 } // namespace tarnly

@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
-#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
@@ -19,8 +21,8 @@ namespace tarnly {
 /// and writes the session's answers back.
 ///
 /// The requests of one connection are answered in order, the next one being read when the last answer has
-/// left the queue; different connections go on side by side. Belongs to the network thread; held by its tasks
-/// weakly.
+/// left the queue; different connections go on side by side. What goes wrong with one connection ends that
+/// connection and nothing else. Belongs to the network thread; held by its tasks weakly.
 class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
     using MakeSession = std::function<std::shared_ptr<ProtocolSession>()>;
@@ -40,8 +42,11 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     /// its peer is behind with reading, it is passed over; the next broadcast makes up for it.
     void broadcast(BuildMessage build);
 
-    /// Ends all connections.
+    /// Tells all connections to end.
     void cancelAll();
+
+    /// Waits until all connections have ended, for `limit` at most; says whether it came to that.
+    Task<bool> join(Clock& clock, Clock::Duration limit) { return tasks_.join(clock, limit); }
 
     std::size_t connectionCount() const;
 
@@ -56,16 +61,17 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     };
     using Table = std::map<const WebSocketConnection*, std::shared_ptr<Connection>>;
 
-    static Task<> receiveLoop(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry);
+    static Task<> serve(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry);
+    static void finish(const std::weak_ptr<ProtocolServer>& server, const Connection& entry);
     static Task<bool> answerNext(std::shared_ptr<Connection> entry);
     static Task<bool> deliver(std::shared_ptr<WebSocketConnection> connection, std::string reply);
     static Task<> push(std::shared_ptr<Connection> entry, BuildMessage build);
-    void remove(const Connection& entry);
     std::vector<std::shared_ptr<Connection>> snapshot() const;
 
-    const boost::asio::any_io_executor executor_;
     const MakeSession makeSession_;
-    Guarded<Table> connections_;
+    OnOneThread thread_;
+    Table connections_;
+    TaskGroup tasks_;
 };
 
 } // namespace tarnly

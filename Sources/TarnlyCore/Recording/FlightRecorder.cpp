@@ -33,8 +33,8 @@ std::chrono::sys_seconds FlightRecorder::systemTime() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-FlightRecorder::FlightRecorder(std::filesystem::path directory, WallClock wallClock)
-    : directory_(std::move(directory)), wallClock_(std::move(wallClock)) {
+FlightRecorder::FlightRecorder(std::filesystem::path directory, const Clock& clock, WallClock wallClock)
+    : directory_(std::move(directory)), clock_(clock), wallClock_(std::move(wallClock)) {
     createPrivateFolders(directory_);
 }
 
@@ -45,7 +45,7 @@ void FlightRecorder::start() {
         std::swap(previous, state.track);
         state.log.reset();
         state.log = RecordingLog::create(directory_ / RecordingLog::fileName(wallClock_()));
-        state.startTime = std::chrono::steady_clock::now();
+        state.startTime = clock_.now();
         isRecording_ = true;
     });
 }
@@ -61,7 +61,7 @@ void FlightRecorder::stop() {
 std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
     const auto startTime = state_.with([](const State& state) { return state.startTime; });
     if (!startTime) return std::nullopt;
-    return std::chrono::steady_clock::now() - *startTime;
+    return clock_.now() - *startTime;
 }
 
 void FlightRecorder::recordSample(TrackSample sample) {

@@ -10,6 +10,7 @@
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 
 namespace tarnly {
@@ -27,7 +28,8 @@ class FlightRecorder {
     static std::chrono::sys_seconds systemTime();
 
     /// Creates `directory`, with the folders above it, for its owner only where they are missing.
-    explicit FlightRecorder(std::filesystem::path directory, WallClock wallClock = systemTime);
+    /// `clock` tells for how long a recording has been running; it outlives the recorder.
+    FlightRecorder(std::filesystem::path directory, const Clock& clock, WallClock wallClock = systemTime);
 
     FlightRecorder(const FlightRecorder&) = delete;
     FlightRecorder& operator=(const FlightRecorder&) = delete;
@@ -85,10 +87,11 @@ class FlightRecorder {
         /// Absent outside a recording, and when the file could not be created.
         std::optional<RecordingLog> log;
         /// Absent outside a recording.
-        std::optional<std::chrono::steady_clock::time_point> startTime;
+        std::optional<Clock::TimePoint> startTime;
     };
 
     const std::filesystem::path directory_;
+    const Clock& clock_;
     const WallClock wallClock_;
     Guarded<State> state_;
     // Written with the lock of `state_` held, read without: a sample that arrives during a start or a stop

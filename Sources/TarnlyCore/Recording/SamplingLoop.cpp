@@ -1,7 +1,5 @@
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 
-#include <boost/asio/bind_cancellation_slot.hpp>
-#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <exception>
 #include <utility>
@@ -13,27 +11,23 @@ namespace asio = boost::asio;
 SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
                            std::shared_ptr<FlightRecorder> recording,
                            std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions)
-    : executor_(std::move(executor)),
-      clock_(clock),
+    : clock_(clock),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
-      onPushSubscriptions_(std::move(onPushSubscriptions)) {}
+      onPushSubscriptions_(std::move(onPushSubscriptions)),
+      task_(std::move(executor)) {}
 
 void SamplingLoop::start() {
-    if (task_) return;
-    task_ = std::make_shared<asio::cancellation_signal>();
-    // The handler keeps the signal alive for as long as the task may look at it; a cancelled wait ends the
-    // task.
-    auto whenEnded = [signal = task_](const std::exception_ptr&) {};
-    auto handler = asio::bind_cancellation_slot(task_->slot(), std::move(whenEnded));
-    asio::co_spawn(executor_, run(weak_from_this(), clock_), std::move(handler));
+    thread_.check();
+    if (std::exchange(isRunning_, true)) return;
+    task_.spawn(run(weak_from_this(), clock_), dropFailure);
 }
 
 void SamplingLoop::stop() {
-    if (!task_) return;
-    task_->emit(asio::cancellation_type::terminal);
-    task_.reset();
+    thread_.check();
+    task_.cancel();
+    isRunning_ = false;
 }
 
 Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
@@ -42,7 +36,11 @@ Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
         if (cancellation.cancelled() != asio::cancellation_type::none) co_return;
         const auto alive = loop.lock();
         if (!alive) co_return;
-        co_await alive->tick();
+        try {
+            co_await alive->tick();
+        } catch (const std::exception&) {
+            // A tick that fails, for lack of memory say, is one tick lost.
+        }
         co_await clock.sleepFor(interval);
     }
 }

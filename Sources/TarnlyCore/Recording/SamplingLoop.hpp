@@ -12,7 +12,9 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 
 namespace tarnly {
 
@@ -50,15 +52,15 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     double elapsedSeconds() const;
 
     // Constant after construction
-    const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const std::shared_ptr<SimBackend> backend_;
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const PushSubscriptions onPushSubscriptions_;
 
-    /// Present while the loop runs.
-    std::shared_ptr<boost::asio::cancellation_signal> task_;
+    OnOneThread thread_;
+    TaskGroup task_;
+    bool isRunning_ = false;
     /// When the present recording's clock read 0.
     Clock::TimePoint clockStart_{};
     /// The recording that `clockStart_` belongs to.

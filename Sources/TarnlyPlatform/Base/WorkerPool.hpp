@@ -1,5 +1,7 @@
 #pragma once
 
+#include <boost/asio/bind_cancellation_slot.hpp>
+#include <boost/asio/cancellation_signal.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/thread_pool.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -31,7 +33,11 @@ class WorkerPool {
     /// what `work` throws is thrown to the caller. Pass a named callable, moved: see `Task`.
     template <std::invocable Work>
     Task<std::invoke_result_t<Work>> run(Work work) {
-        co_return co_await boost::asio::co_spawn(pool_, invoke(std::move(work)), boost::asio::use_awaitable);
+        // Told to end, the caller notices when the work is done: the two are not on one thread.
+        const boost::asio::cancellation_slot deaf;
+        co_return co_await boost::asio::co_spawn(
+            pool_, invoke(std::move(work)),
+            boost::asio::bind_cancellation_slot(deaf, boost::asio::use_awaitable));
     }
 
     /// Runs `work`, which looks through a text of `size` bytes, where it disturbs nobody: a short text here

@@ -1,8 +1,5 @@
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
-#include <boost/asio/this_coro.hpp>
 #include <cstdlib>
 #include <exception>
 #include <utility>
@@ -35,8 +32,13 @@ Task<> SharedAttempt::wait() {
     if (failure_) std::rethrow_exception(failure_);
 }
 
-WebApiLink::WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
-    : endpoint_(std::move(endpoint)), transport_(std::move(transport)), workers_(workers) {
+WebApiLink::WebApiLink(boost::asio::any_io_executor executor, Endpoint endpoint,
+                       std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
+    : executor_(std::move(executor)),
+      endpoint_(std::move(endpoint)),
+      transport_(std::move(transport)),
+      workers_(workers),
+      tasks_(executor_) {
     if (!isHost(endpoint_.host)) std::abort();
 }
 
@@ -47,25 +49,26 @@ std::string WebApiLink::baseUrl() const {
 std::string WebApiLink::wsUrl() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
 
 Task<> WebApiLink::ensureConnected() {
+    thread_.check();
     if (connected_) co_return;
     throwIfClosed();
-    auto attempt = attempt_;
-    if (!attempt) {
-        auto executor = co_await boost::asio::this_coro::executor;
-        attempt = startAttempt(executor);
-    }
+    const auto attempt = attempt_ ? attempt_ : startAttempt();
     co_await attempt->wait();
 }
 
-std::shared_ptr<SharedAttempt> WebApiLink::startAttempt(boost::asio::any_io_executor executor) {
-    const auto attempt = std::make_shared<SharedAttempt>(executor);
+std::shared_ptr<SharedAttempt> WebApiLink::startAttempt() {
+    const auto attempt = std::make_shared<SharedAttempt>(executor_);
     attempt_ = attempt;
-    auto finish = [link = shared_from_this()](std::exception_ptr failure) {
-        std::exchange(link->attempt_, nullptr)->finish(std::move(failure));
+    auto tellWhoWaits = [link = shared_from_this()](const std::exception_ptr& failure) {
+        link->finishAttempt(failure);
     };
     // May come to its end before this returns.
-    boost::asio::co_spawn(executor, connect(shared_from_this()), std::move(finish));
+    tasks_.spawn(connect(shared_from_this()), std::move(tellWhoWaits));
     return attempt;
+}
+
+void WebApiLink::finishAttempt(const std::exception_ptr& failure) {
+    std::exchange(attempt_, nullptr)->finish(failure);
 }
 
 Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
@@ -79,8 +82,10 @@ Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
 
     link->webSocket_ = link->transport_->openWebSocket(link->endpoint_, std::string(apiPath));
     link->connected_ = true;
-    auto executor = co_await boost::asio::this_coro::executor;
-    boost::asio::co_spawn(executor, receiveLoop(link, link->webSocket_), boost::asio::detached);
+    // A link whose receiving has failed brings no values any more: it is closed, and requests say so.
+    auto closeLink = [link](const std::exception_ptr&) { link->close(); };
+    link->tasks_.spawn(receiveLoop(link, link->webSocket_), closeLink);
+    link->finishAttempt(nullptr);
 }
 
 Task<IdsByName> WebApiLink::fetchCatalogue(std::string path) {
@@ -117,11 +122,13 @@ void WebApiLink::throwIfClosed() const {
 }
 
 void WebApiLink::close() {
-    closed_ = true;
+    if (std::exchange(closed_, true)) return;
+    thread_.check();
     if (webSocket_) webSocket_->cancel();
 }
 
 Task<> WebApiLink::send(std::string_view type, std::vector<DatarefEntry> datarefs) {
+    thread_.check();
     WebApiRequest request;
     request.type = type;
     request.reqId = ++nextReqId_;

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
@@ -46,7 +48,8 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
   public:
     /// Ends the process for a host that cannot stand in a URL. `workers` must outlive what runs on the
     /// network thread.
-    WebApiLink(Endpoint endpoint, std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers);
+    WebApiLink(boost::asio::any_io_executor executor, Endpoint endpoint,
+               std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers);
 
     WebApiLink(const WebApiLink&) = delete;
     WebApiLink& operator=(const WebApiLink&) = delete;
@@ -60,8 +63,11 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     /// Calls that overlap share one attempt and its failure; the next call after a failure tries again.
     Task<> ensureConnected();
 
-    /// Ends the WebSocket and the receive loop, for good.
+    /// Tells the WebSocket and the receive loop to end, for good.
     void close();
+
+    /// Waits until they have ended, for `limit` at most; says whether it came to that.
+    Task<bool> join(Clock& clock, Clock::Duration limit) { return tasks_.join(clock, limit); }
 
     /// Sends one request under the next number. Does nothing before the first connection. Throws `JsonError`
     /// for a value that is not finite, `NetworkError` when the WebSocket has ended.
@@ -78,7 +84,8 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     const ValueCache& values() const { return values_; }
 
   private:
-    std::shared_ptr<SharedAttempt> startAttempt(boost::asio::any_io_executor executor);
+    std::shared_ptr<SharedAttempt> startAttempt();
+    void finishAttempt(const std::exception_ptr& failure);
     static Task<> connect(std::shared_ptr<WebApiLink> link);
     static Task<> receiveLoop(std::shared_ptr<WebApiLink> link,
                               std::shared_ptr<WebSocketConnection> webSocket);
@@ -88,10 +95,13 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     Task<HttpResponse> fetch(std::string method, std::string path, std::string body);
 
     // Constant after construction
+    const boost::asio::any_io_executor executor_;
     const Endpoint endpoint_;
     const std::shared_ptr<XPlaneTransport> transport_;
     WorkerPool& workers_;
 
+    OnOneThread thread_;
+    TaskGroup tasks_;
     ValueCache values_;
 
     IdsByName datarefIds_;

@@ -24,7 +24,7 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
     test::TemporaryFolder folder;
-    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path());
+    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path(), clock);
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
         sessions.push_back(std::make_shared<ProtocolSession>(
@@ -219,6 +219,36 @@ TEST_F(ProtocolServerTest, CancelAllEndsEveryConnection) {
     EXPECT_TRUE(first->isCancelled);
     EXPECT_TRUE(second->isCancelled);
     EXPECT_EQ(server->connectionCount(), 0U);
+}
+
+TEST_F(ProtocolServerTest, AnExceptionEndsThatConnectionAlone) {
+    const auto breaking = connectPaired();
+    const auto other = connectPaired();
+    breaking->breaks = true;
+    breaking->deliver("");
+    settle();
+    EXPECT_TRUE(breaking->isCancelled);
+    EXPECT_EQ(server->connectionCount(), 1U);
+    other->deliver(R"({"type":"sim_info"})");
+    settle();
+    EXPECT_THAT(other->sent, SizeIs(1));
+}
+
+TEST_F(ProtocolServerTest, JoiningWaitsUntilAllConnectionsHaveEnded) {
+    connectPaired();
+    server->cancelAll();
+    EXPECT_TRUE(clock.run(io, server->join(clock, std::chrono::seconds(1))));
+}
+
+TEST_F(ProtocolServerTest, JoiningGivesUpOnARequestThatTakesTooLong) {
+    backend->clock = &clock;
+    const auto connection = connectPaired();
+    connection->deliver(R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})");
+    settle();
+    server->cancelAll();
+    const auto begin = clock.now();
+    EXPECT_FALSE(clock.run(io, server->join(clock, std::chrono::milliseconds(300))));
+    EXPECT_EQ(clock.now() - begin, std::chrono::milliseconds(300));
 }
 
 TEST_F(ProtocolServerTest, ASessionEndsWithItsConnection) {

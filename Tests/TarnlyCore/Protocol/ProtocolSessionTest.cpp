@@ -22,7 +22,8 @@ struct ProtocolSessionTest : testing::Test {
     WorkerPool workers{1};
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     test::TemporaryFolder folder;
-    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path());
+    test::VirtualClock clock;
+    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path(), clock);
     std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     std::map<std::string, Coordinate> fixes;
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
@@ -422,7 +423,6 @@ TEST_F(ProtocolSessionTest, AValueThatHasNoJsonFormFailsTheEncoding) {
 
 TEST_F(ProtocolSessionTest, APushCanBeBuiltWhileARequestWaits) {
     pair();
-    test::VirtualClock clock;
     backend->datarefs["a"] = 1;
     session->addSubscriptions({"a"});
     backend->clock = &clock;

@@ -18,7 +18,8 @@ std::chrono::sys_seconds midnight() { return std::chrono::sys_days(std::chrono::
 class FlightRecorderConcurrency : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
-    FlightRecorder recording{folder.path(), midnight};
+    SystemClock clock;
+    FlightRecorder recording{folder.path(), clock, midnight};
 
     RecordedFlight readBack() const {
         const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));

@@ -62,7 +62,8 @@ LogLine numberedLine(std::size_t number) {
 
 [[noreturn]] void recordUntilKilled(const std::filesystem::path& folder, std::atomic<std::size_t>& recorded) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    FlightRecorder recording(folder, midnight);
+    SystemClock clock;
+    FlightRecorder recording(folder, clock, midnight);
     recording.start();
     for (;;) {
         const auto line = numberedLine(recorded);

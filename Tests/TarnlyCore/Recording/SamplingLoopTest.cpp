@@ -25,7 +25,7 @@ struct SamplingLoopTest : testing::Test {
     test::VirtualClock clock;
     test::TemporaryFolder folder;
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
-    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path());
+    std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path(), clock);
     std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     int pushes = 0;
     std::shared_ptr<SamplingLoop> loop = std::make_shared<SamplingLoop>(

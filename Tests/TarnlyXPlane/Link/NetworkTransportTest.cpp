@@ -35,8 +35,8 @@ class NetworkTransportTest : public testing::Test {
             boost::asio::co_spawn(io, serve(connection), boost::asio::detached);
         });
         const Endpoint endpoint{"127.0.0.1", listener->port()};
-        backend = std::make_shared<XPlaneBackend>(endpoint, makeNetworkTransport(io.get_executor()), clock,
-                                                  workers);
+        backend = std::make_shared<XPlaneBackend>(io.get_executor(), endpoint,
+                                                  makeNetworkTransport(io.get_executor()), clock, workers);
     }
 
     Task<std::optional<HttpResponse>> answer(HttpRequest request, bool isUpgrade) {

@@ -31,7 +31,7 @@ class WebApiLinkTest : public BackendFixture {
     }
 
     std::shared_ptr<WebApiLink> link =
-        std::make_shared<WebApiLink>(Endpoint{"127.0.0.1", 8086}, transport, workers);
+        std::make_shared<WebApiLink>(io.get_executor(), Endpoint{"127.0.0.1", 8086}, transport, workers);
 };
 
 std::vector<DatarefEntry> entryFor(std::int64_t id) {
@@ -43,7 +43,7 @@ std::vector<DatarefEntry> entryFor(std::int64_t id) {
 TEST_F(WebApiLinkTest, URLs) {
     EXPECT_EQ(link->baseUrl(), "http://127.0.0.1:8086/api/v2/");
     EXPECT_EQ(link->wsUrl(), "ws://127.0.0.1:8086/api/v2");
-    const WebApiLink overIPv6(Endpoint{"::1", 80}, transport, workers);
+    const WebApiLink overIPv6(io.get_executor(), Endpoint{"::1", 80}, transport, workers);
     EXPECT_EQ(overIPv6.baseUrl(), "http://[::1]:80/api/v2/");
 }
 
@@ -52,8 +52,9 @@ TEST(WebApiLinkDeathTest, HostThatCannotStandInAURLEndsTheProcess) {
     for (const auto* host : {"", "two words", "a/b", "user@host", "a\nb"}) {
         EXPECT_DEATH(
             {
+                boost::asio::io_context io;
                 WorkerPool workers(1);
-                WebApiLink(Endpoint{host, 8086}, nullptr, workers);
+                WebApiLink(io.get_executor(), Endpoint{host, 8086}, nullptr, workers);
             },
             "")
             << host;
