@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "TarnlyPlatform/Net/WebSocketListener.hpp"
+#include "TarnlySimulator/Api/ApiServer.hpp"
 #include "TarnlySimulator/Control.hpp"
 #include "TarnlySimulator/HttpApi.hpp"
 #include "TarnlySimulator/Session.hpp"
@@ -45,7 +45,7 @@ struct Simulator::State {
     HttpApi http{world};
     std::vector<std::shared_ptr<Client>> clients;
     Control control{world, {[this] { dropConnections(); }, [this] { restart(); }}};
-    std::optional<WebSocketListener> listener;
+    std::optional<ApiServer> server;
     std::optional<SituationPort> situations;
     bool isStopped = false;
 
@@ -141,26 +141,24 @@ void Simulator::State::tick() {
 Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOptions options)
     : state_(std::make_shared<State>(executor, clock, std::move(options))) {
     const std::weak_ptr<State> weak = state_;
-    WebSocketListener::Options listening;
-    listening.port = state_->options.port;
-    listening.reach = WebSocketListener::Reach::loopbackIPv4;
-    listening.onRequest = [weak](HttpRequest request, bool isUpgrade) {
-        return State::answer(weak, std::move(request), isUpgrade);
-    };
     state_->situations.emplace(
         executor, state_->options.udpPort,
         [state = state_.get()](const std::string& path) { state->load(path); },
         [state = state_.get()](const std::string& reason) { state->ignore(reason); });
-    state_->listener.emplace(executor, std::move(listening),
-                             [weak](std::shared_ptr<WebSocketConnection> connection) {
-                                 State::accept(weak, std::move(connection));
-                             });
+    state_->server.emplace(
+        executor, state_->options.port,
+        [weak](HttpRequest request, bool isUpgrade) {
+            return State::answer(weak, std::move(request), isUpgrade);
+        },
+        [weak](std::shared_ptr<WebSocketConnection> connection) {
+            State::accept(weak, std::move(connection));
+        });
     asio::co_spawn(executor, State::keepTime(state_), asio::detached);
 }
 
 Simulator::~Simulator() { stop(); }
 
-std::uint16_t Simulator::port() const { return state_->listener->port(); }
+std::uint16_t Simulator::port() const { return state_->server->port(); }
 std::uint16_t Simulator::udpPort() const { return state_->situations->port(); }
 World& Simulator::world() { return state_->world; }
 std::size_t Simulator::connections() const { return state_->clients.size(); }
@@ -169,7 +167,7 @@ void Simulator::restart() { state_->restart(); }
 
 void Simulator::stop() {
     state_->isStopped = true;
-    state_->listener->cancel();
+    state_->server->cancel();
     state_->situations->cancel();
     state_->dropConnections();
 }

@@ -14,14 +14,13 @@ namespace tarnly::test {
 /// A listener on a loopback port of its own, and a client for it.
 class LoopbackListener {
   public:
-    explicit LoopbackListener(boost::asio::io_context& io, WebSocketListener::HttpHandler onRequest = {})
+    explicit LoopbackListener(boost::asio::io_context& io)
         : io_(io),
           accepted_(io.get_executor()),
-          listener_(io.get_executor(), options(std::move(onRequest)),
-                    [this](std::shared_ptr<WebSocketConnection> connection) {
-                        connections_.push_back(std::move(connection));
-                        accepted_.notifyAll();
-                    }) {}
+          listener_(io.get_executor(), options(), [this](std::shared_ptr<WebSocketConnection> connection) {
+              connections_.push_back(std::move(connection));
+              accepted_.notifyAll();
+          }) {}
 
     WebSocketListener& listener() { return listener_; }
     Endpoint endpoint() const { return {"127.0.0.1", listener_.port()}; }
@@ -41,10 +40,9 @@ class LoopbackListener {
     }
 
   private:
-    static WebSocketListener::Options options(WebSocketListener::HttpHandler onRequest) {
+    static WebSocketListener::Options options() {
         WebSocketListener::Options result;
         result.reach = WebSocketListener::Reach::loopbackIPv4;
-        result.onRequest = std::move(onRequest);
         return result;
     }
 

@@ -12,7 +12,8 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/http/empty_body.hpp>
-#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/verb.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <chrono>
@@ -172,14 +173,13 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         stream_.auto_fragment(false);
     }
 
-    Task<bool> accept(std::string requestHead, std::string received) {
-        http::request_parser<http::empty_body> parser;
-        parser.eager(false);
-        error_code error;
-        parser.put(asio::buffer(requestHead), error);
-        if (error) co_return false;
+    Task<bool> accept(HttpRequest upgrade, std::string received) {
+        constexpr unsigned version = 11; // no other can be upgraded
+        http::request<http::empty_body> request(http::string_to_verb(upgrade.method), upgrade.target,
+                                                version);
+        for (const auto& [name, value] : upgrade.headers)
+            request.insert(name, value);
         stream_.next_layer().startScanning(std::move(received));
-        const auto request = parser.release();
         auto [failure] = co_await stream_.async_accept(request, asTuple);
         if (failure) co_return false;
         open();
@@ -438,11 +438,11 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
 
 } // namespace
 
-Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, std::string requestHead,
+Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, HttpRequest upgrade,
                                                            std::string received) {
     BeastWebSocket::setSocketOptions(socket);
     const auto connection = std::make_shared<BeastWebSocket>(std::move(socket));
-    const bool isOpen = co_await connection->accept(std::move(requestHead), std::move(received));
+    const bool isOpen = co_await connection->accept(std::move(upgrade), std::move(received));
     if (!isOpen) co_return nullptr;
     co_return connection;
 }

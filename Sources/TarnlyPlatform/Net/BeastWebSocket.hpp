@@ -5,14 +5,14 @@
 #include <string>
 
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
 
-/// Finishes the server's side of the opening handshake. `requestHead` is the peer's upgrade request up to and
-/// with the empty line, `received` what has already been read behind it. Absent when the peer does not go
-/// through with it.
+/// Finishes the server's side of the opening handshake. `upgrade` is the peer's request for it, `received`
+/// what has already been read behind its head. Absent when the peer does not go through with it.
 Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(boost::asio::ip::tcp::socket socket,
-                                                           std::string requestHead, std::string received);
+                                                           HttpRequest upgrade, std::string received);
 
 } // namespace tarnly

@@ -1,35 +1,45 @@
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
-#include <algorithm>
+#include <array>
 #include <boost/asio/as_tuple.hpp>
+#include <boost/asio/buffer.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ip/v6_only.hpp>
-#include <boost/asio/read.hpp>
-#include <boost/asio/read_until.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <boost/asio/write.hpp>
+#include <boost/beast/core/buffers_to_string.hpp>
+#include <boost/beast/core/error.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/http/write.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
 #include <chrono>
+#include <string>
 #include <utility>
 
 #include "TarnlyPlatform/Net/BeastWebSocket.hpp"
-#include "TarnlyPlatform/Net/HttpMessage.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
 namespace {
 
 namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = beast::http;
 using asio::ip::tcp;
 using boost::system::error_code;
+using HeadParser = http::request_parser<http::empty_body>;
 
-constexpr auto requestPatience = std::chrono::seconds(10);
-constexpr auto responsePatience = std::chrono::minutes(5);
+/// For the head of a request, and again for the answer to one that is no upgrade.
+constexpr auto patience = std::chrono::seconds(10);
 constexpr auto acceptPause = std::chrono::milliseconds(100);
-constexpr std::size_t largestHead = 16 * 1024;
-constexpr std::size_t largestBody = 1024 * 1024;
-constexpr std::string_view headEnd = "\r\n\r\n";
+constexpr std::uint32_t largestHead = 16 * 1024;
 
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
@@ -55,79 +65,56 @@ void openFor(tcp::acceptor& acceptor, std::uint16_t port, WebSocketListener::Rea
     acceptor.listen();
 }
 
-HttpResponse plainText(unsigned status, std::string text) {
-    return {status, "text/plain; charset=utf-8", std::move(text)};
+/// Neither silence nor more than anybody has to say is worth an answer.
+bool deservesAnswer(const error_code& error) {
+    return error.category() != boost::system::system_category() && error != beast::error::timeout &&
+           error != http::error::end_of_stream && error != http::error::partial_message &&
+           error != http::error::header_limit;
 }
 
-/// One accepted peer while it still speaks plain HTTP. Every step has a deadline, at which the socket closes.
-class HttpPeer {
-  public:
-    explicit HttpPeer(tcp::socket socket)
-        : socket_(std::make_shared<tcp::socket>(std::move(socket))), deadline_(socket_->get_executor()) {}
+HttpRequest upgradeFrom(const HeadParser& head) {
+    const auto& message = head.get();
+    HttpRequest request;
+    request.method = message.method_string();
+    request.target = message.target();
+    for (const auto& header : message)
+        request.headers.emplace_back(header.name_string(), header.value());
+    return request;
+}
 
-    /// The next request's head up to and with the empty line; empty when the peer sends none.
-    Task<std::string> readHead() {
-        arm(requestPatience);
-        auto buffer = asio::dynamic_buffer(received_, largestHead);
-        auto [error, size] = co_await asio::async_read_until(*socket_, buffer, headEnd, asTuple);
-        if (error) co_return std::string();
-        co_return take(size);
+Task<> answer(beast::tcp_stream& peer, http::status status, std::string text) {
+    constexpr unsigned version = 11;
+    http::response<http::string_body> response(status, version, std::move(text));
+    response.set(http::field::content_type, "text/plain; charset=utf-8");
+    response.content_length(response.body().size());
+    response.set(http::field::connection, "close");
+    if (status == http::status::upgrade_required) response.set(http::field::upgrade, "websocket");
+    co_await http::async_write(peer, response, asTuple);
+}
+
+/// Says that no more follows, and waits for the peer to go: a socket closed with bytes unread would take the
+/// answer back.
+Task<> finish(beast::tcp_stream& peer) {
+    error_code error;
+    peer.socket().shutdown(tcp::socket::shutdown_send, error);
+    std::array<char, 4096> unread;
+    while (!error) {
+        const auto buffer = asio::buffer(unread);
+        auto [failure, size] = co_await peer.async_read_some(buffer, asTuple);
+        error = failure;
     }
+}
 
-    /// The `size` bytes behind the head; absent when the peer does not send them all.
-    Task<std::optional<std::string>> readBody(std::size_t size) {
-        const auto missing = size - std::min(size, received_.size());
-        auto buffer = asio::dynamic_buffer(received_);
-        auto [error, count] =
-            co_await asio::async_read(*socket_, buffer, asio::transfer_exactly(missing), asTuple);
-        if (error) co_return std::nullopt;
-        co_return take(size);
+Task<> refuse(beast::tcp_stream& peer, bool isRequest) {
+    peer.expires_after(patience);
+    if (isRequest) {
+        co_await answer(peer, http::status::upgrade_required, "This port speaks WebSocket.\n");
+    } else {
+        co_await answer(peer, http::status::bad_request,
+                        "That is not a request that this port understands.\n");
     }
-
-    /// The application may take as long as it likes.
-    void awaitAnswer() { deadline_.cancel(); }
-
-    /// False when the peer does not take it.
-    Task<bool> respond(HttpResponse response, bool keepsAlive) {
-        arm(responsePatience);
-        const auto text = formatResponse(response, keepsAlive);
-        auto [error, size] = co_await asio::async_write(*socket_, asio::buffer(text), asTuple);
-        co_return !error;
-    }
-
-    /// Says that no more responses follow.
-    void finish() {
-        error_code ignored;
-        socket_->shutdown(tcp::socket::shutdown_send, ignored);
-    }
-
-    tcp::socket takeSocket() {
-        deadline_.cancel();
-        return std::move(*socket_);
-    }
-
-    std::string takeReceived() { return std::exchange(received_, {}); }
-
-  private:
-    void arm(std::chrono::steady_clock::duration patience) {
-        deadline_.expires_after(patience);
-        deadline_.async_wait([weak = std::weak_ptr(socket_)](error_code cancelled) {
-            const auto socket = weak.lock();
-            error_code ignored;
-            if (!cancelled && socket) socket->close(ignored);
-        });
-    }
-
-    std::string take(std::size_t size) {
-        auto taken = received_.substr(0, size);
-        received_.erase(0, size);
-        return taken;
-    }
-
-    std::shared_ptr<tcp::socket> socket_;
-    asio::steady_timer deadline_;
-    std::string received_;
-};
+    co_await finish(peer);
+}
 
 } // namespace
 
@@ -143,9 +130,6 @@ struct WebSocketListener::State {
 
     static Task<> acceptAll(std::shared_ptr<State> state);
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
-    static Task<std::optional<HttpResponse>> answer(std::shared_ptr<State> state, HttpRequest request,
-                                                    bool isUpgrade);
-    static Task<> upgrade(std::shared_ptr<State> state, HttpPeer& peer, std::string head);
 };
 
 Task<> WebSocketListener::State::acceptAll(std::shared_ptr<State> state) {
@@ -163,48 +147,23 @@ Task<> WebSocketListener::State::acceptAll(std::shared_ptr<State> state) {
     }
 }
 
-/// What the application answers; absent for an upgrade that goes ahead.
-Task<std::optional<HttpResponse>> WebSocketListener::State::answer(std::shared_ptr<State> state,
-                                                                   HttpRequest request, bool isUpgrade) {
-    std::optional<HttpResponse> response;
-    if (state->options.onRequest) {
-        response = co_await state->options.onRequest(std::move(request), isUpgrade);
-    }
-    if (!response && !isUpgrade) response = plainText(426, "This port speaks WebSocket.\n");
-    co_return response;
-}
-
-/// Answers requests until the peer leaves, or becomes a WebSocket.
+/// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
 Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
-    HttpPeer peer(std::move(socket));
-    bool keepsAlive = true;
-    while (keepsAlive && !state->isCancelled) {
-        const auto headText = co_await peer.readHead();
-        if (headText.empty()) co_return;
-        auto head = parseRequestHead(headText);
-        if (!head || head->contentLength > largestBody) {
-            auto refusal = plainText(400, "That is not a request that this port understands.\n");
-            co_await peer.respond(std::move(refusal), false);
-            break;
-        }
-        auto body = co_await peer.readBody(head->contentLength);
-        if (!body) co_return;
-        head->request.body = std::move(*body);
-        peer.awaitAnswer();
-        auto response = co_await answer(state, std::move(head->request), head->isWebSocketUpgrade);
-        if (!response) {
-            co_await upgrade(state, peer, headText);
-            co_return;
-        }
-        const bool isTaken = co_await peer.respond(std::move(*response), head->keepsAlive);
-        keepsAlive = isTaken && head->keepsAlive;
+    beast::tcp_stream peer(std::move(socket));
+    peer.expires_after(patience);
+    beast::flat_buffer received;
+    HeadParser head;
+    head.header_limit(largestHead);
+    auto [error, size] = co_await http::async_read_header(peer, received, head, asTuple);
+    if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
+    const bool isRequest = !error && !head.chunked();
+    if (!isRequest || !beast::websocket::is_upgrade(head.get())) {
+        co_await refuse(peer, isRequest);
+        co_return;
     }
-    peer.finish();
-}
-
-Task<> WebSocketListener::State::upgrade(std::shared_ptr<State> state, HttpPeer& peer, std::string head) {
-    auto received = peer.takeReceived();
-    auto connection = co_await acceptWebSocket(peer.takeSocket(), std::move(head), std::move(received));
+    auto request = upgradeFrom(head);
+    auto rest = beast::buffers_to_string(received.data());
+    auto connection = co_await acceptWebSocket(peer.release_socket(), std::move(request), std::move(rest));
     if (connection && !state->isCancelled) state->onConnection(std::move(connection));
 }
 

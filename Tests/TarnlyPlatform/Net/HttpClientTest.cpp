@@ -8,6 +8,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/write.hpp>
 
+#include "Support/LoopbackHttpServer.hpp"
 #include "Support/LoopbackListener.hpp"
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
@@ -34,12 +35,12 @@ Task<std::optional<HttpResponse>> mirror(HttpRequest request, bool) {
 
 TEST(HttpClient, SendsARequestAndReturnsTheResponseWhateverItsStatus) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, mirror);
+    test::LoopbackHttpServer server(io, mirror);
     HttpRequest request{"POST", "/a/b?c", {{"Accept", "application/json"}}, "body"};
-    const auto response = test::runTask(io, fetchHttp(listener.endpoint(), std::move(request), patience));
+    const auto response = test::runTask(io, fetchHttp(server.endpoint(), std::move(request), patience));
     EXPECT_EQ(response.status, 503U);
     EXPECT_EQ(response.contentType, "text/x-mirror");
-    EXPECT_EQ(response.body, "POST /a/b?c application/json " + describe(listener.endpoint()) + " body");
+    EXPECT_EQ(response.body, "POST /a/b?c application/json " + describe(server.endpoint()) + " body");
 }
 
 Task<std::optional<HttpResponse>> answerAtLength(HttpRequest, bool) {
@@ -48,8 +49,8 @@ Task<std::optional<HttpResponse>> answerAtLength(HttpRequest, bool) {
 
 TEST(HttpClient, TakesALongResponse) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, answerAtLength);
-    const auto response = test::runTask(io, fetchHttp(listener.endpoint(), HttpRequest{}, patience));
+    test::LoopbackHttpServer server(io, answerAtLength);
+    const auto response = test::runTask(io, fetchHttp(server.endpoint(), HttpRequest{}, patience));
     EXPECT_EQ(response.body.size(), 20U * 1024 * 1024);
 }
 

@@ -13,12 +13,6 @@ namespace {
 using test::RawPeer;
 constexpr auto patience = std::chrono::seconds(20);
 
-Task<std::optional<HttpResponse>> echo(HttpRequest request, bool isUpgrade) {
-    if (isUpgrade && request.target == "/") co_return std::nullopt;
-    if (request.target == "/absent") co_return std::nullopt;
-    co_return HttpResponse{200, "text/plain", request.method + " " + request.target + " " + request.body};
-}
-
 Task<HttpResponse> get(test::LoopbackListener& listener, std::string target) {
     HttpRequest request;
     request.target = std::move(target);
@@ -32,13 +26,6 @@ TEST(WebSocketListener, AnswersPlainRequestsWith426) {
     EXPECT_EQ(test::runTask(io, get(listener, "/")).status, 426U);
 }
 
-TEST(WebSocketListener, LetsTheApplicationAnswerFirst) {
-    boost::asio::io_context io;
-    test::LoopbackListener listener(io, echo);
-    EXPECT_EQ(test::runTask(io, get(listener, "/x?y=1")).body, "GET /x?y=1 ");
-    EXPECT_EQ(test::runTask(io, get(listener, "/absent")).status, 426U);
-}
-
 Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::string bytes) {
     RawPeer peer(io);
     co_await peer.connect(endpoint);
@@ -47,20 +34,17 @@ Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::
     co_return answer;
 }
 
-TEST(WebSocketListener, KeepsTheConnectionForPipelinedRequestsWithBodies) {
-    boost::asio::io_context io;
-    test::LoopbackListener listener(io, echo);
-    const auto answer =
-        test::runTask(io, converse(io, listener.endpoint(),
-                                   "POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\none"
-                                   "POST /b HTTP/1.1\r\nContent-Length: 3\r\nConnection: close\r\n\r\ntwo"));
-    EXPECT_NE(answer.find("POST /a one"), std::string::npos);
-    EXPECT_NE(answer.find("POST /b two"), std::string::npos);
+/// The beginning of the answer; `peer` stays.
+Task<std::string> converseUpTo(RawPeer& peer, Endpoint endpoint, std::string bytes) {
+    co_await peer.connect(endpoint);
+    co_await peer.write(std::move(bytes));
+    auto beginning = co_await peer.read(12);
+    co_return beginning;
 }
 
 TEST(WebSocketListener, RefusesWhatIsNoRequest) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, echo);
+    test::LoopbackListener listener(io);
     const auto nonsense = test::runTask(io, converse(io, listener.endpoint(), "\x16\x03\x01 hello\r\n\r\n"));
     EXPECT_EQ(nonsense.substr(0, 12), "HTTP/1.1 400");
     const auto endless =
@@ -71,15 +55,53 @@ TEST(WebSocketListener, RefusesWhatIsNoRequest) {
     EXPECT_EQ(huge.substr(0, 12), "HTTP/1.1 400");
 }
 
-TEST(WebSocketListener, CanRefuseAnUpgrade) {
+TEST(WebSocketListener, RefusesABodyOfUnknownLength) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, echo);
-    const auto answer = test::runTask(
-        io,
-        converse(io, listener.endpoint(),
-                 "GET /elsewhere HTTP/1.1\r\nHost: x\r\nConnection: Upgrade, close\r\nUpgrade: websocket\r\n"
-                 "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n"));
-    EXPECT_EQ(answer.substr(0, 12), "HTTP/1.1 200");
+    test::LoopbackListener listener(io);
+    const auto chunked = test::runTask(
+        io, converse(io, listener.endpoint(), "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n"));
+    EXPECT_EQ(chunked.substr(0, 12), "HTTP/1.1 400");
+}
+
+TEST(WebSocketListener, AnswersOnlyOneRequest) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    const auto answer = test::runTask(io, converse(io, listener.endpoint(),
+                                                   "POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\none"
+                                                   "GET /b HTTP/1.1\r\n\r\n"));
+    EXPECT_EQ(answer,
+              "HTTP/1.1 426 Upgrade Required\r\nContent-Type: text/plain; charset=utf-8\r\nContent-Length: "
+              "28\r\nConnection: close\r\nUpgrade: websocket\r\n\r\nThis port speaks WebSocket.\n");
+}
+
+Task<std::string> answerBeforeTheBody(boost::asio::io_context& io, Endpoint endpoint) {
+    RawPeer peer(io);
+    co_await peer.connect(endpoint);
+    co_await peer.write("POST / HTTP/1.1\r\nContent-Length: 100000\r\n\r\n");
+    auto answer = co_await peer.read(1);
+    co_await peer.write(std::string(100000, 'x'));
+    const auto rest = co_await peer.readUntilEnd();
+    answer += rest;
+    co_return answer;
+}
+
+TEST(WebSocketListener, ABodyThatComesLateDoesNotTakeTheAnswerBack) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    const auto answer = test::runTask(io, answerBeforeTheBody(io, listener.endpoint()));
+    EXPECT_NE(answer.find("This port speaks WebSocket."), std::string::npos);
+}
+
+TEST(WebSocketListener, TellsAnUpgradeAmongOtherConnectionOptions) {
+    boost::asio::io_context io;
+    test::LoopbackListener listener(io);
+    RawPeer peer(io);
+    const auto head = test::runTask(
+        io, converseUpTo(peer, listener.endpoint(),
+                         "GET / HTTP/1.1\r\nHost: x\r\nConnection: keep-alive, Upgrade\r\nUpgrade: "
+                         "websocket\r\nSec-WebSocket-Version: 13\r\nSec-WebSocket-Key: "
+                         "dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n"));
+    EXPECT_EQ(head, "HTTP/1.1 101");
 }
 
 TEST(WebSocketListener, RefusesAnotherWebSocketVersion) {

@@ -8,9 +8,9 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
 
+#include "Support/LoopbackHttpServer.hpp"
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlyPlatform/Net/WebSocketListener.hpp"
 #include "TarnlyXPlane/FakeTransport.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
@@ -25,17 +25,13 @@ using Case = XPlaneBackendError::Case;
 class NetworkTransportTest : public testing::Test {
   protected:
     NetworkTransportTest() {
-        WebSocketListener::Options options;
-        options.reach = WebSocketListener::Reach::loopbackIPv4;
-        options.onRequest = [this](HttpRequest request, bool isUpgrade) {
-            return answer(std::move(request), isUpgrade);
-        };
-        listener.emplace(io.get_executor(), options, [this](std::shared_ptr<WebSocketConnection> connection) {
-            simulatorSide = connection;
-            boost::asio::co_spawn(io, serve(connection), boost::asio::detached);
-        });
-        const Endpoint endpoint{"127.0.0.1", listener->port()};
-        backend = std::make_shared<XPlaneBackend>(io.get_executor(), endpoint,
+        server.emplace(
+            io, [this](HttpRequest request, bool isUpgrade) { return answer(std::move(request), isUpgrade); },
+            [this](std::shared_ptr<WebSocketConnection> connection) {
+                simulatorSide = connection;
+                boost::asio::co_spawn(io, serve(connection), boost::asio::detached);
+            });
+        backend = std::make_shared<XPlaneBackend>(io.get_executor(), server->endpoint(),
                                                   makeNetworkTransport(io.get_executor()), clock, workers);
     }
 
@@ -90,7 +86,7 @@ class NetworkTransportTest : public testing::Test {
     boost::asio::io_context io;
     SystemClock clock;
     WorkerPool workers{1};
-    std::optional<WebSocketListener> listener;
+    std::optional<LoopbackHttpServer> server;
     std::shared_ptr<WebSocketConnection> simulatorSide;
     std::shared_ptr<XPlaneBackend> backend;
 };
@@ -142,7 +138,7 @@ TEST_F(NetworkTransportTest, LoadsACatalogueOf120000Entries) {
 }
 
 TEST_F(NetworkTransportTest, WithoutASimulatorTheConnectionFails) {
-    listener.reset();
+    server.reset();
     try {
         run(backend->getDataref("sim/x"));
         ADD_FAILURE() << "connected";
