@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "TarnlyClient/CommandLine.hpp"
+#include "TarnlyClient/Commands/CommandLine.hpp"
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -1,0 +1,27 @@
+#include "TarnlyClient/Commands/PasswordFile.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+
+namespace tarnly::client {
+
+std::string readPassword(const std::filesystem::path& file) {
+    const auto shown = "the password file " + file.string();
+    errno = 0;
+    std::ifstream stream(file, std::ios::binary);
+    std::string line;
+    std::getline(stream, line);
+    if (stream.bad() || !stream.is_open()) {
+        throw UsageError(shown + " cannot be read: " + std::strerror(errno));
+    }
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty()) throw UsageError(shown + " has no password on its first line");
+    if (wellFormedUtf8(line) != line) throw UsageError(shown + " is not UTF-8");
+    return line;
+}
+
+} // namespace tarnly::client

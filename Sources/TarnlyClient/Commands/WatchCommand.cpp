@@ -1,0 +1,91 @@
+#include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyClient/Commands/Arguments.hpp"
+#include "TarnlyClient/Commands/Commands.hpp"
+#include "TarnlyClient/Commands/DatarefRequests.hpp"
+#include "TarnlyClient/Commands/WatchRecording.hpp"
+#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyClient/Companion/Conversation.hpp"
+
+namespace tarnly::client {
+namespace {
+
+struct Watch {
+    std::vector<std::string> names;
+    bool recording = false;
+    std::optional<std::int64_t> count;
+    std::optional<std::chrono::milliseconds> time;
+};
+
+/// Closes the session when the person or the clock says so.
+class WatchEnd {
+  public:
+    explicit WatchEnd(CompanionSession& session)
+        : session_(session), signals_(session.executor(), SIGINT, SIGTERM), timer_(session.executor()) {
+        // A handler may be on its way when this object is destroyed: it refers to the session alone.
+        signals_.async_wait([&session](const boost::system::error_code& error, int) {
+            if (!error) session.close();
+        });
+    }
+
+    WatchEnd(const WatchEnd&) = delete;
+    WatchEnd& operator=(const WatchEnd&) = delete;
+
+    void closeAfter(std::chrono::milliseconds time) {
+        timer_.expires_after(time);
+        timer_.async_wait([&session = session_](const boost::system::error_code& error) {
+            if (!error) session.close();
+        });
+    }
+
+  private:
+    CompanionSession& session_;
+    boost::asio::signal_set signals_;
+    boost::asio::steady_timer timer_;
+};
+
+Task<> watchValues(CompanionSession& session, Watch watch, Output output) {
+    WatchEnd end(session);
+    co_await session.pair();
+    auto params = namesParams(watch.names);
+    co_await session.request(MessageType::datarefSubscribeValues, std::move(params));
+    if (watch.time) end.closeAfter(*watch.time);
+    for (std::int64_t shown = 0; watch.count != shown; ++shown) {
+        auto push = co_await session.nextPush();
+        if (!push) co_return;
+        output.push(watch.names, *push);
+    }
+}
+
+void runWatch(const CommandContext& context, const Watch& watch) {
+    if (watch.recording) return watchRecording(context, watch.count, watch.time);
+    if (watch.names.empty()) throw UsageError("watch what? NAME... or --recording is required");
+    converse(context.options,
+             [&](CompanionSession& session) { return watchValues(session, watch, context.output()); });
+}
+
+} // namespace
+
+void addWatchCommand(CLI::App& app, CommandContext& context) {
+    auto* command =
+        app.add_subcommand("watch", "Print the values of datarefs, or what is recorded, until interrupted");
+    const auto watch = std::make_shared<Watch>();
+    auto* names = command->add_option("NAME", watch->names, "Datarefs")->check(utf8Text());
+    command->add_flag("--recording", watch->recording, "Follow the recording: print the triggers that fire")
+        ->excludes(names);
+    command->add_option("--count", watch->count, "End after so many pushes, or triggers")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1'000'000'000));
+    addSeconds(*command, "--seconds", "End after this time", [watch](auto time) { watch->time = time; });
+    command->callback([&context, watch] { runWatch(context, *watch); });
+}
+
+} // namespace tarnly::client

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyClient/Companion/ClientOptions.hpp"
+#include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
+
+namespace tarnly::client {
+
+/// The companions on the network. Blocks for `patience` at most, and less when the one named `instance` is
+/// found. Throws `ClientError` when there is no DNS-SD daemon to ask.
+std::vector<FoundService> findCompanions(std::chrono::milliseconds patience,
+                                         const std::optional<std::string>& instance = {});
+
+/// Where a companion is.
+struct CompanionPlace {
+    /// By which it can be found again; absent where the person said where it is.
+    std::optional<std::string> name;
+    Endpoint endpoint;
+
+    bool operator==(const CompanionPlace&) const = default;
+};
+
+/// The only companion, or the one named `instance`. Throws `ClientError` with advice for the person when
+/// there is none or no telling which.
+CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
+                               const std::optional<std::string>& instance);
+
+/// Where the companion is that `options` mean. Blocks while it looks around; throws as the two above.
+CompanionPlace locateCompanion(const ClientOptions& options);
+
+} // namespace tarnly::client

@@ -1,0 +1,128 @@
+#include "TarnlyClient/Companion/CompanionSession.hpp"
+
+#include <boost/asio/steady_timer.hpp>
+#include <cstddef>
+#include <utility>
+
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+
+namespace tarnly::client {
+namespace {
+
+/// Answers may hold hours of recording.
+constexpr std::size_t messageLimit = 256U << 20U;
+
+Incoming parseIncoming(std::string text) {
+    try {
+        const auto json = parseJson(text);
+        const auto head = decodeJson<TypeOnly>(json);
+        const auto* data = jsonObject(json).if_contains("data");
+        return {std::move(text), head.type, head.reqId, data == nullptr ? boost::json::value() : *data};
+    } catch (const JsonError& error) {
+        throw ClientError(std::string("the companion sent a message that is not understood: ") +
+                          error.what());
+    }
+}
+
+std::string refusal(const PairResponse& response, bool hasPassword) {
+    auto text = "the companion refuses to pair: " + response.reason.value_or("no reason given");
+    if (!hasPassword) text += "; it may want a password: --password-file FILE";
+    return text;
+}
+
+} // namespace
+
+/// Ends the connection unless it is destroyed in time.
+class CompanionSession::Deadline {
+  public:
+    explicit Deadline(CompanionSession& session)
+        : alive_(std::make_shared<bool>(true)), timer_(session.executor_, session.options_.timeout) {
+        // The timer's handler may be on its way already when the timer is destroyed.
+        timer_.async_wait([&session, alive = std::weak_ptr(alive_)](const boost::system::error_code& error) {
+            if (error || alive.expired()) return;
+            session.isTimedOut_ = true;
+            session.connection_->cancel();
+        });
+    }
+
+  private:
+    std::shared_ptr<bool> alive_;
+    boost::asio::steady_timer timer_;
+};
+
+CompanionSession::CompanionSession(boost::asio::any_io_executor executor,
+                                   std::shared_ptr<WebSocketConnection> connection, Options options)
+    : executor_(std::move(executor)), connection_(std::move(connection)), options_(std::move(options)) {
+    connection_->setMessageLimit(messageLimit);
+}
+
+Task<> CompanionSession::pair() {
+    PairRequest params{options_.password};
+    auto data = co_await request(MessageType::pair, std::move(params));
+    const auto response = decodeAnswer<PairResponse>(data);
+    if (!response.accepted) throw ClientError(refusal(response, options_.password.has_value()));
+}
+
+Task<boost::json::value> CompanionSession::answer(std::string text, std::int64_t id) {
+    auto reply = co_await exchange(std::move(text), id);
+    if (reply.isError()) throw ClientError(errorMessage(reply));
+    co_return std::move(reply.data);
+}
+
+Task<Incoming> CompanionSession::exchange(std::string text, std::optional<std::int64_t> reqId) {
+    const Deadline deadline(*this);
+    connection_->send(std::move(text), WebSocketConnection::Kind::awaited);
+    for (;;) {
+        auto incoming = co_await receive();
+        // An error that carries no id answers a request that could not be read, or stands for an answer that
+        // could not be written.
+        if (incoming.reqId == reqId || (incoming.isError() && !incoming.reqId)) co_return incoming;
+        if (incoming.isPush()) pushes_.push_back(decodeAnswer<Values>(incoming.data));
+    }
+}
+
+Task<std::optional<Values>> CompanionSession::nextPush() {
+    while (pushes_.empty()) {
+        try {
+            auto incoming = co_await receive();
+            if (incoming.isPush()) pushes_.push_back(decodeAnswer<Values>(incoming.data));
+        } catch (const ConversationEnded&) {
+            co_return std::nullopt;
+        }
+    }
+    auto push = std::move(pushes_.front());
+    pushes_.pop_front();
+    co_return push;
+}
+
+void CompanionSession::close() {
+    isClosed_ = true;
+    connection_->cancel();
+}
+
+Task<Incoming> CompanionSession::receive() {
+    for (;;) {
+        auto message = co_await connection_->receive();
+        if (!message) throwLost();
+        if (message->opcode != WebSocketConnection::Opcode::text) continue;
+        co_return parseIncoming(std::move(message->content));
+    }
+}
+
+void CompanionSession::throwLost() const {
+    if (isClosed_) throw ConversationEnded();
+    if (isTimedOut_) throw ConnectionLost("the companion did not answer in time");
+    const auto failure = connection_->failure();
+    throw ConnectionLost(failure ? std::string("no connection to the companion: ") + failure->what()
+                                 : std::string("the companion has ended the connection"));
+}
+
+std::string errorMessage(const Incoming& error) {
+    try {
+        return decodeJson<ErrorPayload>(error.data).message;
+    } catch (const JsonError&) {
+        return error.text;
+    }
+}
+
+} // namespace tarnly::client

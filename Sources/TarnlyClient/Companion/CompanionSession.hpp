@@ -1,0 +1,122 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/json/value.hpp>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/WebSocketConnection.hpp"
+
+namespace tarnly::client {
+
+/// The parameters of a request that has none.
+struct NoParams {
+    static constexpr auto fields() { return std::tuple(); }
+};
+
+/// A request as it is sent.
+template <typename Params>
+struct Request {
+    std::string type;
+    std::int64_t reqId = 0;
+    std::optional<Params> params;
+
+    static constexpr auto fields() {
+        return std::tuple(field("type", &Request::type), field("req_id", &Request::reqId),
+                          field("params", &Request::params));
+    }
+};
+
+/// What the companion sent, taken apart as far as every message is alike.
+struct Incoming {
+    std::string text;
+    std::string type;
+    std::optional<std::int64_t> reqId;
+    boost::json::value data;
+
+    bool isError() const { return type == "error"; }
+    bool isPush() const { return type == MessageType::datarefSubscribeValues && !reqId; }
+};
+
+/// The talk with one companion: one request at a time, and the pushes that come between.
+///
+/// Every operation throws `ClientError` with a text for the person when the companion refuses, and
+/// `ConnectionLost` when it does not answer in time or is gone. Belongs to the thread that runs the executor;
+/// must outlive its operations.
+class CompanionSession {
+  public:
+    struct Options {
+        std::optional<std::string> password;
+        std::chrono::milliseconds timeout;
+    };
+
+    CompanionSession(boost::asio::any_io_executor executor, std::shared_ptr<WebSocketConnection> connection,
+                     Options options);
+
+    boost::asio::any_io_executor executor() const { return executor_; }
+
+    /// Comes before all else: the companion hangs up on strangers.
+    Task<> pair();
+
+    /// The reply's data.
+    template <typename Params>
+    Task<boost::json::value> request(std::string_view type, Params params) {
+        const auto id = nextId();
+        return answer(encodeJson(Request<Params>{std::string(type), id, std::move(params)}), id);
+    }
+    Task<boost::json::value> request(std::string_view type) {
+        const auto id = nextId();
+        return answer(encodeJson(Request<NoParams>{std::string(type), id, {}}), id);
+    }
+
+    /// Sends `text`, a request with that id, and returns the answer, be it an error.
+    Task<Incoming> exchange(std::string text, std::optional<std::int64_t> reqId);
+
+    /// The next push, however long it takes; absent once the session was closed here.
+    Task<std::optional<Values>> nextPush();
+
+    /// Ends the connection in order. What waits for a push gets none, what waits for an answer throws
+    /// `ConversationEnded`.
+    void close();
+
+  private:
+    class Deadline;
+
+    std::int64_t nextId() { return ++lastId_; }
+    Task<boost::json::value> answer(std::string text, std::int64_t id);
+    Task<Incoming> receive();
+    [[noreturn]] void throwLost() const;
+
+    const boost::asio::any_io_executor executor_;
+    const std::shared_ptr<WebSocketConnection> connection_;
+    const Options options_;
+    std::int64_t lastId_ = 0;
+    /// Those that came while an answer was waited for.
+    std::deque<Values> pushes_;
+    bool isClosed_ = false;
+    bool isTimedOut_ = false;
+};
+
+/// `data` as a `T`. Throws `ClientError` when it is none.
+template <typename T>
+T decodeAnswer(const boost::json::value& data) {
+    try {
+        return decodeJson<T>(data);
+    } catch (const JsonError& error) {
+        throw ClientError(std::string("the companion's answer is not understood: ") + error.what());
+    }
+}
+
+/// What the companion gives as its reason.
+std::string errorMessage(const Incoming& error);
+
+} // namespace tarnly::client

@@ -1,0 +1,115 @@
+#include "TarnlyClient/Companion/RecordingWatch.hpp"
+
+#include <boost/asio/redirect_error.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <utility>
+
+#include "TarnlyClient/Companion/RecordedLines.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+
+namespace tarnly::client {
+
+RecordingWatch::RecordingWatch(boost::asio::any_io_executor executor, Endpoint companion, Options options,
+                               Listener listener)
+    : executor_(std::move(executor)),
+      companion_(std::move(companion)),
+      options_(std::move(options)),
+      listener_(std::move(listener)),
+      waiting_(executor_),
+      timeLimit_(executor_) {}
+
+Task<> RecordingWatch::run() {
+    while (!isEnded_) {
+        co_await followUntilLost();
+        if (isEnded_) co_return;
+        const auto pause = options_.pause.next();
+        co_await wait(pause);
+        if (isEnded_) co_return;
+        co_await lookAgain();
+    }
+}
+
+void RecordingWatch::end() {
+    isEnded_ = true;
+    if (session_) session_->close();
+    waiting_.cancel();
+    timeLimit_.cancel();
+}
+
+Task<> RecordingWatch::followUntilLost() {
+    try {
+        co_await follow();
+    } catch (const ConversationEnded&) {
+        // As `end` wished.
+    } catch (const ConnectionLost& error) {
+        if (!hasBegun_) throw;
+        lost(error.what());
+    }
+}
+
+Task<> RecordingWatch::follow() {
+    session_.emplace(executor_, openWebSocket(executor_, companion_, "/"), options_.session);
+    co_await session_->pair();
+    while (!isEnded_) {
+        co_await ask();
+        if (isEnded_) co_return;
+        co_await wait(options_.interval);
+    }
+}
+
+Task<> RecordingWatch::ask() {
+    for (;;) {
+        CatchUpRequest params{track_.since()};
+        auto data = co_await session_->request(MessageType::catchUp, std::move(params));
+        isAnswered();
+        const auto news = track_.take(decodeAnswer<RecordedFlight>(data));
+        if (news) {
+            show(*news);
+            co_return;
+        }
+        listener_.remark("the recording has begun anew");
+    }
+}
+
+Task<> RecordingWatch::lookAgain() {
+    if (!options_.locate) co_return;
+    try {
+        auto found = co_await workers_.run(options_.locate);
+        companion_ = std::move(found);
+    } catch (const ClientError&) {
+        // It may be back where it was before it is found there.
+    }
+}
+
+Task<> RecordingWatch::wait(std::chrono::milliseconds time) {
+    waiting_.expires_after(time);
+    boost::system::error_code cancelled;
+    auto token = boost::asio::redirect_error(boost::asio::use_awaitable, cancelled);
+    co_await waiting_.async_wait(token);
+}
+
+void RecordingWatch::show(const RecordedFlight& news) {
+    for (const auto& line : recordedLines(news)) {
+        if (isEnded_) return;
+        listener_.recorded(line);
+        if (line.fired) ++shown_;
+        if (options_.count == shown_) end();
+    }
+}
+
+void RecordingWatch::isAnswered() {
+    options_.pause.reset();
+    if (std::exchange(isLost_, false)) listener_.remark("the companion is back");
+    if (std::exchange(hasBegun_, true) || !options_.time) return;
+    timeLimit_.expires_after(*options_.time);
+    timeLimit_.async_wait([this](const boost::system::error_code& error) {
+        if (!error) end();
+    });
+}
+
+void RecordingWatch::lost(const std::string& reason) {
+    session_->close();
+    if (!std::exchange(isLost_, true)) listener_.remark(reason + "; trying again");
+}
+
+} // namespace tarnly::client

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "TarnlyClient/Companion/CompanionSession.hpp"
+#include "TarnlyClient/Companion/GrowingPause.hpp"
+#include "TarnlyClient/Companion/RecordingTrack.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
+
+namespace tarnly::client {
+
+/// Follows the companion's recording from its beginning on, over as many connections as it takes.
+///
+/// Belongs to the thread that runs the executor; must outlive `run`.
+class RecordingWatch {
+  public:
+    /// Whom to tell what. `recorded` is called with each sample and each fired trigger once, in order;
+    /// `remark` with what the person should know of the connection and the recording.
+    struct Listener {
+        std::function<void(const LogLine& line)> recorded;
+        std::function<void(const std::string& text)> remark;
+    };
+
+    struct Options {
+        CompanionSession::Options session;
+        /// How many fired triggers to show.
+        std::optional<std::int64_t> count;
+        /// How long to go on after the first answer.
+        std::optional<std::chrono::milliseconds> time;
+        /// Where the companion is now, after a connection was lost. Called on another thread, where it may
+        /// block; may throw `ClientError`. When empty, the companion stays where it was.
+        std::function<Endpoint()> locate;
+        std::chrono::milliseconds interval{1'000};
+        GrowingPause pause{std::chrono::milliseconds(500), std::chrono::milliseconds(5'000)};
+    };
+
+    RecordingWatch(boost::asio::any_io_executor executor, Endpoint companion, Options options,
+                   Listener listener);
+
+    /// Goes on until `end`, or until all is shown that was asked for. Throws `ClientError` when there is no
+    /// first answer, and whenever the companion refuses. To be called once.
+    Task<> run();
+
+    void end();
+
+  private:
+    Task<> followUntilLost();
+    Task<> follow();
+    Task<> ask();
+    Task<> lookAgain();
+    Task<> wait(std::chrono::milliseconds time);
+
+    void show(const RecordedFlight& news);
+    void isAnswered();
+    void lost(const std::string& reason);
+
+    const boost::asio::any_io_executor executor_;
+    Endpoint companion_;
+    Options options_;
+    const Listener listener_;
+    /// The connection in use, or the last one.
+    std::optional<CompanionSession> session_;
+    RecordingTrack track_;
+    boost::asio::steady_timer waiting_;
+    boost::asio::steady_timer timeLimit_;
+    std::int64_t shown_ = 0;
+    bool hasBegun_ = false;
+    bool isLost_ = false;
+    bool isEnded_ = false;
+    WorkerPool workers_{1};
+};
+
+} // namespace tarnly::client

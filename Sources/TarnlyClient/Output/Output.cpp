@@ -1,0 +1,122 @@
+#include "TarnlyClient/Output/Output.hpp"
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+
+#include "TarnlyClient/Output/RecordingText.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
+
+namespace tarnly::client {
+namespace {
+
+/// A companion as programs are told of it.
+struct CompanionListing {
+    std::string name;
+    std::string host;
+    std::string address;
+    std::int64_t port = 0;
+    std::map<std::string, std::string> txt;
+
+    static constexpr auto fields() {
+        return std::tuple(field("name", &CompanionListing::name), field("host", &CompanionListing::host),
+                          field("address", &CompanionListing::address),
+                          field("port", &CompanionListing::port), field("txt", &CompanionListing::txt));
+    }
+};
+
+CompanionListing listing(const FoundService& service) {
+    CompanionListing result{
+        wellFormedUtf8(service.name), wellFormedUtf8(service.hostName), service.address, service.port, {}};
+    for (const auto& [key, value] : service.txt)
+        result.txt[wellFormedUtf8(key)] = wellFormedUtf8(value);
+    return result;
+}
+
+std::string jsonObject(const std::vector<std::string>& names, const Values& values) {
+    JsonWriter writer;
+    Values left = values;
+    writer.beginObject();
+    for (const auto& name : names) {
+        const auto value = left.extract(name);
+        if (value) writeField(writer, name, value.mapped());
+    }
+    writer.endObject();
+    return writer.take();
+}
+
+std::vector<std::string> assignments(const std::vector<std::string>& names, const Values& values) {
+    std::vector<std::string> result;
+    for (const auto& name : names) {
+        const auto value = values.find(name);
+        if (value != values.end()) result.push_back(name + "=" + numberText(value->second));
+    }
+    return result;
+}
+
+} // namespace
+
+std::string numberText(double value) {
+    std::array<char, 32> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return error == std::errc() ? std::string(buffer.data(), end) : std::string();
+}
+
+std::string printable(std::string_view text) {
+    // The second byte of the control characters U+0080 to U+009F is below 0xA0; their first is 0xC2.
+    std::string result = wellFormedUtf8(std::string(text));
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(result[i]);
+        const bool isSecondSet = byte == 0xC2 && static_cast<unsigned char>(result[i + 1]) < 0xA0;
+        if (isSecondSet) result.erase(i + 1, 1);
+        if (byte < 0x20 || byte == 0x7F || isSecondSet) result[i] = '?';
+    }
+    return result;
+}
+
+void Output::line(std::string_view text) { stream_ << text << std::endl; }
+
+void Output::values(const std::vector<std::string>& names, const Values& values) {
+    if (json_) return line(jsonObject(names, values));
+    for (const auto& assignment : assignments(names, values))
+        line(printable(assignment));
+}
+
+void Output::push(const std::vector<std::string>& names, const Values& values) {
+    if (json_) return line(jsonObject(names, values));
+    std::string text;
+    for (const auto& assignment : assignments(names, values)) {
+        if (!text.empty()) text += ' ';
+        text += printable(assignment);
+    }
+    line(text);
+}
+
+void Output::ok() { line(json_ ? encodeJson(OkPayload{}) : "ok"); }
+
+void Output::simulator(const std::string& sim, const std::string& version) {
+    line(json_ ? encodeJson(SimInfo{sim, version}) : printable(sim + " " + version));
+}
+
+void Output::companion(const FoundService& service) {
+    if (json_) return line(encodeJson(listing(service)));
+    std::string text = service.name + "  " + describe(Endpoint{service.address, service.port});
+    for (const auto& [key, value] : service.txt)
+        text += "  " + key + "=" + value;
+    line(printable(text));
+}
+
+void Output::flight(const FlightListing& flight) {
+    if (json_) return line(encodeJson(flight));
+    line(printable(flight.name + "  " + describe(flight.modifiedAt) + "  " + flight.path));
+}
+
+void Output::recorded(const LogLine& recorded) {
+    if (json_) return line(encodeJson(recorded));
+    line(printable(recorded.sample ? describe(*recorded.sample) : describe(*recorded.fired)));
+}
+
+} // namespace tarnly::client

@@ -1,0 +1,227 @@
+#include "TarnlyClient/Companion/RecordingWatch.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Support/RunTask.hpp"
+#include "TarnlyClient/Commands/CommandLine.hpp"
+#include "TarnlyClient/Companion/RecordingCompanion.hpp"
+
+namespace tarnly::client {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+using Lines = std::vector<std::string>;
+
+/// Follows a companion with short pauses.
+class RecordingWatchTest : public testing::Test {
+  public:
+    RecordingWatchTest() {
+        options.session.timeout = std::chrono::seconds(30);
+        options.interval = milliseconds(1);
+        options.pause = GrowingPause(milliseconds(1), milliseconds(4));
+    }
+
+    test::RecordingCompanion companion;
+    RecordingWatch::Options options;
+    Lines shown;
+    Lines remarks;
+    /// What a test does when so many lines have been shown.
+    std::function<void(std::size_t shown)> afterLine = [](std::size_t) {};
+
+    /// Follows until `shownAtEnd` lines were shown.
+    void follow(std::size_t shownAtEnd) {
+        boost::asio::io_context io;
+        std::optional<RecordingWatch> watch;
+        RecordingWatch::Listener listener;
+        listener.recorded = [&](const LogLine& line) {
+            shown.push_back(line.sample ? "at " + std::to_string(line.sample->elapsedSeconds).substr(0, 1)
+                                        : line.fired->triggerId);
+            afterLine(shown.size());
+            if (shown.size() == shownAtEnd) watch->end();
+        };
+        listener.remark = [&](const std::string& text) { remarks.push_back(text); };
+        watch.emplace(io.get_executor(), Endpoint{"127.0.0.1", companion.port()}, options, listener);
+        test::runTask(io, watch->run());
+        watch->end();
+        io.run();
+    }
+
+    std::string failure() {
+        try {
+            follow(1);
+            return "";
+        } catch (const ClientError& error) {
+            return error.what();
+        }
+    }
+};
+
+TEST_F(RecordingWatchTest, ShowsWhatIsThereAndWhatComes) {
+    companion.record(1, {"a", "b"});
+    afterLine = [&](std::size_t count) {
+        if (count == 3) companion.record(2);
+        if (count == 4) companion.record(3, {"c"});
+    };
+    follow(6);
+    EXPECT_THAT(shown, ElementsAre("at 1", "a", "b", "at 2", "at 3", "c"));
+    EXPECT_THAT(remarks, ElementsAre());
+}
+
+TEST_F(RecordingWatchTest, ALostConnectionLeavesNoGapAndNoDuplicate) {
+    companion.record(1, {"a"});
+    afterLine = [&](std::size_t count) {
+        if (count != 2 && count != 5) return;
+        companion.hangUps = 3;
+        companion.record(double(count), {"x"});
+        companion.record(double(count) + 1);
+    };
+    follow(8);
+    EXPECT_THAT(shown, ElementsAre("at 1", "a", "at 2", "x", "at 3", "at 5", "x", "at 6"));
+    const auto* loss = "the companion has ended the connection; trying again";
+    EXPECT_THAT(remarks, ElementsAre(loss, "the companion is back", loss, "the companion is back"));
+}
+
+TEST_F(RecordingWatchTest, ARecordingThatBeginsAnewIsShownFromItsBeginning) {
+    companion.record(1);
+    companion.record(2, {"a"});
+    afterLine = [&](std::size_t count) {
+        if (count != 3) return;
+        companion.startAnew();
+        companion.record(1, {"a"});
+        companion.record(3);
+    };
+    follow(6);
+    EXPECT_THAT(shown, ElementsAre("at 1", "at 2", "a", "at 1", "a", "at 3"));
+    EXPECT_THAT(remarks, ElementsAre("the recording has begun anew"));
+}
+
+TEST_F(RecordingWatchTest, ACompanionThatHasMovedIsFollowed) {
+    test::RecordingCompanion moved;
+    options.locate = [&] { return Endpoint{"127.0.0.1", moved.port()}; };
+    companion.record(1, {"a"});
+    afterLine = [&](std::size_t count) {
+        if (count != 2) return;
+        companion.hangUps = 1'000'000;
+        moved.record(1, {"b"});
+    };
+    follow(4);
+    EXPECT_THAT(shown, ElementsAre("at 1", "a", "at 1", "b"));
+}
+
+TEST_F(RecordingWatchTest, ACompanionThatIsNotFoundAgainIsTriedWhereItWas) {
+    std::atomic<int> searches = 0;
+    options.locate = [&]() -> Endpoint {
+        ++searches;
+        throw ClientError("no companion found");
+    };
+    companion.record(1);
+    afterLine = [&](std::size_t count) {
+        if (count != 1) return;
+        companion.hangUps = 2;
+        companion.record(2);
+    };
+    follow(2);
+    EXPECT_THAT(shown, ElementsAre("at 1", "at 2"));
+    EXPECT_EQ(searches, 2);
+}
+
+TEST_F(RecordingWatchTest, EndsAfterSoManyTriggers) {
+    companion.record(1, {"a"});
+    companion.record(2, {"b", "c"});
+    companion.record(3, {"d"});
+    options.count = 2;
+    follow(0);
+    EXPECT_THAT(shown, ElementsAre("at 1", "a", "at 2", "b"));
+}
+
+TEST_F(RecordingWatchTest, EndsWhenItsTimeIsOver) {
+    options.time = milliseconds(20);
+    follow(0);
+    EXPECT_THAT(shown, ElementsAre());
+    EXPECT_GE(companion.requests(), 2U) << "it has paired and asked";
+}
+
+TEST_F(RecordingWatchTest, WithoutAFirstAnswerThereIsNothingToFollow) {
+    companion.hangUps = 1;
+    EXPECT_EQ(failure(), "the companion has ended the connection");
+    companion.hangUps = 0;
+    companion.isOpen = false;
+    EXPECT_THAT(failure(), StartsWith("the companion refuses to pair: no"));
+}
+
+TEST_F(RecordingWatchTest, ARefusalAfterALossEndsIt) {
+    companion.record(1);
+    afterLine = [&](std::size_t) {
+        companion.isOpen = false;
+        companion.hangUps = 1;
+    };
+    try {
+        follow(2);
+        FAIL();
+    } catch (const ClientError& error) {
+        EXPECT_THAT(error.what(), StartsWith("the companion refuses to pair: no"));
+    }
+}
+
+/// The tool, pointed at `companion`.
+std::string watchByCommand(const test::RecordingCompanion& companion, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--host", "127.0.0.1", "--port", std::to_string(companion.port()),
+                                         "watch", "--recording"});
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runClient(arguments, out, err), 0) << err.str();
+    EXPECT_EQ(err.str(), "");
+    return out.str();
+}
+
+TEST(WatchRecording, PeopleSeeTriggersProgramsTheSamplesToo) {
+    test::RecordingCompanion companion;
+    companion.record(1, {"a"});
+    companion.record(2, {"b"});
+    EXPECT_EQ(watchByCommand(companion, {"--count", "2"}),
+              "     1.00 s  fired a  (speak)\n     2.00 s  fired b  (speak)\n");
+    EXPECT_EQ(watchByCommand(companion, {"--count", "1", "--json"}),
+              R"({"kind":"sample","sample":{"elapsed_s":1,"alt_ft":0}})"
+              "\n"
+              R"({"kind":"fired","fired":{"trigger_id":"a","elapsed_s":1,"action_kind":"speak"}})"
+              "\n");
+}
+
+TEST(WatchRecording, EndsInOrderWhenInterrupted) {
+    // Hangs up for good after its first answers, so that the signal meets a watch that waits or connects.
+    std::atomic<int> answers = 0;
+    const test::ScriptedCompanion companion(
+        [&](const boost::json::object& request) -> std::optional<std::vector<std::string>> {
+            if (++answers == 4) ::kill(::getpid(), SIGINT);
+            if (answers > 2) return std::nullopt;
+            const bool isPair = request.at("type") == "pair";
+            return std::vector{test::ScriptedCompanion::reply(
+                request, isPair ? R"({"accepted":true})" : R"({"samples":[],"fired":[]})")};
+        });
+    std::ostringstream out;
+    std::ostringstream err;
+    const auto port = std::to_string(companion.port());
+    EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", port, "watch", "--recording"}, out, err), 0);
+    EXPECT_EQ(err.str(), "tarnly-client: the companion has ended the connection; trying again\n");
+}
+
+TEST(WatchRecording, ACompanionThatIsNotThereIsAnError) {
+    std::ostringstream out;
+    std::ostringstream err;
+    // Port 1 of the loopback interface is nobody's.
+    EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", "1", "watch", "--recording"}, out, err), 1);
+    EXPECT_THAT(err.str(), StartsWith("tarnly-client: no connection to the companion: "));
+}
+
+} // namespace
+} // namespace tarnly::client

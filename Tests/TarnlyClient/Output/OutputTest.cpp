@@ -1,0 +1,76 @@
+#include "TarnlyClient/Output/Output.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace tarnly::client {
+namespace {
+
+const Values values{{"sim/a", 1.5}, {"sim/b", -3}, {"unasked", 7}};
+
+class OutputTest : public testing::Test {
+  public:
+    std::ostringstream stream;
+    Output people{stream, false};
+    Output programs{stream, true};
+};
+
+TEST(NumberText, IsTheShortestThatReadsBackTheSame) {
+    EXPECT_EQ(numberText(3), "3");
+    EXPECT_EQ(numberText(-0.1), "-0.1");
+    EXPECT_EQ(numberText(1.0 / 3), "0.3333333333333333");
+    EXPECT_EQ(numberText(-1.7976931348623157e308), "-1.7976931348623157e+308");
+}
+
+TEST(Printable, ControlCharactersDoNotReachTheTerminal) {
+    EXPECT_EQ(printable("\x1B[31mred\x07\n\x7F"), "?[31mred???");
+    EXPECT_EQ(printable("\xC2\x9B"
+                        "31m\xC2\xA0"),
+              "?31m\xC2\xA0");
+    EXPECT_EQ(printable("Gr\xC3\xBCn \xE2\x9C\x88"), "Gr\xC3\xBCn \xE2\x9C\x88");
+    EXPECT_EQ(printable("\xC2"), "\xEF\xBF\xBD");
+    EXPECT_EQ(printable(""), "");
+}
+
+TEST_F(OutputTest, ValuesStandInTheOrderAskedFor) {
+    people.values({"sim/b", "sim/a", "missing"}, values);
+    EXPECT_EQ(stream.str(), "sim/b=-3\nsim/a=1.5\n");
+}
+
+TEST_F(OutputTest, ValuesForProgramsAreOneObject) {
+    programs.values({"sim/b", "sim/a", "sim/b"}, values);
+    EXPECT_EQ(stream.str(), "{\"sim\\/b\":-3,\"sim\\/a\":1.5}\n");
+}
+
+TEST_F(OutputTest, APushIsOneLine) {
+    people.push({"sim/b", "sim/a"}, values);
+    programs.push({"sim/b", "sim/a"}, values);
+    EXPECT_EQ(stream.str(), "sim/b=-3 sim/a=1.5\n{\"sim\\/b\":-3,\"sim\\/a\":1.5}\n");
+}
+
+TEST_F(OutputTest, Ok) {
+    people.ok();
+    programs.ok();
+    EXPECT_EQ(stream.str(), "ok\n{\"ok\":true}\n");
+}
+
+TEST_F(OutputTest, Simulator) {
+    people.simulator("xplane", "12.1");
+    programs.simulator("xplane", "12.1");
+    EXPECT_EQ(stream.str(), "xplane 12.1\n{\"sim\":\"xplane\",\"version\":\"12.1\"}\n");
+}
+
+TEST_F(OutputTest, Companion) {
+    const FoundService service{
+        "rig", "rig.local", "fe80::1%eth0", 4711, {{"sim", "xplane"}, {"ver", "0.1\n"}}};
+    people.companion(service);
+    programs.companion(service);
+    EXPECT_EQ(stream.str(),
+              "rig  [fe80::1%eth0]:4711  sim=xplane  ver=0.1?\n"
+              "{\"name\":\"rig\",\"host\":\"rig.local\",\"address\":\"fe80::1%eth0\",\"port\":4711,"
+              "\"txt\":{\"sim\":\"xplane\",\"ver\":\"0.1\\n\"}}\n");
+}
+
+} // namespace
+} // namespace tarnly::client
