@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "TarnlyClient/Output/Output.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {

@@ -10,6 +10,7 @@
 #include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyClient/Commands/Commands.hpp"
 #include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 namespace {

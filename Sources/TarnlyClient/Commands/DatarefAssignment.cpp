@@ -6,7 +6,7 @@
 
 #include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 namespace {

@@ -1,7 +1,7 @@
 #include "TarnlyClient/Commands/FlightChoice.hpp"
 
 #include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 

@@ -6,6 +6,7 @@
 #include "TarnlyClient/Commands/Commands.hpp"
 #include "TarnlyClient/Commands/ScriptFile.hpp"
 #include "TarnlyClient/Companion/Conversation.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {

@@ -10,7 +10,7 @@
 #include <optional>
 
 #include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly::client {

@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Output/Output.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {

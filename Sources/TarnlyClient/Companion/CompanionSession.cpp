@@ -117,12 +117,4 @@ void CompanionSession::throwLost() const {
                                  : std::string("the companion has ended the connection"));
 }
 
-std::string errorMessage(const Incoming& error) {
-    try {
-        return decodeJson<ErrorPayload>(error.data).message;
-    } catch (const JsonError&) {
-        return error.text;
-    }
-}
-
 } // namespace tarnly::client

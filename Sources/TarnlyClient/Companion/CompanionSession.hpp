@@ -10,42 +10,11 @@
 #include <string>
 #include <string_view>
 
-#include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Output/Output.hpp"
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyClient/Companion/CompanionMessages.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly::client {
-
-/// The parameters of a request that has none.
-struct NoParams {
-    static constexpr auto fields() { return std::tuple(); }
-};
-
-/// A request as it is sent.
-template <typename Params>
-struct Request {
-    std::string type;
-    std::int64_t reqId = 0;
-    std::optional<Params> params;
-
-    static constexpr auto fields() {
-        return std::tuple(field("type", &Request::type), field("req_id", &Request::reqId),
-                          field("params", &Request::params));
-    }
-};
-
-/// What the companion sent, taken apart as far as every message is alike.
-struct Incoming {
-    std::string text;
-    std::string type;
-    std::optional<std::int64_t> reqId;
-    boost::json::value data;
-
-    bool isError() const { return type == "error"; }
-    bool isPush() const { return type == MessageType::datarefSubscribeValues && !reqId; }
-};
 
 /// The talk with one companion: one request at a time, and the pushes that come between.
 ///
@@ -105,18 +74,5 @@ class CompanionSession {
     bool isClosed_ = false;
     bool isTimedOut_ = false;
 };
-
-/// `data` as a `T`. Throws `ClientError` when it is none.
-template <typename T>
-T decodeAnswer(const boost::json::value& data) {
-    try {
-        return decodeJson<T>(data);
-    } catch (const JsonError& error) {
-        throw ClientError(std::string("the companion's answer is not understood: ") + error.what());
-    }
-}
-
-/// What the companion gives as its reason.
-std::string errorMessage(const Incoming& error);
 
 } // namespace tarnly::client

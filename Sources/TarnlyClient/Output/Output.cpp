@@ -65,18 +65,6 @@ std::string numberText(double value) {
     return error == std::errc() ? std::string(buffer.data(), end) : std::string();
 }
 
-std::string printable(std::string_view text) {
-    // The second byte of the control characters U+0080 to U+009F is below 0xA0; their first is 0xC2.
-    std::string result = wellFormedUtf8(std::string(text));
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(result[i]);
-        const bool isSecondSet = byte == 0xC2 && static_cast<unsigned char>(result[i + 1]) < 0xA0;
-        if (isSecondSet) result.erase(i + 1, 1);
-        if (byte < 0x20 || byte == 0x7F || isSecondSet) result[i] = '?';
-    }
-    return result;
-}
-
 void Output::line(std::string_view text) { stream_ << text << std::endl; }
 
 void Output::values(const std::vector<std::string>& names, const Values& values) {

@@ -1,25 +1,19 @@
 #pragma once
 
-#include <map>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "TarnlyClient/Companion/CompanionMessages.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 
 namespace tarnly::client {
 
-/// Dataref values by name.
-using Values = std::map<std::string, double>;
-
 /// The shortest text that reads back as the same number.
 std::string numberText(double value);
-
-/// `text` as a terminal may be given it: well-formed, and without control characters, which become "?".
-std::string printable(std::string_view text);
 
 /// Prints results: for people, or for programs as one JSON object a line. Each line is flushed.
 class Output {

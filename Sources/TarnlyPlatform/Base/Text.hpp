@@ -16,4 +16,7 @@ std::string upperCased(std::string_view text);
 /// Unicode Standard recommends (chapter 3.9, "Substitution of Maximal Subparts").
 std::string wellFormedUtf8(std::string bytes);
 
+/// `text` as a terminal may be given it: well-formed, and without control characters, which become "?".
+std::string printable(std::string_view text);
+
 } // namespace tarnly

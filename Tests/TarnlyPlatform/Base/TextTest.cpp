@@ -54,5 +54,15 @@ TEST(Text, EachMaximalPartOfAnIllFormedSequenceBecomesOneReplacement) {
     EXPECT_EQ(wellFormedUtf8("\xC0\xAF"), "\uFFFD\uFFFD");
 }
 
+TEST(Printable, ControlCharactersDoNotReachTheTerminal) {
+    EXPECT_EQ(printable("\x1B[31mred\x07\n\x7F"), "?[31mred???");
+    EXPECT_EQ(printable("\xC2\x9B"
+                        "31m\xC2\xA0"),
+              "?31m\xC2\xA0");
+    EXPECT_EQ(printable("Gr\xC3\xBCn \xE2\x9C\x88"), "Gr\xC3\xBCn \xE2\x9C\x88");
+    EXPECT_EQ(printable("\xC2"), "\xEF\xBF\xBD");
+    EXPECT_EQ(printable(""), "");
+}
+
 } // namespace
 } // namespace tarnly
