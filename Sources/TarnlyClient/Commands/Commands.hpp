@@ -5,7 +5,7 @@
 #include <string>
 
 #include "TarnlyClient/Companion/ClientOptions.hpp"
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyClient/Output/Printer.hpp"
 
 namespace tarnly::client {
 
@@ -15,7 +15,7 @@ struct CommandContext {
     std::ostream& stream;
     std::ostream& errors;
 
-    Output output() const { return {stream, options.json}; }
+    Printer printer() const { return {stream, options.json}; }
     /// For what is worth knowing and no reason to give up.
     void remark(const std::string& text) const { errors << "tarnly-client: " << text << std::endl; }
 };

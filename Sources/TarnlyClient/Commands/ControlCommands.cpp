@@ -9,11 +9,11 @@ namespace tarnly::client {
 namespace {
 
 template <typename Params>
-Task<> doAndSayOk(CompanionSession& session, std::string_view type, Params params, Output output) {
+Task<> doAndSayOk(CompanionSession& session, std::string_view type, Params params, Printer printer) {
     co_await session.pair();
     auto data = co_await session.request(type, std::move(params));
     decodeAnswer<OkPayload>(data);
-    output.ok();
+    printer.ok();
 }
 
 /// The callback of a subcommand that sends `params`, once these are parsed.
@@ -22,7 +22,7 @@ std::function<void()> sender(const CommandContext& context, std::string_view typ
                              const std::shared_ptr<Params>& params) {
     return [&context, type, params] {
         converse(context.options, [&](CompanionSession& session) {
-            return doAndSayOk(session, type, *params, context.output());
+            return doAndSayOk(session, type, *params, context.printer());
         });
     };
 }

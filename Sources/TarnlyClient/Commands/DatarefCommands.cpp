@@ -13,24 +13,24 @@ namespace {
 
 using Texts = std::shared_ptr<std::vector<std::string>>;
 
-Task<> getValues(CompanionSession& session, std::vector<std::string> names, Output output) {
+Task<> getValues(CompanionSession& session, std::vector<std::string> names, Printer printer) {
     co_await session.pair();
     auto params = namesParams(names);
     auto data = co_await session.request(MessageType::datarefSubscribeValues, std::move(params));
     const auto values = decodeAnswer<Values>(data);
-    output.values(names, values);
+    printer.values(names, values);
 }
 
-Task<> setValues(CompanionSession& session, DatarefSetParams params, Output output) {
+Task<> setValues(CompanionSession& session, DatarefSetParams params, Printer printer) {
     co_await session.pair();
     auto data = co_await session.request(MessageType::datarefSetValues, std::move(params));
     decodeAnswer<OkPayload>(data);
-    output.ok();
+    printer.ok();
 }
 
 void runGet(const CommandContext& context, const std::vector<std::string>& names) {
     converse(context.options,
-             [&](CompanionSession& session) { return getValues(session, names, context.output()); });
+             [&](CompanionSession& session) { return getValues(session, names, context.printer()); });
 }
 
 void runSet(const CommandContext& context, const std::vector<std::string>& assignments) {
@@ -38,7 +38,7 @@ void runSet(const CommandContext& context, const std::vector<std::string>& assig
     for (const auto& assignment : assignments)
         params.datarefs.push_back(parseAssignment(assignment));
     converse(context.options,
-             [&](CompanionSession& session) { return setValues(session, params, context.output()); });
+             [&](CompanionSession& session) { return setValues(session, params, context.printer()); });
 }
 
 } // namespace

@@ -11,9 +11,9 @@ void discover(const CommandContext& context) {
     }
     const auto found = findCompanions(context.options.timeout);
     if (found.empty()) throw ClientError("no companion found: is it running on this network?");
-    auto output = context.output();
+    auto printer = context.printer();
     for (const auto& service : found)
-        output.companion(service);
+        printer.companion(service);
 }
 
 } // namespace

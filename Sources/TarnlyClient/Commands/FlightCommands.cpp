@@ -14,14 +14,14 @@ Task<std::vector<FlightListing>> askForFlights(CompanionSession& session) {
     co_return decodeAnswer<FlightsPayload>(data).flights;
 }
 
-Task<> listFlights(CompanionSession& session, Output output) {
+Task<> listFlights(CompanionSession& session, Printer printer) {
     co_await session.pair();
     const auto flights = co_await askForFlights(session);
     for (const auto& flight : flights)
-        output.flight(flight);
+        printer.flight(flight);
 }
 
-Task<> loadFlight(CompanionSession& session, std::string nameOrPath, Output output) {
+Task<> loadFlight(CompanionSession& session, std::string nameOrPath, Printer printer) {
     co_await session.pair();
     LoadFlightRequest params{nameOrPath};
     if (!isFlightPath(nameOrPath)) {
@@ -30,7 +30,7 @@ Task<> loadFlight(CompanionSession& session, std::string nameOrPath, Output outp
     }
     auto data = co_await session.request(MessageType::loadFlight, std::move(params));
     decodeAnswer<OkPayload>(data);
-    output.ok();
+    printer.ok();
 }
 
 } // namespace
@@ -39,7 +39,7 @@ void addFlightCommands(CLI::App& app, CommandContext& context) {
     auto* flights = app.add_subcommand("flights", "List the saved flights");
     flights->callback([&context] {
         converse(context.options,
-                 [&](CompanionSession& session) { return listFlights(session, context.output()); });
+                 [&](CompanionSession& session) { return listFlights(session, context.printer()); });
     });
 
     auto* load = app.add_subcommand("load", "Load a saved flight");
@@ -49,7 +49,7 @@ void addFlightCommands(CLI::App& app, CommandContext& context) {
         ->check(utf8Text());
     load->callback([&context, flight] {
         converse(context.options,
-                 [&](CompanionSession& session) { return loadFlight(session, *flight, context.output()); });
+                 [&](CompanionSession& session) { return loadFlight(session, *flight, context.printer()); });
     });
 }
 

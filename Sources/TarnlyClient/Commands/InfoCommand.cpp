@@ -4,11 +4,11 @@
 namespace tarnly::client {
 namespace {
 
-Task<> showSimulator(CompanionSession& session, Output output) {
+Task<> showSimulator(CompanionSession& session, Printer printer) {
     co_await session.pair();
     auto data = co_await session.request(MessageType::simInfo);
     const auto info = decodeAnswer<SimInfo>(data);
-    output.simulator(info.sim, info.version);
+    printer.simulator(info.sim, info.version);
 }
 
 } // namespace
@@ -17,7 +17,7 @@ void addInfoCommand(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("info", "Show which simulator the companion is connected with");
     command->callback([&context] {
         converse(context.options,
-                 [&](CompanionSession& session) { return showSimulator(session, context.output()); });
+                 [&](CompanionSession& session) { return showSimulator(session, context.printer()); });
     });
 }
 

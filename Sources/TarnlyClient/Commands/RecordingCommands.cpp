@@ -10,19 +10,19 @@
 namespace tarnly::client {
 namespace {
 
-Task<> startOrStop(CompanionSession& session, std::string_view type, Output output) {
+Task<> startOrStop(CompanionSession& session, std::string_view type, Printer printer) {
     co_await session.pair();
     auto data = co_await session.request(type);
     decodeAnswer<OkPayload>(data);
-    output.ok();
+    printer.ok();
 }
 
-Task<> showRecorded(CompanionSession& session, CatchUpRequest params, Output output) {
+Task<> showRecorded(CompanionSession& session, CatchUpRequest params, Printer printer) {
     co_await session.pair();
     auto data = co_await session.request(MessageType::catchUp, std::move(params));
     const auto recorded = decodeAnswer<RecordedFlight>(data);
-    for (const auto& line : recordedLines(recorded))
-        output.recorded(line);
+    for (const auto& line : linesInLogOrder(recorded))
+        printer.recorded(line);
 }
 
 void addRecord(CLI::App& app, CommandContext& context) {
@@ -34,7 +34,7 @@ void addRecord(CLI::App& app, CommandContext& context) {
     command->callback([&context, action] {
         const auto type = *action == "start" ? MessageType::recordingStart : MessageType::recordingStop;
         converse(context.options,
-                 [&](CompanionSession& session) { return startOrStop(session, type, context.output()); });
+                 [&](CompanionSession& session) { return startOrStop(session, type, context.printer()); });
     });
 }
 
@@ -43,8 +43,9 @@ void addCatchUp(CLI::App& app, CommandContext& context) {
     const auto params = std::make_shared<CatchUpRequest>();
     addNumber(*command, "--since", params->sinceElapsedSeconds, "Only what lies after this time, in seconds");
     command->callback([&context, params] {
-        converse(context.options,
-                 [&](CompanionSession& session) { return showRecorded(session, *params, context.output()); });
+        converse(context.options, [&](CompanionSession& session) {
+            return showRecorded(session, *params, context.printer());
+        });
     });
 }
 

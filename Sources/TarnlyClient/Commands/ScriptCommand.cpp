@@ -13,9 +13,9 @@ namespace tarnly::client {
 namespace {
 
 void showLoaded(const CommandContext& context, const UnresolvedFixesPayload& payload) {
-    auto output = context.output();
-    if (context.options.json) return output.line(encodeJson(payload));
-    output.ok();
+    auto printer = context.printer();
+    if (context.options.json) return printer.line(encodeJson(payload));
+    printer.ok();
     if (payload.unresolvedFixes.empty()) return;
     std::string fixes;
     for (const auto& fix : payload.unresolvedFixes)

@@ -10,17 +10,17 @@
 namespace tarnly::client {
 namespace {
 
-Task<> sendRequest(CompanionSession& session, RawRequest request, Output output) {
+Task<> sendRequest(CompanionSession& session, RawRequest request, Printer printer) {
     co_await session.pair();
     auto reply = co_await session.exchange(std::move(request.text), request.reqId);
     if (reply.isError()) throw ClientError(errorMessage(reply));
-    output.line(reply.text);
+    printer.line(reply.text);
 }
 
 void runSend(const CommandContext& context, const std::string& text) {
     const auto request = rawRequest(text);
     converse(context.options,
-             [&](CompanionSession& session) { return sendRequest(session, request, context.output()); });
+             [&](CompanionSession& session) { return sendRequest(session, request, context.printer()); });
 }
 
 } // namespace

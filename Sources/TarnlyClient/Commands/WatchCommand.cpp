@@ -52,7 +52,7 @@ class WatchEnd {
     boost::asio::steady_timer timer_;
 };
 
-Task<> watchValues(CompanionSession& session, Watch watch, Output output) {
+Task<> watchValues(CompanionSession& session, Watch watch, Printer printer) {
     WatchEnd end(session);
     co_await session.pair();
     auto params = namesParams(watch.names);
@@ -61,7 +61,7 @@ Task<> watchValues(CompanionSession& session, Watch watch, Output output) {
     for (std::int64_t shown = 0; watch.count != shown; ++shown) {
         auto push = co_await session.nextPush();
         if (!push) co_return;
-        output.push(watch.names, *push);
+        printer.push(watch.names, *push);
     }
 }
 
@@ -69,7 +69,7 @@ void runWatch(const CommandContext& context, const Watch& watch) {
     if (watch.recording) return watchRecording(context, watch.count, watch.time);
     if (watch.names.empty()) throw UsageError("watch what? NAME... or --recording is required");
     converse(context.options,
-             [&](CompanionSession& session) { return watchValues(session, watch, context.output()); });
+             [&](CompanionSession& session) { return watchValues(session, watch, context.printer()); });
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 
 #include "TarnlyClient/Companion/CompanionFinder.hpp"
 #include "TarnlyClient/Companion/Conversation.hpp"
-#include "TarnlyClient/Companion/RecordingWatch.hpp"
+#include "TarnlyClient/Companion/RecordingFollower.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -22,9 +22,9 @@ std::function<Endpoint()> locator(ClientOptions options, const std::optional<std
     return [options = std::move(options)] { return locateCompanion(options).endpoint; };
 }
 
-RecordingWatch::Listener listener(const CommandContext& context) {
+RecordingFollower::Listener listener(const CommandContext& context) {
     const auto recorded = [&context](const LogLine& line) {
-        if (line.fired || context.options.json) context.output().recorded(line);
+        if (line.fired || context.options.json) context.printer().recorded(line);
     };
     return {recorded, [&context](const std::string& text) { context.remark(text); }};
 }
@@ -33,7 +33,7 @@ RecordingWatch::Listener listener(const CommandContext& context) {
 
 void watchRecording(const CommandContext& context, std::optional<std::int64_t> count,
                     std::optional<std::chrono::milliseconds> time) {
-    RecordingWatch::Options options;
+    RecordingFollower::Options options;
     options.session = sessionOptions(context.options);
     options.count = count;
     options.time = time;
@@ -41,15 +41,15 @@ void watchRecording(const CommandContext& context, std::optional<std::int64_t> c
     options.locate = locator(context.options, companion.name);
 
     boost::asio::io_context io(1);
-    RecordingWatch watch(io.get_executor(), companion.endpoint, std::move(options), listener(context));
+    RecordingFollower follower(io.get_executor(), companion.endpoint, std::move(options), listener(context));
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
-    signals.async_wait([&watch](const boost::system::error_code& error, int) {
-        if (!error) watch.end();
+    signals.async_wait([&follower](const boost::system::error_code& error, int) {
+        if (!error) follower.end();
     });
     std::exception_ptr failure;
-    boost::asio::co_spawn(io, watch.run(), [&](std::exception_ptr error) {
+    boost::asio::co_spawn(io, follower.run(), [&](std::exception_ptr error) {
         failure = error;
-        watch.end();
+        follower.end();
         signals.cancel();
     });
     io.run();

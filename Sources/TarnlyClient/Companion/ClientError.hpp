@@ -22,10 +22,10 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A conversation that this side ended while it waited for an answer, because the person wished it.
-class ConversationEnded : public std::runtime_error {
+/// This side closed the session while it waited for an answer, because the person wished it.
+class SessionClosed : public std::runtime_error {
   public:
-    ConversationEnded() : std::runtime_error("the conversation was ended") {}
+    SessionClosed() : std::runtime_error("the session was closed") {}
 };
 
 } // namespace tarnly::client

@@ -86,7 +86,7 @@ Task<std::optional<Values>> CompanionSession::nextPush() {
         try {
             auto incoming = co_await receive();
             if (incoming.isPush()) pushes_.push_back(decodeAnswer<Values>(incoming.data));
-        } catch (const ConversationEnded&) {
+        } catch (const SessionClosed&) {
             co_return std::nullopt;
         }
     }
@@ -110,7 +110,7 @@ Task<Incoming> CompanionSession::receive() {
 }
 
 void CompanionSession::throwLost() const {
-    if (isClosed_) throw ConversationEnded();
+    if (isClosed_) throw SessionClosed();
     if (isTimedOut_) throw ConnectionLost("the companion did not answer in time");
     const auto failure = connection_->failure();
     throw ConnectionLost(failure ? std::string("no connection to the companion: ") + failure->what()

@@ -54,7 +54,7 @@ class CompanionSession {
     Task<std::optional<Values>> nextPush();
 
     /// Ends the connection in order. What waits for a push gets none, what waits for an answer throws
-    /// `ConversationEnded`.
+    /// `SessionClosed`.
     void close();
 
   private:

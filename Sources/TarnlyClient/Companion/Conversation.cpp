@@ -31,7 +31,7 @@ void converse(const ClientOptions& options, const Work& work) {
     io.run();
     try {
         if (failure) std::rethrow_exception(failure);
-    } catch (const ConversationEnded&) {
+    } catch (const SessionClosed&) {
         // As the person wished.
     }
 }

@@ -2,7 +2,7 @@
 
 namespace tarnly::client {
 
-std::vector<LogLine> recordedLines(const RecordedFlight& recorded) {
+std::vector<LogLine> linesInLogOrder(const RecordedFlight& recorded) {
     std::vector<LogLine> lines;
     lines.reserve(recorded.samples.size() + recorded.fired.size());
     auto event = recorded.fired.begin();

@@ -9,6 +9,6 @@ namespace tarnly::client {
 
 /// Samples and fired triggers in the order in which the recording's log has them: each trigger after the
 /// sample on which it fired.
-std::vector<LogLine> recordedLines(const RecordedFlight& recorded);
+std::vector<LogLine> linesInLogOrder(const RecordedFlight& recorded);
 
 } // namespace tarnly::client

@@ -91,7 +91,7 @@ TEST_F(CompanionSessionTest, AnEndOfTheConnectionIsTold) {
 TEST_F(CompanionSessionTest, AClosedSessionHasNoPushesAndNoAnswers) {
     session.close();
     EXPECT_EQ(push(), std::nullopt);
-    EXPECT_THROW(ask(), ConversationEnded);
+    EXPECT_THROW(ask(), SessionClosed);
 }
 
 TEST_F(CompanionSessionTest, APairingThatIsNotUnderstoodIsRefused) {

@@ -20,7 +20,7 @@ std::vector<std::string> order(const std::vector<double>& samples,
     for (const auto& [id, elapsed] : fired)
         recorded.fired.push_back({id, elapsed, "speak"});
     std::vector<std::string> result;
-    for (const auto& line : recordedLines(recorded)) {
+    for (const auto& line : linesInLogOrder(recorded)) {
         EXPECT_TRUE(line.isComplete());
         result.push_back(line.sample ? "s" + std::to_string(static_cast<int>(line.sample->elapsedSeconds))
                                      : line.fired->triggerId);

@@ -1,11 +1,11 @@
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyClient/Output/Printer.hpp"
 
 #include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 
-#include "TarnlyClient/Output/RecordingText.hpp"
+#include "TarnlyClient/Output/ReadableText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
@@ -65,15 +65,15 @@ std::string numberText(double value) {
     return error == std::errc() ? std::string(buffer.data(), end) : std::string();
 }
 
-void Output::line(std::string_view text) { stream_ << text << std::endl; }
+void Printer::line(std::string_view text) { stream_ << text << std::endl; }
 
-void Output::values(const std::vector<std::string>& names, const Values& values) {
+void Printer::values(const std::vector<std::string>& names, const Values& values) {
     if (json_) return line(jsonObject(names, values));
     for (const auto& assignment : assignments(names, values))
         line(printable(assignment));
 }
 
-void Output::push(const std::vector<std::string>& names, const Values& values) {
+void Printer::push(const std::vector<std::string>& names, const Values& values) {
     if (json_) return line(jsonObject(names, values));
     std::string text;
     for (const auto& assignment : assignments(names, values)) {
@@ -83,13 +83,13 @@ void Output::push(const std::vector<std::string>& names, const Values& values) {
     line(text);
 }
 
-void Output::ok() { line(json_ ? encodeJson(OkPayload{}) : "ok"); }
+void Printer::ok() { line(json_ ? encodeJson(OkPayload{}) : "ok"); }
 
-void Output::simulator(const std::string& sim, const std::string& version) {
+void Printer::simulator(const std::string& sim, const std::string& version) {
     line(json_ ? encodeJson(SimInfo{sim, version}) : printable(sim + " " + version));
 }
 
-void Output::companion(const FoundService& service) {
+void Printer::companion(const FoundService& service) {
     if (json_) return line(encodeJson(listing(service)));
     std::string text = service.name + "  " + describe(Endpoint{service.address, service.port});
     for (const auto& [key, value] : service.txt)
@@ -97,12 +97,12 @@ void Output::companion(const FoundService& service) {
     line(printable(text));
 }
 
-void Output::flight(const FlightListing& flight) {
+void Printer::flight(const FlightListing& flight) {
     if (json_) return line(encodeJson(flight));
     line(printable(flight.name + "  " + describe(flight.modifiedAt) + "  " + flight.path));
 }
 
-void Output::recorded(const LogLine& recorded) {
+void Printer::recorded(const LogLine& recorded) {
     if (json_) return line(encodeJson(recorded));
     line(printable(recorded.sample ? describe(*recorded.sample) : describe(*recorded.fired)));
 }

@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "TarnlyClient/Companion/CatchUp.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyClient/Companion/GrowingPause.hpp"
-#include "TarnlyClient/Companion/RecordingTrack.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
@@ -20,7 +20,7 @@ namespace tarnly::client {
 /// Follows the companion's recording from its beginning on, over as many connections as it takes.
 ///
 /// Belongs to the thread that runs the executor; must outlive `run`.
-class RecordingWatch {
+class RecordingFollower {
   public:
     /// Whom to tell what. `recorded` is called with each sample and each fired trigger once, in order;
     /// `remark` with what the person should know of the connection and the recording.
@@ -42,8 +42,8 @@ class RecordingWatch {
         GrowingPause pause{std::chrono::milliseconds(500), std::chrono::milliseconds(5'000)};
     };
 
-    RecordingWatch(boost::asio::any_io_executor executor, Endpoint companion, Options options,
-                   Listener listener);
+    RecordingFollower(boost::asio::any_io_executor executor, Endpoint companion, Options options,
+                      Listener listener);
 
     /// Goes on until `end`, or until all is shown that was asked for. Throws `ClientError` when there is no
     /// first answer, and whenever the companion refuses. To be called once.
@@ -68,7 +68,7 @@ class RecordingWatch {
     const Listener listener_;
     /// The connection in use, or the last one.
     std::optional<CompanionSession> session_;
-    RecordingTrack track_;
+    CatchUpCursor cursor_;
     boost::asio::steady_timer waiting_;
     boost::asio::steady_timer timeLimit_;
     std::int64_t shown_ = 0;

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Output/Output.hpp"
+#include "TarnlyClient/Output/Printer.hpp"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,11 @@ namespace {
 
 const Values values{{"sim/a", 1.5}, {"sim/b", -3}, {"unasked", 7}};
 
-class OutputTest : public testing::Test {
+class PrinterTest : public testing::Test {
   public:
     std::ostringstream stream;
-    Output people{stream, false};
-    Output programs{stream, true};
+    Printer people{stream, false};
+    Printer programs{stream, true};
 };
 
 TEST(NumberText, IsTheShortestThatReadsBackTheSame) {
@@ -23,35 +23,35 @@ TEST(NumberText, IsTheShortestThatReadsBackTheSame) {
     EXPECT_EQ(numberText(-1.7976931348623157e308), "-1.7976931348623157e+308");
 }
 
-TEST_F(OutputTest, ValuesStandInTheOrderAskedFor) {
+TEST_F(PrinterTest, ValuesStandInTheOrderAskedFor) {
     people.values({"sim/b", "sim/a", "missing"}, values);
     EXPECT_EQ(stream.str(), "sim/b=-3\nsim/a=1.5\n");
 }
 
-TEST_F(OutputTest, ValuesForProgramsAreOneObject) {
+TEST_F(PrinterTest, ValuesForProgramsAreOneObject) {
     programs.values({"sim/b", "sim/a", "sim/b"}, values);
     EXPECT_EQ(stream.str(), "{\"sim\\/b\":-3,\"sim\\/a\":1.5}\n");
 }
 
-TEST_F(OutputTest, APushIsOneLine) {
+TEST_F(PrinterTest, APushIsOneLine) {
     people.push({"sim/b", "sim/a"}, values);
     programs.push({"sim/b", "sim/a"}, values);
     EXPECT_EQ(stream.str(), "sim/b=-3 sim/a=1.5\n{\"sim\\/b\":-3,\"sim\\/a\":1.5}\n");
 }
 
-TEST_F(OutputTest, Ok) {
+TEST_F(PrinterTest, Ok) {
     people.ok();
     programs.ok();
     EXPECT_EQ(stream.str(), "ok\n{\"ok\":true}\n");
 }
 
-TEST_F(OutputTest, Simulator) {
+TEST_F(PrinterTest, Simulator) {
     people.simulator("xplane", "12.1");
     programs.simulator("xplane", "12.1");
     EXPECT_EQ(stream.str(), "xplane 12.1\n{\"sim\":\"xplane\",\"version\":\"12.1\"}\n");
 }
 
-TEST_F(OutputTest, Companion) {
+TEST_F(PrinterTest, Companion) {
     const FoundService service{
         "rig", "rig.local", "fe80::1%eth0", 4711, {{"sim", "xplane"}, {"ver", "0.1\n"}}};
     people.companion(service);

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Companion/RecordingTrack.hpp"
+#include "TarnlyClient/Companion/CatchUp.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -31,22 +31,22 @@ std::vector<T> after(double since, const std::vector<T>& all) {
 
 } // namespace
 
-std::optional<double> RecordingTrack::since() const {
+std::optional<double> CatchUpCursor::since() const {
     // The very first sample may still carry the time of the recording before, when that was under way.
     if (samples_ < 2) return std::nullopt;
     return std::nextafter(known_.samples.back().elapsedSeconds, -std::numeric_limits<double>::infinity());
 }
 
-std::optional<RecordedFlight> RecordingTrack::take(RecordedFlight answer) {
+std::optional<RecordedFlight> CatchUpCursor::take(RecordedFlight answer) {
     if (!beginsWith(answer.samples, known_.samples) || !beginsWith(answer.fired, known_.fired)) {
-        *this = RecordingTrack();
+        *this = CatchUpCursor();
         return std::nullopt;
     }
     const auto knownSamples = std::exchange(known_, answer);
     samples_ += answer.samples.size() - knownSamples.samples.size();
     if (const auto next = since()) known_ = {after(*next, known_.samples), after(*next, known_.fired)};
     return RecordedFlight{from(answer.samples, knownSamples.samples.size()),
-                          from(answer.fired, knownSamples.fired.size())};
+                           from(answer.fired, knownSamples.fired.size())};
 }
 
 } // namespace tarnly::client

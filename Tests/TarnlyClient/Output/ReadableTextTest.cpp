@@ -1,11 +1,11 @@
-#include "TarnlyClient/Output/RecordingText.hpp"
+#include "TarnlyClient/Output/ReadableText.hpp"
 
 #include <gtest/gtest.h>
 
 namespace tarnly::client {
 namespace {
 
-TEST(RecordingText, ASampleStandsInColumns) {
+TEST(ReadableText, ASampleStandsInColumns) {
     TrackSample sample;
     sample.elapsedSeconds = 12.5049;
     sample.lat = -33.96;
@@ -19,20 +19,20 @@ TEST(RecordingText, ASampleStandsInColumns) {
     EXPECT_TRUE(describe(sample).ends_with("gear up"));
 }
 
-TEST(RecordingText, WhatIsNotKnownIsADash) {
+TEST(ReadableText, WhatIsNotKnownIsADash) {
     TrackSample sample;
     EXPECT_EQ(describe(sample),
               "     0.00 s          -          -  altitude     0 ft  height     - ft  gear -");
 }
 
-TEST(RecordingText, AFiredTriggerStandsInTheSameColumns) {
+TEST(ReadableText, AFiredTriggerStandsInTheSameColumns) {
     EXPECT_EQ(describe(FiredTriggerEvent{"gear check", 3661.256, "speak"}),
               "  3661.26 s  fired gear check  (speak)");
 }
 
 Date date(double seconds) { return Date::readJson(boost::json::value(seconds)); }
 
-TEST(RecordingText, ADateIsWholeSecondsOfUtc) {
+TEST(ReadableText, ADateIsWholeSecondsOfUtc) {
     EXPECT_EQ(describe(date(0)), "2001-01-01 00:00:00");
     EXPECT_EQ(describe(date(-0.25)), "2000-12-31 23:59:59");
     EXPECT_EQ(describe(date(816570578.9)), "2026-11-17 01:09:38");

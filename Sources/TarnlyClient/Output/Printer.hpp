@@ -16,9 +16,9 @@ namespace tarnly::client {
 std::string numberText(double value);
 
 /// Prints results: for people, or for programs as one JSON object a line. Each line is flushed.
-class Output {
+class Printer {
   public:
-    Output(std::ostream& stream, bool json) : stream_(stream), json_(json) {}
+    Printer(std::ostream& stream, bool json) : stream_(stream), json_(json) {}
 
     void line(std::string_view text);
 

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Output/RecordingText.hpp"
+#include "TarnlyClient/Output/ReadableText.hpp"
 
 #include <chrono>
 #include <iomanip>

@@ -15,13 +15,13 @@ namespace tarnly::client {
 /// triggers that fired on it and were not recorded yet when it was first asked for.
 ///
 /// A plain value; not for use by several threads at once.
-class RecordingTrack {
+class CatchUpCursor {
   public:
     /// What `catch_up` is to be asked for next: what lies after so many seconds, or, when absent, everything.
     std::optional<double> since() const;
 
     /// Takes the answer to that, and returns what is new in it. Absent when the answer is of another
-    /// recording than the answers before: this track is empty then, and the next question is for everything.
+    /// recording than the answers before: this one begins anew then, and the next question is for everything.
     std::optional<RecordedFlight> take(RecordedFlight answer);
 
   private:

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Companion/RecordingWatch.hpp"
+#include "TarnlyClient/Companion/RecordingFollower.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,16 +23,16 @@ using testing::StartsWith;
 using Lines = std::vector<std::string>;
 
 /// Follows a companion with short pauses.
-class RecordingWatchTest : public testing::Test {
+class RecordingFollowerTest : public testing::Test {
   public:
-    RecordingWatchTest() {
+    RecordingFollowerTest() {
         options.session.timeout = std::chrono::seconds(30);
         options.interval = milliseconds(1);
         options.pause = GrowingPause(milliseconds(1), milliseconds(4));
     }
 
     test::RecordingCompanion companion;
-    RecordingWatch::Options options;
+    RecordingFollower::Options options;
     Lines shown;
     Lines remarks;
     /// What a test does when so many lines have been shown.
@@ -41,18 +41,18 @@ class RecordingWatchTest : public testing::Test {
     /// Follows until `shownAtEnd` lines were shown.
     void follow(std::size_t shownAtEnd) {
         boost::asio::io_context io;
-        std::optional<RecordingWatch> watch;
-        RecordingWatch::Listener listener;
+        std::optional<RecordingFollower> follower;
+        RecordingFollower::Listener listener;
         listener.recorded = [&](const LogLine& line) {
             shown.push_back(line.sample ? "at " + std::to_string(line.sample->elapsedSeconds).substr(0, 1)
                                         : line.fired->triggerId);
             afterLine(shown.size());
-            if (shown.size() == shownAtEnd) watch->end();
+            if (shown.size() == shownAtEnd) follower->end();
         };
         listener.remark = [&](const std::string& text) { remarks.push_back(text); };
-        watch.emplace(io.get_executor(), Endpoint{"127.0.0.1", companion.port()}, options, listener);
-        test::runTask(io, watch->run());
-        watch->end();
+        follower.emplace(io.get_executor(), Endpoint{"127.0.0.1", companion.port()}, options, listener);
+        test::runTask(io, follower->run());
+        follower->end();
         io.run();
     }
 
@@ -66,7 +66,7 @@ class RecordingWatchTest : public testing::Test {
     }
 };
 
-TEST_F(RecordingWatchTest, ShowsWhatIsThereAndWhatComes) {
+TEST_F(RecordingFollowerTest, ShowsWhatIsThereAndWhatComes) {
     companion.record(1, {"a", "b"});
     afterLine = [&](std::size_t count) {
         if (count == 3) companion.record(2);
@@ -77,7 +77,7 @@ TEST_F(RecordingWatchTest, ShowsWhatIsThereAndWhatComes) {
     EXPECT_THAT(remarks, ElementsAre());
 }
 
-TEST_F(RecordingWatchTest, ALostConnectionLeavesNoGapAndNoDuplicate) {
+TEST_F(RecordingFollowerTest, ALostConnectionLeavesNoGapAndNoDuplicate) {
     companion.record(1, {"a"});
     afterLine = [&](std::size_t count) {
         if (count != 2 && count != 5) return;
@@ -91,7 +91,7 @@ TEST_F(RecordingWatchTest, ALostConnectionLeavesNoGapAndNoDuplicate) {
     EXPECT_THAT(remarks, ElementsAre(loss, "the companion is back", loss, "the companion is back"));
 }
 
-TEST_F(RecordingWatchTest, ARecordingThatBeginsAnewIsShownFromItsBeginning) {
+TEST_F(RecordingFollowerTest, ARecordingThatBeginsAnewIsShownFromItsBeginning) {
     companion.record(1);
     companion.record(2, {"a"});
     afterLine = [&](std::size_t count) {
@@ -105,7 +105,7 @@ TEST_F(RecordingWatchTest, ARecordingThatBeginsAnewIsShownFromItsBeginning) {
     EXPECT_THAT(remarks, ElementsAre("the recording has begun anew"));
 }
 
-TEST_F(RecordingWatchTest, ACompanionThatHasMovedIsFollowed) {
+TEST_F(RecordingFollowerTest, ACompanionThatHasMovedIsFollowed) {
     test::RecordingCompanion moved;
     options.locate = [&] { return Endpoint{"127.0.0.1", moved.port()}; };
     companion.record(1, {"a"});
@@ -118,7 +118,7 @@ TEST_F(RecordingWatchTest, ACompanionThatHasMovedIsFollowed) {
     EXPECT_THAT(shown, ElementsAre("at 1", "a", "at 1", "b"));
 }
 
-TEST_F(RecordingWatchTest, ACompanionThatIsNotFoundAgainIsTriedWhereItWas) {
+TEST_F(RecordingFollowerTest, ACompanionThatIsNotFoundAgainIsTriedWhereItWas) {
     std::atomic<int> searches = 0;
     options.locate = [&]() -> Endpoint {
         ++searches;
@@ -135,7 +135,7 @@ TEST_F(RecordingWatchTest, ACompanionThatIsNotFoundAgainIsTriedWhereItWas) {
     EXPECT_EQ(searches, 2);
 }
 
-TEST_F(RecordingWatchTest, EndsAfterSoManyTriggers) {
+TEST_F(RecordingFollowerTest, EndsAfterSoManyTriggers) {
     companion.record(1, {"a"});
     companion.record(2, {"b", "c"});
     companion.record(3, {"d"});
@@ -144,14 +144,14 @@ TEST_F(RecordingWatchTest, EndsAfterSoManyTriggers) {
     EXPECT_THAT(shown, ElementsAre("at 1", "a", "at 2", "b"));
 }
 
-TEST_F(RecordingWatchTest, EndsWhenItsTimeIsOver) {
+TEST_F(RecordingFollowerTest, EndsWhenItsTimeIsOver) {
     options.time = milliseconds(20);
     follow(0);
     EXPECT_THAT(shown, ElementsAre());
     EXPECT_GE(companion.requests(), 2U) << "it has paired and asked";
 }
 
-TEST_F(RecordingWatchTest, WithoutAFirstAnswerThereIsNothingToFollow) {
+TEST_F(RecordingFollowerTest, WithoutAFirstAnswerThereIsNothingToFollow) {
     companion.hangUps = 1;
     EXPECT_EQ(failure(), "the companion has ended the connection");
     companion.hangUps = 0;
@@ -159,7 +159,7 @@ TEST_F(RecordingWatchTest, WithoutAFirstAnswerThereIsNothingToFollow) {
     EXPECT_THAT(failure(), StartsWith("the companion refuses to pair: no"));
 }
 
-TEST_F(RecordingWatchTest, ARefusalAfterALossEndsIt) {
+TEST_F(RecordingFollowerTest, ARefusalAfterALossEndsIt) {
     companion.record(1);
     afterLine = [&](std::size_t) {
         companion.isOpen = false;

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Companion/RecordingWatch.hpp"
+#include "TarnlyClient/Companion/RecordingFollower.hpp"
 
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -9,8 +9,8 @@
 
 namespace tarnly::client {
 
-RecordingWatch::RecordingWatch(boost::asio::any_io_executor executor, Endpoint companion, Options options,
-                               Listener listener)
+RecordingFollower::RecordingFollower(boost::asio::any_io_executor executor, Endpoint companion,
+                                     Options options, Listener listener)
     : executor_(std::move(executor)),
       companion_(std::move(companion)),
       options_(std::move(options)),
@@ -18,7 +18,7 @@ RecordingWatch::RecordingWatch(boost::asio::any_io_executor executor, Endpoint c
       waiting_(executor_),
       timeLimit_(executor_) {}
 
-Task<> RecordingWatch::run() {
+Task<> RecordingFollower::run() {
     while (!isEnded_) {
         co_await followUntilLost();
         if (isEnded_) co_return;
@@ -29,17 +29,17 @@ Task<> RecordingWatch::run() {
     }
 }
 
-void RecordingWatch::end() {
+void RecordingFollower::end() {
     isEnded_ = true;
     if (session_) session_->close();
     waiting_.cancel();
     timeLimit_.cancel();
 }
 
-Task<> RecordingWatch::followUntilLost() {
+Task<> RecordingFollower::followUntilLost() {
     try {
         co_await follow();
-    } catch (const ConversationEnded&) {
+    } catch (const SessionClosed&) {
         // As `end` wished.
     } catch (const ConnectionLost& error) {
         if (!hasBegun_) throw;
@@ -47,7 +47,7 @@ Task<> RecordingWatch::followUntilLost() {
     }
 }
 
-Task<> RecordingWatch::follow() {
+Task<> RecordingFollower::follow() {
     session_.emplace(executor_, openWebSocket(executor_, companion_, "/"), options_.session);
     co_await session_->pair();
     while (!isEnded_) {
@@ -57,12 +57,12 @@ Task<> RecordingWatch::follow() {
     }
 }
 
-Task<> RecordingWatch::ask() {
+Task<> RecordingFollower::ask() {
     for (;;) {
-        CatchUpRequest params{track_.since()};
+        CatchUpRequest params{cursor_.since()};
         auto data = co_await session_->request(MessageType::catchUp, std::move(params));
         isAnswered();
-        const auto news = track_.take(decodeAnswer<RecordedFlight>(data));
+        const auto news = cursor_.take(decodeAnswer<RecordedFlight>(data));
         if (news) {
             show(*news);
             co_return;
@@ -71,7 +71,7 @@ Task<> RecordingWatch::ask() {
     }
 }
 
-Task<> RecordingWatch::lookAgain() {
+Task<> RecordingFollower::lookAgain() {
     if (!options_.locate) co_return;
     try {
         auto found = co_await workers_.run(options_.locate);
@@ -81,15 +81,15 @@ Task<> RecordingWatch::lookAgain() {
     }
 }
 
-Task<> RecordingWatch::wait(std::chrono::milliseconds time) {
+Task<> RecordingFollower::wait(std::chrono::milliseconds time) {
     waiting_.expires_after(time);
     boost::system::error_code cancelled;
     auto token = boost::asio::redirect_error(boost::asio::use_awaitable, cancelled);
     co_await waiting_.async_wait(token);
 }
 
-void RecordingWatch::show(const RecordedFlight& news) {
-    for (const auto& line : recordedLines(news)) {
+void RecordingFollower::show(const RecordedFlight& news) {
+    for (const auto& line : linesInLogOrder(news)) {
         if (isEnded_) return;
         listener_.recorded(line);
         if (line.fired) ++shown_;
@@ -97,7 +97,7 @@ void RecordingWatch::show(const RecordedFlight& news) {
     }
 }
 
-void RecordingWatch::isAnswered() {
+void RecordingFollower::isAnswered() {
     options_.pause.reset();
     if (std::exchange(isLost_, false)) listener_.remark("the companion is back");
     if (std::exchange(hasBegun_, true) || !options_.time) return;
@@ -107,7 +107,7 @@ void RecordingWatch::isAnswered() {
     });
 }
 
-void RecordingWatch::lost(const std::string& reason) {
+void RecordingFollower::lost(const std::string& reason) {
     session_->close();
     if (!std::exchange(isLost_, true)) listener_.remark(reason + "; trying again");
 }

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Companion/RecordingTrack.hpp"
+#include "TarnlyClient/Companion/CatchUp.hpp"
 
 #include <gtest/gtest.h>
 
@@ -38,16 +38,16 @@ struct Recording : RecordedFlight {
 
 /// A client that keeps all that it is told is new.
 struct Follower {
-    RecordingTrack track;
+    CatchUpCursor cursor;
     RecordedFlight gathered;
     int restarts = 0;
 
     void ask(const Recording& recording) {
-        auto news = track.take(recording.catchUp(track.since()));
+        auto news = cursor.take(recording.catchUp(cursor.since()));
         if (!news) {
             ++restarts;
             gathered = {};
-            news = track.take(recording.catchUp(track.since()));
+            news = cursor.take(recording.catchUp(cursor.since()));
         }
         ASSERT_TRUE(news) << "one question for everything is enough";
         append(gathered.samples, news->samples);
@@ -60,7 +60,7 @@ struct Follower {
     }
 };
 
-class RecordingTrackTest : public testing::Test {
+class CatchUpCursorTest : public testing::Test {
   public:
     Recording recording;
     Follower follower;
@@ -77,21 +77,21 @@ class RecordingTrackTest : public testing::Test {
     }
 };
 
-TEST_F(RecordingTrackTest, AsksForEverythingAtFirst) { EXPECT_EQ(follower.track.since(), std::nullopt); }
+TEST_F(CatchUpCursorTest, AsksForEverythingAtFirst) { EXPECT_EQ(follower.cursor.since(), std::nullopt); }
 
-TEST_F(RecordingTrackTest, AnEmptyRecordingHasNoNews) {
+TEST_F(CatchUpCursorTest, AnEmptyRecordingHasNoNews) {
     askAndExpectAll();
     askAndExpectAll();
 }
 
-TEST_F(RecordingTrackTest, AsksForTheLastSampleOnceMore) {
+TEST_F(CatchUpCursorTest, AsksForTheLastSampleOnceMore) {
     record({sampleAt(0.5), sampleAt(1)});
     askAndExpectAll();
-    const auto answer = recording.catchUp(follower.track.since());
+    const auto answer = recording.catchUp(follower.cursor.since());
     EXPECT_EQ(answer.samples, std::vector{sampleAt(1)});
 }
 
-TEST_F(RecordingTrackTest, EachThingIsNewOnce) {
+TEST_F(CatchUpCursorTest, EachThingIsNewOnce) {
     record({sampleAt(0.5)}, {firedAt(0.5, "a")});
     askAndExpectAll();
     record({sampleAt(1), sampleAt(1.5)}, {firedAt(1.5, "b"), firedAt(1.5, "c")});
@@ -101,7 +101,7 @@ TEST_F(RecordingTrackTest, EachThingIsNewOnce) {
     askAndExpectAll();
 }
 
-TEST_F(RecordingTrackTest, ATriggerThatIsRecordedAfterItsSampleWasSeenIsNotMissed) {
+TEST_F(CatchUpCursorTest, ATriggerThatIsRecordedAfterItsSampleWasSeenIsNotMissed) {
     record({sampleAt(0.5), sampleAt(1)}, {firedAt(1, "a")});
     askAndExpectAll();
     record({}, {firedAt(1, "b")});
@@ -110,7 +110,7 @@ TEST_F(RecordingTrackTest, ATriggerThatIsRecordedAfterItsSampleWasSeenIsNotMisse
     askAndExpectAll();
 }
 
-TEST_F(RecordingTrackTest, ATriggerWithoutASampleIsNews) {
+TEST_F(CatchUpCursorTest, ATriggerWithoutASampleIsNews) {
     record({}, {firedAt(3, "a")});
     askAndExpectAll();
     record({}, {firedAt(3, "b")});
@@ -120,7 +120,7 @@ TEST_F(RecordingTrackTest, ATriggerWithoutASampleIsNews) {
     askAndExpectAll();
 }
 
-TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhenItsTimesAreLess) {
+TEST_F(CatchUpCursorTest, ARecordingThatBeginsAnewIsNoticedWhenItsTimesAreLess) {
     record({sampleAt(10), sampleAt(11)}, {firedAt(11, "a")});
     askAndExpectAll();
     recording = {};
@@ -128,7 +128,7 @@ TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhenItsTimesAreLess)
     askAndExpectAll(1);
 }
 
-TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhenItHasGoneFurther) {
+TEST_F(CatchUpCursorTest, ARecordingThatBeginsAnewIsNoticedWhenItHasGoneFurther) {
     record({sampleAt(0.5), sampleAt(1)});
     askAndExpectAll();
     recording = {};
@@ -136,7 +136,7 @@ TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhenItHasGoneFurther
     askAndExpectAll(1);
 }
 
-TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhileItIsEmpty) {
+TEST_F(CatchUpCursorTest, ARecordingThatBeginsAnewIsNoticedWhileItIsEmpty) {
     record({sampleAt(0.5)});
     askAndExpectAll();
     recording = {};
@@ -144,7 +144,7 @@ TEST_F(RecordingTrackTest, ARecordingThatBeginsAnewIsNoticedWhileItIsEmpty) {
     askAndExpectAll(1);
 }
 
-TEST_F(RecordingTrackTest, TheSameTimeWithOtherValuesIsAnotherRecording) {
+TEST_F(CatchUpCursorTest, TheSameTimeWithOtherValuesIsAnotherRecording) {
     record({sampleAt(0.5), sampleAt(1, 1000)});
     askAndExpectAll();
     recording = {};
@@ -152,7 +152,7 @@ TEST_F(RecordingTrackTest, TheSameTimeWithOtherValuesIsAnotherRecording) {
     askAndExpectAll(1);
 }
 
-TEST_F(RecordingTrackTest, TheFirstSampleMayCarryTheTimeOfTheRecordingBefore) {
+TEST_F(CatchUpCursorTest, TheFirstSampleMayCarryTheTimeOfTheRecordingBefore) {
     record({sampleAt(3600)}, {firedAt(3600, "late")});
     askAndExpectAll();
     record({sampleAt(0.2)}, {firedAt(0.2, "a")});
@@ -206,7 +206,7 @@ class RandomCompanion {
     int lastId_ = 0;
 };
 
-TEST(RecordingTrack, WhateverHappensAllIsGatheredOnce) {
+TEST(CatchUpCursor, WhateverHappensAllIsGatheredOnce) {
     int restarts = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
         SCOPED_TRACE(seed);
