@@ -3,7 +3,10 @@
 #include <charconv>
 #include <cmath>
 
+#include "TarnlyClient/Companion/ClientError.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -21,6 +24,39 @@ CLI::Option* addNumberInto(CLI::App& app, const std::string& name, Value& value,
                            const std::string& description) {
     const auto read = [name, &value](const std::string& text) { value = requireNumber(name, text); };
     return app.add_option_function<std::string>(name, read, description)->type_name("NUMBER");
+}
+
+std::optional<std::int64_t> parseIndex(std::string_view digits) {
+    std::int64_t index = 0;
+    const auto* end = digits.data() + digits.size();
+    const auto [rest, error] = std::from_chars(digits.data(), end, index);
+    if (error != std::errc() || rest != end || index < 0 || digits.front() == '-') return std::nullopt;
+    return index;
+}
+
+/// Pairing takes the first.
+constexpr std::int64_t addedId = 1'000;
+
+struct IdOnly {
+    std::optional<std::int64_t> reqId;
+
+    static constexpr auto fields() { return std::tuple(field("req_id", &IdOnly::reqId)); }
+};
+
+boost::json::object parseObject(const std::string& text) {
+    try {
+        return jsonObject(parseJson(text));
+    } catch (const JsonError& error) {
+        throw UsageError(std::string("the request is not a JSON object: ") + error.what());
+    }
+}
+
+std::optional<std::int64_t> givenId(const boost::json::object& object) {
+    try {
+        return decodeJson<IdOnly>(object).reqId;
+    } catch (const JsonError&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -66,6 +102,52 @@ std::string parseableArgument(std::string argument) {
     const bool startsWithPoint = argument.size() > 2 && argument.starts_with("-.") && isDigit(argument[2]);
     if (startsWithPoint) argument.insert(1, "0");
     return argument;
+}
+
+DatarefSetEntry parseAssignment(std::string_view text) {
+    const auto refuse = [&](const std::string& reason) {
+        return UsageError("\"" + printable(text) + "\": " + reason);
+    };
+    const auto equals = text.find('=');
+    if (equals == std::string_view::npos) throw refuse("NAME=VALUE or NAME[INDEX]=VALUE is wanted");
+    const auto value = parseNumber(text.substr(equals + 1));
+    if (!value) throw refuse("the value is not a finite number");
+    auto name = text.substr(0, equals);
+    std::optional<std::int64_t> index;
+    if (const auto bracket = name.find('['); bracket != std::string_view::npos && name.ends_with(']')) {
+        index = parseIndex(name.substr(bracket + 1, name.size() - bracket - 2));
+        if (!index) throw refuse("the index is not a whole number from 0 on");
+        name = name.substr(0, bracket);
+    }
+    if (name.empty()) throw refuse("the name is missing");
+    if (name.find_first_of("[]") != std::string_view::npos)
+        throw refuse("the brackets of the index do not match");
+    return {std::string(name), *value, index};
+}
+
+RawRequest rawRequest(std::string text) {
+    const auto object = parseObject(text);
+    if (object.contains("req_id")) return {std::move(text), givenId(object)};
+    const auto member = "\"req_id\":" + std::to_string(addedId) + (object.empty() ? "" : ",");
+    text.insert(text.find('{') + 1, member);
+    return {std::move(text), addedId};
+}
+
+bool isFlightPath(const std::string& nameOrPath) { return nameOrPath.find('/') != std::string::npos; }
+
+std::string pathOfFlight(const std::vector<FlightListing>& flights, const std::string& name) {
+    std::vector<std::string> paths;
+    for (const auto& flight : flights) {
+        if (flight.name == name) paths.push_back(flight.path);
+    }
+    const auto shown = "\"" + printable(name) + "\"";
+    if (paths.empty())
+        throw ClientError("no flight is named " + shown + "; flights lists those that are there");
+    if (paths.size() == 1) return paths.front();
+    auto complaint = "several flights are named " + shown + "; say which by its path:";
+    for (const auto& path : paths)
+        complaint += "\n  " + printable(path);
+    throw ClientError(complaint);
 }
 
 } // namespace tarnly::client

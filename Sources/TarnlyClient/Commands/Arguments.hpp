@@ -2,12 +2,25 @@
 
 #include <CLI/App.hpp>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "TarnlyCore/Protocol/Messages.hpp"
 
 namespace tarnly::client {
+
+// What a person wrote on the command line, taken as what is meant.
+
+/// The tool was called in a way that makes no sense; the text is for the person.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
 
 /// The number that is all of `text`, as on the wire a finite double; absent when it is none.
 std::optional<double> parseNumber(std::string_view text);
@@ -29,5 +42,26 @@ CLI::Validator utf8Text();
 
 /// `argument` as the parser takes it: a negative number that begins with its point is none to it.
 std::string parseableArgument(std::string argument);
+
+/// "NAME=VALUE", or "NAME[2]=VALUE" for one element of an array. Throws `UsageError` for anything else, a
+/// value that is not a finite number included.
+DatarefSetEntry parseAssignment(std::string_view text);
+
+/// A request as the person wrote it.
+struct RawRequest {
+    std::string text;
+    /// By which its answer is known; absent where `text` has one that is no id, as the companion will say.
+    std::optional<std::int64_t> reqId;
+};
+
+/// Takes `text` as it is, but for a "req_id" that is added where there is none: without it the answer could
+/// not be told from a push. Throws `UsageError` when it is not a JSON object.
+RawRequest rawRequest(std::string text);
+
+/// Whether `nameOrPath` is a path rather than the name of a flight.
+bool isFlightPath(const std::string& nameOrPath);
+
+/// The path of the only flight of exactly this name. Throws `ClientError` when there is none, or several.
+std::string pathOfFlight(const std::vector<FlightListing>& flights, const std::string& name);
 
 } // namespace tarnly::client

@@ -8,8 +8,7 @@
 #include <memory>
 
 #include "TarnlyClient/Commands/Arguments.hpp"
-#include "TarnlyClient/Commands/Commands.hpp"
-#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyClient/Commands/InputFiles.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
@@ -19,12 +18,12 @@ constexpr int refused = 1;
 constexpr int wrongUsage = 2;
 
 void addGlobalOptions(CLI::App& app, ClientOptions& options) {
-    auto* instance =
-        app.add_option("--instance", options.instance, "The companion's name, where there are several");
+    auto* instance = app.add_option("--instance", options.companion.instance,
+                                    "The companion's name, where there are several");
     instance->type_name("NAME")->check(utf8Text());
-    auto* host = app.add_option("--host", options.host, "The companion's host name or address");
+    auto* host = app.add_option("--host", options.companion.host, "The companion's host name or address");
     host->type_name("HOST")->excludes(instance);
-    auto* port = app.add_option("--port", options.port, "The companion's port");
+    auto* port = app.add_option("--port", options.companion.port, "The companion's port");
     port->type_name("PORT")->check(CLI::Range(1, 65535))->needs(host);
     host->needs(port);
     app.add_option("--password-file", options.passwordFile,
@@ -33,7 +32,7 @@ void addGlobalOptions(CLI::App& app, ClientOptions& options) {
     app.add_flag("--json", options.json, "Print one JSON object a line");
     addSeconds(app, "--timeout",
                "How long to look for companions and to wait for each answer, 10 when not given",
-               [&](auto time) { options.timeout = time; });
+               [&](auto time) { options.companion.patience = time; });
     app.set_version_flag("--version", "tarnly-client " TARNLY_VERSION);
 }
 
@@ -78,13 +77,24 @@ int parseAndRun(CLI::App& app, const std::vector<std::string>& arguments, std::o
 
 } // namespace
 
+CompanionSession::Options CommandContext::sessionOptions() const {
+    CompanionSession::Options result{{}, options.companion.patience};
+    if (options.passwordFile) result.password = readPassword(*options.passwordFile);
+    return result;
+}
+
+void CommandContext::inSession(const SessionWork& work) const {
+    auto session = sessionOptions();
+    const auto place = locateCompanion(options.companion);
+    holdSession(place.endpoint, std::move(session), work);
+}
+
 int runClient(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     CommandContext context{{}, out, err};
     CLI::App app("Talks with a companion as the training application does.", "tarnly-client");
     app.require_subcommand(1)->fallthrough();
     addGlobalOptions(app, context.options);
-    addDiscoverCommand(app, context);
-    addInfoCommand(app, context);
+    addCompanionCommands(app, context);
     addDatarefCommands(app, context);
     addWatchCommand(app, context);
     addControlCommands(app, context);

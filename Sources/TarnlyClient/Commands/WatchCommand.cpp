@@ -1,19 +1,23 @@
+#include <algorithm>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "TarnlyClient/Commands/Arguments.hpp"
-#include "TarnlyClient/Commands/Commands.hpp"
-#include "TarnlyClient/Commands/DatarefRequests.hpp"
-#include "TarnlyClient/Commands/WatchRecording.hpp"
-#include "TarnlyClient/Companion/ClientError.hpp"
-#include "TarnlyClient/Companion/Conversation.hpp"
+#include "TarnlyClient/Commands/CommandLine.hpp"
+#include "TarnlyClient/Companion/CompanionFinder.hpp"
+#include "TarnlyClient/Companion/CompanionSession.hpp"
+#include "TarnlyClient/Companion/RecordingFollower.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -65,11 +69,53 @@ Task<> watchValues(CompanionSession& session, Watch watch, Printer printer) {
     }
 }
 
+/// Looks for the companion called `name`, and not for long: there will be another time.
+std::function<Endpoint()> locator(CompanionSearch search, const std::optional<std::string>& name) {
+    if (!name) return {};
+    search.instance = name;
+    search.patience = std::min(search.patience, std::chrono::milliseconds(2'000));
+    return [search = std::move(search)] { return locateCompanion(search).endpoint; };
+}
+
+RecordingFollower::Listener listener(const CommandContext& context) {
+    const auto recorded = [&context](const LogLine& line) {
+        if (line.fired || context.options.json) context.printer().recorded(line);
+    };
+    return {recorded, [&context](const std::string& text) { context.remark(text); }};
+}
+
+/// Prints the triggers that fire in the companion's recording, and with --json the samples too, until `count`
+/// triggers were shown, `time` has passed or a signal comes.
+void watchRecording(const CommandContext& context, std::optional<std::int64_t> count,
+                    std::optional<std::chrono::milliseconds> time) {
+    RecordingFollower::Options options;
+    options.session = context.sessionOptions();
+    options.count = count;
+    options.time = time;
+    const auto companion = locateCompanion(context.options.companion);
+    options.locate = locator(context.options.companion, companion.name);
+
+    boost::asio::io_context io(1);
+    RecordingFollower follower(io.get_executor(), companion.endpoint, std::move(options), listener(context));
+    boost::asio::signal_set signals(io, SIGINT, SIGTERM);
+    signals.async_wait([&follower](const boost::system::error_code& error, int) {
+        if (!error) follower.end();
+    });
+    std::exception_ptr failure;
+    boost::asio::co_spawn(io, follower.run(), [&](std::exception_ptr error) {
+        failure = error;
+        follower.end();
+        signals.cancel();
+    });
+    io.run();
+    if (failure) std::rethrow_exception(failure);
+}
+
 void runWatch(const CommandContext& context, const Watch& watch) {
     if (watch.recording) return watchRecording(context, watch.count, watch.time);
     if (watch.names.empty()) throw UsageError("watch what? NAME... or --recording is required");
-    converse(context.options,
-             [&](CompanionSession& session) { return watchValues(session, watch, context.printer()); });
+    context.inSession(
+        [&](CompanionSession& session) { return watchValues(session, watch, context.printer()); });
 }
 
 } // namespace

@@ -31,6 +31,24 @@ std::vector<T> after(double since, const std::vector<T>& all) {
 
 } // namespace
 
+std::vector<LogLine> linesInLogOrder(const RecordedFlight& recorded) {
+    std::vector<LogLine> lines;
+    lines.reserve(recorded.samples.size() + recorded.fired.size());
+    auto event = recorded.fired.begin();
+    const auto takeEventsWhile = [&](auto isDue) {
+        for (; event != recorded.fired.end() && isDue(event->elapsedSeconds); ++event)
+            lines.push_back(LogLine::of(*event));
+    };
+    for (const auto& sample : recorded.samples) {
+        const double time = sample.elapsedSeconds;
+        takeEventsWhile([time](double elapsed) { return elapsed < time; });
+        lines.push_back(LogLine::of(sample));
+        takeEventsWhile([time](double elapsed) { return elapsed == time; });
+    }
+    takeEventsWhile([](double) { return true; });
+    return lines;
+}
+
 std::optional<double> CatchUpCursor::since() const {
     // The very first sample may still carry the time of the recording before, when that was under way.
     if (samples_ < 2) return std::nullopt;
@@ -46,7 +64,7 @@ std::optional<RecordedFlight> CatchUpCursor::take(RecordedFlight answer) {
     samples_ += answer.samples.size() - knownSamples.samples.size();
     if (const auto next = since()) known_ = {after(*next, known_.samples), after(*next, known_.fired)};
     return RecordedFlight{from(answer.samples, knownSamples.samples.size()),
-                           from(answer.fired, knownSamples.fired.size())};
+                          from(answer.fired, knownSamples.fired.size())};
 }
 
 } // namespace tarnly::client

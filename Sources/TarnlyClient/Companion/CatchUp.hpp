@@ -2,10 +2,18 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
+#include "TarnlyCore/Recording/RecordingLog.hpp"
 
 namespace tarnly::client {
+
+// How to read the answers to `catch_up`: in which order things happened, and what is new.
+
+/// Samples and fired triggers in the order in which the recording's log has them: each trigger after the
+/// sample on which it fired.
+std::vector<LogLine> linesInLogOrder(const RecordedFlight& recorded);
 
 /// Where a client stands in the recording that it follows, without gap, duplicate or mix-up.
 ///

@@ -61,9 +61,9 @@ CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
     return place(found.front());
 }
 
-CompanionPlace locateCompanion(const ClientOptions& options) {
-    if (options.host) return {std::nullopt, {*options.host, options.port}};
-    return chooseCompanion(findCompanions(options.timeout, options.instance), options.instance);
+CompanionPlace locateCompanion(const CompanionSearch& search) {
+    if (search.host) return {std::nullopt, {*search.host, search.port}};
+    return chooseCompanion(findCompanions(search.patience, search.instance), search.instance);
 }
 
 } // namespace tarnly::client

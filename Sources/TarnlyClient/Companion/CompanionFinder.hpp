@@ -1,15 +1,25 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "TarnlyClient/Companion/ClientOptions.hpp"
 #include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::client {
+
+/// Which companion is meant, and how long to look for it.
+struct CompanionSearch {
+    /// Of several companions the one of this name.
+    std::optional<std::string> instance;
+    /// With `port` where the companion is; without them it is looked for.
+    std::optional<std::string> host;
+    std::uint16_t port = 0;
+    std::chrono::milliseconds patience{10'000};
+};
 
 /// The companions on the network. Blocks for `patience` at most, and less when the one named `instance` is
 /// found. Throws `ClientError` when there is no DNS-SD daemon to ask.
@@ -30,7 +40,7 @@ struct CompanionPlace {
 CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
                                const std::optional<std::string>& instance);
 
-/// Where the companion is that `options` mean. Blocks while it looks around; throws as the two above.
-CompanionPlace locateCompanion(const ClientOptions& options);
+/// Where the companion is that `search` means. Blocks while it looks around; throws as the two above.
+CompanionPlace locateCompanion(const CompanionSearch& search);
 
 } // namespace tarnly::client

@@ -38,6 +38,14 @@ struct Request {
     }
 };
 
+/// The parameters that ask for the values of `names`.
+inline DatarefNamesParams namesParams(const std::vector<std::string>& names) {
+    DatarefNamesParams params;
+    for (const auto& name : names)
+        params.datarefs.push_back({name});
+    return params;
+}
+
 /// What the companion sent, taken apart as far as every message is alike.
 struct Incoming {
     std::string text;

@@ -1,10 +1,14 @@
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <cstddef>
+#include <exception>
 #include <utility>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -115,6 +119,23 @@ void CompanionSession::throwLost() const {
     const auto failure = connection_->failure();
     throw ConnectionLost(failure ? std::string("no connection to the companion: ") + failure->what()
                                  : std::string("the companion has ended the connection"));
+}
+
+void holdSession(const Endpoint& companion, CompanionSession::Options options, const SessionWork& work) {
+    boost::asio::io_context io(1);
+    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), companion, "/"),
+                             std::move(options));
+    std::exception_ptr failure;
+    boost::asio::co_spawn(io, work(session), [&](std::exception_ptr error) {
+        failure = error;
+        session.close();
+    });
+    io.run();
+    try {
+        if (failure) std::rethrow_exception(failure);
+    } catch (const SessionClosed&) {
+        // As the person wished.
+    }
 }
 
 } // namespace tarnly::client

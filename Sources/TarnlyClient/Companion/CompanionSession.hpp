@@ -5,16 +5,31 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "TarnlyClient/Companion/CompanionMessages.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly::client {
+
+/// The companion is not there, is gone or does not answer: it may be there again later.
+class ConnectionLost : public ClientError {
+  public:
+    using ClientError::ClientError;
+};
+
+/// This side closed the session while it waited for an answer, because the person wished it.
+class SessionClosed : public std::runtime_error {
+  public:
+    SessionClosed() : std::runtime_error("the session was closed") {}
+};
 
 /// The talk with one companion: one request at a time, and the pushes that come between.
 ///
@@ -74,5 +89,12 @@ class CompanionSession {
     bool isClosed_ = false;
     bool isTimedOut_ = false;
 };
+
+/// What a session is for. Not itself a coroutine with captures: it calls one and hands it what it needs.
+using SessionWork = std::function<Task<>(CompanionSession& session)>;
+
+/// Opens a session with the companion, does `work` in it and says good-bye. Blocks until that is done; throws
+/// what `work` threw.
+void holdSession(const Endpoint& companion, CompanionSession::Options options, const SessionWork& work);
 
 } // namespace tarnly::client

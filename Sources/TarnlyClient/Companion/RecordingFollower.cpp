@@ -4,7 +4,6 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <utility>
 
-#include "TarnlyClient/Companion/RecordedLines.hpp"
 #include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly::client {

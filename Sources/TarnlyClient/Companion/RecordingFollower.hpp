@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
@@ -10,12 +11,34 @@
 
 #include "TarnlyClient/Companion/CatchUp.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
-#include "TarnlyClient/Companion/GrowingPause.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly::client {
+
+/// How long to wait before each further attempt: twice as long each time, up to a limit. A plain value.
+class GrowingPause {
+  public:
+    using Duration = std::chrono::milliseconds;
+
+    GrowingPause(Duration shortest, Duration longest)
+        : shortest_(shortest), longest_(longest), next_(shortest) {}
+
+    Duration next() {
+        const auto pause = next_;
+        next_ = std::min(2 * next_, longest_);
+        return pause;
+    }
+
+    /// An attempt has succeeded.
+    void reset() { next_ = shortest_; }
+
+  private:
+    Duration shortest_;
+    Duration longest_;
+    Duration next_;
+};
 
 /// Follows the companion's recording from its beginning on, over as many connections as it takes.
 ///

@@ -1,8 +1,5 @@
 #include "TarnlyClient/Output/Printer.hpp"
 
-#include <array>
-#include <charconv>
-#include <cstddef>
 #include <cstdint>
 
 #include "TarnlyClient/Output/ReadableText.hpp"
@@ -58,12 +55,6 @@ std::vector<std::string> assignments(const std::vector<std::string>& names, cons
 }
 
 } // namespace
-
-std::string numberText(double value) {
-    std::array<char, 32> buffer{};
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return error == std::errc() ? std::string(buffer.data(), end) : std::string();
-}
 
 void Printer::line(std::string_view text) { stream_ << text << std::endl; }
 

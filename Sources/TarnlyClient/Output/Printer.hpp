@@ -12,9 +12,6 @@
 
 namespace tarnly::client {
 
-/// The shortest text that reads back as the same number.
-std::string numberText(double value);
-
 /// Prints results: for people, or for programs as one JSON object a line. Each line is flushed.
 class Printer {
   public:

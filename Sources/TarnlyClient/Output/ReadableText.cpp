@@ -1,5 +1,7 @@
 #include "TarnlyClient/Output/ReadableText.hpp"
 
+#include <array>
+#include <charconv>
 #include <chrono>
 #include <iomanip>
 #include <locale>
@@ -36,6 +38,12 @@ std::string gearText(std::optional<bool> isDown) {
 }
 
 } // namespace
+
+std::string numberText(double value) {
+    std::array<char, 32> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return error == std::errc() ? std::string(buffer.data(), end) : std::string();
+}
 
 std::string describe(const TrackSample& sample) {
     auto line = newLine();

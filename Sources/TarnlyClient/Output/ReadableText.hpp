@@ -2,11 +2,17 @@
 
 #include <string>
 
-#include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Flight/TrackSample.hpp"
+#include "TarnlyCore/Flight/Values.hpp"
 
 namespace tarnly::client {
 
-// What was recorded, as people read it: one line each, in columns, with "-" for what is not known.
+// Values as people read them.
+
+/// The shortest text that reads back as the same number.
+std::string numberText(double value);
+
+// What was recorded: one line each, in columns, with "-" for what is not known.
 
 /// Time in seconds, position in degrees, altitude and height in feet, gear handle.
 std::string describe(const TrackSample& sample);

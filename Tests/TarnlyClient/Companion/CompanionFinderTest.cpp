@@ -55,10 +55,10 @@ TEST(CompanionFinder, WithoutAnyThereIsAdvice) {
 }
 
 TEST(CompanionFinder, AGivenAddressIsNotLookedFor) {
-    ClientOptions options;
-    options.host = "example.org";
-    options.port = 80;
-    EXPECT_EQ(locateCompanion(options), (CompanionPlace{std::nullopt, {"example.org", 80}}));
+    CompanionSearch search;
+    search.host = "example.org";
+    search.port = 80;
+    EXPECT_EQ(locateCompanion(search), (CompanionPlace{std::nullopt, {"example.org", 80}}));
 }
 
 } // namespace

@@ -2,15 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "Support/RunTask.hpp"
-#include "TarnlyClient/Commands/CommandLine.hpp"
 #include "TarnlyClient/Companion/RecordingCompanion.hpp"
 
 namespace tarnly::client {
@@ -173,54 +170,13 @@ TEST_F(RecordingFollowerTest, ARefusalAfterALossEndsIt) {
     }
 }
 
-/// The tool, pointed at `companion`.
-std::string watchByCommand(const test::RecordingCompanion& companion, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"--host", "127.0.0.1", "--port", std::to_string(companion.port()),
-                                         "watch", "--recording"});
-    std::ostringstream out;
-    std::ostringstream err;
-    EXPECT_EQ(runClient(arguments, out, err), 0) << err.str();
-    EXPECT_EQ(err.str(), "");
-    return out.str();
-}
-
-TEST(WatchRecording, PeopleSeeTriggersProgramsTheSamplesToo) {
-    test::RecordingCompanion companion;
-    companion.record(1, {"a"});
-    companion.record(2, {"b"});
-    EXPECT_EQ(watchByCommand(companion, {"--count", "2"}),
-              "     1.00 s  fired a  (speak)\n     2.00 s  fired b  (speak)\n");
-    EXPECT_EQ(watchByCommand(companion, {"--count", "1", "--json"}),
-              R"({"kind":"sample","sample":{"elapsed_s":1,"alt_ft":0}})"
-              "\n"
-              R"({"kind":"fired","fired":{"trigger_id":"a","elapsed_s":1,"action_kind":"speak"}})"
-              "\n");
-}
-
-TEST(WatchRecording, EndsInOrderWhenInterrupted) {
-    // Hangs up for good after its first answers, so that the signal meets a watch that waits or connects.
-    std::atomic<int> answers = 0;
-    const test::ScriptedCompanion companion(
-        [&](const boost::json::object& request) -> std::optional<std::vector<std::string>> {
-            if (++answers == 4) ::kill(::getpid(), SIGINT);
-            if (answers > 2) return std::nullopt;
-            const bool isPair = request.at("type") == "pair";
-            return std::vector{test::ScriptedCompanion::reply(
-                request, isPair ? R"({"accepted":true})" : R"({"samples":[],"fired":[]})")};
-        });
-    std::ostringstream out;
-    std::ostringstream err;
-    const auto port = std::to_string(companion.port());
-    EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", port, "watch", "--recording"}, out, err), 0);
-    EXPECT_EQ(err.str(), "tarnly-client: the companion has ended the connection; trying again\n");
-}
-
-TEST(WatchRecording, ACompanionThatIsNotThereIsAnError) {
-    std::ostringstream out;
-    std::ostringstream err;
-    // Port 1 of the loopback interface is nobody's.
-    EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", "1", "watch", "--recording"}, out, err), 1);
-    EXPECT_THAT(err.str(), StartsWith("tarnly-client: no connection to the companion: "));
+TEST(GrowingPause, DoublesUpToItsLimitAndBeginsAnew) {
+    GrowingPause pause(milliseconds(500), milliseconds(5'000));
+    for (const int expected : {500, 1'000, 2'000, 4'000, 5'000, 5'000})
+        EXPECT_EQ(pause.next(), milliseconds(expected));
+    pause.reset();
+    EXPECT_EQ(pause.next(), milliseconds(500));
+    EXPECT_EQ(pause.next(), milliseconds(1'000));
 }
 
 } // namespace

@@ -16,13 +16,6 @@ class PrinterTest : public testing::Test {
     Printer programs{stream, true};
 };
 
-TEST(NumberText, IsTheShortestThatReadsBackTheSame) {
-    EXPECT_EQ(numberText(3), "3");
-    EXPECT_EQ(numberText(-0.1), "-0.1");
-    EXPECT_EQ(numberText(1.0 / 3), "0.3333333333333333");
-    EXPECT_EQ(numberText(-1.7976931348623157e308), "-1.7976931348623157e+308");
-}
-
 TEST_F(PrinterTest, ValuesStandInTheOrderAskedFor) {
     people.values({"sim/b", "sim/a", "missing"}, values);
     EXPECT_EQ(stream.str(), "sim/b=-3\nsim/a=1.5\n");

@@ -5,6 +5,13 @@
 namespace tarnly::client {
 namespace {
 
+TEST(NumberText, IsTheShortestThatReadsBackTheSame) {
+    EXPECT_EQ(numberText(3), "3");
+    EXPECT_EQ(numberText(-0.1), "-0.1");
+    EXPECT_EQ(numberText(1.0 / 3), "0.3333333333333333");
+    EXPECT_EQ(numberText(-1.7976931348623157e308), "-1.7976931348623157e+308");
+}
+
 TEST(ReadableText, ASampleStandsInColumns) {
     TrackSample sample;
     sample.elapsedSeconds = 12.5049;

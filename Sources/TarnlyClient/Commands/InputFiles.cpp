@@ -1,4 +1,4 @@
-#include "TarnlyClient/Commands/ScriptFile.hpp"
+#include "TarnlyClient/Commands/InputFiles.hpp"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include <fstream>
 #include <optional>
 
-#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -68,6 +68,21 @@ std::string readAll(std::istream& stream) {
 }
 
 } // namespace
+
+std::string readPassword(const std::filesystem::path& file) {
+    const auto shown = "the password file " + file.string();
+    errno = 0;
+    std::ifstream stream(file, std::ios::binary);
+    std::string line;
+    std::getline(stream, line);
+    if (stream.bad() || !stream.is_open()) {
+        throw UsageError(shown + " cannot be read: " + std::strerror(errno));
+    }
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty()) throw UsageError(shown + " has no password on its first line");
+    if (wellFormedUtf8(line) != line) throw UsageError(shown + " is not UTF-8");
+    return line;
+}
 
 LoadScriptRequest parseScript(std::string_view text, const std::string& name) {
     const auto json = parse(text, name);

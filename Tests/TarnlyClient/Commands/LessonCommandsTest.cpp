@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyClient/Commands/ClientRun.hpp"
@@ -10,64 +9,13 @@
 namespace tarnly::client {
 namespace {
 
-using testing::ElementsAre;
 using testing::StartsWith;
 
 using test::answering;
-using test::paired;
 using test::requestOf;
 using test::ScriptedCompanion;
-using Request = boost::json::object;
-using Answers = std::vector<std::string>;
 
 constexpr auto run = test::runClientOn;
-
-constexpr auto twoFlights =
-    R"({"flights":[{"name":"Pattern 1","path":"\/s\/Pattern 1.sit","modified_at":0.5},)"
-    R"({"name":"Final","path":"\/s\/Final.sit","modified_at":86400}]})";
-
-/// A companion with two saved flights, which loads each.
-ScriptedCompanion::Script withFlights() {
-    return paired([](const Request& request) {
-        const bool isList = request.at("type") == "list_flights";
-        return Answers{ScriptedCompanion::reply(request, isList ? twoFlights : R"({"ok":true})")};
-    });
-}
-
-TEST(FlightCommands, FlightsAreListed) {
-    const ScriptedCompanion companion(answering(twoFlights));
-    EXPECT_EQ(run(companion, {"flights"}).out,
-              "Pattern 1  2001-01-01 00:00:00  /s/Pattern 1.sit\nFinal  2001-01-02 00:00:00  /s/Final.sit\n");
-    EXPECT_EQ(run(companion, {"flights", "--json"}).out,
-              R"({"name":"Pattern 1","path":"\/s\/Pattern 1.sit","modified_at":0.5})"
-              "\n"
-              R"({"name":"Final","path":"\/s\/Final.sit","modified_at":86400})"
-              "\n");
-    EXPECT_EQ(companion.received().back(), R"({"type":"list_flights","req_id":2})");
-}
-
-TEST(FlightCommands, AFlightIsLoadedByItsName) {
-    const ScriptedCompanion companion(withFlights());
-    const auto outcome = run(companion, {"load", "Final"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-    EXPECT_EQ(outcome.out, "ok\n");
-    EXPECT_EQ(companion.received().back(),
-              R"({"type":"load_flight","req_id":3,"params":{"path":"\/s\/Final.sit"}})");
-}
-
-TEST(FlightCommands, APathIsTakenAsItIs) {
-    EXPECT_EQ(requestOf({"load", "/t/Other.sit"}),
-              R"({"type":"load_flight","req_id":2,"params":{"path":"\/t\/Other.sit"}})");
-}
-
-TEST(FlightCommands, AnUnknownNameLoadsNothing) {
-    const ScriptedCompanion companion(withFlights());
-    const auto outcome = run(companion, {"load", "final"});
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.err,
-              "tarnly-client: no flight is named \"final\"; flights lists those that are there\n");
-    EXPECT_EQ(companion.received().size(), 2U);
-}
 
 class ScriptCommand : public testing::Test {
   public:
