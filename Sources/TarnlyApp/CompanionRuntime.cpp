@@ -46,8 +46,8 @@ void CompanionRuntime::start() {
 
 void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
-    backend_ = std::make_shared<XPlaneBackend>(executor, options_.simulator, makeNetworkTransport(executor),
-                                               clock_, workers_);
+    backend_ = std::make_shared<XPlaneBackend>(executor, options_.simulator,
+                                               makeNetworkTransport(executor, clock_), clock_, workers_);
     if (options_.situationsFolder) {
         backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
     }

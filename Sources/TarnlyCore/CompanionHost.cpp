@@ -44,9 +44,10 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
           })),
       sampling_(std::make_shared<SamplingLoop>(executor, clock, backend, recording_, loadedScript_,
                                                pushThrough(server_))),
-      advertiser_(executor, std::move(configuration.publish)) {}
+      advertiser_(executor, clock, std::move(configuration.publish)) {}
 
 Task<> CompanionHost::start() {
+    thread_.check();
     if (started_) throw CompanionHostError(CompanionHostError::Case::alreadyStarted);
     started_ = true;
     ServiceAdvertiser::Service service;
@@ -64,6 +65,7 @@ Task<> CompanionHost::start() {
 }
 
 void CompanionHost::stop() {
+    thread_.check();
     *isStopping_ = true;
     sampling_->stop();
     advertiser_.stop();

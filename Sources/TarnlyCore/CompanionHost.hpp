@@ -19,6 +19,7 @@
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 
 namespace tarnly {
@@ -77,6 +78,7 @@ class CompanionHost {
     const ServiceAdvertiser& advertiser() const { return advertiser_; }
 
   private:
+    OnOneThread thread_;
     Clock& clock_;
     const std::string instanceName_;
     const std::string simKind_;

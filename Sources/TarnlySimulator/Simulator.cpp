@@ -146,7 +146,7 @@ Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOpti
         [state = state_.get()](const std::string& path) { state->load(path); },
         [state = state_.get()](const std::string& reason) { state->ignore(reason); });
     state_->server.emplace(
-        executor, state_->options.port,
+        executor, clock, state_->options.port,
         [weak](HttpRequest request, bool isUpgrade) {
             return State::answer(weak, std::move(request), isUpgrade);
         },

@@ -17,6 +17,7 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/BeastWebSocket.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
@@ -59,6 +60,7 @@ class LoopbackHttpServer {
         boost::asio::ip::tcp::acceptor acceptor;
         RequestHandler onRequest;
         ConnectionHandler onConnection;
+        SystemClock clock;
     };
 
     static Task<> acceptAll(std::shared_ptr<State> state) {
@@ -83,7 +85,8 @@ class LoopbackHttpServer {
             co_return;
         }
         std::string received(static_cast<const char*>(buffer.data().data()), buffer.size());
-        auto connection = co_await acceptWebSocket(std::move(socket), request, std::move(received));
+        auto connection =
+            co_await acceptWebSocket(std::move(socket), state->clock, request, std::move(received));
         if (connection) state->onConnection(std::move(connection));
     }
 

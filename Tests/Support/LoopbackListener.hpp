@@ -14,19 +14,21 @@ namespace tarnly::test {
 /// A listener on a loopback port of its own, and a client for it.
 class LoopbackListener {
   public:
-    explicit LoopbackListener(boost::asio::io_context& io)
+    LoopbackListener(boost::asio::io_context& io, Clock& clock)
         : io_(io),
+          clock_(clock),
           accepted_(io.get_executor()),
-          listener_(io.get_executor(), options(), [this](std::shared_ptr<WebSocketConnection> connection) {
-              connections_.push_back(std::move(connection));
-              accepted_.notifyAll();
-          }) {}
+          listener_(io.get_executor(), clock_, options(),
+                    [this](std::shared_ptr<WebSocketConnection> connection) {
+                        connections_.push_back(std::move(connection));
+                        accepted_.notifyAll();
+                    }) {}
 
     WebSocketListener& listener() { return listener_; }
     Endpoint endpoint() const { return {"127.0.0.1", listener_.port()}; }
 
     std::shared_ptr<WebSocketConnection> openClient() {
-        return openWebSocket(io_.get_executor(), endpoint(), "/");
+        return openWebSocket(io_.get_executor(), clock_, endpoint(), "/");
     }
 
     /// The listener's side of the next connection.
@@ -47,6 +49,7 @@ class LoopbackListener {
     }
 
     boost::asio::io_context& io_;
+    Clock& clock_;
     std::deque<std::shared_ptr<WebSocketConnection>> connections_;
     Event accepted_;
     WebSocketListener listener_;

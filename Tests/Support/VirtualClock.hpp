@@ -1,11 +1,13 @@
 #pragma once
 
 #include <boost/asio/co_spawn.hpp>
+#include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
+#include <boost/system/system_error.hpp>
 #include <exception>
 #include <map>
 #include <memory>
@@ -18,7 +20,8 @@
 
 namespace tarnly::test {
 
-/// A clock whose hands the test turns: nobody really waits.
+/// A clock whose hands the test turns: nobody really waits. Who is told to end while asleep fails, as with
+/// the system's clock.
 class VirtualClock final : public Clock {
   public:
     TimePoint now() const override { return now_; }
@@ -30,6 +33,9 @@ class VirtualClock final : public Clock {
         boost::system::error_code cancelled;
         auto token = boost::asio::redirect_error(boost::asio::use_awaitable, cancelled);
         co_await timer->async_wait(token);
+        const bool wasTold =
+            std::erase_if(sleepers_, [&](const auto& kept) { return kept.second == timer; }) > 0;
+        if (wasTold) throw boost::system::system_error(boost::asio::error::operation_aborted);
     }
 
     /// Lets `io` do all it can without the time going on.

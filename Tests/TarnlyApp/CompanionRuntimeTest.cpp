@@ -59,7 +59,7 @@ class CompanionRuntimeTest : public testing::Test {
     }
 
     std::shared_ptr<WebSocketConnection> connect() {
-        return openWebSocket(io.get_executor(), Endpoint{"127.0.0.1", runtime->port().value()}, "/");
+        return openWebSocket(io.get_executor(), clock, Endpoint{"127.0.0.1", runtime->port().value()}, "/");
     }
 
     std::string ask(const std::shared_ptr<WebSocketConnection>& client, const std::string& request) {
@@ -76,6 +76,7 @@ class CompanionRuntimeTest : public testing::Test {
     CompanionOptions options;
     SettingsStore settings{AppSettings::fileIn(folder.path()), nullptr};
     boost::asio::io_context io;
+    SystemClock clock;
     std::atomic<int> statusChanges{0};
     std::optional<CompanionRuntime> runtime;
     std::thread network;
@@ -130,7 +131,7 @@ TEST_F(CompanionRuntimeTest, ASecondStartDoesNothing) {
 }
 
 TEST_F(CompanionRuntimeTest, SaysWhyTheStartFailedAndDoesNotRetry) {
-    test::LoopbackListener taken(io);
+    test::LoopbackListener taken(io, clock);
     options.port = taken.endpoint().port;
     start();
     EXPECT_EQ(runtime->state(), State::failed);

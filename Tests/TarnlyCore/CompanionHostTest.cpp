@@ -80,9 +80,10 @@ TEST_F(CompanionHostTest, StoppingAHostThatNeverStartedIsHarmless) {
     EXPECT_FALSE(host->advertiser().advertisedPort());
 }
 
-Task<std::vector<std::string>> pairSubscribeAndListen(boost::asio::io_context& io, CompanionHost& host) {
+Task<std::vector<std::string>> pairSubscribeAndListen(boost::asio::io_context& io, Clock& clock,
+                                                      CompanionHost& host) {
     const Endpoint endpoint{"127.0.0.1", *host.advertiser().advertisedPort()};
-    const auto client = openWebSocket(io.get_executor(), endpoint, "/");
+    const auto client = openWebSocket(io.get_executor(), clock, endpoint, "/");
     client->send(R"({"type":"pair"})", Kind::awaited);
     client->send(R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":[{"name":"a"}]}})",
                  Kind::awaited);
@@ -102,7 +103,7 @@ TEST_F(CompanionHostTest, AClientGetsAnswersAndPushesUntilTheHostStops) {
     backend->datarefs["a"] = 4.5;
     const auto host = newHost();
     start(*host);
-    const auto texts = test::runTask(io, pairSubscribeAndListen(io, *host));
+    const auto texts = test::runTask(io, pairSubscribeAndListen(io, clock, *host));
     const std::string push = R"({"type":"dataref_subscribe_values","data":{"a":4.5}})";
     ASSERT_EQ(texts.size(), 4U);
     EXPECT_THAT(texts[0], testing::HasSubstr("\"accepted\":true"));

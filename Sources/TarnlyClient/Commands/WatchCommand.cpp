@@ -95,8 +95,10 @@ void watchRecording(const CommandContext& context, std::optional<std::int64_t> c
     const auto companion = locateCompanion(context.options.companion);
     options.locate = locator(context.options.companion, companion.name);
 
+    SystemClock clock;
     boost::asio::io_context io(1);
-    RecordingFollower follower(io.get_executor(), companion.endpoint, std::move(options), listener(context));
+    RecordingFollower follower(io.get_executor(), clock, companion.endpoint, std::move(options),
+                               listener(context));
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
     signals.async_wait([&follower](const boost::system::error_code& error, int) {
         if (!error) follower.end();

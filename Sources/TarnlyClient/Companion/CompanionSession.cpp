@@ -122,8 +122,9 @@ void CompanionSession::throwLost() const {
 }
 
 void holdSession(const Endpoint& companion, CompanionSession::Options options, const SessionWork& work) {
+    SystemClock clock;
     boost::asio::io_context io(1);
-    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), companion, "/"),
+    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), clock, companion, "/"),
                              std::move(options));
     std::exception_ptr failure;
     boost::asio::co_spawn(io, work(session), [&](std::exception_ptr error) {

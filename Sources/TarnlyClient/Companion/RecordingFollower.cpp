@@ -8,9 +8,10 @@
 
 namespace tarnly::client {
 
-RecordingFollower::RecordingFollower(boost::asio::any_io_executor executor, Endpoint companion,
+RecordingFollower::RecordingFollower(boost::asio::any_io_executor executor, Clock& clock, Endpoint companion,
                                      Options options, Listener listener)
     : executor_(std::move(executor)),
+      clock_(clock),
       companion_(std::move(companion)),
       options_(std::move(options)),
       listener_(std::move(listener)),
@@ -47,7 +48,7 @@ Task<> RecordingFollower::followUntilLost() {
 }
 
 Task<> RecordingFollower::follow() {
-    session_.emplace(executor_, openWebSocket(executor_, companion_, "/"), options_.session);
+    session_.emplace(executor_, openWebSocket(executor_, clock_, companion_, "/"), options_.session);
     co_await session_->pair();
     while (!isEnded_) {
         co_await ask();

@@ -12,6 +12,7 @@
 #include "TarnlyClient/Companion/CatchUp.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
@@ -65,8 +66,9 @@ class RecordingFollower {
         GrowingPause pause{std::chrono::milliseconds(500), std::chrono::milliseconds(5'000)};
     };
 
-    RecordingFollower(boost::asio::any_io_executor executor, Endpoint companion, Options options,
-                      Listener listener);
+    /// `clock` must outlive all that runs on `executor`.
+    RecordingFollower(boost::asio::any_io_executor executor, Clock& clock, Endpoint companion,
+                      Options options, Listener listener);
 
     /// Goes on until `end`, or until all is shown that was asked for. Throws `ClientError` when there is no
     /// first answer, and whenever the companion refuses. To be called once.
@@ -86,6 +88,7 @@ class RecordingFollower {
     void lost(const std::string& reason);
 
     const boost::asio::any_io_executor executor_;
+    Clock& clock_;
     Endpoint companion_;
     Options options_;
     const Listener listener_;

@@ -4,10 +4,11 @@
 
 namespace tarnly {
 
-ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Publish publish)
-    : executor_(std::move(executor)), publish_(std::move(publish)) {}
+ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish)
+    : executor_(std::move(executor)), clock_(clock), publish_(std::move(publish)) {}
 
 Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
+    thread_.check();
     if (listener_) throw ServiceAdvertiserError(ServiceAdvertiserError::Case::alreadyStarted);
     if (!onNewConnection) {
         onNewConnection = [](const std::shared_ptr<WebSocketConnection>& connection) {
@@ -16,8 +17,8 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
     }
     WebSocketListener::Options options;
     options.port = service.port;
-    auto listener =
-        std::make_unique<WebSocketListener>(executor_, std::move(options), std::move(onNewConnection));
+    auto listener = std::make_unique<WebSocketListener>(executor_, clock_, std::move(options),
+                                                        std::move(onNewConnection));
     const auto port = listener->port();
     if (publish_) {
         PublishedService published{std::move(service.instanceName), std::string(serviceType), port, {}};
@@ -32,6 +33,7 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
 }
 
 void ServiceAdvertiser::stop() {
+    thread_.check();
     publication_.reset();
     listener_.reset();
     advertisedPort_.with([](auto& advertised) { advertised.reset(); });

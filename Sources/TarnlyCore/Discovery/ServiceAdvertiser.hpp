@@ -9,8 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
@@ -44,8 +46,9 @@ class ServiceAdvertiser {
         bool pairingRequired = false;
     };
 
-    /// Without `publish` the companion listens and tells nobody.
-    ServiceAdvertiser(boost::asio::any_io_executor executor, Publish publish);
+    /// Without `publish` the companion listens and tells nobody. `clock` must outlive all that runs on
+    /// `executor`.
+    ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish);
 
     /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when
     /// there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`, or the
@@ -60,7 +63,9 @@ class ServiceAdvertiser {
     std::optional<std::uint16_t> advertisedPort() const;
 
   private:
+    OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
+    Clock& clock_;
     const Publish publish_;
     std::unique_ptr<WebSocketListener> listener_;
     Publication publication_;

@@ -4,12 +4,9 @@
 
 #include <algorithm>
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/compose.hpp>
 #include <boost/asio/connect.hpp>
-#include <boost/asio/detached.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/message.hpp>
@@ -21,6 +18,8 @@
 #include <utility>
 
 #include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/FrameScanner.hpp"
 #include "TarnlyPlatform/Net/Resolve.hpp"
 #include "TarnlyPlatform/Net/WebSocketClient.hpp"
@@ -33,7 +32,6 @@ namespace http = boost::beast::http;
 namespace websocket = boost::beast::websocket;
 using asio::ip::tcp;
 using boost::system::error_code;
-using SteadyClock = std::chrono::steady_clock;
 
 constexpr auto handshakePatience = std::chrono::seconds(10);
 /// How long a peer may take nothing of what is sent to it before it is cut.
@@ -54,13 +52,14 @@ class ScannedStream {
   public:
     using executor_type = tcp::socket::executor_type;
 
-    explicit ScannedStream(tcp::socket socket) : socket_(std::move(socket)) {}
+    ScannedStream(tcp::socket socket, const Clock& clock)
+        : socket_(std::move(socket)), clock_(clock), lastProgress_(clock.now()) {}
 
     executor_type get_executor() { return socket_.get_executor(); }
     tcp::socket& next_layer() { return socket_; }
     FrameScanner& scanner() { return scanner_; }
-    SteadyClock::time_point lastProgress() const { return lastProgress_; }
-    void noteProgress() { lastProgress_ = SteadyClock::now(); }
+    Clock::TimePoint lastProgress() const { return lastProgress_; }
+    void noteProgress() { lastProgress_ = clock_.now(); }
 
     /// From here on the incoming bytes are frames; `received` are the first of them.
     void startScanning(std::string received) {
@@ -140,10 +139,11 @@ class ScannedStream {
     }
 
     tcp::socket socket_;
+    const Clock& clock_;
     FrameScanner scanner_;
     std::size_t headEndSeen_ = 0;
     std::string received_;
-    SteadyClock::time_point lastProgress_ = SteadyClock::now();
+    Clock::TimePoint lastProgress_;
 };
 
 /// The library's last step. Its own version for TCP waits for the peer to hang up, for as long as the peer
@@ -158,14 +158,16 @@ void async_teardown(boost::beast::role_type, ScannedStream& stream, Handler&& ha
 
 class BeastWebSocket final : public WebSocketConnection, public std::enable_shared_from_this<BeastWebSocket> {
   public:
-    explicit BeastWebSocket(tcp::socket socket)
-        : stream_(std::move(socket)),
+    BeastWebSocket(tcp::socket socket, Clock& clock)
+        : clock_(clock),
+          stream_(std::move(socket), clock),
           incomingChanged_(stream_.get_executor()),
           outgoingChanged_(stream_.get_executor()),
-          stallTimer_(stream_.get_executor()),
-          closeTimer_(stream_.get_executor()) {
-        auto limits = websocket::stream_base::timeout::suggested(boost::beast::role_type::server);
-        limits.handshake_timeout = handshakePatience;
+          tasks_(stream_.get_executor()),
+          opening_(stream_.get_executor()) {
+        // The limits are our own: they go by our clock.
+        websocket::stream_base::timeout limits{};
+        limits.handshake_timeout = websocket::stream_base::none();
         limits.idle_timeout = websocket::stream_base::none();
         limits.keep_alive_pings = false;
         stream_.set_option(limits);
@@ -180,15 +182,25 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         for (const auto& [name, value] : upgrade.headers)
             request.insert(name, value);
         stream_.next_layer().startScanning(std::move(received));
+        opening_.spawn(limitOpening(shared_from_this(), "the opening handshake"), endOnFailure());
         auto [failure] = co_await stream_.async_accept(request, asTuple);
-        if (failure) co_return false;
+        if (failure) {
+            end();
+            co_return false;
+        }
         open();
-        co_return true;
+        co_return isOpen_;
+    }
+
+    static void startConnecting(const std::shared_ptr<BeastWebSocket>& self, Endpoint endpoint,
+                                std::string target) {
+        auto connecting = connect(self, std::move(endpoint), std::move(target));
+        self->tasks_.spawn(std::move(connecting), self->endOnFailure());
     }
 
     static Task<> connect(std::shared_ptr<BeastWebSocket> self, Endpoint endpoint, std::string target) {
         const auto name = describe(endpoint);
-        asio::co_spawn(self->stream_.get_executor(), limitOpening(self, name), asio::detached);
+        self->opening_.spawn(limitOpening(self, name), self->endOnFailure());
         auto [unresolved, addresses] = co_await resolveTcp(endpoint);
         if (unresolved)
             co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + unresolved.message());
@@ -205,6 +217,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     }
 
     Task<std::optional<Message>> receive() override {
+        thread_.check();
         const auto self = shared_from_this();
         isWanted_ = true;
         incomingChanged_.notifyAll();
@@ -218,6 +231,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     }
 
     void send(std::string text, Kind kind) override {
+        thread_.check();
         if (hasEnded_ || isClosing_) return;
         if (kind == Kind::unsolicited) {
             if (backlog_ + text.size() > largestBacklog) {
@@ -273,9 +287,9 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     void open() {
         if (hasEnded_) return;
         isOpen_ = true;
-        closeTimer_.cancel();
+        opening_.cancel();
         stream_.text(true);
-        asio::co_spawn(stream_.get_executor(), read(shared_from_this()), asio::detached);
+        tasks_.spawn(read(shared_from_this()), endOnFailure());
         if (!queue_.empty()) startWriting();
     }
 
@@ -327,10 +341,10 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     void startWriting() {
         isWriting_ = true;
         stream_.next_layer().noteProgress();
-        if (!isStallWatched_)
-            asio::co_spawn(stream_.get_executor(), watchForStall(shared_from_this()), asio::detached);
-        isStallWatched_ = true;
-        asio::co_spawn(stream_.get_executor(), write(shared_from_this()), asio::detached);
+        if (!std::exchange(isStallWatched_, true)) {
+            tasks_.spawn(watchForStall(shared_from_this()), endOnFailure());
+        }
+        tasks_.spawn(write(shared_from_this()), endOnFailure());
     }
 
     static Task<> write(std::shared_ptr<BeastWebSocket> self) {
@@ -354,12 +368,12 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     static Task<> watchForStall(std::shared_ptr<BeastWebSocket> self) {
         while (self->isWriting_ && !self->hasEnded_) {
             const auto deadline = self->stream_.next_layer().lastProgress() + stallPatience;
-            if (SteadyClock::now() >= deadline) {
+            const auto left = deadline - self->clock_.now();
+            if (left <= Clock::Duration::zero()) {
                 co_return self->fail(NetworkError::Case::timedOut,
                                      "the peer takes nothing of what is sent to it");
             }
-            self->stallTimer_.expires_at(deadline);
-            co_await self->stallTimer_.async_wait(asTuple);
+            co_await self->clock_.sleepFor(left);
         }
         self->isStallWatched_ = false;
     }
@@ -367,14 +381,15 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     // The end
 
     void close(websocket::close_code code) {
+        thread_.check();
         if (isClosing_ || hasEnded_) return;
         if (!isOpen_) return end();
         isClosing_ = true;
-        asio::co_spawn(stream_.get_executor(), closeInOrder(shared_from_this(), code), asio::detached);
+        tasks_.spawn(closeInOrder(shared_from_this(), code), endOnFailure());
     }
 
     static Task<> closeInOrder(std::shared_ptr<BeastWebSocket> self, websocket::close_code code) {
-        asio::co_spawn(self->stream_.get_executor(), endAfterPatience(self), asio::detached);
+        self->tasks_.spawn(endAfterPatience(self), self->endOnFailure());
         while (self->isWriting_ && !self->hasEnded_) {
             co_await self->outgoingChanged_.wait();
         }
@@ -385,15 +400,22 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     }
 
     static Task<> limitOpening(std::shared_ptr<BeastWebSocket> self, std::string name) {
-        self->closeTimer_.expires_after(handshakePatience);
-        co_await self->closeTimer_.async_wait(asTuple);
+        co_await self->clock_.sleepFor(handshakePatience);
         if (!self->isOpen_) self->fail(NetworkError::Case::timedOut, name);
     }
 
     static Task<> endAfterPatience(std::shared_ptr<BeastWebSocket> self) {
-        self->closeTimer_.expires_after(closePatience);
-        co_await self->closeTimer_.async_wait(asTuple);
+        co_await self->clock_.sleepFor(closePatience);
         self->end();
+    }
+
+    /// Out of memory, say, in one of the connection's tasks: that is its end, and nobody waits for it for
+    /// ever.
+    TaskGroup::OnFailure endOnFailure() {
+        return [weak = weak_from_this()](const std::exception_ptr&) {
+            const auto self = weak.lock();
+            if (self) self->fail(NetworkError::Case::connectionClosed, "the connection broke down");
+        };
     }
 
     void fail(NetworkError::Case which, const std::string& detail) {
@@ -407,12 +429,14 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         hasEnded_ = true;
         error_code ignored;
         stream_.next_layer().next_layer().close(ignored);
-        stallTimer_.cancel();
-        closeTimer_.cancel();
+        tasks_.cancel();
+        opening_.cancel();
         incomingChanged_.notifyAll();
         outgoingChanged_.notifyAll();
     }
 
+    OnOneThread thread_;
+    Clock& clock_;
     websocket::stream<ScannedStream> stream_;
     bool isOpen_ = false;
     bool isClosing_ = false;
@@ -431,27 +455,26 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     bool isWriting_ = false;
     Event outgoingChanged_;
 
-    asio::steady_timer stallTimer_;
+    TaskGroup tasks_;
+    TaskGroup opening_;
     bool isStallWatched_ = false;
-    asio::steady_timer closeTimer_;
 };
 
 } // namespace
 
-Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, HttpRequest upgrade,
-                                                           std::string received) {
+Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, Clock& clock,
+                                                           HttpRequest upgrade, std::string received) {
     BeastWebSocket::setSocketOptions(socket);
-    const auto connection = std::make_shared<BeastWebSocket>(std::move(socket));
+    const auto connection = std::make_shared<BeastWebSocket>(std::move(socket), clock);
     const bool isOpen = co_await connection->accept(std::move(upgrade), std::move(received));
     if (!isOpen) co_return nullptr;
     co_return connection;
 }
 
-std::shared_ptr<WebSocketConnection> openWebSocket(asio::any_io_executor executor, Endpoint endpoint,
-                                                   std::string target) {
-    auto connection = std::make_shared<BeastWebSocket>(tcp::socket(executor));
-    auto connecting = BeastWebSocket::connect(connection, std::move(endpoint), std::move(target));
-    asio::co_spawn(executor, std::move(connecting), asio::detached);
+std::shared_ptr<WebSocketConnection> openWebSocket(asio::any_io_executor executor, Clock& clock,
+                                                   Endpoint endpoint, std::string target) {
+    auto connection = std::make_shared<BeastWebSocket>(tcp::socket(executor), clock);
+    BeastWebSocket::startConnecting(connection, std::move(endpoint), std::move(target));
     return connection;
 }
 

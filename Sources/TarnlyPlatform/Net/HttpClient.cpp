@@ -3,7 +3,6 @@
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -14,6 +13,7 @@
 
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/Resolve.hpp"
+#include "TarnlyPlatform/Net/SocketDeadline.hpp"
 
 namespace tarnly {
 namespace {
@@ -29,17 +29,11 @@ constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 /// One exchange, whose socket closes when its time is over.
 class Exchange {
   public:
-    Exchange(asio::any_io_executor executor, Endpoint endpoint, std::chrono::milliseconds timeout)
+    Exchange(asio::any_io_executor executor, Clock& clock, Endpoint endpoint, Clock::Duration timeout)
         : endpoint_(std::move(endpoint)),
           socket_(std::make_shared<tcp::socket>(executor)),
-          timer_(executor, timeout) {
-        timer_.async_wait([this, isAlive = std::weak_ptr(socket_)](error_code cancelled) {
-            const auto socket = isAlive.lock();
-            if (cancelled || !socket) return;
-            hasTimedOut_ = true;
-            error_code ignored;
-            socket->close(ignored);
-        });
+          deadline_(clock, socket_) {
+        deadline_.expireAfter(timeout);
     }
 
     Task<> connect() {
@@ -81,21 +75,21 @@ class Exchange {
 
   private:
     void check(const error_code& error, NetworkError::Case which) const {
-        if (hasTimedOut_) throw NetworkError(NetworkError::Case::timedOut, describe(endpoint_));
+        if (deadline_.hasExpired()) throw NetworkError(NetworkError::Case::timedOut, describe(endpoint_));
         if (error) throw NetworkError(which, describe(endpoint_) + ": " + error.message());
     }
 
     Endpoint endpoint_;
     std::shared_ptr<tcp::socket> socket_;
-    asio::steady_timer timer_;
-    bool hasTimedOut_ = false;
+    SocketDeadline deadline_;
 };
 
 } // namespace
 
-Task<HttpResponse> fetchHttp(Endpoint endpoint, HttpRequest request, std::chrono::milliseconds timeout) {
+Task<HttpResponse> fetchHttp(Clock& clock, Endpoint endpoint, HttpRequest request,
+                             std::chrono::milliseconds timeout) {
     auto executor = co_await asio::this_coro::executor;
-    Exchange exchange(executor, std::move(endpoint), timeout);
+    Exchange exchange(executor, clock, std::move(endpoint), timeout);
     co_await exchange.connect();
     co_await exchange.send(std::move(request));
     auto response = co_await exchange.receive();

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
@@ -11,7 +12,8 @@ namespace tarnly {
 ///
 /// Throws `NetworkError`: `connectionFailed`, `timedOut` when the whole exchange takes longer than `timeout`,
 /// `connectionClosed` when the server hangs up, `invalidResponse` when it answers something that is not HTTP.
-/// The response may be up to 256 MiB long.
-Task<HttpResponse> fetchHttp(Endpoint endpoint, HttpRequest request, std::chrono::milliseconds timeout);
+/// The response may be up to 256 MiB long. `clock` must outlive the exchange.
+Task<HttpResponse> fetchHttp(Clock& clock, Endpoint endpoint, HttpRequest request,
+                             std::chrono::milliseconds timeout);
 
 } // namespace tarnly

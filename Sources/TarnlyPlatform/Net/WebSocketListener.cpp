@@ -3,16 +3,12 @@
 #include <array>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ip/v6_only.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/core/error.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/read.hpp>
@@ -23,8 +19,10 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/BeastWebSocket.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/SocketDeadline.hpp"
 
 namespace tarnly {
 namespace {
@@ -67,9 +65,8 @@ void openFor(tcp::acceptor& acceptor, std::uint16_t port, WebSocketListener::Rea
 
 /// Neither silence nor more than anybody has to say is worth an answer.
 bool deservesAnswer(const error_code& error) {
-    return error.category() != boost::system::system_category() && error != beast::error::timeout &&
-           error != http::error::end_of_stream && error != http::error::partial_message &&
-           error != http::error::header_limit;
+    return error.category() != boost::system::system_category() && error != http::error::end_of_stream &&
+           error != http::error::partial_message && error != http::error::header_limit;
 }
 
 HttpRequest upgradeFrom(const HeadParser& head) {
@@ -82,7 +79,7 @@ HttpRequest upgradeFrom(const HeadParser& head) {
     return request;
 }
 
-Task<> answer(beast::tcp_stream& peer, http::status status, std::string text) {
+Task<> answer(tcp::socket& peer, http::status status, std::string text) {
     constexpr unsigned version = 11;
     http::response<http::string_body> response(status, version, std::move(text));
     response.set(http::field::content_type, "text/plain; charset=utf-8");
@@ -94,9 +91,9 @@ Task<> answer(beast::tcp_stream& peer, http::status status, std::string text) {
 
 /// Says that no more follows, and waits for the peer to go: a socket closed with bytes unread would take the
 /// answer back.
-Task<> finish(beast::tcp_stream& peer) {
+Task<> finish(tcp::socket& peer) {
     error_code error;
-    peer.socket().shutdown(tcp::socket::shutdown_send, error);
+    peer.shutdown(tcp::socket::shutdown_send, error);
     std::array<char, 4096> unread;
     while (!error) {
         const auto buffer = asio::buffer(unread);
@@ -105,8 +102,7 @@ Task<> finish(beast::tcp_stream& peer) {
     }
 }
 
-Task<> refuse(beast::tcp_stream& peer, bool isRequest) {
-    peer.expires_after(patience);
+Task<> refuse(tcp::socket& peer, bool isRequest) {
     if (isRequest) {
         co_await answer(peer, http::status::upgrade_required, "This port speaks WebSocket.\n");
     } else {
@@ -119,57 +115,76 @@ Task<> refuse(beast::tcp_stream& peer, bool isRequest) {
 } // namespace
 
 struct WebSocketListener::State {
-    State(asio::any_io_executor executor, Options givenOptions, ConnectionHandler handler)
-        : acceptor(std::move(executor)), options(std::move(givenOptions)), onConnection(std::move(handler)) {}
+    State(asio::any_io_executor executor, Clock& givenClock, Options givenOptions, ConnectionHandler handler)
+        : clock(givenClock),
+          acceptor(executor),
+          options(std::move(givenOptions)),
+          onConnection(std::move(handler)),
+          tasks(std::move(executor)) {}
 
+    Clock& clock;
     tcp::acceptor acceptor;
     Options options;
     ConnectionHandler onConnection;
     std::uint16_t port = 0;
     bool isCancelled = false;
+    TaskGroup tasks;
 
     static Task<> acceptAll(std::shared_ptr<State> state);
+    static Task<bool> acceptOne(std::shared_ptr<State> state);
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
 };
 
+/// Goes on through every error: who comes later finds the port open.
 Task<> WebSocketListener::State::acceptAll(std::shared_ptr<State> state) {
-    const auto executor = state->acceptor.get_executor();
     while (!state->isCancelled) {
-        auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-        if (state->isCancelled) co_return;
-        if (!error) {
-            asio::co_spawn(executor, serve(state, std::move(socket)), asio::detached);
-            continue;
+        bool isAccepted = false;
+        try {
+            isAccepted = co_await acceptOne(state);
+        } catch (const std::exception&) {
         }
-        // Out of descriptors, the waiting peer would wake us again at once.
-        asio::steady_timer pause(executor, acceptPause);
-        co_await pause.async_wait(asTuple);
+        if (isAccepted || state->isCancelled) continue;
+        // Out of descriptors or memory, the waiting peer would wake us again at once.
+        co_await state->clock.sleepFor(acceptPause);
     }
+}
+
+Task<bool> WebSocketListener::State::acceptOne(std::shared_ptr<State> state) {
+    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
+    if (error || state->isCancelled) co_return false;
+    auto serving = serve(state, std::move(socket));
+    state->tasks.spawn(std::move(serving), dropFailure); // it costs this peer its connection
+    co_return true;
 }
 
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
 Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
-    beast::tcp_stream peer(std::move(socket));
-    peer.expires_after(patience);
+    const auto peer = std::make_shared<tcp::socket>(std::move(socket));
+    SocketDeadline deadline(state->clock, peer);
+    deadline.expireAfter(patience);
     beast::flat_buffer received;
     HeadParser head;
     head.header_limit(largestHead);
-    auto [error, size] = co_await http::async_read_header(peer, received, head, asTuple);
+    auto [error, size] = co_await http::async_read_header(*peer, received, head, asTuple);
     if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
     const bool isRequest = !error && !head.chunked();
     if (!isRequest || !beast::websocket::is_upgrade(head.get())) {
-        co_await refuse(peer, isRequest);
+        deadline.expireAfter(patience);
+        co_await refuse(*peer, isRequest);
         co_return;
     }
+    deadline.cancel();
     auto request = upgradeFrom(head);
     auto rest = beast::buffers_to_string(received.data());
-    auto connection = co_await acceptWebSocket(peer.release_socket(), std::move(request), std::move(rest));
+    auto connection =
+        co_await acceptWebSocket(std::move(*peer), state->clock, std::move(request), std::move(rest));
     if (connection && !state->isCancelled) state->onConnection(std::move(connection));
 }
 
-WebSocketListener::WebSocketListener(asio::any_io_executor executor, Options options,
+WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& clock, Options options,
                                      ConnectionHandler onConnection)
-    : state_(std::make_shared<State>(executor, std::move(options), std::move(onConnection))) {
+    : state_(
+          std::make_shared<State>(std::move(executor), clock, std::move(options), std::move(onConnection))) {
     try {
         openFor(state_->acceptor, state_->options.port, state_->options.reach);
     } catch (const boost::system::system_error& error) {
@@ -177,7 +192,7 @@ WebSocketListener::WebSocketListener(asio::any_io_executor executor, Options opt
                            "port " + std::to_string(state_->options.port) + ": " + error.code().message());
     }
     state_->port = state_->acceptor.local_endpoint().port();
-    asio::co_spawn(executor, State::acceptAll(state_), asio::detached);
+    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
 }
 
 WebSocketListener::~WebSocketListener() { cancel(); }
@@ -188,6 +203,7 @@ void WebSocketListener::cancel() {
     state_->isCancelled = true;
     error_code ignored;
     state_->acceptor.close(ignored);
+    state_->tasks.cancel();
 }
 
 } // namespace tarnly

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
@@ -28,7 +29,9 @@ class WebSocketListener {
     };
 
     /// Listens at once. Throws `NetworkError::listenFailed`, for example when the port is in use.
-    WebSocketListener(boost::asio::any_io_executor executor, Options options, ConnectionHandler onConnection);
+    /// `clock` must outlive all that runs on `executor`.
+    WebSocketListener(boost::asio::any_io_executor executor, Clock& clock, Options options,
+                      ConnectionHandler onConnection);
 
     WebSocketListener(const WebSocketListener&) = delete;
     WebSocketListener& operator=(const WebSocketListener&) = delete;
@@ -38,7 +41,8 @@ class WebSocketListener {
 
     std::uint16_t port() const;
 
-    /// Stops accepting; connections that were handed over live on. Harmless when repeated.
+    /// Stops accepting, and drops who has not become a WebSocket yet; connections that were handed over live
+    /// on. Harmless when repeated.
     void cancel();
 
   private:

@@ -78,12 +78,14 @@ Task<bool> respond(beast::tcp_stream& peer, HttpResponse response, bool keepsAli
 } // namespace
 
 struct ApiServer::State {
-    State(const asio::any_io_executor& executor, RequestHandler requestHandler,
+    State(const asio::any_io_executor& executor, Clock& givenClock, RequestHandler requestHandler,
           ConnectionHandler connectionHandler)
-        : acceptor(executor),
+        : clock(givenClock),
+          acceptor(executor),
           onRequest(std::move(requestHandler)),
           onConnection(std::move(connectionHandler)) {}
 
+    Clock& clock;
     tcp::acceptor acceptor;
     RequestHandler onRequest;
     ConnectionHandler onConnection;
@@ -164,14 +166,14 @@ Task<bool> ApiServer::State::serveOne(std::shared_ptr<State> state, beast::tcp_s
 
 Task<> ApiServer::State::upgrade(std::shared_ptr<State> state, beast::tcp_stream& peer, HttpRequest request,
                                  std::string received) {
-    auto connection =
-        co_await acceptWebSocket(peer.release_socket(), std::move(request), std::move(received));
+    auto connection = co_await acceptWebSocket(peer.release_socket(), state->clock, std::move(request),
+                                               std::move(received));
     if (connection && !state->isCancelled) state->onConnection(std::move(connection));
 }
 
-ApiServer::ApiServer(asio::any_io_executor executor, std::uint16_t port, RequestHandler onRequest,
-                     ConnectionHandler onConnection)
-    : state_(std::make_shared<State>(executor, std::move(onRequest), std::move(onConnection))) {
+ApiServer::ApiServer(asio::any_io_executor executor, Clock& clock, std::uint16_t port,
+                     RequestHandler onRequest, ConnectionHandler onConnection)
+    : state_(std::make_shared<State>(executor, clock, std::move(onRequest), std::move(onConnection))) {
     try {
         state_->listen(port);
     } catch (const boost::system::system_error& error) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
@@ -27,9 +28,9 @@ class ApiServer {
     using ConnectionHandler = std::function<void(std::shared_ptr<WebSocketConnection>)>;
 
     /// Listens at once; the system chooses the port if it is 0. Throws `NetworkError::listenFailed`, for
-    /// example when the port is in use.
-    ApiServer(boost::asio::any_io_executor executor, std::uint16_t port, RequestHandler onRequest,
-              ConnectionHandler onConnection);
+    /// example when the port is in use. `clock` must outlive all that runs on `executor`.
+    ApiServer(boost::asio::any_io_executor executor, Clock& clock, std::uint16_t port,
+              RequestHandler onRequest, ConnectionHandler onConnection);
 
     ApiServer(const ApiServer&) = delete;
     ApiServer& operator=(const ApiServer&) = delete;

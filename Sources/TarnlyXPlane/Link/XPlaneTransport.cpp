@@ -11,15 +11,16 @@ namespace {
 
 class NetworkTransport final : public XPlaneTransport {
   public:
-    explicit NetworkTransport(boost::asio::any_io_executor executor) : executor_(std::move(executor)) {}
+    NetworkTransport(boost::asio::any_io_executor executor, Clock& clock)
+        : executor_(std::move(executor)), clock_(clock) {}
 
     Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
                              std::chrono::milliseconds timeout) override {
-        return fetchHttp(std::move(endpoint), std::move(request), timeout);
+        return fetchHttp(clock_, std::move(endpoint), std::move(request), timeout);
     }
 
     std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) override {
-        return tarnly::openWebSocket(executor_, std::move(endpoint), std::move(target));
+        return tarnly::openWebSocket(executor_, clock_, std::move(endpoint), std::move(target));
     }
 
     Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) override {
@@ -28,12 +29,13 @@ class NetworkTransport final : public XPlaneTransport {
 
   private:
     boost::asio::any_io_executor executor_;
+    Clock& clock_;
 };
 
 } // namespace
 
-std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor) {
-    return std::make_shared<NetworkTransport>(std::move(executor));
+std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor, Clock& clock) {
+    return std::make_shared<NetworkTransport>(std::move(executor), clock);
 }
 
 } // namespace tarnly

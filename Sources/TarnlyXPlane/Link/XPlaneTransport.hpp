@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
@@ -29,7 +30,8 @@ class XPlaneTransport {
     virtual Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) = 0;
 };
 
-/// The transport over real sockets, which live on `executor`, that of the network thread.
-std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor);
+/// The transport over real sockets, which live on `executor`, that of the network thread. `clock` must
+/// outlive all that runs there.
+std::shared_ptr<XPlaneTransport> makeNetworkTransport(boost::asio::any_io_executor executor, Clock& clock);
 
 } // namespace tarnly

@@ -13,7 +13,8 @@ using Kind = WebSocketConnection::Kind;
 class CompanionSessionTest : public testing::Test {
   public:
     boost::asio::io_context io;
-    test::LoopbackListener listener{io};
+    SystemClock clock;
+    test::LoopbackListener listener{io, clock};
     CompanionSession session{io.get_executor(), listener.openClient(), {{}, std::chrono::seconds(60)}};
     std::shared_ptr<WebSocketConnection> companion = test::runTask(io, listener.accept());
 
@@ -101,7 +102,8 @@ TEST_F(CompanionSessionTest, APairingThatIsNotUnderstoodIsRefused) {
 
 TEST(CompanionSessionDeadline, ASilentCompanionIsGivenUp) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io);
+    SystemClock clock;
+    test::LoopbackListener listener(io, clock);
     CompanionSession session(io.get_executor(), listener.openClient(), {{}, std::chrono::milliseconds(20)});
     try {
         test::runTask(io, session.request(MessageType::simInfo));

@@ -37,6 +37,7 @@ class RecordingFollowerTest : public testing::Test {
 
     /// Follows until `shownAtEnd` lines were shown.
     void follow(std::size_t shownAtEnd) {
+        SystemClock clock;
         boost::asio::io_context io;
         std::optional<RecordingFollower> follower;
         RecordingFollower::Listener listener;
@@ -47,7 +48,8 @@ class RecordingFollowerTest : public testing::Test {
             if (shown.size() == shownAtEnd) follower->end();
         };
         listener.remark = [&](const std::string& text) { remarks.push_back(text); };
-        follower.emplace(io.get_executor(), Endpoint{"127.0.0.1", companion.port()}, options, listener);
+        follower.emplace(io.get_executor(), clock, Endpoint{"127.0.0.1", companion.port()}, options,
+                         listener);
         test::runTask(io, follower->run());
         follower->end();
         io.run();

@@ -26,7 +26,7 @@ class ScriptedCompanion {
 
     explicit ScriptedCompanion(Script script)
         : script_(std::move(script)),
-          listener_(io_.get_executor(), options(),
+          listener_(io_.get_executor(), clock_, options(),
                     [this](std::shared_ptr<WebSocketConnection> connection) {
                         boost::asio::co_spawn(io_, serve(this, std::move(connection)), boost::asio::detached);
                     }),
@@ -87,8 +87,9 @@ class ScriptedCompanion {
 
     Script script_;
     Guarded<std::vector<std::string>> received_;
+    SystemClock clock_;
     boost::asio::io_context io_;
-    WebSocketListener listener_; // depends-on: io_
+    WebSocketListener listener_; // depends-on: clock_, io_
     std::thread thread_;         // depends-on: all
 };
 

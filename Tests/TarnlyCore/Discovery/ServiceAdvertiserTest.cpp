@@ -14,9 +14,10 @@ using testing::Pair;
 
 struct ServiceAdvertiserTest : testing::Test {
     boost::asio::io_context io;
+    SystemClock clock;
     std::vector<PublishedService> published;
     std::weak_ptr<int> publication;
-    ServiceAdvertiser advertiser{io.get_executor(), [this](PublishedService service) {
+    ServiceAdvertiser advertiser{io.get_executor(), clock, [this](PublishedService service) {
                                      published.push_back(std::move(service));
                                      auto token = std::make_shared<int>();
                                      publication = token;
@@ -73,21 +74,21 @@ TEST_F(ServiceAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
 
 TEST_F(ServiceAdvertiserTest, APortInUseFailsAndPublishesNothing) {
     start({"rig42", 0, "xplane", "0.1", false});
-    ServiceAdvertiser second(io.get_executor(), nullptr);
+    ServiceAdvertiser second(io.get_executor(), clock, nullptr);
     ServiceAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
     EXPECT_THROW(test::runTask(io, second.start(service, {})), NetworkError);
     EXPECT_FALSE(second.advertisedPort());
 }
 
-Task<bool> isClosedAtOnce(boost::asio::io_context& io, std::uint16_t port) {
-    const auto client = openWebSocket(io.get_executor(), {"127.0.0.1", port}, "/");
+Task<bool> isClosedAtOnce(boost::asio::io_context& io, Clock& clock, std::uint16_t port) {
+    const auto client = openWebSocket(io.get_executor(), clock, {"127.0.0.1", port}, "/");
     const auto message = co_await client->receive();
     co_return !message;
 }
 
 TEST_F(ServiceAdvertiserTest, WithoutAHandlerConnectionsAreClosedAtOnce) {
     start({"rig42", 0, "xplane", "0.1", false});
-    EXPECT_TRUE(test::runTask(io, isClosedAtOnce(io, *advertiser.advertisedPort())));
+    EXPECT_TRUE(test::runTask(io, isClosedAtOnce(io, clock, *advertiser.advertisedPort())));
 }
 
 } // namespace

@@ -35,9 +35,11 @@ Task<std::optional<HttpResponse>> mirror(HttpRequest request, bool) {
 
 TEST(HttpClient, SendsARequestAndReturnsTheResponseWhateverItsStatus) {
     boost::asio::io_context io;
+    SystemClock clock;
     test::LoopbackHttpServer server(io, mirror);
     HttpRequest request{"POST", "/a/b?c", {{"Accept", "application/json"}}, "body"};
-    const auto response = test::runTask(io, fetchHttp(server.endpoint(), std::move(request), patience));
+    const auto response =
+        test::runTask(io, fetchHttp(clock, server.endpoint(), std::move(request), patience));
     EXPECT_EQ(response.status, 503U);
     EXPECT_EQ(response.contentType, "text/x-mirror");
     EXPECT_EQ(response.body, "POST /a/b?c application/json " + describe(server.endpoint()) + " body");
@@ -49,8 +51,9 @@ Task<std::optional<HttpResponse>> answerAtLength(HttpRequest, bool) {
 
 TEST(HttpClient, TakesALongResponse) {
     boost::asio::io_context io;
+    SystemClock clock;
     test::LoopbackHttpServer server(io, answerAtLength);
-    const auto response = test::runTask(io, fetchHttp(server.endpoint(), HttpRequest{}, patience));
+    const auto response = test::runTask(io, fetchHttp(clock, server.endpoint(), HttpRequest{}, patience));
     EXPECT_EQ(response.body.size(), 20U * 1024 * 1024);
 }
 
@@ -67,11 +70,12 @@ Task<> serveOnce(tcp::acceptor& acceptor, std::string bytes, bool silent) {
 
 NetworkError::Case failureOf(std::string bytes, bool silent, std::chrono::milliseconds timeout) {
     boost::asio::io_context io;
+    SystemClock clock;
     tcp::acceptor acceptor(io, {boost::asio::ip::address_v4::loopback(), 0});
     boost::asio::co_spawn(io, serveOnce(acceptor, std::move(bytes), silent), boost::asio::detached);
     const Endpoint endpoint{"127.0.0.1", acceptor.local_endpoint().port()};
     try {
-        test::runTask(io, fetchHttp(endpoint, HttpRequest{}, timeout));
+        test::runTask(io, fetchHttp(clock, endpoint, HttpRequest{}, timeout));
     } catch (const NetworkError& error) {
         return error.which();
     }
@@ -92,11 +96,12 @@ TEST(HttpClient, TellsFailuresApart) {
 
 TEST(HttpClient, ARefusedConnectionSaysWhere) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io);
+    SystemClock clock;
+    test::LoopbackListener listener(io, clock);
     const auto nobody = listener.endpoint();
     listener.listener().cancel();
     try {
-        test::runTask(io, fetchHttp(nobody, HttpRequest{}, patience));
+        test::runTask(io, fetchHttp(clock, nobody, HttpRequest{}, patience));
         FAIL() << "somebody answered";
     } catch (const NetworkError& error) {
         EXPECT_EQ(std::string(error.what()),

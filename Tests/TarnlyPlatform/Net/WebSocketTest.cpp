@@ -19,7 +19,8 @@ constexpr unsigned finalBinary = 0x82;
 
 struct WebSocketTest : testing::Test {
     boost::asio::io_context io;
-    test::LoopbackListener listener{io};
+    SystemClock clock;
+    test::LoopbackListener listener{io, clock};
 
     void run(Task<> scenario) { test::runTask(io, std::move(scenario)); }
 };
@@ -101,8 +102,8 @@ Task<> closeInOrder(test::LoopbackListener& listener) {
 
 TEST_F(WebSocketTest, CancelSendsWhatWasSentAndClosesInOrder) { run(closeInOrder(listener)); }
 
-Task<> failToConnect(boost::asio::io_context& io, Endpoint nobody) {
-    const auto client = openWebSocket(io.get_executor(), nobody, "/");
+Task<> failToConnect(boost::asio::io_context& io, Clock& clock, Endpoint nobody) {
+    const auto client = openWebSocket(io.get_executor(), clock, nobody, "/");
     client->send("hello", Kind::awaited);
     const auto message = co_await client->receive();
     EXPECT_FALSE(message);
@@ -115,7 +116,7 @@ Task<> failToConnect(boost::asio::io_context& io, Endpoint nobody) {
 TEST_F(WebSocketTest, AFailedConnectionSaysWhy) {
     const auto nobody = listener.endpoint();
     listener.listener().cancel();
-    run(failToConnect(io, nobody));
+    run(failToConnect(io, clock, nobody));
 }
 
 Task<> speakRaw(boost::asio::io_context& io, test::LoopbackListener& listener) {

@@ -36,7 +36,7 @@ Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::
 class ApiServerTest : public testing::Test {
   protected:
     void start(ApiServer::RequestHandler onRequest = echo) {
-        server.emplace(io.get_executor(), 0, std::move(onRequest),
+        server.emplace(io.get_executor(), clock, 0, std::move(onRequest),
                        [this](std::shared_ptr<WebSocketConnection> connection) {
                            connections.push_back(std::move(connection));
                        });
@@ -55,7 +55,7 @@ class ApiServerTest : public testing::Test {
     HttpResponse get(std::string target) {
         HttpRequest request;
         request.target = std::move(target);
-        return test::runTask(io, fetchHttp(endpoint(), std::move(request), patience));
+        return test::runTask(io, fetchHttp(clock, endpoint(), std::move(request), patience));
     }
 
     std::string wire(std::string bytes) {
@@ -65,6 +65,7 @@ class ApiServerTest : public testing::Test {
     static Task<std::optional<HttpResponse>> respond(HttpResponse response) { co_return response; }
 
     boost::asio::io_context io;
+    SystemClock clock;
     std::vector<HttpRequest> requests;
     std::vector<std::shared_ptr<WebSocketConnection>> connections;
     std::optional<ApiServer> server;
@@ -175,7 +176,7 @@ TEST_F(ApiServerTest, HandsOverWhatHasBecomeAWebSocket) {
 TEST_F(ApiServerTest, ServesTheLoopbackAddressAlone) {
     start();
     try {
-        test::runTask(io, fetchHttp({"::1", server->port()}, HttpRequest{}, patience));
+        test::runTask(io, fetchHttp(clock, {"::1", server->port()}, HttpRequest{}, patience));
         FAIL() << "somebody answered";
     } catch (const NetworkError& error) {
         EXPECT_EQ(error.which(), NetworkError::Case::connectionFailed);
@@ -185,7 +186,7 @@ TEST_F(ApiServerTest, ServesTheLoopbackAddressAlone) {
 TEST_F(ApiServerTest, APortInUseIsAClearError) {
     start();
     try {
-        ApiServer second(io.get_executor(), server->port(), echo, {});
+        ApiServer second(io.get_executor(), clock, server->port(), echo, {});
         FAIL() << "the port was free";
     } catch (const NetworkError& error) {
         EXPECT_EQ(std::string(error.what()),

@@ -31,8 +31,9 @@ class NetworkTransportTest : public testing::Test {
                 simulatorSide = connection;
                 boost::asio::co_spawn(io, serve(connection), boost::asio::detached);
             });
-        backend = std::make_shared<XPlaneBackend>(io.get_executor(), server->endpoint(),
-                                                  makeNetworkTransport(io.get_executor()), clock, workers);
+        backend =
+            std::make_shared<XPlaneBackend>(io.get_executor(), server->endpoint(),
+                                            makeNetworkTransport(io.get_executor(), clock), clock, workers);
     }
 
     Task<std::optional<HttpResponse>> answer(HttpRequest request, bool isUpgrade) {
@@ -179,7 +180,7 @@ TEST_F(NetworkTransportTest, EventLoopMayEndWithTheReceiveLoopWaiting) {
 TEST_F(NetworkTransportTest, DatagramsAreSent) {
     using boost::asio::ip::udp;
     udp::socket receiver(io, udp::endpoint(boost::asio::ip::address_v4::loopback(), 0));
-    const auto transport = makeNetworkTransport(io.get_executor());
+    const auto transport = makeNetworkTransport(io.get_executor(), clock);
     const Endpoint endpoint{"127.0.0.1", receiver.local_endpoint().port()};
     run(transport->sendDatagram(endpoint, std::vector<std::byte>(161, std::byte{7})));
     std::vector<std::byte> bytes(1000);

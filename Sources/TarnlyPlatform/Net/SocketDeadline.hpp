@@ -1,0 +1,34 @@
+#pragma once
+
+#include <boost/asio/ip/tcp.hpp>
+#include <memory>
+
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
+
+namespace tarnly {
+
+/// Closes a socket when its time is over, so that whoever waits for the peer waits no longer.
+///
+/// A member of who talks over the socket. Belongs to the network thread.
+class SocketDeadline {
+  public:
+    /// `clock` must outlive all that runs on the socket's executor.
+    SocketDeadline(Clock& clock, std::shared_ptr<boost::asio::ip::tcp::socket> socket);
+
+    /// From now on, whatever was said before.
+    void expireAfter(Clock::Duration patience);
+
+    /// The peer may take as long as it likes.
+    void cancel() { timer_.cancel(); }
+
+    bool hasExpired() const { return *hasExpired_; }
+
+  private:
+    Clock& clock_;
+    const std::shared_ptr<boost::asio::ip::tcp::socket> socket_;
+    const std::shared_ptr<bool> hasExpired_ = std::make_shared<bool>(false);
+    TaskGroup timer_;
+};
+
+} // namespace tarnly

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+#include "Support/LoopbackListener.hpp"
+#include "Support/RawPeer.hpp"
+#include "Support/RunTask.hpp"
+#include "Support/VirtualClock.hpp"
+#include "TarnlyPlatform/Net/HttpClient.hpp"
+
+/// How long the network waits for a peer: real sockets, and a clock that the test turns.
+namespace tarnly {
+namespace {
+
+using namespace std::chrono_literals;
+using boost::asio::ip::tcp;
+using Kind = WebSocketConnection::Kind;
+
+constexpr auto aMoment = 1ms;
+
+struct NetworkLimitsTest : testing::Test {
+    boost::asio::io_context io;
+    test::VirtualClock clock;
+    test::LoopbackListener listener{io, clock};
+    test::RawPeer peer{io};
+    /// Takes connections, and never says a word.
+    tcp::acceptor silent{io, {boost::asio::ip::address_v4::loopback(), 0}};
+
+    Endpoint silentEndpoint() { return {"127.0.0.1", silent.local_endpoint().port()}; }
+
+    std::shared_ptr<WebSocketConnection> upgraded() {
+        test::runTask(io, peer.upgrade(listener.endpoint()));
+        return test::runTask(io, listener.accept());
+    }
+
+    /// Lets the sockets do what they can do now.
+    void work() {
+        io.restart();
+        io.run_for(50ms);
+    }
+
+    void workUntil(const std::function<bool()>& condition) {
+        const auto deadline = std::chrono::steady_clock::now() + 60s;
+        while (!condition() && std::chrono::steady_clock::now() < deadline) {
+            io.restart();
+            io.run_for(1ms);
+        }
+        EXPECT_TRUE(condition());
+    }
+
+    /// Whether the other side has ended the peer's connection.
+    bool isPeerDropped() {
+        char byte = 0;
+        boost::system::error_code error;
+        peer.socket().non_blocking(true);
+        peer.socket().receive(boost::asio::buffer(&byte, 1), 0, error);
+        return error && error != boost::asio::error::would_block;
+    }
+};
+
+TEST_F(NetworkLimitsTest, APeerHasTenSecondsToSendItsRequest) {
+    test::runTask(io, peer.connect(listener.endpoint()));
+    workUntil([this] { return clock.sleeping() == 1; });
+    clock.advance(io, 10s - aMoment);
+    EXPECT_FALSE(isPeerDropped());
+    clock.advance(io, aMoment);
+    workUntil([this] { return isPeerDropped(); });
+}
+
+TEST_F(NetworkLimitsTest, AServerHasTenSecondsToOpenAWebSocket) {
+    const auto connection = openWebSocket(io.get_executor(), clock, silentEndpoint(), "/");
+    work();
+    clock.advance(io, 10s - aMoment);
+    EXPECT_FALSE(connection->failure());
+    clock.advance(io, aMoment);
+    ASSERT_TRUE(connection->failure());
+    EXPECT_EQ(connection->failure()->which(), NetworkError::Case::timedOut);
+}
+
+TEST_F(NetworkLimitsTest, AServerHasTheGivenTimeToAnswerARequest) {
+    std::optional<NetworkError> failure;
+    auto note = [&](const std::exception_ptr& error, const HttpResponse&) {
+        try {
+            std::rethrow_exception(error);
+        } catch (const NetworkError& networkError) {
+            failure = networkError;
+        }
+    };
+    boost::asio::co_spawn(io, fetchHttp(clock, silentEndpoint(), HttpRequest{}, 3s), note);
+    work();
+    clock.advance(io, 3s - aMoment);
+    work();
+    EXPECT_FALSE(failure);
+    clock.advance(io, aMoment);
+    workUntil([&] { return failure.has_value(); });
+    EXPECT_EQ(failure->which(), NetworkError::Case::timedOut);
+}
+
+TEST_F(NetworkLimitsTest, APeerThatTakesNothingForFifteenSecondsIsCut) {
+    const auto connection = upgraded();
+    connection->send(std::string(32 * 1024 * 1024, 'x'), Kind::awaited);
+    work();
+    clock.advance(io, 15s - aMoment);
+    EXPECT_FALSE(connection->failure());
+    clock.advance(io, aMoment);
+    ASSERT_TRUE(connection->failure());
+    EXPECT_EQ(connection->failure()->which(), NetworkError::Case::timedOut);
+}
+
+TEST_F(NetworkLimitsTest, APeerThatReadsOnAtLeastOnceInFifteenSecondsStays) {
+    const auto connection = upgraded();
+    connection->send(std::string(32 * 1024 * 1024, 'x'), Kind::awaited);
+    for (int i = 0; i < 3; ++i) {
+        work();
+        clock.advance(io, 14s);
+        test::runTask(io, peer.read(8 * 1024 * 1024));
+    }
+    EXPECT_FALSE(connection->failure());
+}
+
+TEST_F(NetworkLimitsTest, APeerHasHalfASecondToAnswerTheClose) {
+    const auto connection = upgraded();
+    bool hasEnded = false;
+    boost::asio::co_spawn(io, connection->receive(), [&](const std::exception_ptr&, const auto&) { hasEnded = true; });
+    connection->cancel();
+    work();
+    clock.advance(io, 500ms - aMoment);
+    EXPECT_FALSE(hasEnded);
+    clock.advance(io, aMoment);
+    EXPECT_TRUE(hasEnded);
+}
+
+TEST_F(NetworkLimitsTest, NobodyWaitsForAConnectionThatIsThere) {
+    const auto connection = upgraded();
+    work();
+    EXPECT_EQ(clock.sleeping(), 0U);
+    clock.advance(io, 24h);
+    EXPECT_FALSE(connection->failure());
+}
+
+} // namespace
+} // namespace tarnly
