@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Files/Folders.hpp"
-#include "TarnlyPlatform/Login/AutostartEntry.hpp"
+#include "TarnlyPlatform/Login/AutostartXdg.hpp"
 
 namespace tarnly {
 namespace {

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 

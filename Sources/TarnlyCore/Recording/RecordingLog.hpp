@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <system_error>
 
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 namespace tarnly {

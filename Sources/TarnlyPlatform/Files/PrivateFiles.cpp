@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 namespace {

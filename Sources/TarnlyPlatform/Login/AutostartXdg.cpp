@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Login/AutostartEntry.hpp"
+#include "TarnlyPlatform/Login/AutostartXdg.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 #include "TarnlyPlatform/Files/FileReplacement.hpp"
 #include "TarnlyPlatform/Login/DesktopEntry.hpp"
 

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Files/FileDescriptor.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

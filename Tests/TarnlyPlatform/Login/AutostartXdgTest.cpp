@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Login/AutostartEntry.hpp"
+#include "TarnlyPlatform/Login/AutostartXdg.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
