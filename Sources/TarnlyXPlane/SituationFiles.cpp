@@ -1,33 +1,19 @@
 #include "TarnlyXPlane/SituationFiles.hpp"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <system_error>
 
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// Of a link its own date, so that one that leads nowhere does not spoil the listing.
-Date modificationDate(const fs::path& path) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) != 0)
-        throw fs::filesystem_error("cannot read attributes", path,
-                                   std::error_code(errno, std::generic_category()));
-    const auto sinceEpoch =
-        std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
-    return {std::chrono::sys_time<std::chrono::nanoseconds>(sinceEpoch)};
-}
-
 FlightListing listing(const fs::path& path) {
     return {wellFormedUtf8(path.stem().string()), wellFormedUtf8(fs::absolute(path).string()),
-            modificationDate(path)};
+            Date{modificationTime(path)}};
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -27,8 +28,13 @@ void QuitSignals::block() {
     ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
-QuitSignals::QuitSignals() : signals_(openSignals()), notifier_(signals_.number(), QSocketNotifier::Read) {
+QuitSignals::QuitSignals() : signals_(openSignals()), notifier_(signals_, QSocketNotifier::Read) {
     connect(&notifier_, &QSocketNotifier::activated, this, &QuitSignals::received);
+}
+
+QuitSignals::~QuitSignals() {
+    notifier_.setEnabled(false);
+    ::close(signals_);
 }
 
 } // namespace tarnly

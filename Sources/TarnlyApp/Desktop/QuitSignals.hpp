@@ -3,8 +3,6 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-#include "TarnlyPlatform/Files/File.hpp"
-
 namespace tarnly {
 
 /// Turns SIGINT and SIGTERM into events of the main thread.
@@ -16,12 +14,13 @@ class QuitSignals : public QObject {
     static void block();
 
     QuitSignals();
+    ~QuitSignals() override;
 
   signals:
     void received();
 
   private:
-    FileDescriptor signals_;
+    const int signals_; // a file descriptor, its own
     QSocketNotifier notifier_;
 };
 

@@ -1,14 +1,11 @@
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
 #include <ctime>
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
@@ -55,10 +52,7 @@ std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
 }
 
 std::optional<RecordingLog> RecordingLog::create(const std::filesystem::path& file) {
-    // Making the file anew gives it our mode, and never opens a pipe or what a link points to.
-    ::unlink(file.c_str());
-    FileDescriptor created(
-        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    auto created = createFreshPrivateFile(file);
     if (!created.isOpen()) return std::nullopt;
     return RecordingLog(std::move(created));
 }

@@ -54,11 +54,11 @@ class RecordingLog {
     void append(const LogLine& line);
 
   private:
-    explicit RecordingLog(FileDescriptor file) : file_(std::move(file)) {}
+    explicit RecordingLog(File file) : file_(std::move(file)) {}
 
     void write(std::string_view text);
 
-    FileDescriptor file_;
+    File file_;
     /// False while the end of the file is a line that could not be written to its end.
     bool endsWithLineFeed_ = true;
 };

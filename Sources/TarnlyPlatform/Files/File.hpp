@@ -1,26 +1,40 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace tarnly {
 
-/// Owns an open file of the operating system, and closes it.
-class FileDescriptor {
+/// Owns an open regular file, and closes it. Where a call fails, `errno` tells why. Belongs to one thread at
+/// a time.
+class File {
   public:
-    FileDescriptor() = default;
-    /// Negative: none.
-    explicit FileDescriptor(int number) : number_(number) {}
+    enum class Mode {
+        /// For reading what is there.
+        read,
+        /// For writing over what is there, from its start on. Made for its owner only where it is missing.
+        overwrite,
+        /// For writing to the end of a new file, made for its owner only. What is there is left alone, and is
+        /// a failure.
+        createAndAppend
+    };
 
-    FileDescriptor(FileDescriptor&& other) noexcept;
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept;
-    ~FileDescriptor();
+    /// None.
+    File() = default;
 
-    bool isOpen() const { return number_ >= 0; }
-    int number() const { return number_; }
+    /// Anything but a regular file in its place, such as a pipe, is neither opened nor waited for.
+    static File open(const std::filesystem::path& path, Mode mode);
+
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
+    ~File();
+
+    bool isOpen() const { return handle_ >= 0; }
 
     /// How many bytes of `text` the file took: fewer than all when the disk is full or fails.
     std::size_t write(std::string_view text) const;
@@ -28,12 +42,41 @@ class FileDescriptor {
     /// All that is left to read; absent when that is more than `limit` bytes or cannot be read.
     std::optional<std::string> readUpTo(std::size_t limit) const;
 
+    /// Cuts off what the file has beyond `size` bytes; says whether that was possible.
+    bool truncate(std::size_t size) const;
+
+    /// Waits until the disk has what was written; says whether it has.
+    bool flush() const;
+
+    /// Takes other people's access away; says whether nobody else has any now.
+    bool closeToOthers() const;
+
   private:
-    int number_ = -1;
+    friend struct NewFile;
+    /// Negative: none.
+    explicit File(int handle) : handle_(handle) {}
+
+    int handle_ = -1;
 };
 
-/// Opens a regular file, which becomes its owner's only where `flags` have it created. Anything else in its
-/// place, such as a pipe, is neither opened nor waited for.
-FileDescriptor openPlainFile(const std::filesystem::path& file, int flags);
+/// A file that has just been made, for its owner only.
+struct NewFile {
+    std::filesystem::path path;
+    File file;
+
+    /// A hidden one in the folder of `target`, thus on its file system, under a name that nothing had. Throws
+    /// `std::system_error`.
+    static NewFile beside(const std::filesystem::path& target);
+};
+
+/// Makes the folder for its owner only; nothing where it is there already or cannot be made.
+void createPrivateFolder(const std::filesystem::path& folder);
+
+/// Removes a file or a link, never a folder. No error where there is none.
+std::error_code removeFile(const std::filesystem::path& file);
+
+/// When the file was changed last. Of a link its own date, so that one that leads nowhere has one. Throws
+/// `std::filesystem::filesystem_error`.
+std::chrono::sys_time<std::chrono::nanoseconds> modificationTime(const std::filesystem::path& path);
 
 } // namespace tarnly

@@ -1,29 +1,55 @@
-#include "TarnlyPlatform/Files/File.hpp"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <utility>
 
+#include "TarnlyPlatform/Files/File.hpp"
+
 namespace tarnly {
+namespace {
 
-FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+int flagsFor(File::Mode mode) {
+    switch (mode) {
+        case File::Mode::read:
+            return O_RDONLY;
+        case File::Mode::overwrite:
+            return O_WRONLY | O_CREAT;
+        case File::Mode::createAndAppend:
+            return O_WRONLY | O_CREAT | O_EXCL | O_APPEND;
+    }
+    return O_RDONLY;
+}
 
-FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
-    std::swap(number_, other.number_);
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+} // namespace
+
+File File::open(const std::filesystem::path& path, Mode mode) {
+    constexpr int neverWaits = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    File opened(::open(path.c_str(), flagsFor(mode) | neverWaits, S_IRUSR | S_IWUSR));
+    struct stat status {};
+    if (!opened.isOpen() || ::fstat(opened.handle_, &status) != 0 || !S_ISREG(status.st_mode)) return {};
+    return opened;
+}
+
+File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+
+File& File::operator=(File&& other) noexcept {
+    std::swap(handle_, other.handle_);
     return *this;
 }
 
-FileDescriptor::~FileDescriptor() {
-    if (isOpen()) ::close(number_);
+File::~File() {
+    if (isOpen()) ::close(handle_);
 }
 
-std::size_t FileDescriptor::write(std::string_view text) const {
+std::size_t File::write(std::string_view text) const {
     std::size_t written = 0;
     while (written < text.size()) {
-        const auto count = ::write(number_, text.data() + written, text.size() - written);
+        const auto count = ::write(handle_, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         written += static_cast<std::size_t>(count);
@@ -31,11 +57,11 @@ std::size_t FileDescriptor::write(std::string_view text) const {
     return written;
 }
 
-std::optional<std::string> FileDescriptor::readUpTo(std::size_t limit) const {
+std::optional<std::string> File::readUpTo(std::size_t limit) const {
     std::string content(limit + 1, '\0');
     std::size_t size = 0;
     while (size < content.size()) {
-        const auto count = ::read(number_, content.data() + size, content.size() - size);
+        const auto count = ::read(handle_, content.data() + size, content.size() - size);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return std::nullopt;
         if (count == 0) break;
@@ -46,11 +72,38 @@ std::optional<std::string> FileDescriptor::readUpTo(std::size_t limit) const {
     return content;
 }
 
-FileDescriptor openPlainFile(const std::filesystem::path& file, int flags) {
-    FileDescriptor opened(::open(file.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+bool File::truncate(std::size_t size) const { return ::ftruncate(handle_, static_cast<off_t>(size)) == 0; }
+
+bool File::flush() const { return ::fsync(handle_) == 0; }
+
+bool File::closeToOthers() const {
     struct stat status {};
-    if (!opened.isOpen() || ::fstat(opened.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    return opened;
+    if (::fstat(handle_, &status) != 0) return false;
+    if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return true;
+    return ::fchmod(handle_, status.st_mode & S_IRWXU) == 0;
+}
+
+NewFile NewFile::beside(const std::filesystem::path& target) {
+    auto name = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+    File file(::mkostemp(name.data(), O_CLOEXEC));
+    if (!file.isOpen()) throw std::system_error(lastError());
+    return {name, std::move(file)};
+}
+
+void createPrivateFolder(const std::filesystem::path& folder) { ::mkdir(folder.c_str(), S_IRWXU); }
+
+std::error_code removeFile(const std::filesystem::path& file) {
+    if (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return {};
+    return lastError();
+}
+
+std::chrono::sys_time<std::chrono::nanoseconds> modificationTime(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0)
+        throw std::filesystem::filesystem_error("cannot read attributes", path, lastError());
+    const std::chrono::seconds seconds(status.st_mtim.tv_sec);
+    return std::chrono::sys_time<std::chrono::nanoseconds>(seconds +
+                                                           std::chrono::nanoseconds(status.st_mtim.tv_nsec));
 }
 
 } // namespace tarnly

@@ -1,10 +1,7 @@
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include "TarnlyPlatform/Files/File.hpp"
+#include <cerrno>
+#include <system_error>
 
 namespace tarnly {
 namespace {
@@ -12,13 +9,31 @@ namespace {
 /// More than any settings take.
 constexpr std::size_t largestFile = 1024 * 1024;
 
-/// Whether nobody else has access to the file any more.
-bool closeToOthers(const FileDescriptor& file) {
-    struct stat status {};
-    if (::fstat(file.number(), &status) != 0) return false;
-    if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return true;
-    return ::fchmod(file.number(), status.st_mode & S_IRWXU) == 0;
-}
+/// A file beside the one that it is to replace; removed unless it took its place.
+class Replacement {
+  public:
+    explicit Replacement(const std::filesystem::path& target) : made_(NewFile::beside(target)) {}
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
+        if (!isInPlace_) removeFile(made_.path);
+    }
+
+    void write(std::string_view content) {
+        if (made_.file.write(content) != content.size() || !made_.file.flush())
+            throw std::system_error(errno, std::generic_category());
+    }
+
+    void moveTo(const std::filesystem::path& target) {
+        made_.file = {}; // some systems move no open file
+        std::filesystem::rename(made_.path, target);
+        isInPlace_ = true;
+    }
+
+  private:
+    NewFile made_;
+    bool isInPlace_ = false;
+};
 
 } // namespace
 
@@ -26,23 +41,35 @@ void createPrivateFolders(const std::filesystem::path& folder) {
     std::filesystem::path reached;
     for (const auto& name : folder) {
         reached /= name;
-        ::mkdir(reached.c_str(), S_IRWXU);
+        createPrivateFolder(reached);
     }
 }
 
+File createFreshPrivateFile(const std::filesystem::path& file) {
+    // Making the file anew gives it our mode, and never opens a pipe or what a link points to.
+    removeFile(file);
+    return File::open(file, File::Mode::createAndAppend);
+}
+
 std::optional<std::string> readPrivateFile(const std::filesystem::path& file) {
-    const auto opened = openPlainFile(file, O_RDONLY);
+    const auto opened = File::open(file, File::Mode::read);
     if (!opened.isOpen()) return std::nullopt;
-    closeToOthers(opened);
+    opened.closeToOthers();
     return opened.readUpTo(largestFile);
 }
 
 bool overwritePrivateFile(const std::filesystem::path& file, std::string_view text) {
-    const auto opened = openPlainFile(file, O_WRONLY | O_CREAT);
-    if (!opened.isOpen() || !closeToOthers(opened)) return false;
+    const auto opened = File::open(file, File::Mode::overwrite);
+    if (!opened.isOpen() || !opened.closeToOthers()) return false;
     // Cut off behind the text, not emptied before it: a disk that has become full takes nothing away.
-    return opened.write(text) == text.size() &&
-           ::ftruncate(opened.number(), static_cast<off_t>(text.size())) == 0;
+    return opened.write(text) == text.size() && opened.truncate(text.size());
+}
+
+void replaceFile(const std::filesystem::path& file, std::string_view content) {
+    createPrivateFolders(file.parent_path());
+    Replacement replacement(file);
+    replacement.write(content);
+    replacement.moveTo(file);
 }
 
 } // namespace tarnly

@@ -5,11 +5,18 @@
 #include <string>
 #include <string_view>
 
+#include "TarnlyPlatform/Files/File.hpp"
+
+/// Files that only the person may read: settings, recordings and the like. Blocking; safe from any thread.
 namespace tarnly {
 
 /// Creates `folder` and the folders above it where they are missing, for their owner only. What fails here
 /// shows when a file is to be created there.
 void createPrivateFolders(const std::filesystem::path& folder);
+
+/// A new empty file for its owner only, to be written at its end, in place of whatever file was there; not
+/// open when that is not possible.
+File createFreshPrivateFile(const std::filesystem::path& file);
 
 /// The whole of a file, which is made its owner's only if it is not; absent when it cannot be read
 /// or has more than 1 MiB.
@@ -18,5 +25,10 @@ std::optional<std::string> readPrivateFile(const std::filesystem::path& file);
 /// Gives a file of its owner only the content `text`, in place; says whether that was possible. A full disk
 /// leaves the former content, and what others could read is not written to.
 bool overwritePrivateFile(const std::filesystem::path& file, std::string_view text);
+
+/// Puts `content` in the place of `file`, whole or not at all, even if the computer stops meanwhile. Only the
+/// person may read it. A symbolic link at `file` is replaced, not followed; missing folders are made, for
+/// their owner only. Throws `std::system_error`, and leaves nothing behind then but folders.
+void replaceFile(const std::filesystem::path& file, std::string_view content);
 
 } // namespace tarnly

@@ -1,10 +1,8 @@
 #include "TarnlyPlatform/Login/AutostartXdg.hpp"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <ranges>
@@ -14,7 +12,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Files/File.hpp"
-#include "TarnlyPlatform/Files/FileReplacement.hpp"
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Login/DesktopEntry.hpp"
 
 namespace tarnly {
@@ -23,7 +21,7 @@ namespace {
 constexpr std::size_t largestEntry = 64 * 1024; // bytes
 
 std::optional<DesktopEntry> readEntry(const std::filesystem::path& path) {
-    const auto file = openPlainFile(path, O_RDONLY);
+    const auto file = File::open(path, File::Mode::read);
     const auto text = file.isOpen() ? file.readUpTo(largestEntry) : std::nullopt;
     if (!text) return std::nullopt;
     return DesktopEntry::parse(*text);
@@ -98,8 +96,8 @@ void AutostartEntry::registerItem() {
 }
 
 void AutostartEntry::unregisterItem() {
-    if (unlink(file_.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;
-    const std::error_code error(errno, std::generic_category());
+    const auto error = removeFile(file_);
+    if (!error) return;
     throw LoginItemError(LoginItemError::Case::cannotRemove, file_.string() + ": " + error.message());
 }
 

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Files/FileReplacement.hpp"
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 #include <gtest/gtest.h>
 
