@@ -1,7 +1,9 @@
 find_package(Boost 1.81 REQUIRED COMPONENTS json)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(AVAHI_CLIENT REQUIRED IMPORTED_TARGET avahi-client)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    pkg_check_modules(AVAHI_CLIENT REQUIRED IMPORTED_TARGET avahi-client)
+endif()
 find_package(SQLite3 REQUIRED)
 find_package(CLI11 REQUIRED)
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "TarnlyApp/StatusText.hpp"
-#include "TarnlyPlatform/Files/Folders.hpp"
+#include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {

@@ -1,3 +1,5 @@
+#include "TarnlyPlatform/Files/File.hpp"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -5,8 +7,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <utility>
-
-#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,24 +1,21 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 namespace tarnly {
 
-/// The application's own folder for settings and recordings: "Tarnly" in `$XDG_DATA_HOME` where that is an
-/// absolute path, else in `~/.local/share` (XDG Base Directory). Need not exist. Throws `std::runtime_error`
-/// for a person without a home folder.
+/// The application's own folder for settings and recordings: "Tarnly" where the desktop has such folders;
+/// with XDG Base Directory, in `$XDG_DATA_HOME` where that is an absolute path, else in `~/.local/share`.
+/// Need not exist. Throws `std::runtime_error` for a person without a home folder.
 std::filesystem::path applicationSupportFolder();
 
-/// The folder for configuration files of all applications: `$XDG_CONFIG_HOME` where that is an absolute path,
-/// else `~/.config`. Need not exist. Throws `std::runtime_error` for a person without a home folder.
+/// The folder for configuration files of all applications; with XDG, `$XDG_CONFIG_HOME` where that is an
+/// absolute path, else `~/.config`. Need not exist. Throws `std::runtime_error` for a person without a home
+/// folder.
 std::filesystem::path configurationFolder();
 
 /// The absolute path of the running program's file. Still that path after an update has replaced the file.
 /// Throws `std::runtime_error` where the system does not tell it.
 std::filesystem::path programPath();
-
-/// The computer's host name; "localhost" where the system has none.
-std::string hostName();
 
 } // namespace tarnly

@@ -3,11 +3,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <stdexcept>
-#include <string_view>
-#include <system_error>
 
 namespace tarnly {
 namespace {
@@ -35,22 +32,5 @@ std::filesystem::path applicationSupportFolder() {
 }
 
 std::filesystem::path configurationFolder() { return baseFolder("XDG_CONFIG_HOME", ".config"); }
-
-std::filesystem::path programPath() {
-    std::error_code error;
-    const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) throw std::runtime_error("the program's path is unknown: " + error.message());
-    constexpr std::string_view mark = " (deleted)";
-    const auto& text = path.native();
-    // The system marks the name of a file that was removed or replaced; a file may also be called that.
-    if (!text.ends_with(mark) || std::filesystem::exists(path, error)) return path;
-    return text.substr(0, text.size() - mark.size());
-}
-
-std::string hostName() {
-    std::array<char, 256> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0 || name.front() == '\0') return "localhost";
-    return name.data();
-}
 
 } // namespace tarnly

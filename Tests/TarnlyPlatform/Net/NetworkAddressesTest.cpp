@@ -112,6 +112,8 @@ TEST(NetworkAddresses, AreThoseOfTheInterfacesWithACarrier) {
     EXPECT_EQ(addresses, "198.51.100.7 2001:db8::7 198.51.100.8 ");
 }
 
+TEST(HostName, IsNeverEmpty) { EXPECT_NE(hostName(), ""); }
+
 TEST(WebSocketUrl, HasIPv6InBrackets) {
     EXPECT_EQ(webSocketUrl("192.168.1.20", 41234), "ws://192.168.1.20:41234");
     EXPECT_EQ(webSocketUrl("2001:db8::1", 80), "ws://[2001:db8::1]:80");
