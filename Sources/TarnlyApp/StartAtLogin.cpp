@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "TarnlyPlatform/Files/Folders.hpp"
-#include "TarnlyPlatform/Login/AutostartXdg.hpp"
 
 namespace tarnly {
 namespace {
@@ -32,14 +31,14 @@ std::string entryId(const CompanionOptions& options) {
 
 std::unique_ptr<LoginItem> makeLoginItem(CompanionOptions options) {
     options.startsInBackground = true;
-    AutostartEntry::Description description;
+    LoginItem::Description description;
     description.id = entryId(options);
     description.name = "Tarnly";
     description.comment = "Connects the X-Plane flight simulator to a flight-training application";
     description.icon = "tarnly";
     description.command = commandLine(options);
     description.command.insert(description.command.begin(), programPath().string());
-    return std::make_unique<AutostartEntry>(configurationFolder() / "autostart", std::move(description));
+    return LoginItem::create(std::move(description));
 }
 
 } // namespace tarnly

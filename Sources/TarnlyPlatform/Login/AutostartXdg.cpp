@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Files/File.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Login/DesktopEntry.hpp"
 
@@ -74,6 +75,10 @@ std::string textOrError(const AutostartEntry::Description& description) {
 }
 
 } // namespace
+
+std::unique_ptr<LoginItem> LoginItem::create(Description description) {
+    return std::make_unique<AutostartEntry>(configurationFolder() / "autostart", std::move(description));
+}
 
 AutostartEntry::AutostartEntry(const std::filesystem::path& folder, Description description)
     : file_(folder / (description.id + ".desktop")), description_(std::move(description)) {}
