@@ -20,6 +20,13 @@ struct PublishedService {
     std::vector<std::pair<std::string, std::string>> txt;
 };
 
+/// `name` as a DNS-SD instance name: at most 63 bytes (RFC 6763, section 4.1.1), not cut within a character.
+std::string cutServiceName(std::string name);
+
+/// The name to try after `name` was found taken: "rig" gives "rig (2)", "rig (2)" gives "rig (3)". At most 63
+/// bytes, not cut within a character.
+std::string nextServiceName(const std::string& name);
+
 /// Publishes one service through the system's DNS-SD daemon for as long as it lives.
 ///
 /// It finds its way through any start order: without a daemon, or even a system bus, it waits for one, after

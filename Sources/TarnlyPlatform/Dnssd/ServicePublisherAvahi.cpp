@@ -18,7 +18,6 @@
 
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
-#include "TarnlyPlatform/Dnssd/ServiceName.hpp"
 
 namespace tarnly {
 namespace {

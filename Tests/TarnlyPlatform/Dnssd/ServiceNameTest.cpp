@@ -1,8 +1,8 @@
-#include "TarnlyPlatform/Dnssd/ServiceName.hpp"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 
 namespace tarnly {
 namespace {

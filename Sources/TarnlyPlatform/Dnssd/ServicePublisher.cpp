@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Dnssd/ServiceName.hpp"
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 
 #include <charconv>
 #include <cstddef>
