@@ -13,7 +13,7 @@
 #include <string>
 
 #include "TarnlyApp/CompanionOptions.hpp"
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"

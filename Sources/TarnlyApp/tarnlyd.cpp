@@ -7,7 +7,7 @@
 #include "TarnlyApp/AppSettings.hpp"
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 #include "TarnlyApp/StatusText.hpp"
 
 namespace tarnly {

@@ -5,9 +5,9 @@
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/Desktop/ApplicationIcon.hpp"
+#include "TarnlyApp/Desktop/DesktopApplication.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
-#include "TarnlyApp/Desktop/TarnlyMacApp.hpp"
 #include "TarnlyApp/StatusText.hpp"
 
 namespace tarnly {

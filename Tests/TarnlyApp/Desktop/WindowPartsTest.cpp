@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 
 #include <gtest/gtest.h>
 

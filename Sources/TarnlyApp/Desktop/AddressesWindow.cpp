@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/AddressesView.hpp"
+#include "TarnlyApp/Desktop/AddressesWindow.hpp"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <chrono>
 
-#include "TarnlyApp/Desktop/Labels.hpp"
 #include "TarnlyApp/Desktop/QrCodeView.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 #include "TarnlyApp/Desktop/Windows.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 

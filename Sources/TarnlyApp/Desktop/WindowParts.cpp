@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 
 #include <QEvent>
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+#include "TarnlyApp/Desktop/Panel.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,14 +3,14 @@
 #include <QObject>
 
 #include "TarnlyApp/CompanionOptions.hpp"
-#include "TarnlyApp/Desktop/AddressesView.hpp"
-#include "TarnlyApp/Desktop/AppDelegate.hpp"
+#include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
-#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
-#include "TarnlyApp/Desktop/MenuBarExtra.hpp"
+#include "TarnlyApp/Desktop/CompanionThread.hpp"
+#include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
-#include "TarnlyApp/Desktop/SettingsView.hpp"
+#include "TarnlyApp/Desktop/SettingsWindow.hpp"
+#include "TarnlyApp/Desktop/TrayIcon.hpp"
 
 namespace tarnly {
 

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/SettingsView.hpp"
+#include "TarnlyApp/Desktop/SettingsWindow.hpp"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -6,7 +6,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 #include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {

@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <memory>
 
-#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+#include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/TrayWatch.hpp"
 
 namespace tarnly {

@@ -1,4 +1,4 @@
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 
 #include <exception>
 #include <iostream>

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/SettingsView.hpp"
+#include "TarnlyApp/Desktop/SettingsWindow.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/AppDelegate.hpp"
+#include "TarnlyApp/Desktop/CompanionThread.hpp"
 
 #include <QApplication>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/TarnlyMacApp.hpp"
+#include "TarnlyApp/Desktop/DesktopApplication.hpp"
 
 #include <QApplication>
 #include <QScopeGuard>

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/MenuBarContentView.hpp"
+#include "TarnlyApp/Desktop/Panel.hpp"
 
 #include <qdrawutil.h>
 #include <QFrame>
@@ -10,7 +10,7 @@
 #include <initializer_list>
 
 #include "TarnlyApp/Desktop/ActivityText.hpp"
-#include "TarnlyApp/Desktop/Labels.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 #include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {

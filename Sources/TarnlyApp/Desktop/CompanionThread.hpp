@@ -5,7 +5,7 @@
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 
 namespace tarnly {
 

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/MenuBarExtra.hpp"
+#include "TarnlyApp/Desktop/TrayIcon.hpp"
 
 #include <QApplication>
 #include <QCursor>

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 
 namespace tarnly {
 

@@ -1,4 +1,4 @@
-#include "TarnlyApp/SettingsStore.hpp"
+#include "TarnlyApp/Settings.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
