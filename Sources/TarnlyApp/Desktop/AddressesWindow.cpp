@@ -49,11 +49,11 @@ QStringList textsOf(const QListWidget& list) {
 
 } // namespace
 
-AddressesView::AddressesView(RuntimeModel& runtime)
+AddressesWindow::AddressesWindow(RuntimeModel& runtime)
     : runtime_(runtime),
       explanation_(new CaptionLabel),
       list_(new QListWidget),
-      code_(new QrCodeView),
+      code_(new QrCodeWidget),
       copy_(new QPushButton(u"Copy"_s)) {
     setWindowTitle(u"Tarnly Addresses"_s);
     list_->setAccessibleName(u"Addresses"_s);
@@ -66,32 +66,32 @@ AddressesView::AddressesView(RuntimeModel& runtime)
     layout->addWidget(copy_, 0, Qt::AlignLeading);
     layout->addWidget(code_, 0, Qt::AlignHCenter);
 
-    connect(list_, &QListWidget::currentRowChanged, this, &AddressesView::showSelected);
-    connect(copy_, &QPushButton::clicked, this, &AddressesView::copySelected);
+    connect(list_, &QListWidget::currentRowChanged, this, &AddressesWindow::showSelected);
+    connect(copy_, &QPushButton::clicked, this, &AddressesWindow::copySelected);
     connect(new QShortcut(QKeySequence::Copy, this), &QShortcut::activated, this,
-            &AddressesView::copySelected);
+            &AddressesWindow::copySelected);
     for (const auto& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)}) {
         connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
     }
-    connect(&runtime_, &RuntimeModel::statusChanged, this, &AddressesView::lookUp);
+    connect(&runtime_, &RuntimeModel::statusChanged, this, &AddressesWindow::lookUp);
     timer_.setInterval(std::chrono::seconds(3));
-    connect(&timer_, &QTimer::timeout, this, &AddressesView::lookUp);
+    connect(&timer_, &QTimer::timeout, this, &AddressesWindow::lookUp);
     showSelected();
     lookUp();
 }
 
-void AddressesView::showEvent(QShowEvent* event) {
+void AddressesWindow::showEvent(QShowEvent* event) {
     lookUp();
     timer_.start();
     QWidget::showEvent(event);
 }
 
-void AddressesView::hideEvent(QHideEvent* event) {
+void AddressesWindow::hideEvent(QHideEvent* event) {
     timer_.stop();
     QWidget::hideEvent(event);
 }
 
-void AddressesView::lookUp() {
+void AddressesWindow::lookUp() {
     const auto found = urls(runtime_.port());
     explanation_->showText(explanation(runtime_.port().has_value(), !found.isEmpty()));
     if (found != textsOf(*list_)) {
@@ -105,7 +105,7 @@ void AddressesView::lookUp() {
     fitContent(*this, windowWidth);
 }
 
-void AddressesView::showSelected() {
+void AddressesWindow::showSelected() {
     const bool hasOne = !selected().isEmpty();
     list_->setVisible(hasOne);
     copy_->setVisible(hasOne);
@@ -113,14 +113,14 @@ void AddressesView::showSelected() {
     code_->showCode(selected().toStdString());
 }
 
-void AddressesView::copySelected() {
+void AddressesWindow::copySelected() {
     if (selected().isEmpty()) return;
     QGuiApplication::clipboard()->setText(selected());
     copy_->setText(u"Copied"_s);
     QTimer::singleShot(confirmationTime, copy_, [this] { copy_->setText(u"Copy"_s); });
 }
 
-QString AddressesView::selected() const {
+QString AddressesWindow::selected() const {
     const auto* item = list_->currentItem();
     return item == nullptr ? QString() : item->text();
 }

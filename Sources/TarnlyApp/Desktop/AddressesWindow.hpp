@@ -11,15 +11,15 @@ class QPushButton;
 namespace tarnly {
 
 class CaptionLabel;
-class QrCodeView;
+class QrCodeWidget;
 
 /// The addresses at which a client that cannot find the companion by DNS-SD reaches it: to copy, and as a QR
 /// code. They are looked up anew while the window is open.
-class AddressesView : public QWidget {
+class AddressesWindow : public QWidget {
     Q_OBJECT
 
   public:
-    explicit AddressesView(RuntimeModel& runtime);
+    explicit AddressesWindow(RuntimeModel& runtime);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -36,7 +36,7 @@ class AddressesView : public QWidget {
     // Owned by this widget, as Qt does it
     CaptionLabel* const explanation_;
     QListWidget* const list_;
-    QrCodeView* const code_;
+    QrCodeWidget* const code_;
     QPushButton* const copy_;
 };
 

@@ -1,9 +1,7 @@
 #include "TarnlyApp/Desktop/CompanionThread.hpp"
 
-#include <QApplication>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 #include "TarnlyApp/StartAtLogin.hpp"
 
@@ -21,26 +19,20 @@ std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
 
 } // namespace
 
-AppDelegate::AppDelegate(CompanionOptions options)
-    : options_(std::move(options)),
-      settingsStore_(AppSettings::fileIn(dataFolder(options_)), loginItem(options_)) {}
+CompanionThread::CompanionThread(const CompanionOptions& options)
+    : settingsStore_(AppSettings::fileIn(dataFolder(options)), loginItem(options)),
+      runtime_(settingsStore_, options) {}
 
-AppDelegate::~AppDelegate() { applicationWillTerminate(); }
+CompanionThread::~CompanionThread() { stop(); }
 
-CompanionRuntime& AppDelegate::runtime() {
-    if (!runtime_) runtime_.emplace(settingsStore_, options_);
-    return *runtime_;
+void CompanionThread::start() {
+    runtime_.start();
+    network_ = std::thread([this] { runtime_.run(); });
 }
 
-void AppDelegate::applicationDidFinishLaunching() {
-    QApplication::setQuitOnLastWindowClosed(false);
-    runtime().start();
-    network_ = std::thread([&runtime = runtime()] { runtime.run(); });
-}
-
-void AppDelegate::applicationWillTerminate() {
+void CompanionThread::stop() {
     if (!network_.joinable()) return;
-    runtime_->end();
+    runtime_.end();
     network_.join();
 }
 

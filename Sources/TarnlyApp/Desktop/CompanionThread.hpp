@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <thread>
 
 #include "TarnlyApp/CompanionOptions.hpp"
@@ -9,36 +8,34 @@
 
 namespace tarnly {
 
-/// Owns what the application has besides its windows: the settings, and the runtime with its network thread.
+/// What the application has besides its windows: the settings, and the companion on a thread of its own.
 ///
 /// Belongs to the main thread.
-class AppDelegate {
+class CompanionThread {
   public:
     /// Loads the settings. Throws `std::runtime_error` for a person without a home folder.
-    explicit AppDelegate(CompanionOptions options);
+    explicit CompanionThread(const CompanionOptions& options);
 
-    AppDelegate(const AppDelegate&) = delete;
-    AppDelegate& operator=(const AppDelegate&) = delete;
+    CompanionThread(const CompanionThread&) = delete;
+    CompanionThread& operator=(const CompanionThread&) = delete;
 
-    /// Ends the network thread.
-    ~AppDelegate();
+    /// As `stop`.
+    ~CompanionThread();
 
     SettingsStore& settingsStore() { return settingsStore_; }
 
-    /// Made at the first call.
-    CompanionRuntime& runtime();
+    CompanionRuntime& runtime() { return runtime_; }
 
-    /// Lets the application live without windows, and starts the companion.
-    void applicationDidFinishLaunching();
+    /// Starts the companion. To be called once.
+    void start();
 
-    /// Ends the companion; a moment later it calls nobody any more. Harmless when repeated.
-    void applicationWillTerminate();
+    /// Ends the companion; when it returns, nobody is called any more. Harmless when repeated.
+    void stop();
 
   private:
-    const CompanionOptions options_;
     SettingsStore settingsStore_;
     // depends-on: settingsStore_
-    std::optional<CompanionRuntime> runtime_;
+    CompanionRuntime runtime_;
     // depends-on: runtime_
     std::thread network_;
 };

@@ -7,31 +7,32 @@
 
 namespace tarnly {
 
-TarnlyMacApp::TarnlyMacApp(const CompanionOptions& options)
-    : delegate_(options),
-      runtime_(delegate_.runtime()),
+DesktopApplication::DesktopApplication(const CompanionOptions& options)
+    : companion_(options),
+      runtime_(companion_.runtime()),
       panel_(runtime_),
       addresses_(runtime_),
-      settings_(delegate_.settingsStore()),
-      menuBarExtra_(panel_, options.startsInBackground) {
-    connect(&panel_, &MenuBarContentView::addressesRequested, this, [this] { bringUp(addresses_); });
-    connect(&panel_, &MenuBarContentView::settingsRequested, this, [this] { bringUp(settings_); });
+      settings_(companion_.settingsStore()),
+      trayIcon_(panel_, options.startsInBackground) {
+    connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
+    connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
     // `quit` would ask the windows first.
-    connect(&panel_, &MenuBarContentView::quitRequested, qApp, [] { QApplication::exit(); });
+    connect(&panel_, &Panel::quitRequested, qApp, [] { QApplication::exit(); });
     connect(&quitSignals_, &QuitSignals::received, qApp, [] { QApplication::exit(); });
 }
 
-int TarnlyMacApp::run() {
+int DesktopApplication::run() {
     // The companion calls `runtime_`, which goes before it.
-    const auto ending = qScopeGuard([this] { delegate_.applicationWillTerminate(); });
-    delegate_.applicationDidFinishLaunching();
+    const auto ending = qScopeGuard([this] { companion_.stop(); });
+    QApplication::setQuitOnLastWindowClosed(false);
+    companion_.start();
     return QApplication::exec();
 }
 
-void TarnlyMacApp::showPanel(const QByteArray& activationToken) {
+void DesktopApplication::showPanel(const QByteArray& activationToken) {
     // Qt looks there for the leave to bring up a window.
     if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken);
-    menuBarExtra_.showPanel();
+    trayIcon_.showPanel();
 }
 
 } // namespace tarnly

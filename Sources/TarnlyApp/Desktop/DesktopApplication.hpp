@@ -14,15 +14,15 @@
 
 namespace tarnly {
 
-/// The desktop application: its delegate and its windows, wired together. Holds no logic beyond that.
+/// The desktop application: its companion and its windows, wired together. Holds no logic beyond that.
 ///
 /// Made by `main`, once there is a QApplication; belongs to the main thread.
-class TarnlyMacApp : public QObject {
+class DesktopApplication : public QObject {
     Q_OBJECT
 
   public:
     /// Throws `std::runtime_error` for a person without a home folder.
-    explicit TarnlyMacApp(const CompanionOptions& options);
+    explicit DesktopApplication(const CompanionOptions& options);
 
     /// Starts the companion and serves the windows until the person quits; returns the exit status.
     int run();
@@ -31,18 +31,18 @@ class TarnlyMacApp : public QObject {
     void showPanel(const QByteArray& activationToken);
 
   private:
-    AppDelegate delegate_;
+    CompanionThread companion_;
     ColorScheme colorScheme_;
     QuitSignals quitSignals_;
-    // depends-on: delegate_
+    // depends-on: companion_
     RuntimeModel runtime_;
     // depends-on: runtime_
-    MenuBarContentView panel_;
-    AddressesView addresses_;
-    // depends-on: delegate_
-    SettingsView settings_;
+    Panel panel_;
+    AddressesWindow addresses_;
+    // depends-on: companion_
+    SettingsWindow settings_;
     // depends-on: panel_
-    MenuBarExtra menuBarExtra_;
+    TrayIcon trayIcon_;
 };
 
 } // namespace tarnly

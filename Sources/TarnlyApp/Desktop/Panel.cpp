@@ -39,7 +39,7 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
 
 } // namespace
 
-MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
+Panel::Panel(RuntimeModel& runtime)
     : runtime_(runtime),
       status_(new CaptionLabel),
       clients_(new CaptionLabel),
@@ -63,35 +63,35 @@ MenuBarContentView::MenuBarContentView(RuntimeModel& runtime)
     layout->addWidget(settings, 0, Qt::AlignLeading);
     layout->addWidget(quit, 0, Qt::AlignLeading);
 
-    connect(addresses_, &QPushButton::clicked, this, &MenuBarContentView::addressesRequested);
-    connect(settings, &QPushButton::clicked, this, &MenuBarContentView::settingsRequested);
-    connect(quit, &QPushButton::clicked, this, &MenuBarContentView::quitRequested);
+    connect(addresses_, &QPushButton::clicked, this, &Panel::addressesRequested);
+    connect(settings, &QPushButton::clicked, this, &Panel::settingsRequested);
+    connect(quit, &QPushButton::clicked, this, &Panel::quitRequested);
     for (auto* button : {addresses_, settings}) {
-        connect(button, &QPushButton::clicked, this, &MenuBarContentView::hideIfPanel);
+        connect(button, &QPushButton::clicked, this, &Panel::hideIfPopup);
     }
-    connect(&runtime_, &RuntimeModel::statusChanged, this, &MenuBarContentView::showStatus);
-    connect(&runtime_, &RuntimeModel::activityChanged, this, &MenuBarContentView::showActivity);
+    connect(&runtime_, &RuntimeModel::statusChanged, this, &Panel::showStatus);
+    connect(&runtime_, &RuntimeModel::activityChanged, this, &Panel::showActivity);
     showStatus();
     showActivity();
 }
 
-void MenuBarContentView::showEvent(QShowEvent* event) {
+void Panel::showEvent(QShowEvent* event) {
     fitContent(*this, panelWidth); // the desktop style is known only now
     runtime_.watchActivity();
     addresses_->setFocus(Qt::PopupFocusReason); // where a screen reader begins
     QWidget::showEvent(event);
 }
 
-void MenuBarContentView::hideEvent(QHideEvent* event) {
+void Panel::hideEvent(QHideEvent* event) {
     runtime_.unwatchActivity();
     QWidget::hideEvent(event);
 }
 
 // Outside a dialog Qt gives a button the space bar only.
-void MenuBarContentView::keyPressEvent(QKeyEvent* event) {
+void Panel::keyPressEvent(QKeyEvent* event) {
     auto* button = qobject_cast<QPushButton*>(focusWidget());
     if (event->key() == Qt::Key_Escape) {
-        hideIfPanel();
+        hideIfPopup();
     } else if (button != nullptr && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
         button->click();
     } else {
@@ -99,24 +99,24 @@ void MenuBarContentView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void MenuBarContentView::paintEvent(QPaintEvent* /*event*/) {
+void Panel::paintEvent(QPaintEvent* /*event*/) {
     if (isOrdinaryWindow()) return;
     QPainter painter(this);
     qDrawPlainRect(&painter, rect(), palette().color(QPalette::Mid)); // as thick on all sides at any scale
 }
 
-void MenuBarContentView::showStatus() {
+void Panel::showStatus() {
     status_->showText(runtime_.statusText());
     contentChanged();
 }
 
-void MenuBarContentView::showActivity() {
+void Panel::showActivity() {
     clients_->showText(QString::fromStdString(clientsText(runtime_.activity().pairedClients)));
     recording_->showText(QString::fromStdString(recordingText(runtime_.activity().recordingFor)));
     contentChanged();
 }
 
-void MenuBarContentView::contentChanged() {
+void Panel::contentChanged() {
     fitContent(*this, panelWidth);
     QStringList spoken;
     for (const auto* label : {status_, clients_, recording_})
@@ -124,10 +124,10 @@ void MenuBarContentView::contentChanged() {
     setAccessibleDescription(spoken.join(u' '));
 }
 
-void MenuBarContentView::hideIfPanel() {
+void Panel::hideIfPopup() {
     if (!isOrdinaryWindow()) hide();
 }
 
-bool MenuBarContentView::isOrdinaryWindow() const { return windowType() == Qt::Window; }
+bool Panel::isOrdinaryWindow() const { return windowType() == Qt::Window; }
 
 } // namespace tarnly

@@ -11,11 +11,11 @@ namespace tarnly {
 class CaptionLabel;
 
 /// The panel of the tray icon: what the companion is doing, and the ways to the settings and to the end.
-class MenuBarContentView : public QWidget {
+class Panel : public QWidget {
     Q_OBJECT
 
   public:
-    explicit MenuBarContentView(RuntimeModel& runtime);
+    explicit Panel(RuntimeModel& runtime);
 
   signals:
     void addressesRequested();
@@ -32,7 +32,7 @@ class MenuBarContentView : public QWidget {
     void showStatus();
     void showActivity();
     void contentChanged();
-    void hideIfPanel();
+    void hideIfPopup();
     bool isOrdinaryWindow() const;
 
     RuntimeModel& runtime_;

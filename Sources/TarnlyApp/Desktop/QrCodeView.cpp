@@ -22,18 +22,18 @@ void paintModules(QPainter& painter, const QrCode& code) {
 
 } // namespace
 
-QrCodeView::QrCodeView() { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
+QrCodeWidget::QrCodeWidget() { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
 
-void QrCodeView::showCode(const std::string& text) {
+void QrCodeWidget::showCode(const std::string& text) {
     code_ = QrCode::of(text);
     setAccessibleName(code_ ? u"QR code of "_s + QString::fromStdString(text) : QString());
     update();
 }
 
-QSize QrCodeView::sizeHint() const { return {sideLength, sideLength}; }
+QSize QrCodeWidget::sizeHint() const { return {sideLength, sideLength}; }
 
 // A module is a whole number of the screen's dots wide: blurred edges make a code hard to read.
-void QrCodeView::paintEvent(QPaintEvent* /*event*/) {
+void QrCodeWidget::paintEvent(QPaintEvent* /*event*/) {
     if (!code_) return;
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);

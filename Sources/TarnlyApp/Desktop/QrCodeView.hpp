@@ -9,11 +9,11 @@
 namespace tarnly {
 
 /// Shows a text as a QR code, black on white in every theme: many readers know no other.
-class QrCodeView : public QWidget {
+class QrCodeWidget : public QWidget {
     Q_OBJECT
 
   public:
-    QrCodeView();
+    QrCodeWidget();
 
     /// An empty text shows nothing.
     void showCode(const std::string& text);

@@ -20,7 +20,7 @@ constexpr int betweenSections = 12;
 
 } // namespace
 
-SettingsView::SettingsView(SettingsStore& store) : store_(store), caption_(new CaptionLabel) {
+SettingsWindow::SettingsWindow(SettingsStore& store) : store_(store), caption_(new CaptionLabel) {
     setWindowTitle(u"Tarnly Settings"_s);
     auto* password = new QLineEdit(QString::fromStdString(store_.password()));
     password->setEchoMode(QLineEdit::Password);
@@ -38,7 +38,7 @@ SettingsView::SettingsView(SettingsStore& store) : store_(store), caption_(new C
     layout->addSpacing(betweenSections);
     layout->addWidget(startAtLogin);
 
-    connect(password, &QLineEdit::textChanged, this, &SettingsView::changePassword);
+    connect(password, &QLineEdit::textChanged, this, &SettingsWindow::changePassword);
     connect(startAtLogin, &QCheckBox::toggled, this, [this](bool on) { store_.setStartAtLogin(on); });
     for (const auto& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)}) {
         connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
@@ -46,17 +46,17 @@ SettingsView::SettingsView(SettingsStore& store) : store_(store), caption_(new C
     showWhetherPasswordIsSet();
 }
 
-void SettingsView::showEvent(QShowEvent* event) {
+void SettingsWindow::showEvent(QShowEvent* event) {
     fitContent(*this, formWidth);
     QWidget::showEvent(event);
 }
 
-void SettingsView::changePassword(const QString& password) {
+void SettingsWindow::changePassword(const QString& password) {
     store_.setPassword(password.toStdString());
     showWhetherPasswordIsSet();
 }
 
-void SettingsView::showWhetherPasswordIsSet() {
+void SettingsWindow::showWhetherPasswordIsSet() {
     caption_->showText(store_.password().empty() ? u"Not set — open pairing."_s : u"Set."_s);
 }
 

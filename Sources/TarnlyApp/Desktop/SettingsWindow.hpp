@@ -9,11 +9,11 @@ namespace tarnly {
 class CaptionLabel;
 
 /// The settings window. Every edit goes straight to the store: there is nothing to confirm.
-class SettingsView : public QWidget {
+class SettingsWindow : public QWidget {
     Q_OBJECT
 
   public:
-    explicit SettingsView(SettingsStore& store);
+    explicit SettingsWindow(SettingsStore& store);
 
   protected:
     void showEvent(QShowEvent* event) override;

@@ -22,9 +22,10 @@ const QByteArray showRequest = "show "_qba;
 const QByteArray lookRequest = "look "_qba;
 const QByteArray answerText = "here\n"_qba;
 
-/// A person may have several sessions at once; each has a display of its own, which has several spellings:
+/// A person may have logged in several times; each login has a display of its own, which has several
+/// spellings:
 /// ":0", ":0.0", "unix:0".
-QString sessionName() {
+QString instanceName() {
     static const QRegularExpression variation(u"^unix(?=:)|(?<=\\d)\\.\\d+$"_s);
     auto display = qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY"));
     display.remove(variation);
@@ -39,14 +40,14 @@ int milliseconds(std::chrono::milliseconds duration) { return static_cast<int>(d
 } // namespace
 
 SingleInstance::SingleInstance(const QString& folder)
-    : socket_(QDir(folder).filePath(sessionName() + u".socket"_s)),
-      lock_(QDir(folder).filePath(sessionName() + u".lock"_s)) {
+    : socket_(QDir(folder).filePath(instanceName() + u".socket"_s)),
+      lock_(QDir(folder).filePath(instanceName() + u".lock"_s)) {
     lock_.setStaleLockTime(0); // however old: a lock is void when its holder has ended
     server_.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::answer);
 }
 
-QString SingleInstance::sessionFolder() {
+QString SingleInstance::runtimeFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
 }
 

@@ -8,8 +8,8 @@
 
 namespace tarnly {
 
-/// Sees to it that the application runs once in a person's desktop session: the first one is told when it is
-/// started again.
+/// Sees to it that the application runs once on a person's desktop: the first one is told when it is started
+/// again.
 class SingleInstance : public QObject {
     Q_OBJECT
 
@@ -31,8 +31,8 @@ class SingleInstance : public QObject {
     /// Waits for one that starts or ends just now. Without `asksForPanel` the first one is only looked for.
     Outcome claim(bool asksForPanel, std::chrono::milliseconds patience = std::chrono::seconds(6));
 
-    /// The folder for it, which the session's system makes and removes.
-    static QString sessionFolder();
+    /// The folder for it, which the system makes when the person logs in, and removes at the end.
+    static QString runtimeFolder();
 
   signals:
     /// `activationToken` is what the desktop gave to the second start, so that it may bring up a window; may

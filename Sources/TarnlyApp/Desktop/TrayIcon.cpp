@@ -36,13 +36,13 @@ Qt::WindowFlags panelFlags() {
 
 } // namespace
 
-MenuBarExtra::MenuBarExtra(MenuBarContentView& panel, bool startsInBackground)
+TrayIcon::TrayIcon(Panel& panel, bool startsInBackground)
     : panel_(panel), windowIsMinimized_(startsInBackground) {
     addActions();
     panel_.installEventFilter(this);
     waitingForTray_.setSingleShot(true);
-    connect(&waitingForTray_, &QTimer::timeout, this, &MenuBarExtra::becomeWindow);
-    connect(&tray_, &TrayWatch::availabilityChanged, this, &MenuBarExtra::followTray);
+    connect(&waitingForTray_, &QTimer::timeout, this, &TrayIcon::becomeWindow);
+    connect(&tray_, &TrayWatch::availabilityChanged, this, &TrayIcon::followTray);
     if (tray_.isAvailable()) {
         becomeIcon();
         return;
@@ -50,22 +50,22 @@ MenuBarExtra::MenuBarExtra(MenuBarContentView& panel, bool startsInBackground)
     waitingForTray_.start(startsInBackground ? std::chrono::milliseconds(patienceAtLogin) : 0ms);
 }
 
-void MenuBarExtra::addActions() {
-    menu_.addAction(u"Show Tarnly"_s, this, &MenuBarExtra::showPanel);
-    menu_.addAction(u"Addresses…"_s, &panel_, &MenuBarContentView::addressesRequested);
+void TrayIcon::addActions() {
+    menu_.addAction(u"Show Tarnly"_s, this, &TrayIcon::showPanel);
+    menu_.addAction(u"Addresses…"_s, &panel_, &Panel::addressesRequested);
     menu_.addSeparator();
-    menu_.addAction(u"Settings…"_s, &panel_, &MenuBarContentView::settingsRequested);
-    menu_.addAction(u"Quit Tarnly"_s, &panel_, &MenuBarContentView::quitRequested);
+    menu_.addAction(u"Settings…"_s, &panel_, &Panel::settingsRequested);
+    menu_.addAction(u"Quit Tarnly"_s, &panel_, &Panel::quitRequested);
 }
 
-void MenuBarExtra::followTray() {
+void TrayIcon::followTray() {
     if (tray_.isAvailable()) return becomeIcon();
     icon_.reset();
     windowIsMinimized_ = false;
     waitingForTray_.start(patienceForRestart);
 }
 
-void MenuBarExtra::becomeIcon() {
+void TrayIcon::becomeIcon() {
     waitingForTray_.stop();
     delete question_; // it asks about a window that goes
     panel_.hide();
@@ -73,19 +73,19 @@ void MenuBarExtra::becomeIcon() {
     icon_ = std::make_unique<QSystemTrayIcon>(applicationIcon());
     icon_->setToolTip(u"Tarnly"_s);
     icon_->setContextMenu(&menu_);
-    connect(icon_.get(), &QSystemTrayIcon::activated, this, &MenuBarExtra::iconActivated);
+    connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
     icon_->show();
 }
 
-void MenuBarExtra::becomeWindow() {
+void TrayIcon::becomeWindow() {
     waitingForTray_.stop();
     if (panel_.windowType() != Qt::Window) panel_.setWindowFlags(Qt::Window);
     windowIsMinimized_ ? panel_.showMinimized() : panel_.show();
 }
 
-void MenuBarExtra::showPanel() { hasIcon() ? openBesideIcon() : bringUpWindow(); }
+void TrayIcon::showPanel() { hasIcon() ? openBesideIcon() : bringUpWindow(); }
 
-void MenuBarExtra::openBesideIcon() {
+void TrayIcon::openBesideIcon() {
     place_ = iconPlace();
     placePanel();
     panel_.show();
@@ -96,20 +96,20 @@ void MenuBarExtra::openBesideIcon() {
 
 // X11 tells a popup of clicks elsewhere while it has grabbed the pointer. A tray that opens us while the
 // button is down takes the grab back when that is released.
-void MenuBarExtra::grabPointer() {
+void TrayIcon::grabPointer() {
     if (!panel_.isVisible() || panel_.windowType() != Qt::Popup) return;
     panel_.windowHandle()->setMouseGrabEnabled(true);
-    QTimer::singleShot(grabInterval, this, &MenuBarExtra::grabPointer);
+    QTimer::singleShot(grabInterval, this, &TrayIcon::grabPointer);
 }
 
-void MenuBarExtra::bringUpWindow() {
+void TrayIcon::bringUpWindow() {
     windowIsMinimized_ = false;
     becomeWindow();
     auto* question = QApplication::activeModalWidget();
     bringUp(question != nullptr ? *question : panel_);
 }
 
-void MenuBarExtra::iconActivated(QSystemTrayIcon::ActivationReason reason) {
+void TrayIcon::iconActivated(QSystemTrayIcon::ActivationReason reason) {
     if (reason != QSystemTrayIcon::Trigger) return;
     const bool hasJustClosedIt = sinceHidden_.isValid() && !sinceHidden_.hasExpired(sameClick.count());
     if (panel_.isVisible()) {
@@ -120,18 +120,18 @@ void MenuBarExtra::iconActivated(QSystemTrayIcon::ActivationReason reason) {
 }
 
 // Not every desktop tells where the icon is; the pointer is there when it has been clicked.
-QRect MenuBarExtra::iconPlace() const {
+QRect TrayIcon::iconPlace() const {
     const auto told = icon_->geometry();
     return told.isValid() ? told : QRect(QCursor::pos(), QSize(1, 1));
 }
 
-void MenuBarExtra::placePanel() {
+void TrayIcon::placePanel() {
     const auto* screen = QGuiApplication::screenAt(place_.center());
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
     panel_.move(placeBeside(place_, panel_.size(), screen->availableGeometry()));
 }
 
-bool MenuBarExtra::eventFilter(QObject* watched, QEvent* event) {
+bool TrayIcon::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Hide) sinceHidden_.start();
     if (event->type() == QEvent::Resize && hasIcon()) placePanel(); // a longer text must not cover the icon
     if (event->type() == QEvent::WindowDeactivate && hasIcon()) panel_.hide();
@@ -144,7 +144,7 @@ bool MenuBarExtra::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // Closing the only window may be meant to put it away, and would end a lesson.
-void MenuBarExtra::askWhetherToQuit() {
+void TrayIcon::askWhetherToQuit() {
     question_ = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, u"Quit Tarnly?"_s, QMessageBox::NoButton,
                                 &panel_);
     question_->setInformativeText(u"Clients lose their connection, and a recording ends."_s);
@@ -153,7 +153,7 @@ void MenuBarExtra::askWhetherToQuit() {
     auto* minimize = question_->addButton(u"Minimize"_s, QMessageBox::AcceptRole);
     question_->addButton(QMessageBox::Cancel);
     question_->setDefaultButton(minimize);
-    connect(quit, &QPushButton::clicked, &panel_, &MenuBarContentView::quitRequested);
+    connect(quit, &QPushButton::clicked, &panel_, &Panel::quitRequested);
     connect(minimize, &QPushButton::clicked, &panel_, &QWidget::showMinimized);
     question_->open();
 }

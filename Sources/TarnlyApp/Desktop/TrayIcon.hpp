@@ -17,12 +17,12 @@ namespace tarnly {
 
 /// The application's place on the desktop: an icon in the tray that opens the panel, or, while the desktop
 /// shows no tray, the panel as an ordinary window.
-class MenuBarExtra : public QObject {
+class TrayIcon : public QObject {
     Q_OBJECT
 
   public:
     /// In the background a window, if one is needed, appears minimized.
-    MenuBarExtra(MenuBarContentView& panel, bool startsInBackground);
+    TrayIcon(Panel& panel, bool startsInBackground);
 
     /// Brings the panel to the person's eyes, whatever form it has.
     void showPanel();
@@ -43,7 +43,7 @@ class MenuBarExtra : public QObject {
     bool hasIcon() const { return icon_ != nullptr; }
     void askWhetherToQuit();
 
-    MenuBarContentView& panel_;
+    Panel& panel_;
     QMenu menu_;
     TrayWatch tray_;
     // depends-on: menu_

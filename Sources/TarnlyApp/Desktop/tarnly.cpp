@@ -35,7 +35,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
     QApplication application(argc, argv);
     QApplication::setWindowIcon(applicationIcon());
 
-    SingleInstance instance(SingleInstance::sessionFolder());
+    SingleInstance instance(SingleInstance::runtimeFolder());
     switch (instance.claim(!options.startsInBackground)) {
         case SingleInstance::Outcome::first:
         case SingleInstance::Outcome::unknown: // no reason to fail a lesson
@@ -45,8 +45,8 @@ int runApplication(const CompanionOptions& options, const char* program) {
         case SingleInstance::Outcome::noAnswer:
             return complain("it is running already, and does not answer");
     }
-    TarnlyMacApp app(options);
-    QObject::connect(&instance, &SingleInstance::panelRequested, &app, &TarnlyMacApp::showPanel);
+    DesktopApplication app(options);
+    QObject::connect(&instance, &SingleInstance::panelRequested, &app, &DesktopApplication::showPanel);
     return app.run();
 }
 

@@ -16,31 +16,31 @@ namespace {
 
 using testing::ElementsAre;
 
-class SettingsViewTest : public testing::Test {
+class SettingsWindowTest : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "settings.json";
     SettingsStore store{file, nullptr};
-    SettingsView view{store};
-    QLineEdit* password = view.findChild<QLineEdit*>();
-    QCheckBox* startAtLogin = view.findChild<QCheckBox*>();
+    SettingsWindow window{store};
+    QLineEdit* password = window.findChild<QLineEdit*>();
+    QCheckBox* startAtLogin = window.findChild<QCheckBox*>();
 };
 
-TEST_F(SettingsViewTest, HasItsTextsInTheirOrder) {
-    view.show();
-    EXPECT_EQ(view.width(), 420);
-    EXPECT_EQ(view.layout()->contentsMargins(), QMargins(20, 20, 20, 20));
-    EXPECT_THAT(test::textsFromTop(view),
+TEST_F(SettingsWindowTest, HasItsTextsInTheirOrder) {
+    window.show();
+    EXPECT_EQ(window.width(), 420);
+    EXPECT_EQ(window.layout()->contentsMargins(), QMargins(20, 20, 20, 20));
+    EXPECT_THAT(test::textsFromTop(window),
                 ElementsAre("Pairing", "Password", "Not set — open pairing.", "Start Tarnly at login"));
 }
 
-TEST_F(SettingsViewTest, HidesThePasswordAndNamesItsField) {
+TEST_F(SettingsWindowTest, HidesThePasswordAndNamesItsField) {
     EXPECT_EQ(password->echoMode(), QLineEdit::Password);
     const auto* accessible = QAccessible::queryAccessibleInterface(password);
     EXPECT_EQ(accessible->text(QAccessible::Name), "Password");
 }
 
-TEST_F(SettingsViewTest, EveryKeystrokeGoesToTheStore) {
+TEST_F(SettingsWindowTest, EveryKeystrokeGoesToTheStore) {
     std::vector<std::string> told;
     store.onPasswordChange = [&] { told.push_back(store.password()); };
     password->insert("a");
@@ -50,15 +50,15 @@ TEST_F(SettingsViewTest, EveryKeystrokeGoesToTheStore) {
     EXPECT_EQ(AppSettings::load(file).password, "a");
 }
 
-TEST_F(SettingsViewTest, SaysWhetherAPasswordIsSet) {
+TEST_F(SettingsWindowTest, SaysWhetherAPasswordIsSet) {
     password->setText("secret");
-    EXPECT_THAT(test::textsFromTop(view), testing::Contains("Set."));
+    EXPECT_THAT(test::textsFromTop(window), testing::Contains("Set."));
     password->clear();
-    EXPECT_THAT(test::textsFromTop(view), testing::Contains("Not set — open pairing."));
+    EXPECT_THAT(test::textsFromTop(window), testing::Contains("Not set — open pairing."));
     EXPECT_EQ(AppSettings::load(file).password, std::nullopt);
 }
 
-TEST_F(SettingsViewTest, TheToggleGoesToTheStore) {
+TEST_F(SettingsWindowTest, TheToggleGoesToTheStore) {
     EXPECT_FALSE(startAtLogin->isChecked());
     startAtLogin->click();
     EXPECT_TRUE(store.startAtLogin());
@@ -66,10 +66,10 @@ TEST_F(SettingsViewTest, TheToggleGoesToTheStore) {
     EXPECT_FALSE(store.startAtLogin());
 }
 
-TEST_F(SettingsViewTest, BeginsWithWhatIsSet) {
+TEST_F(SettingsWindowTest, BeginsWithWhatIsSet) {
     store.setPassword("secret");
     store.setStartAtLogin(true);
-    const SettingsView later(store);
+    const SettingsWindow later(store);
     EXPECT_EQ(later.findChild<QLineEdit*>()->text(), "secret");
     EXPECT_TRUE(later.findChild<QCheckBox*>()->isChecked());
     EXPECT_THAT(test::textsFromTop(later), testing::Contains("Set."));
