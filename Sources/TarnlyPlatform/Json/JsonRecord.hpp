@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
@@ -26,7 +28,11 @@
 ///     };
 ///
 /// An optional field is left out when absent; on reading, a missing key or null leaves it absent. Every other
-/// field is required. There is no coercion between kinds, except that an Int field takes any integral number
+/// field is required, unless it says what a missing key means: `field("leg", &Waypoint::leg, 1)`. So a record
+/// that is kept in a file grows: what an older version has written is read still. Null is no missing key
+/// there.
+///
+/// There is no coercion between kinds, except that an Int field takes any integral number
 /// in the 64-bit range (7.0 and 1e2 are integral) and a Double field any number. Unknown keys are ignored.
 namespace tarnly {
 
@@ -39,6 +45,23 @@ struct Field {
 template <typename Record, typename Member>
 constexpr Field<Record, Member> field(std::string_view key, Member Record::*member) {
     return {key, member};
+}
+
+template <typename T>
+constexpr bool isOptional = false;
+template <typename T>
+constexpr bool isOptional<std::optional<T>> = true;
+
+template <typename Record, typename Member>
+struct DefaultedField : Field<Record, Member> {
+    Member whenMissing;
+};
+
+/// Not for an optional field: one that is absent would be written as nothing, and come back as the default.
+template <typename Record, typename Member>
+requires(!isOptional<Member>) constexpr DefaultedField<Record, Member> field(
+    std::string_view key, Member Record::*member, std::type_identity_t<Member> whenMissing) {
+    return {{key, member}, std::move(whenMissing)};
 }
 
 template <typename T>
@@ -177,11 +200,25 @@ void readField(const boost::json::object& object, std::string_view key, std::opt
     value = std::move(present);
 }
 
+template <typename Record, typename Member>
+void readMember(const boost::json::object& object, const Field<Record, Member>& field, Record& record) {
+    readField(object, field.key, record.*field.member);
+}
+
+template <typename Record, typename Member>
+void readMember(const boost::json::object& object, const DefaultedField<Record, Member>& field,
+                Record& record) {
+    if (object.contains(field.key)) {
+        readField(object, field.key, record.*field.member);
+    } else {
+        record.*field.member = field.whenMissing;
+    }
+}
+
 template <JsonRecord T>
 void readJson(const boost::json::value& json, T& record) {
     const auto& object = jsonObject(json);
-    std::apply([&](const auto&... fields) { (readField(object, fields.key, record.*fields.member), ...); },
-               T::fields());
+    std::apply([&](const auto&... fields) { (readMember(object, fields, record), ...); }, T::fields());
 }
 
 /// Throws `JsonError` when `json` is not a `T`.

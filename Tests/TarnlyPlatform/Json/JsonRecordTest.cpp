@@ -33,6 +33,26 @@ struct Route {
     }
 };
 
+struct Holding {
+    std::string fix;
+    std::string turn;
+    std::int64_t legMinutes = 0;
+    bool isEntered = false;
+    std::optional<double> speedKts;
+
+    bool operator==(const Holding&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("fix", &Holding::fix), field("turn", &Holding::turn, "right"),
+                          field("leg_min", &Holding::legMinutes, 1),
+                          field("entered", &Holding::isEntered, true), field("speed", &Holding::speedKts));
+    }
+};
+
+template <typename Member>
+concept MayHaveADefault = requires(Member Holding::*member, Member value) {
+    field("key", member, value);
+};
+
 template <typename T>
 T decode(std::string_view text) {
     return decodeJson<T>(parseJson(text));
@@ -58,6 +78,34 @@ TEST(JsonRecord, UnknownKeysAreIgnored) { EXPECT_EQ(decode<Waypoint>(R"({"ident"
 TEST(JsonRecord, RequiredFieldsMustBeThere) {
     EXPECT_THROW(decode<Waypoint>("{}"), JsonError);
     EXPECT_THROW(decode<Waypoint>(R"({"ident":null})"), JsonError);
+}
+
+TEST(JsonRecord, AMissingFieldWithADefaultTakesIt) {
+    EXPECT_EQ(decode<Holding>(R"({"fix":"SUNOL"})"), (Holding{"SUNOL", "right", 1, true, std::nullopt}));
+    EXPECT_EQ(decode<Holding>(R"({"fix":"SUNOL","leg_min":2})"),
+              (Holding{"SUNOL", "right", 2, true, std::nullopt}));
+    EXPECT_THROW(decode<Holding>(R"({"turn":"left","leg_min":2,"entered":false})"), JsonError);
+}
+
+TEST(JsonRecord, AFieldWithADefaultIsWrittenAlwaysAndReadWhenItIsThere) {
+    const Holding other{"SUNOL", "left", 0, false, std::nullopt};
+    EXPECT_EQ(encodeJson(other), R"({"fix":"SUNOL","turn":"left","leg_min":0,"entered":false})");
+    EXPECT_EQ(decode<Holding>(encodeJson(other)), other);
+    const Holding usual{"SUNOL", "right", 1, true, 230.0};
+    EXPECT_EQ(encodeJson(usual), R"({"fix":"SUNOL","turn":"right","leg_min":1,"entered":true,"speed":230})");
+}
+
+TEST(JsonRecord, ADefaultIsForNoOtherKindAndNotForNull) {
+    for (const char* text :
+         {R"({"fix":"A","turn":1})", R"({"fix":"A","leg_min":"1"})", R"({"fix":"A","entered":1})",
+          R"({"fix":"A","turn":null})", R"({"fix":"A","leg_min":null})", R"({"fix":"A","entered":null})"}) {
+        EXPECT_THROW(decode<Holding>(text), JsonError) << text;
+    }
+}
+
+TEST(JsonRecord, AnOptionalFieldHasNoDefault) {
+    EXPECT_TRUE(MayHaveADefault<bool>);
+    EXPECT_FALSE(MayHaveADefault<std::optional<bool>>);
 }
 
 TEST(JsonRecord, KindsAreNotCoerced) {
