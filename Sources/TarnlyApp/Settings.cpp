@@ -4,43 +4,57 @@
 #include <iostream>
 #include <utility>
 
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+
 namespace tarnly {
 
+std::filesystem::path AppSettings::fileIn(const std::filesystem::path& dataFolder) {
+    return dataFolder / "settings.json";
+}
+
+AppSettings AppSettings::load(const std::filesystem::path& file) {
+    const auto text = readPrivateFile(file);
+    if (!text) return {};
+    try {
+        return decodeJson<AppSettings>(parseJson(*text));
+    } catch (const JsonError&) {
+        return {};
+    }
+}
+
+void AppSettings::save(const std::filesystem::path& file) const {
+    createPrivateFolders(file.parent_path());
+    overwritePrivateFile(file, encodeJson(*this));
+}
+
 SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginItem> loginItem)
-    : file_(std::move(file)), loginItem_(std::move(loginItem)) {
-    auto loaded = AppSettings::load(file_);
-    password_ = std::move(loaded.password).value_or("");
-    startAtLogin_ = loaded.startAtLogin;
+    : file_(std::move(file)), loginItem_(std::move(loginItem)), settings_(AppSettings::load(file_)) {
+    if (settings_.password == "") settings_.password.reset();
     applyStartAtLogin();
 }
 
-AppSettings SettingsStore::current() const {
-    AppSettings settings;
-    if (!password_.empty()) settings.password = password_;
-    settings.startAtLogin = startAtLogin_;
-    return settings;
-}
-
 void SettingsStore::setPassword(std::string password) {
-    password_ = std::move(password);
-    current().save(file_);
+    settings_.password = password.empty() ? std::nullopt : std::optional(std::move(password));
+    settings_.save(file_);
     if (onPasswordChange) onPasswordChange();
 }
 
 void SettingsStore::setStartAtLogin(bool startAtLogin) {
-    startAtLogin_ = startAtLogin;
-    current().save(file_);
+    settings_.startAtLogin = startAtLogin;
+    settings_.save(file_);
     applyStartAtLogin();
 }
 
 void SettingsStore::applyStartAtLogin() {
     if (!loginItem_) return;
+    const bool wanted = settings_.startAtLogin;
     const bool isEnabled = loginItem_->status() == LoginItem::Status::enabled;
-    if (startAtLogin_ == isEnabled) return;
+    if (wanted == isEnabled) return;
     try {
-        startAtLogin_ ? loginItem_->registerItem() : loginItem_->unregisterItem();
+        wanted ? loginItem_->registerItem() : loginItem_->unregisterItem();
     } catch (const std::exception& error) {
-        std::cout << "[Tarnly] SMAppService " << (startAtLogin_ ? "register" : "unregister")
+        std::cout << "[Tarnly] SMAppService " << (wanted ? "register" : "unregister")
                   << " failed: " << error.what() << std::endl;
     }
 }

@@ -3,12 +3,39 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
-#include "TarnlyApp/AppSettings.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
 #include "TarnlyPlatform/Login/LoginItem.hpp"
 
 namespace tarnly {
+
+/// The user's settings, as they stand in the settings file. A plain value.
+struct AppSettings {
+    /// Absent: pairing is open.
+    std::optional<std::string> password;
+    bool startAtLogin = false;
+
+    bool operator==(const AppSettings&) const = default;
+
+    /// A further field needs a default here: without it no file that is there today would be one any more,
+    /// and every password would be lost.
+    static constexpr auto fields() {
+        return std::tuple(field("password", &AppSettings::password),
+                          field("startAtLogin", &AppSettings::startAtLogin));
+    }
+
+    /// The settings file in the application's data folder.
+    static std::filesystem::path fileIn(const std::filesystem::path& dataFolder);
+
+    /// The settings in `file`; the defaults where it is missing, unreadable or not a settings file. A file
+    /// that others could read is made its owner's only.
+    static AppSettings load(const std::filesystem::path& file);
+
+    /// Writes `file`, with the folders above it, for its owner only. A failure leaves things as they were.
+    void save(const std::filesystem::path& file) const;
+};
 
 /// The settings while the application runs: every change is saved at once, told to the companion, and the
 /// login item is kept in step with it.
@@ -23,11 +50,11 @@ class SettingsStore {
     SettingsStore& operator=(const SettingsStore&) = delete;
 
     /// Empty: no password, pairing is open.
-    const std::string& password() const { return password_; }
-    bool startAtLogin() const { return startAtLogin_; }
+    std::string password() const { return settings_.password.value_or(""); }
+    bool startAtLogin() const { return settings_.startAtLogin; }
 
     /// The settings as they are saved: without a password when it is empty.
-    AppSettings current() const;
+    const AppSettings& current() const { return settings_; }
 
     /// Saves, then calls `onPasswordChange`.
     void setPassword(std::string password);
@@ -44,8 +71,7 @@ class SettingsStore {
   private:
     const std::filesystem::path file_;
     const std::unique_ptr<LoginItem> loginItem_;
-    std::string password_;
-    bool startAtLogin_ = false;
+    AppSettings settings_;
 };
 
 } // namespace tarnly

@@ -4,7 +4,6 @@
 #include <iostream>
 #include <variant>
 
-#include "TarnlyApp/AppSettings.hpp"
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Settings.hpp"

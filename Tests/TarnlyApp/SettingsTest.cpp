@@ -8,12 +8,63 @@
 #include <vector>
 
 #include "Support/TemporaryFolder.hpp"
+#include "TarnlyPlatform/Files/PrivateFiles.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+AppSettings loaded(const std::string& content) {
+    const test::TemporaryFolder folder;
+    return AppSettings::load(folder.write("settings.json", content));
+}
+
+TEST(AppSettings, AreReadFromTheFile) {
+    EXPECT_EQ(loaded(R"({"password":"abc","startAtLogin":true})"), (AppSettings{"abc", true}));
+    EXPECT_EQ(loaded(R"({"startAtLogin":false,"unknown":[1]})"), (AppSettings{std::nullopt, false}));
+    EXPECT_EQ(loaded(R"({"password":null,"startAtLogin":true})"), (AppSettings{std::nullopt, true}));
+}
+
+TEST(AppSettings, AFileThatIsNoneMeansTheDefaults) {
+    for (const char* content : {"", "{", R"({"password":"abc"})", R"({"password":1,"startAtLogin":true})",
+                                R"({"startAtLogin":"true"})", "[]", "\xFF\xFE"}) {
+        EXPECT_EQ(loaded(content), AppSettings{}) << content;
+    }
+}
+
+TEST(AppSettings, AMissingFileMeansTheDefaults) {
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(AppSettings::load(folder.path() / "settings.json"), AppSettings{});
+    EXPECT_EQ(AppSettings::load(folder.path()), AppSettings{}) << "a folder in its place";
+}
+
+/// As a version after this one might have them.
+struct LaterSettings {
+    std::optional<std::string> password;
+    bool startAtLogin = false;
+    bool advertise = false;
+
+    static constexpr auto fields() {
+        return std::tuple(field("password", &LaterSettings::password),
+                          field("startAtLogin", &LaterSettings::startAtLogin),
+                          field("advertise", &LaterSettings::advertise, true));
+    }
+};
+
+TEST(AppSettings, AFileOfTodayKeepsItsPasswordWhenASettingIsAdded) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.path() / "settings.json";
+    AppSettings{"abc", true}.save(file);
+    const auto later = decodeJson<LaterSettings>(parseJson(readPrivateFile(file).value()));
+    EXPECT_EQ(later.password, "abc");
+    EXPECT_TRUE(later.startAtLogin);
+    EXPECT_TRUE(later.advertise);
+}
+
+TEST(AppSettings, StandInTheDataFolder) { EXPECT_EQ(AppSettings::fileIn("/data"), "/data/settings.json"); }
 
 /// What the store asked of the desktop, and what the desktop says.
 struct Desktop {
@@ -93,6 +144,12 @@ TEST_F(SettingsStoreTest, AnEmptyPasswordIsSavedAsNone) {
     store().setPassword("");
     EXPECT_EQ(file(), R"({"startAtLogin":false})");
     EXPECT_EQ(store().current().password, std::nullopt);
+}
+
+TEST_F(SettingsStoreTest, AnEmptyPasswordInTheFileIsNone) {
+    saved(R"({"password":"","startAtLogin":true})");
+    EXPECT_EQ(store().password(), "");
+    EXPECT_EQ(store().current(), (AppSettings{std::nullopt, true}));
 }
 
 TEST_F(SettingsStoreTest, APasswordIsToldAfterItIsSaved) {
