@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "TarnlyPlatform/Login/LoginItem.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
 namespace tarnly {
@@ -48,5 +50,10 @@ std::filesystem::path dataFolder(const CompanionOptions& options);
 
 /// The command line, without the program, that asks for `options`, wherever it is run: paths are absolute.
 std::vector<std::string> commandLine(const CompanionOptions& options);
+
+/// The login item that starts the running program, without a window and with the same options as now, when
+/// the person logs in. Each data folder has its own, as it has its own setting. Throws `std::runtime_error`
+/// for a person without a home folder.
+std::unique_ptr<LoginItem> makeLoginItem(CompanionOptions options);
 
 } // namespace tarnly

@@ -4,7 +4,6 @@
 #include <boost/asio/post.hpp>
 #include <utility>
 
-#include "TarnlyApp/StatusText.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
@@ -125,5 +124,15 @@ void CompanionRuntime::announce(State state, std::string text) {
 void CompanionRuntime::handOnPassword() {
     if (host_) host_->pairing().setPassword(settingsStore_.current().password);
 }
+
+std::string listeningText(std::optional<std::uint16_t> port, const std::optional<std::string>& instanceName,
+                          bool passwordRequired) {
+    const auto portText = port ? std::to_string(*port) : "?";
+    const auto nameText = instanceName ? ", advertising as \"" + *instanceName + "\"" : ", not advertised";
+    const auto pairingText = passwordRequired ? ", pairing password required." : ", pairing open.";
+    return "Listening on port " + portText + nameText + pairingText;
+}
+
+std::string failureText(const std::string& error) { return "Failed to start: " + error; }
 
 } // namespace tarnly

@@ -1,4 +1,4 @@
-#include "TarnlyApp/StartAtLogin.hpp"
+#include "TarnlyApp/CompanionOptions.hpp"
 
 #include <algorithm>
 #include <cctype>

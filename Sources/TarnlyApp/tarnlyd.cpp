@@ -7,7 +7,6 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Settings.hpp"
-#include "TarnlyApp/StatusText.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,4 +1,4 @@
-#include "TarnlyApp/StartAtLogin.hpp"
+#include "TarnlyApp/CompanionOptions.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

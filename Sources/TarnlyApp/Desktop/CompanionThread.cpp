@@ -3,8 +3,6 @@
 #include <memory>
 #include <stdexcept>
 
-#include "TarnlyApp/StartAtLogin.hpp"
-
 namespace tarnly {
 namespace {
 

@@ -4,11 +4,11 @@
 #include <variant>
 
 #include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Desktop/ApplicationIcon.hpp"
 #include "TarnlyApp/Desktop/DesktopApplication.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
-#include "TarnlyApp/StatusText.hpp"
 
 namespace tarnly {
 namespace {
