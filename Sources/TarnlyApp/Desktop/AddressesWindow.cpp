@@ -10,9 +10,8 @@
 #include <algorithm>
 #include <chrono>
 
-#include "TarnlyApp/Desktop/QrCodeView.hpp"
+#include "TarnlyApp/Desktop/QrCode.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
-#include "TarnlyApp/Desktop/Windows.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 
 namespace tarnly {

@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QScopeGuard>
 
-#include "TarnlyApp/Desktop/Windows.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
 

@@ -7,7 +7,6 @@
 #include <QVBoxLayout>
 
 #include "TarnlyApp/Desktop/WindowParts.hpp"
-#include "TarnlyApp/Desktop/Windows.hpp"
 
 namespace tarnly {
 namespace {

@@ -8,11 +8,10 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QWindow>
+#include <algorithm>
 #include <chrono>
 
-#include "TarnlyApp/Desktop/ApplicationIcon.hpp"
-#include "TarnlyApp/Desktop/PanelPlacement.hpp"
-#include "TarnlyApp/Desktop/Windows.hpp"
+#include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
 namespace {
@@ -32,6 +31,11 @@ constexpr auto grabInterval = 250ms;
 Qt::WindowFlags panelFlags() {
     const bool isWayland = QGuiApplication::platformName().startsWith(u"wayland"_s);
     return Qt::FramelessWindowHint | (isWayland ? Qt::Tool : Qt::Popup);
+}
+
+/// A panel that is larger than the screen shows its beginning.
+int within(int start, int length, int screenStart, int screenLength) {
+    return std::max(screenStart, std::min(start, screenStart + screenLength - length));
 }
 
 } // namespace
@@ -70,7 +74,7 @@ void TrayIcon::becomeIcon() {
     delete question_; // it asks about a window that goes
     panel_.hide();
     panel_.setWindowFlags(panelFlags());
-    icon_ = std::make_unique<QSystemTrayIcon>(applicationIcon());
+    icon_ = std::make_unique<QSystemTrayIcon>(QApplication::windowIcon());
     icon_->setToolTip(u"Tarnly"_s);
     icon_->setContextMenu(&menu_);
     connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
@@ -156,6 +160,14 @@ void TrayIcon::askWhetherToQuit() {
     connect(quit, &QPushButton::clicked, &panel_, &Panel::quitRequested);
     connect(minimize, &QPushButton::clicked, &panel_, &QWidget::showMinimized);
     question_->open();
+}
+
+QPoint placeBeside(const QRect& icon, const QSize& panel, const QRect& screen) {
+    const bool isAtTop = icon.center().y() < screen.center().y();
+    const int x = icon.center().x() - panel.width() / 2;
+    const int y = isAtTop ? icon.bottom() + 1 : icon.top() - panel.height();
+    return {within(x, panel.width(), screen.x(), screen.width()),
+            within(y, panel.height(), screen.y(), screen.height())};
 }
 
 } // namespace tarnly

@@ -4,8 +4,10 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QObject>
+#include <QPoint>
 #include <QPointer>
 #include <QRect>
+#include <QSize>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <memory>
@@ -57,5 +59,9 @@ class TrayIcon : public QObject {
     /// Of the icon, when the panel was opened.
     QRect place_;
 };
+
+/// Where the top left corner of a panel of this size goes, so that it stands beside its icon and whole on the
+/// screen: below an icon in the upper half, else above it. `screen` is what the desktop leaves to windows.
+QPoint placeBeside(const QRect& icon, const QSize& panel, const QRect& screen);
 
 } // namespace tarnly

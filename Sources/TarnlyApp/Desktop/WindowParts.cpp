@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QGuiApplication>
+#include <QLayout>
 #include <QPalette>
 
 namespace tarnly {
@@ -73,6 +74,19 @@ void CaptionLabel::adoptColour() {
     QPalette own;
     own.setColor(QPalette::WindowText, colour);
     setPalette(own);
+}
+
+void fitContent(QWidget& window, int width) {
+    const auto* layout = window.layout();
+    window.setFixedSize(width, layout->hasHeightForWidth() ? layout->totalHeightForWidth(width)
+                                                           : layout->totalSizeHint().height());
+}
+
+void bringUp(QWidget& window) {
+    if (window.isMinimized()) window.hide(); // under Wayland nothing else undoes that
+    window.showNormal();
+    window.raise();
+    window.activateWindow();
 }
 
 } // namespace tarnly

@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QString>
+#include <QWidget>
 
 namespace tarnly {
 
@@ -33,5 +34,12 @@ class CaptionLabel : public QLabel {
 
 /// Between the colours of text and window: readable, and less prominent than text.
 QColor secondaryColour(const QPalette& palette);
+
+/// Gives a window this width and the height that its content takes then. Needed anew when the content, or the
+/// style, has changed.
+void fitContent(QWidget& window, int width);
+
+/// Shows a window before all others, also when it was minimized.
+void bringUp(QWidget& window);
 
 } // namespace tarnly

@@ -1,11 +1,12 @@
 #include <QApplication>
+#include <QDir>
+#include <QIcon>
 #include <exception>
 #include <iostream>
 #include <variant>
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
-#include "TarnlyApp/Desktop/ApplicationIcon.hpp"
 #include "TarnlyApp/Desktop/DesktopApplication.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
@@ -18,6 +19,16 @@ using namespace Qt::StringLiterals;
 bool hasDisplay() {
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+/// The application's icon in all its sizes.
+QIcon applicationIcon() {
+    QIcon icon;
+    const QDir sizes(u":/icons"_s);
+    for (const auto& name : sizes.entryList()) {
+        icon.addFile(sizes.filePath(name));
+    }
+    return icon;
 }
 
 int complain(const char* text) {

@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/PanelPlacement.hpp"
+#include "TarnlyApp/Desktop/TrayIcon.hpp"
 
 #include <gtest/gtest.h>
 
