@@ -1,33 +1,12 @@
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
 
 #include <QApplication>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 
 namespace tarnly {
 namespace {
 
-using namespace Qt::StringLiterals;
-
-// The XDG desktop portal's settings: 0 is no preference, 1 dark, 2 light.
-const auto portalService = u"org.freedesktop.portal.Desktop"_s;
-const auto portalPath = u"/org/freedesktop/portal/desktop"_s;
-const auto settingsInterface = u"org.freedesktop.portal.Settings"_s;
-const auto appearanceSpace = u"org.freedesktop.appearance"_s;
-const auto schemeKey = u"color-scheme"_s;
-constexpr unsigned dark = 1;
-
 bool isLight(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() > palette.color(QPalette::WindowText).lightness();
-}
-
-/// The portal's older call wraps the value twice.
-unsigned schemeIn(QVariant value) {
-    while (value.canConvert<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
-    return value.toUInt();
 }
 
 } // namespace
@@ -55,27 +34,7 @@ QPalette darkCheckBoxPalette() {
     return palette;
 }
 
-ColorScheme::ColorScheme() {
-    qRegisterMetaType<QDBusVariant>(); // the slot's types are looked up by name
-    QDBusConnection::sessionBus().connect(portalService, portalPath, settingsInterface, u"SettingChanged"_s,
-                                          this, SLOT(settingChanged(QString, QString, QDBusVariant)));
-    ask();
-}
-
-void ColorScheme::ask() {
-    auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, u"Read"_s);
-    question << appearanceSpace << schemeKey;
-    auto* answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        answer->deleteLater();
-        const QDBusPendingReply<QVariant> reply = *answer;
-        if (reply.isValid()) adopt(schemeIn(reply.value()) == dark);
-    });
-}
-
-void ColorScheme::settingChanged(const QString& space, const QString& key, const QDBusVariant& value) {
-    if (space == appearanceSpace && key == schemeKey) adopt(schemeIn(value.variant()) == dark);
-}
+ColorScheme::ColorScheme() : watch_(watchWishForDark([this](bool isDark) { adopt(isDark); })) {}
 
 // A desktop whose colours Qt knows has made the palette dark already.
 void ColorScheme::adopt(bool isDark) {

@@ -1,30 +1,28 @@
 #pragma once
 
-#include <QDBusVariant>
 #include <QObject>
 #include <QPalette>
-#include <QString>
+#include <functional>
+#include <memory>
 
 namespace tarnly {
 
-/// Follows the person's wish for a dark desktop where Qt itself does not: on desktops that tell it through
-/// their settings portal only, as GNOME does.
-class ColorScheme : public QObject {
-    Q_OBJECT
-
+/// Follows the person's wish for a dark desktop where Qt itself does not.
+///
+/// One per application, for as long as its windows. Belongs to the main thread.
+class ColorScheme {
   public:
-    /// Asks the portal, and listens to it from then on; there need not be one.
     ColorScheme();
 
-  private slots:
-    void settingChanged(const QString& space, const QString& key, const QDBusVariant& value);
+    ColorScheme(const ColorScheme&) = delete;
+    ColorScheme& operator=(const ColorScheme&) = delete;
 
   private:
-    void ask();
     void adopt(bool isDark);
 
     /// Whether the palette in force is ours.
     bool isOurs_ = false;
+    std::unique_ptr<QObject> watch_;
 };
 
 /// Light texts on dark surfaces.
@@ -32,5 +30,9 @@ QPalette darkPalette();
 
 /// The dark palette, with a box that can be told from the surface that it stands on also while it is empty.
 QPalette darkCheckBoxPalette();
+
+/// Tells whether the person wants a dark desktop, soon and upon each change, for as long as what it returns
+/// lives; nothing where the system does not say. Each system has its own way.
+std::unique_ptr<QObject> watchWishForDark(std::function<void(bool isDark)> tell);
 
 } // namespace tarnly

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QScopeGuard>
 
+#include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -30,8 +31,7 @@ int DesktopApplication::run() {
 }
 
 void DesktopApplication::showPanel(const QByteArray& activationToken) {
-    // Qt looks there for the leave to bring up a window.
-    if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken);
+    if (!activationToken.isEmpty()) useActivationToken(activationToken);
     trayIcon_.showPanel();
 }
 

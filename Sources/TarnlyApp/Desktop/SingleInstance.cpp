@@ -3,10 +3,11 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QLocalSocket>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 #include <chrono>
+
+#include "TarnlyApp/Desktop/Display.hpp"
 
 namespace tarnly {
 namespace {
@@ -22,18 +23,8 @@ const QByteArray showRequest = "show "_qba;
 const QByteArray lookRequest = "look "_qba;
 const QByteArray answerText = "here\n"_qba;
 
-/// A person may have logged in several times; each login has a display of its own, which has several
-/// spellings:
-/// ":0", ":0.0", "unix:0".
-QString instanceName() {
-    static const QRegularExpression variation(u"^unix(?=:)|(?<=\\d)\\.\\d+$"_s);
-    auto display = qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY"));
-    display.remove(variation);
-    for (auto& character : display) {
-        if (!character.isLetterOrNumber()) character = u'-';
-    }
-    return u"tarnly"_s + display;
-}
+/// A person may have logged in several times; each login has a display of its own.
+QString instanceName() { return u"tarnly"_s + displayName(); }
 
 int milliseconds(std::chrono::milliseconds duration) { return static_cast<int>(duration.count()); }
 
@@ -52,7 +43,7 @@ QString SingleInstance::runtimeFolder() {
 }
 
 SingleInstance::Outcome SingleInstance::claim(bool asksForPanel, std::chrono::milliseconds patience) {
-    const auto request = asksForPanel ? showRequest + qgetenv("XDG_ACTIVATION_TOKEN") : lookRequest;
+    const auto request = asksForPanel ? showRequest + activationToken() : lookRequest;
     const QDeadlineTimer deadline(patience);
     do {
         if (lock_.tryLock(0ms)) return server_.listen(socket_) ? Outcome::first : Outcome::unknown;

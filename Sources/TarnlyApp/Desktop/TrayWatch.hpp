@@ -23,10 +23,20 @@ class TrayWatch : public QObject {
     void look();
 
   private:
-    /// The two kinds of trays. Qt decides for one of them when it first makes an icon, and stays with it.
+    /// The two kinds of trays: a service that tells its news, and a window that has to be looked for. Qt
+    /// decides for one of them when it first makes an icon, and stays with it.
     enum class Kind { none, statusNotifier, xembed };
 
     Kind presentKind() const;
+
+    // What each system has of these kinds
+
+    /// Has `lookForHost` called whenever the host of a status notifier may have come or gone.
+    void listenForHost();
+    static bool hasStatusNotifierHost();
+
+    static bool canHaveXembedTray();
+    static bool hasXembedTray();
 
     /// Whether there is a status notifier host, as it last told.
     bool hasHost_ = false;

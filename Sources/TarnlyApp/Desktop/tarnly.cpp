@@ -8,6 +8,7 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Desktop/DesktopApplication.hpp"
+#include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
 
@@ -15,11 +16,6 @@ namespace tarnly {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-bool hasDisplay() {
-    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
-}
 
 /// The application's icon in all its sizes.
 QIcon applicationIcon() {
