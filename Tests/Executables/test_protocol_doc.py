@@ -36,7 +36,7 @@ def message_types():
 
 
 def condition_kinds():
-    return re.findall(r'if \(kind == "(\w+)"\)', sources("ScriptTriggerMapper.cpp"))
+    return re.findall(r'return "(\w+)";', sources("ScriptTriggerMapper.cpp"))
 
 
 def complaints():

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
 
 namespace tarnly {
@@ -59,6 +60,20 @@ TEST(TrackSampleReading, EveryFieldHasItsDataref) {
     expected.pitchDeg = 5;
     expected.autopilotOn = true;
     EXPECT_EQ(sample, expected);
+}
+
+TEST(TrackSampleReading, NoFieldIsForgotten) {
+    DatarefUpdate update;
+    for (std::int64_t id = 1; id <= std::ssize(datarefs::samples); ++id) {
+        update.values[id] = 1;
+        update.arrayValues[id] = {1};
+    }
+    const auto json = parseJson(encodeJson(read(update)));
+    const auto isRead = [&](const auto& field) {
+        EXPECT_TRUE(json.as_object().contains(field.key))
+            << field.key << " is read from no dataref: see TrackSampleReading.cpp and datarefs::samples";
+    };
+    std::apply([&](const auto&... fields) { (isRead(fields), ...); }, TrackSample::fields());
 }
 
 TEST(TrackSampleReading, WithoutValuesAllIsAbsentAndAltitudeZero) { EXPECT_EQ(read({}), TrackSample()); }

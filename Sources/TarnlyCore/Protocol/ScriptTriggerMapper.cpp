@@ -6,14 +6,29 @@
 namespace tarnly::ScriptTriggerMapper {
 namespace {
 
-TriggerConditionKind kindOf(const std::string& kind) {
-    if (kind == "reaches_fix") return TriggerConditionKind::reachesFix;
-    if (kind == "crosses_agl") return TriggerConditionKind::crossesAgl;
-    if (kind == "crosses_altitude") return TriggerConditionKind::crossesAltitude;
-    if (kind == "after_gear_down") return TriggerConditionKind::afterGearDown;
-    if (kind == "after_start") return TriggerConditionKind::afterStart;
-    if (kind == "after_trigger") return TriggerConditionKind::afterTrigger;
-    throw MappingError(MappingError::Case::unknownConditionKind, kind);
+/// What a client calls the kind.
+std::string_view wireName(TriggerConditionKind::Case kind) {
+    switch (kind) {
+        case TriggerConditionKind::reachesFix:
+            return "reaches_fix";
+        case TriggerConditionKind::crossesAgl:
+            return "crosses_agl";
+        case TriggerConditionKind::crossesAltitude:
+            return "crosses_altitude";
+        case TriggerConditionKind::afterGearDown:
+            return "after_gear_down";
+        case TriggerConditionKind::afterStart:
+            return "after_start";
+        case TriggerConditionKind::afterTrigger:
+            return "after_trigger";
+    }
+    return {};
+}
+
+TriggerConditionKind kindOf(const std::string& name) {
+    const auto kind = TriggerConditionKind::find([&](auto which) { return wireName(which) == name; });
+    if (!kind) throw MappingError(MappingError::Case::unknownConditionKind, name);
+    return *kind;
 }
 
 template <typename T>

@@ -1,26 +1,32 @@
 #include "TarnlyCore/Script/Trigger.hpp"
 
-#include <algorithm>
-#include <array>
-#include <string>
-#include <string_view>
-
 namespace tarnly {
-namespace {
 
-/// In the order of the cases.
-constexpr std::array<std::string_view, 6> rawValues = {"reachesFix",    "crossesAgl", "crossesAltitude",
-                                                       "afterGearDown", "afterStart", "afterTrigger"};
+std::string_view TriggerConditionKind::name(Case which) {
+    switch (which) {
+        case reachesFix:
+            return "reachesFix";
+        case crossesAgl:
+            return "crossesAgl";
+        case crossesAltitude:
+            return "crossesAltitude";
+        case afterGearDown:
+            return "afterGearDown";
+        case afterStart:
+            return "afterStart";
+        case afterTrigger:
+            return "afterTrigger";
+    }
+    return {};
+}
 
-} // namespace
-
-void TriggerConditionKind::writeJson(JsonWriter& writer) const { writer.string(rawValues.at(which_)); }
+void TriggerConditionKind::writeJson(JsonWriter& writer) const { writer.string(name(which_)); }
 
 TriggerConditionKind TriggerConditionKind::readJson(const boost::json::value& json) {
     const auto text = decodeJson<std::string>(json);
-    const auto found = std::ranges::find(rawValues, text);
-    if (found == rawValues.end()) throw JsonError("unknown condition kind \"" + text + "\"");
-    return static_cast<Case>(found - rawValues.begin());
+    const auto kind = find([&](Case which) { return name(which) == text; });
+    if (!kind) throw JsonError("unknown condition kind \"" + text + "\"");
+    return *kind;
 }
 
 } // namespace tarnly

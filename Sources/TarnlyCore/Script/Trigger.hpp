@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
@@ -25,6 +26,18 @@ class TriggerConditionKind {
 
     constexpr TriggerConditionKind(Case which = reachesFix) : which_(which) {}
     constexpr operator Case() const { return which_; }
+
+    /// Empty for a number behind the last case.
+    static std::string_view name(Case which);
+
+    /// The first case that `isWanted`.
+    static std::optional<Case> find(const auto& isWanted) {
+        for (std::uint8_t number = 0; !name(static_cast<Case>(number)).empty(); ++number) {
+            const auto which = static_cast<Case>(number);
+            if (isWanted(which)) return which;
+        }
+        return std::nullopt;
+    }
 
     void writeJson(JsonWriter& writer) const;
     /// Throws `JsonError` for anything but the name of a case, letter case included.

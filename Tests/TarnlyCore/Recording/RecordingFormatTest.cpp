@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Support/TemporaryFolder.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 namespace tarnly {
@@ -12,6 +13,16 @@ std::string firstBlock(const std::string& text, const std::string& language) {
     if (begin == std::string::npos) return {};
     const auto content = begin + fence.size();
     return text.substr(content, text.find("```", content) - content);
+}
+
+TEST(RecordingFormat, EveryFieldIsDescribed) {
+    const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "recording-format.md");
+    const auto isDescribed = [&](const auto& field) {
+        const auto name = "`" + std::string(field.key) + "`";
+        EXPECT_NE(page.find(name), page.npos) << "docs/recording-format.md lacks " << name;
+    };
+    std::apply([&](const auto&... fields) { (isDescribed(fields), ...); }, TrackSample::fields());
+    std::apply([&](const auto&... fields) { (isDescribed(fields), ...); }, FiredTriggerEvent::fields());
 }
 
 TEST(RecordingFormat, ExampleOfTheDocumentationIsALog) {

@@ -40,13 +40,6 @@ inline FiredTriggerEvent firedAt(double elapsedSeconds, const std::string& id = 
     return {id, elapsedSeconds, "speak"};
 }
 
-inline std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
-
 /// All that a reader gets from a log.
 struct ReadLog {
     std::vector<LogLine> lines;

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "Support/TemporaryFolder.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
@@ -20,6 +23,20 @@ TEST(TriggerConditionKind, IsWrittenAndReadByItsName) {
         EXPECT_EQ(encodeJson(kind), name);
         EXPECT_EQ(decodeJson<Kind>(parseJson(name)), kind);
     }
+}
+
+TEST(TriggerConditionKind, EachIsDescribedForThoseWhoWriteScripts) {
+    const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "scripts.md");
+    Kind::find([&](Kind::Case kind) {
+        std::string wireName;
+        for (const char letter : Kind::name(kind)) {
+            const bool isUpper = letter >= 'A' && letter <= 'Z';
+            wireName +=
+                isUpper ? std::string{'_', static_cast<char>(letter - 'A' + 'a')} : std::string{letter};
+        }
+        EXPECT_NE(page.find("### `" + wireName + "`"), page.npos) << "docs/scripts.md lacks " << wireName;
+        return false;
+    });
 }
 
 TEST(TriggerConditionKind, NothingElseIsAKind) {

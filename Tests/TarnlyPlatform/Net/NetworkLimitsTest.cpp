@@ -123,7 +123,8 @@ TEST_F(NetworkLimitsTest, APeerThatReadsOnAtLeastOnceInFifteenSecondsStays) {
 TEST_F(NetworkLimitsTest, APeerHasHalfASecondToAnswerTheClose) {
     const auto connection = upgraded();
     bool hasEnded = false;
-    boost::asio::co_spawn(io, connection->receive(), [&](const std::exception_ptr&, const auto&) { hasEnded = true; });
+    boost::asio::co_spawn(io, connection->receive(),
+                          [&](const std::exception_ptr&, const auto&) { hasEnded = true; });
     connection->cancel();
     work();
     clock.advance(io, 500ms - aMoment);
