@@ -4,7 +4,7 @@
 #include <variant>
 #include <vector>
 
-#include "TarnlySimulator/SimulatorOptions.hpp"
+#include "TarnlySimulator/World/SimulatorOptions.hpp"
 
 namespace tarnly::simulator {
 

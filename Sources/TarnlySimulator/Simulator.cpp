@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlySimulator/Api/ApiConversation.hpp"
 #include "TarnlySimulator/Api/ApiServer.hpp"
-#include "TarnlySimulator/Control.hpp"
-#include "TarnlySimulator/HttpApi.hpp"
-#include "TarnlySimulator/Session.hpp"
-#include "TarnlySimulator/SituationPort.hpp"
+#include "TarnlySimulator/Api/Control.hpp"
+#include "TarnlySimulator/Api/HttpApi.hpp"
+#include "TarnlySimulator/Api/SituationPort.hpp"
 
 namespace tarnly::simulator {
 namespace {

@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
-#include "TarnlySimulator/SimulatorOptions.hpp"
-#include "TarnlySimulator/World.hpp"
+#include "TarnlySimulator/World/SimulatorOptions.hpp"
+#include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::simulator {
 

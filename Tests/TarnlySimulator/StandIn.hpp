@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlySimulator/World.hpp"
+#include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::test {
 

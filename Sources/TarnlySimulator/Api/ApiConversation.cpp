@@ -1,0 +1,144 @@
+#include "TarnlySimulator/Api/ApiConversation.hpp"
+
+#include <algorithm>
+
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
+#include "TarnlySimulator/Api/Duration.hpp"
+#include "TarnlySimulator/Api/JsonMembers.hpp"
+
+namespace tarnly::simulator {
+namespace {
+
+std::string result(std::optional<std::int64_t> requestId, const std::optional<ApiError>& error) {
+    JsonWriter writer;
+    writer.beginObject();
+    if (requestId) {
+        writer.key("req_id");
+        writer.integer(*requestId);
+    }
+    writer.key("type");
+    writer.string("result");
+    writer.key("success");
+    writer.boolean(!error);
+    if (error) {
+        writer.key("error_code");
+        writer.string(error->code());
+        writer.key("error_message");
+        writer.string(error->what());
+    }
+    writer.endObject();
+    return writer.take();
+}
+
+boost::json::value parsed(std::string_view request) {
+    try {
+        return parseJson(request);
+    } catch (const JsonError& error) {
+        throw ApiError(400, "invalid_json", error.what());
+    }
+}
+
+std::optional<std::int64_t> requestIdOf(const boost::json::object& request) {
+    const auto* id = request.if_contains("req_id");
+    if (id == nullptr || !id->is_int64()) return std::nullopt;
+    return id->get_int64();
+}
+
+/// Calls `carryOut` with each entry of the list `key`, and notes how it fared.
+std::vector<std::optional<ApiError>> forEach(const boost::json::object& parameters, std::string_view key,
+                                             const auto& carryOut) {
+    std::vector<std::optional<ApiError>> outcomes;
+    for (const auto& entry : arrayMember(parameters, key)) {
+        try {
+            carryOut(objectFrom(entry));
+            outcomes.emplace_back();
+        } catch (const ApiError& error) {
+            outcomes.emplace_back(error);
+        }
+    }
+    return outcomes;
+}
+
+} // namespace
+
+std::vector<std::string> Session::answer(std::string_view request) {
+    std::optional<std::int64_t> requestId;
+    try {
+        const auto json = parsed(request);
+        const auto& object = objectFrom(json);
+        requestId = requestIdOf(object);
+        return results(requestId, carryOut(object));
+    } catch (const ApiError& error) {
+        return {result(requestId, error)};
+    }
+}
+
+std::vector<std::string> Session::results(std::optional<std::int64_t> requestId,
+                                          const Outcomes& outcomes) const {
+    std::vector<std::string> out;
+    if (world_.quirks.resultPerDataref && !outcomes.empty()) {
+        for (const auto& outcome : outcomes)
+            out.push_back(result(requestId, outcome));
+        return out;
+    }
+    const auto bad = std::ranges::find_if(outcomes, [](const auto& outcome) { return outcome.has_value(); });
+    out.push_back(result(requestId, bad == outcomes.end() ? std::nullopt : *bad));
+    return out;
+}
+
+Session::Outcomes Session::carryOut(const boost::json::object& request) {
+    if (!requestIdOf(request)) throw ApiError(400, "invalid_req_id", "A request has an integer req_id.");
+    const auto type = stringMember(request, "type");
+    const auto& parameters = objectFrom(member(request, "params"));
+    if (type == "dataref_subscribe_values") return subscribe(parameters);
+    if (type == "dataref_unsubscribe_values") return unsubscribe(parameters);
+    if (type == "dataref_set_values") return set(parameters);
+    if (type == "command_set_is_active") return activate(parameters);
+    throw ApiError(400, "invalid_type", "There are no requests of that type here.");
+}
+
+Session::Outcomes Session::subscribe(const boost::json::object& parameters) {
+    if (world_.quirks.stuck) subscriptions_.freeze();
+    return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
+        const auto id = integerMember(entry, "id");
+        if (entry.contains("index"))
+            throw ApiError(400, "invalid_index", "Here only whole datarefs can be subscribed to.");
+        if (world_.shownDataref(id) == nullptr)
+            throw ApiError(404, "invalid_dataref_id", "No dataref has the id " + std::to_string(id) + ".");
+        subscriptions_.add(id);
+    });
+}
+
+Session::Outcomes Session::unsubscribe(const boost::json::object& parameters) {
+    if (member(parameters, "datarefs") == "all") {
+        subscriptions_.removeAll();
+        return {};
+    }
+    return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
+        subscriptions_.remove(integerMember(entry, "id"));
+    });
+}
+
+Session::Outcomes Session::set(const boost::json::object& parameters) {
+    return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
+        std::optional<std::int64_t> index;
+        if (entry.contains("index")) index = integerMember(entry, "index");
+        world_.write(integerMember(entry, "id"), member(entry, "value"), index);
+    });
+}
+
+Session::Outcomes Session::activate(const boost::json::object& parameters) {
+    return forEach(parameters, "commands", [this](const boost::json::object& entry) {
+        const auto id = integerMember(entry, "id");
+        if (entry.contains("duration")) checkDuration(member(entry, "duration"));
+        if (boolMember(entry, "is_active")) world_.activate(id);
+    });
+}
+
+std::string Session::update() {
+    if (world_.quirks.silent) return {};
+    return subscriptions_.update(world_);
+}
+
+} // namespace tarnly::simulator

@@ -1,0 +1,139 @@
+#include "TarnlySimulator/World/World.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include "TarnlyPlatform/Base/SecureRandom.hpp"
+#include "TarnlySimulator/Api/ApiError.hpp"
+#include "TarnlySimulator/World/StockCommands.hpp"
+#include "TarnlySimulator/World/StockDatarefs.hpp"
+#include "TarnlySimulator/World/ValueWriting.hpp"
+
+namespace tarnly::simulator {
+namespace {
+
+std::uint64_t randomSeed() {
+    std::uint64_t seed = 0;
+    fillSecureRandom(std::as_writable_bytes(std::span(&seed, 1)));
+    return seed;
+}
+
+double changed(double number, const CommandEffect& effect) {
+    switch (effect.kind) {
+        case CommandEffect::Kind::toggle:
+            return number > 0.5 ? 0 : 1;
+        case CommandEffect::Kind::set:
+            return effect.operand;
+        case CommandEffect::Kind::add:
+            return std::clamp(number + effect.operand, 0.0, 1.0);
+        case CommandEffect::Kind::restartFlight:
+            break;
+    }
+    return number;
+}
+
+Value changed(Value value, const CommandEffect& effect) {
+    if (auto* numbers = std::get_if<std::vector<double>>(&value)) {
+        for (double& number : *numbers)
+            number = changed(number, effect);
+        return value;
+    }
+    return changed(std::get<double>(value), effect);
+}
+
+} // namespace
+
+World::World(const SimulatorOptions& options)
+    : quirks(options.quirks),
+      speed_(options.speed),
+      start_(options.start),
+      flight_(options.seed, options.start),
+      datarefs_(stockDatarefs(options.datarefs)),
+      commands_(stockCommands(options.commands)),
+      paused_(datarefs_.named("sim/time/paused")) {
+    if (options.lateDatarefsAfter) {
+        quirks.lateDatarefs = true;
+        addOnsMissingS_ = std::chrono::duration<double>(*options.lateDatarefsAfter).count();
+    }
+    drawIds(options.idSeed ? *options.idSeed : randomSeed());
+}
+
+void World::drawIds(std::uint64_t seed) {
+    datarefs_.drawIds(seed);
+    commands_.drawIds(mix(seed));
+    ++idGeneration_;
+}
+
+void World::advance(double seconds) {
+    awaitAddOns(seconds);
+    if (quirks.mainMenu || std::get<double>(paused_->kept) > 0.5) return;
+    flight_.step(seconds * speed_);
+}
+
+void World::awaitAddOns(double seconds) {
+    if (!addOnsMissingS_) return;
+    *addOnsMissingS_ -= seconds;
+    if (*addOnsMissingS_ > 1e-9) return;
+    addOnsMissingS_.reset();
+    quirks.lateDatarefs = false;
+}
+
+bool World::shows(const Dataref& dataref) const {
+    return !quirks.mainMenu && !(dataref.isAddOn && quirks.lateDatarefs);
+}
+
+const Dataref* World::shownDataref(std::int64_t id) const {
+    const Dataref* dataref = datarefs_.withId(id);
+    return dataref != nullptr && shows(*dataref) ? dataref : nullptr;
+}
+
+Value World::read(const Dataref& dataref) const {
+    if (dataref.binding == nullptr) return dataref.kept;
+    if (quirks.nonFinite) {
+        if (dataref.name == "sim/flightmodel/position/y_agl") return std::numeric_limits<double>::infinity();
+        if (dataref.name == "sim/flightmodel/misc/h_ind") return std::numeric_limits<double>::quiet_NaN();
+    }
+    return dataref.binding->read(flight_);
+}
+
+void World::write(std::int64_t datarefId, const boost::json::value& value,
+                  std::optional<std::int64_t> index) {
+    Dataref* dataref = datarefs_.withId(datarefId);
+    if (dataref == nullptr || !shows(*dataref))
+        throw ApiError(404, "invalid_dataref_id", "No dataref has the id " + std::to_string(datarefId) + ".");
+    if (!dataref->isWritable)
+        throw ApiError(403, "dataref_is_readonly", "The dataref " + dataref->name + " is read-only.");
+    assign(*dataref, written(read(*dataref), dataref->type, value, index));
+}
+
+void World::assign(Dataref& dataref, const Value& value) {
+    if (dataref.binding != nullptr) {
+        dataref.binding->write(flight_, value);
+    } else {
+        dataref.kept = value;
+    }
+}
+
+void World::activate(std::int64_t commandId) {
+    const Command* command = commands_.withId(commandId);
+    if (command == nullptr)
+        throw ApiError(404, "invalid_command_id", "No command has the id " + std::to_string(commandId) + ".");
+    if (command->effect != nullptr) apply(*command->effect);
+}
+
+void World::apply(const CommandEffect& effect) {
+    if (effect.kind == CommandEffect::Kind::restartFlight) {
+        flight_.begin(start_);
+        return;
+    }
+    Dataref& dataref = *datarefs_.named(effect.dataref);
+    assign(dataref, changed(read(dataref), effect));
+}
+
+void World::loadSituation(std::string_view path) {
+    quirks.mainMenu = false;
+    flight_.begin(flightPhaseOfSituation(path.substr(path.rfind('/') + 1)));
+}
+
+} // namespace tarnly::simulator

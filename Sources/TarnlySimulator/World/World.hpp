@@ -1,0 +1,76 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "TarnlySimulator/Flight/FlightModel.hpp"
+#include "TarnlySimulator/World/Catalogue.hpp"
+#include "TarnlySimulator/World/Command.hpp"
+#include "TarnlySimulator/World/Dataref.hpp"
+#include "TarnlySimulator/World/Quirks.hpp"
+#include "TarnlySimulator/World/SimulatorOptions.hpp"
+
+namespace tarnly::simulator {
+
+/// The simulator without any wire: a flight, the datarefs and commands that show and move it, and the quirks.
+///
+/// Not synchronised: whoever owns it calls it from one thread.
+class World {
+  public:
+    explicit World(const SimulatorOptions& options);
+
+    /// May be changed at any time.
+    Quirks quirks;
+
+    /// Lets `seconds` of real time pass; the flight stands still at the main menu and while paused.
+    void advance(double seconds);
+
+    FlightModel& flight() { return flight_; }
+    const FlightModel& flight() const { return flight_; }
+
+    /// All datarefs, also those that do not show now.
+    const Catalogue<Dataref>& datarefs() const { return datarefs_; }
+    const Catalogue<Command>& commands() const { return commands_; }
+
+    /// Whether clients can see `dataref` now: at the main menu none, and those of add-ons once they are
+    /// there.
+    bool shows(const Dataref& dataref) const;
+
+    /// Null for one that does not exist or does not show.
+    const Dataref* shownDataref(std::int64_t id) const;
+
+    Value read(const Dataref& dataref) const;
+
+    /// Writes as a client. Throws `ApiError` for an id that nothing shown has, a read-only dataref and an
+    /// unfit value.
+    void write(std::int64_t datarefId, const boost::json::value& value, std::optional<std::int64_t> index);
+
+    /// Throws `ApiError` for an id that no command has.
+    void activate(std::int64_t commandId);
+
+    /// Leaves the main menu and jumps to where the situation of that file begins.
+    void loadSituation(std::string_view path);
+
+    /// Gives everything a new id, as a restart does.
+    void drawIds(std::uint64_t seed);
+    /// Counts the calls of `drawIds`.
+    std::uint64_t idGeneration() const { return idGeneration_; }
+
+  private:
+    void apply(const CommandEffect& effect);
+    void assign(Dataref& dataref, const Value& value);
+    void awaitAddOns(double seconds);
+
+    double speed_;
+    FlightPhase start_;
+    FlightModel flight_;
+    Catalogue<Dataref> datarefs_;
+    Catalogue<Command> commands_;
+    const Dataref* paused_;
+    std::optional<double> addOnsMissingS_;
+    std::uint64_t idGeneration_ = 0;
+};
+
+} // namespace tarnly::simulator

@@ -1,0 +1,215 @@
+#include "TarnlySimulator/Api/ApiConversation.hpp"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <utility>
+
+#include "TarnlySimulator/StandIn.hpp"
+
+namespace tarnly::simulator {
+namespace {
+
+using test::commandId;
+using test::datarefId;
+using test::numberOf;
+
+constexpr auto latitude = "sim/flightmodel/position/latitude";
+constexpr auto lights = "sim/cockpit2/switches/landing_lights_on";
+constexpr auto throttle = "sim/cockpit2/engine/actuators/throttle_ratio_all";
+constexpr auto height = "sim/flightmodel/position/y_agl";
+const std::string good = R"({"req_id":1,"type":"result","success":true})";
+
+class SessionTest : public testing::Test {
+  protected:
+    std::string idOf(std::string_view name) { return std::to_string(datarefId(world, name)); }
+
+    std::string entry(std::string_view name, const std::string& more = "") {
+        return R"({"id":)" + idOf(name) + more + "}";
+    }
+
+    std::vector<std::string> request(const std::string& type, const std::string& parameters) {
+        return session.answer(R"({"req_id":1,"type":")" + type + R"(","params":)" + parameters + "}");
+    }
+
+    std::vector<std::string> subscribe(const std::string& entries) {
+        return request("dataref_subscribe_values", R"({"datarefs":[)" + entries + "]}");
+    }
+
+    std::vector<std::string> set(const std::string& entries) {
+        return request("dataref_set_values", R"({"datarefs":[)" + entries + "]}");
+    }
+
+    /// The keys of the next update.
+    std::set<std::string> told() {
+        std::set<std::string> out;
+        const auto update = session.update();
+        if (update.empty()) return out;
+        const auto json = parseJson(update, NonFinite::kept);
+        EXPECT_EQ(json.at("type"), "dataref_update_values");
+        for (const auto& [key, value] : json.at("data").as_object())
+            out.insert(key);
+        return out;
+    }
+
+    /// The error code of the only result.
+    static std::string codeOf(const std::vector<std::string>& results) {
+        if (results.size() != 1) return std::to_string(results.size()) + " results";
+        const auto json = parseJson(results.front());
+        EXPECT_EQ(json.at("type"), "result");
+        if (json.at("success").as_bool()) return "success";
+        EXPECT_FALSE(json.at("error_message").as_string().empty());
+        return json.at("error_code").as_string().c_str();
+    }
+
+    World world{test::standInOptions()};
+    Session session{world};
+};
+
+using Keys = std::set<std::string>;
+
+TEST_F(SessionTest, SubscribingIsAnsweredAndTheFirstUpdateIsComplete) {
+    EXPECT_EQ(subscribe(entry(lights) + "," + entry(throttle)), std::vector{good});
+    EXPECT_EQ(told(), (Keys{idOf(lights), idOf(throttle)}));
+}
+
+TEST_F(SessionTest, UpdatesTellOnlyWhatHasChanged) {
+    subscribe(entry(lights) + "," + entry(latitude));
+    told();
+    EXPECT_EQ(session.update(), "");
+    world.advance(0.1);
+    EXPECT_EQ(told(), Keys{idOf(latitude)});
+    test::writeNumber(world, lights, 1);
+    const std::string id = idOf(lights);
+    EXPECT_EQ(session.update(), R"({"data":{")" + id + R"(":1},"type":"dataref_update_values"})");
+}
+
+TEST_F(SessionTest, SubscribingAgainTellsTheValueAgain) {
+    subscribe(entry(lights));
+    told();
+    subscribe(entry(lights));
+    EXPECT_EQ(told(), Keys{idOf(lights)});
+}
+
+TEST_F(SessionTest, ASubscriptionToNothingSucceeds) {
+    EXPECT_EQ(subscribe(""), std::vector{good});
+    EXPECT_EQ(session.update(), "");
+}
+
+TEST_F(SessionTest, UnknownIdsFailButTheOthersAreSubscribed) {
+    EXPECT_EQ(codeOf(subscribe(R"({"id":1},)" + entry(lights))), "invalid_dataref_id");
+    EXPECT_EQ(told(), Keys{idOf(lights)});
+}
+
+TEST_F(SessionTest, UnsubscribedValuesAreToldNoMore) {
+    subscribe(entry(lights) + "," + entry(throttle));
+    EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":[)" + entry(throttle) + "]}"),
+              std::vector{good});
+    EXPECT_EQ(told(), Keys{idOf(lights)});
+    subscribe(entry(throttle));
+    EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":"all"})"), std::vector{good});
+    EXPECT_EQ(told(), Keys{});
+}
+
+TEST_F(SessionTest, NonFiniteValuesAreToldAsTheyArePrinted) {
+    world.quirks.nonFinite = true;
+    subscribe(entry(height));
+    EXPECT_EQ(session.update(),
+              R"({"data":{")" + idOf(height) + R"(":1e+9999},"type":"dataref_update_values"})");
+    EXPECT_EQ(session.update(), "");
+}
+
+TEST_F(SessionTest, SettingAScalarAnElementAndAWholeArray) {
+    EXPECT_EQ(set(entry(lights, R"(,"value":1)")), std::vector{good});
+    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(set(entry(throttle, R"(,"value":0.25)")), std::vector{good});
+    EXPECT_EQ(set(entry(throttle, R"(,"value":0.75,"index":0)")), std::vector{good});
+    EXPECT_EQ(test::valueOf(world, throttle), Value(std::vector<double>{0.75, 0.25}));
+}
+
+TEST_F(SessionTest, ReadOnlyDatarefsAreRefused) {
+    EXPECT_EQ(codeOf(set(entry(height, R"(,"value":1)"))), "dataref_is_readonly");
+    EXPECT_EQ(codeOf(set(entry(throttle, R"(,"value":1,"index":2)"))), "invalid_index");
+}
+
+TEST_F(SessionTest, OneResultForEachDatarefOnRequest) {
+    world.quirks.resultPerDataref = true;
+    const auto results = set(entry(lights, R"(,"value":1)") + "," + entry(height, R"(,"value":1)"));
+    ASSERT_EQ(results.size(), 2u);
+    EXPECT_EQ(results[0], good);
+    EXPECT_EQ(parseJson(results[1]).at("req_id"), 1);
+    EXPECT_EQ(parseJson(results[1]).at("success"), false);
+}
+
+TEST_F(SessionTest, CommandsCanBeActivated) {
+    const auto id = std::to_string(commandId(world, "sim/lights/landing_lights_toggle"));
+    const auto activate = [&](const std::string& more) {
+        return codeOf(request("command_set_is_active", R"({"commands":[{"id":)" + id + more + "}]}"));
+    };
+    EXPECT_EQ(activate(R"(,"is_active":true,"duration":0.5)"), "success");
+    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(activate(R"(,"is_active":false)"), "success");
+    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(activate(R"(,"is_active":true,"duration":11)"), "invalid_duration");
+    EXPECT_EQ(activate(""), "invalid_body");
+}
+
+TEST_F(SessionTest, SilenceKeepsTheValuesBack) {
+    world.quirks.silent = true;
+    EXPECT_EQ(subscribe(entry(lights)), std::vector{good});
+    EXPECT_EQ(session.update(), "");
+    world.quirks.silent = false;
+    EXPECT_EQ(told(), Keys{idOf(lights)});
+}
+
+TEST_F(SessionTest, EarlierValuesGetStuckOnRequest) {
+    subscribe(entry(latitude));
+    told();
+    world.quirks.stuck = true;
+    subscribe(entry(lights));
+    world.advance(1);
+    EXPECT_EQ(told(), Keys{idOf(lights)});
+    subscribe(entry(latitude));
+    EXPECT_EQ(told(), Keys{idOf(latitude)});
+}
+
+TEST_F(SessionTest, NothingIsToldAtTheMainMenu) {
+    subscribe(entry(lights));
+    world.quirks.mainMenu = true;
+    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(codeOf(subscribe(entry(latitude))), "invalid_dataref_id");
+}
+
+TEST_F(SessionTest, MalformedRequestsGetAResult) {
+    const std::pair<const char*, const char*> requests[] = {
+        {"", "invalid_json"},
+        {"{", "invalid_json"},
+        {R"({"req_id":1e999})", "invalid_json"},
+        {"[1]", "invalid_body"},
+        {"{}", "invalid_req_id"},
+        {R"({"req_id":"1"})", "invalid_req_id"},
+        {R"({"req_id":1})", "invalid_body"},
+        {R"({"req_id":1,"type":3,"params":{}})", "invalid_body"},
+        {R"({"req_id":1,"type":"dance","params":{}})", "invalid_type"},
+        {R"({"req_id":1,"type":"dataref_set_values"})", "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_set_values","params":[]})", "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_set_values","params":{"datarefs":{}}})", "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_set_values","params":{"datarefs":[1]}})", "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_set_values","params":{"datarefs":[{}]}})", "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_set_values","params":{"datarefs":[{"id":1.5,"value":1}]}})",
+         "invalid_body"},
+        {R"({"req_id":1,"type":"dataref_subscribe_values","params":{"datarefs":[{"id":null}]}})",
+         "invalid_body"},
+    };
+    for (const auto& [text, code] : requests)
+        EXPECT_EQ(codeOf(session.answer(text)), code) << text;
+}
+
+TEST_F(SessionTest, ARefusalNamesItsRequest) {
+    const auto results = session.answer(R"({"req_id":77,"type":"dance","params":{}})");
+    EXPECT_EQ(parseJson(results.at(0)).at("req_id"), 77);
+    EXPECT_FALSE(parseJson(session.answer("{").at(0)).as_object().contains("req_id"));
+}
+
+} // namespace
+} // namespace tarnly::simulator
