@@ -4,7 +4,7 @@
 #include <variant>
 #include <vector>
 
-#include "TarnlySimulator/World/SimulatorOptions.hpp"
+#include "TarnlySimulator/Simulator.hpp"
 
 namespace tarnly::simulator {
 

@@ -28,7 +28,7 @@ HttpResponse unavailable() { return {503, "text/plain", ""}; }
 
 struct Client {
     std::shared_ptr<WebSocketConnection> connection;
-    Session session;
+    ApiConversation conversation;
     Clock::TimePoint since;
 };
 
@@ -94,7 +94,8 @@ void Simulator::State::accept(const std::weak_ptr<State>& weak,
                               std::shared_ptr<WebSocketConnection> connection) {
     const auto state = weak.lock();
     if (!state || state->isStopped) return;
-    auto client = std::make_shared<Client>(std::move(connection), Session(state->world), state->clock.now());
+    auto client =
+        std::make_shared<Client>(std::move(connection), ApiConversation(state->world), state->clock.now());
     state->clients.push_back(client);
     // A failing connection ends its own talk and nothing else.
     asio::co_spawn(state->executor, serve(state, client),
@@ -105,7 +106,7 @@ Task<> Simulator::State::serve(std::shared_ptr<State> state, std::shared_ptr<Cli
     while (true) {
         auto message = co_await client->connection->receive();
         if (!message) co_return;
-        const auto results = client->session.answer(message->content);
+        const auto results = client->conversation.answer(message->content);
         if (state->world.quirks.slow) {
             const Clock::Duration delay = state->world.quirks.slowBy;
             co_await state->clock.sleepFor(delay);
@@ -132,7 +133,7 @@ void Simulator::State::tick() {
         const bool isOld = options.dropAfter && clock.now() - client->since >= *options.dropAfter;
         if (isOld) client->connection->cancel();
         if (isOld || client->connection->backlog() > largestBacklog) continue;
-        auto update = client->session.update();
+        auto update = client->conversation.update();
         if (!update.empty())
             client->connection->send(std::move(update), WebSocketConnection::Kind::unsolicited);
     }

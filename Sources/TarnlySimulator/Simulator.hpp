@@ -1,15 +1,32 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
-#include "TarnlySimulator/World/SimulatorOptions.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::simulator {
+
+/// How a stand-in simulator starts.
+struct SimulatorOptions : WorldOptions {
+    /// Of the web interface and of the situation datagrams; 0: chosen by the system.
+    std::uint16_t port = 8086;
+    std::uint16_t udpPort = 49000;
+
+    /// The age at which every WebSocket is dropped.
+    std::optional<std::chrono::milliseconds> dropAfter;
+
+    /// Told of each situation loaded, and of each datagram that was ignored, with one line for people.
+    std::function<void(const std::string&)> onSituation;
+    std::function<void(const std::string&)> onIgnored;
+};
 
 /// A stand-in for the flight simulator on the loopback address: its web interface (HTTP and WebSocket on one
 /// port) and its UDP port for loading situations, with a flight behind them that goes on by itself.

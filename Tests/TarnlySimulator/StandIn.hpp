@@ -7,7 +7,8 @@
 #include <string_view>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlySimulator/World/World.hpp"
+#include "TarnlySimulator/Simulator.hpp"
+#include "TarnlySimulator/World/WorldError.hpp"
 
 namespace tarnly::test {
 
@@ -30,6 +31,12 @@ inline std::int64_t commandId(const simulator::World& world, std::string_view na
     const auto* command = world.commands().named(name);
     if (command == nullptr) throw std::invalid_argument(std::string(name));
     return command->id;
+}
+
+/// The name of the error's case.
+inline std::string codeOf(const simulator::WorldError& error) {
+    const std::string form = error.what();
+    return form.substr(0, form.find('('));
 }
 
 inline simulator::Value valueOf(const simulator::World& world, std::string_view name) {

@@ -1,10 +1,10 @@
 #include "TarnlySimulator/Api/ApiConversation.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
-#include "TarnlySimulator/Api/Duration.hpp"
 #include "TarnlySimulator/Api/JsonMembers.hpp"
 
 namespace tarnly::simulator {
@@ -55,6 +55,8 @@ std::vector<std::optional<ApiError>> forEach(const boost::json::object& paramete
             outcomes.emplace_back();
         } catch (const ApiError& error) {
             outcomes.emplace_back(error);
+        } catch (const WorldError& refusal) {
+            outcomes.emplace_back(ApiError(refusal));
         }
     }
     return outcomes;
@@ -62,7 +64,30 @@ std::vector<std::optional<ApiError>> forEach(const boost::json::object& paramete
 
 } // namespace
 
-std::vector<std::string> Session::answer(std::string_view request) {
+void Subscriptions::freeze() {
+    for (auto& [id, told] : told_)
+        told.isFrozen = true;
+}
+
+std::string Subscriptions::update(const World& world) {
+    std::string out;
+    for (auto& [id, told] : told_) {
+        const Dataref* dataref = world.shownDataref(id);
+        if (told.isFrozen || dataref == nullptr) continue;
+        std::string text;
+        appendValue(text, dataref->type, world.read(*dataref));
+        if (text == told.text) continue;
+        told.text = std::move(text);
+        out += out.empty() ? R"({"data":{")" : R"(,")";
+        out += std::to_string(id);
+        out += R"(":)";
+        out += told.text;
+    }
+    if (!out.empty()) out += R"(},"type":"dataref_update_values"})";
+    return out;
+}
+
+std::vector<std::string> ApiConversation::answer(std::string_view request) {
     std::optional<std::int64_t> requestId;
     try {
         const auto json = parsed(request);
@@ -74,8 +99,8 @@ std::vector<std::string> Session::answer(std::string_view request) {
     }
 }
 
-std::vector<std::string> Session::results(std::optional<std::int64_t> requestId,
-                                          const Outcomes& outcomes) const {
+std::vector<std::string> ApiConversation::results(std::optional<std::int64_t> requestId,
+                                                  const Outcomes& outcomes) const {
     std::vector<std::string> out;
     if (world_.quirks.resultPerDataref && !outcomes.empty()) {
         for (const auto& outcome : outcomes)
@@ -87,7 +112,7 @@ std::vector<std::string> Session::results(std::optional<std::int64_t> requestId,
     return out;
 }
 
-Session::Outcomes Session::carryOut(const boost::json::object& request) {
+ApiConversation::Outcomes ApiConversation::carryOut(const boost::json::object& request) {
     if (!requestIdOf(request)) throw ApiError(400, "invalid_req_id", "A request has an integer req_id.");
     const auto type = stringMember(request, "type");
     const auto& parameters = objectFrom(member(request, "params"));
@@ -98,7 +123,7 @@ Session::Outcomes Session::carryOut(const boost::json::object& request) {
     throw ApiError(400, "invalid_type", "There are no requests of that type here.");
 }
 
-Session::Outcomes Session::subscribe(const boost::json::object& parameters) {
+ApiConversation::Outcomes ApiConversation::subscribe(const boost::json::object& parameters) {
     if (world_.quirks.stuck) subscriptions_.freeze();
     return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
         const auto id = integerMember(entry, "id");
@@ -110,7 +135,7 @@ Session::Outcomes Session::subscribe(const boost::json::object& parameters) {
     });
 }
 
-Session::Outcomes Session::unsubscribe(const boost::json::object& parameters) {
+ApiConversation::Outcomes ApiConversation::unsubscribe(const boost::json::object& parameters) {
     if (member(parameters, "datarefs") == "all") {
         subscriptions_.removeAll();
         return {};
@@ -120,7 +145,7 @@ Session::Outcomes Session::unsubscribe(const boost::json::object& parameters) {
     });
 }
 
-Session::Outcomes Session::set(const boost::json::object& parameters) {
+ApiConversation::Outcomes ApiConversation::set(const boost::json::object& parameters) {
     return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
         std::optional<std::int64_t> index;
         if (entry.contains("index")) index = integerMember(entry, "index");
@@ -128,7 +153,7 @@ Session::Outcomes Session::set(const boost::json::object& parameters) {
     });
 }
 
-Session::Outcomes Session::activate(const boost::json::object& parameters) {
+ApiConversation::Outcomes ApiConversation::activate(const boost::json::object& parameters) {
     return forEach(parameters, "commands", [this](const boost::json::object& entry) {
         const auto id = integerMember(entry, "id");
         if (entry.contains("duration")) checkDuration(member(entry, "duration"));
@@ -136,7 +161,7 @@ Session::Outcomes Session::activate(const boost::json::object& parameters) {
     });
 }
 
-std::string Session::update() {
+std::string ApiConversation::update() {
     if (world_.quirks.silent) return {};
     return subscriptions_.update(world_);
 }

@@ -3,6 +3,30 @@
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
 
 namespace tarnly::simulator {
+namespace {
+
+unsigned statusOf(WorldError::Case which) {
+    switch (which) {
+        case WorldError::Case::invalidDatarefId:
+        case WorldError::Case::invalidCommandId:
+            return 404;
+        case WorldError::Case::datarefIsReadOnly:
+            return 403;
+        case WorldError::Case::invalidValue:
+        case WorldError::Case::invalidIndex:
+            break;
+    }
+    return 400;
+}
+
+std::string codeOf(WorldError::Case which) {
+    return std::string(WorldErrorCases::names.at(static_cast<std::size_t>(which)));
+}
+
+} // namespace
+
+ApiError::ApiError(const WorldError& error)
+    : ApiError(statusOf(error.which()), codeOf(error.which()), error.payload()) {}
 
 std::string errorBody(const ApiError& error) {
     JsonWriter writer;

@@ -5,9 +5,7 @@
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlySimulator/Api/ApiError.hpp"
-#include "TarnlySimulator/Api/Duration.hpp"
 #include "TarnlySimulator/Api/JsonMembers.hpp"
-#include "TarnlySimulator/Api/Query.hpp"
 #include "TarnlySimulator/World/Parts.hpp"
 
 namespace tarnly::simulator {
@@ -51,6 +49,23 @@ HttpResponse filtered(const Catalogue<Entry>& catalogue, std::string_view query,
 
 bool hasFilter(std::string_view query) { return !queryValues(query, "filter[name]").empty(); }
 
+std::string percentDecoded(std::string_view text) {
+    std::string out;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        unsigned char byte = 0;
+        if (text[at] == '%' && at + 2 < text.size()) {
+            const char* digits = text.data() + at + 1;
+            if (std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+                out += static_cast<char>(byte);
+                at += 2;
+                continue;
+            }
+        }
+        out += text[at] == '+' ? ' ' : text[at];
+    }
+    return out;
+}
+
 } // namespace
 
 HttpResponse notFoundPage() {
@@ -71,6 +86,9 @@ std::optional<HttpResponse> HttpApi::answer(const HttpRequest& request, bool isU
     try {
         return plainAnswer(request);
     } catch (const ApiError& error) {
+        return json(error.status(), errorBody(error));
+    } catch (const WorldError& refusal) {
+        const ApiError error(refusal);
         return json(error.status(), errorBody(error));
     }
 }
@@ -154,6 +172,16 @@ HttpResponse HttpApi::activate(std::string_view id, const std::string& body) {
     }
     world_.activate(commandId);
     return json(200, "null");
+}
+
+std::vector<std::string> queryValues(std::string_view query, std::string_view key) {
+    std::vector<std::string> out;
+    for (const auto pair : parts(query, '&')) {
+        const auto equals = pair.find('=');
+        if (equals == std::string_view::npos || percentDecoded(pair.substr(0, equals)) != key) continue;
+        out.push_back(percentDecoded(pair.substr(equals + 1)));
+    }
+    return out;
 }
 
 } // namespace tarnly::simulator

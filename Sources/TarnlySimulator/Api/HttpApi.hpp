@@ -39,4 +39,7 @@ class HttpApi {
 /// The page for a path that leads nowhere: HTML with status 404.
 HttpResponse notFoundPage();
 
+/// All values of `key` in a URL's query ("a=1&b=2"), percent-decoded, in their order.
+std::vector<std::string> queryValues(std::string_view query, std::string_view key);
+
 } // namespace tarnly::simulator

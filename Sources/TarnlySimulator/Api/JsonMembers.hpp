@@ -16,4 +16,7 @@ std::string_view stringMember(const boost::json::object& object, std::string_vie
 std::int64_t integerMember(const boost::json::object& object, std::string_view key);
 bool boolMember(const boost::json::object& object, std::string_view key);
 
+/// Throws `ApiError` unless `json` is how long a command may be held: a number of seconds from 0 to 10.
+void checkDuration(const boost::json::value& json);
+
 } // namespace tarnly::simulator

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "TarnlySimulator/Flight/Angles.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 #include "TarnlySimulator/Flight/Mixing.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
 
 namespace tarnly::simulator {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "TarnlySimulator/Flight/FlightPhase.hpp"
-#include "TarnlySimulator/Flight/GeoPoint.hpp"
+#include "TarnlySimulator/Flight/FlightState.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 namespace tarnly::simulator {
 

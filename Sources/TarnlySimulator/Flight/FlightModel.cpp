@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "TarnlySimulator/Flight/Angles.hpp"
-#include "TarnlySimulator/Flight/Atmosphere.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 namespace tarnly::simulator {
 namespace {

@@ -1,11 +1,10 @@
-#include "TarnlySimulator/World/FlightDatarefs.hpp"
+#include "TarnlySimulator/World/Datarefs.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "TarnlySimulator/Flight/Angles.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 namespace tarnly::simulator {
 namespace {

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "TarnlyPlatform/Base/SecureRandom.hpp"
-#include "TarnlySimulator/Api/ApiError.hpp"
-#include "TarnlySimulator/World/StockCommands.hpp"
-#include "TarnlySimulator/World/StockDatarefs.hpp"
-#include "TarnlySimulator/World/ValueWriting.hpp"
+#include "TarnlySimulator/World/Commands.hpp"
+#include "TarnlySimulator/World/Datarefs.hpp"
+#include "TarnlySimulator/World/Value.hpp"
+#include "TarnlySimulator/World/WorldError.hpp"
 
 namespace tarnly::simulator {
 namespace {
@@ -44,7 +44,7 @@ Value changed(Value value, const CommandEffect& effect) {
 
 } // namespace
 
-World::World(const SimulatorOptions& options)
+World::World(const WorldOptions& options)
     : quirks(options.quirks),
       speed_(options.speed),
       start_(options.start),
@@ -101,9 +101,11 @@ void World::write(std::int64_t datarefId, const boost::json::value& value,
                   std::optional<std::int64_t> index) {
     Dataref* dataref = datarefs_.withId(datarefId);
     if (dataref == nullptr || !shows(*dataref))
-        throw ApiError(404, "invalid_dataref_id", "No dataref has the id " + std::to_string(datarefId) + ".");
+        throw WorldError(WorldError::Case::invalidDatarefId,
+                         "No dataref has the id " + std::to_string(datarefId) + ".");
     if (!dataref->isWritable)
-        throw ApiError(403, "dataref_is_readonly", "The dataref " + dataref->name + " is read-only.");
+        throw WorldError(WorldError::Case::datarefIsReadOnly,
+                         "The dataref " + dataref->name + " is read-only.");
     assign(*dataref, written(read(*dataref), dataref->type, value, index));
 }
 
@@ -118,7 +120,8 @@ void World::assign(Dataref& dataref, const Value& value) {
 void World::activate(std::int64_t commandId) {
     const Command* command = commands_.withId(commandId);
     if (command == nullptr)
-        throw ApiError(404, "invalid_command_id", "No command has the id " + std::to_string(commandId) + ".");
+        throw WorldError(WorldError::Case::invalidCommandId,
+                         "No command has the id " + std::to_string(commandId) + ".");
     if (command->effect != nullptr) apply(*command->effect);
 }
 

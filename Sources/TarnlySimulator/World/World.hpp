@@ -1,25 +1,45 @@
 #pragma once
 
 #include <boost/json/value.hpp>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
 #include "TarnlySimulator/Flight/FlightModel.hpp"
 #include "TarnlySimulator/World/Catalogue.hpp"
-#include "TarnlySimulator/World/Command.hpp"
-#include "TarnlySimulator/World/Dataref.hpp"
+#include "TarnlySimulator/World/Commands.hpp"
+#include "TarnlySimulator/World/Datarefs.hpp"
 #include "TarnlySimulator/World/Quirks.hpp"
-#include "TarnlySimulator/World/SimulatorOptions.hpp"
 
 namespace tarnly::simulator {
+
+/// How a world begins.
+struct WorldOptions {
+    /// Shifts the route of the flight.
+    std::uint64_t seed = 1;
+    /// Ids are drawn from it; absent: other ids in every run, as in the real thing.
+    std::optional<std::uint64_t> idSeed;
+    FlightPhase start = FlightPhase::runway;
+    /// Simulated seconds in one second.
+    double speed = 1;
+
+    /// The catalogues are filled up to these sizes; they are never smaller than the built-in ones.
+    std::size_t datarefs = 0;
+    std::size_t commands = 0;
+
+    Quirks quirks;
+    /// When the add-ons register their datarefs; absent: from the beginning, unless the quirk says otherwise.
+    std::optional<std::chrono::milliseconds> lateDatarefsAfter;
+};
 
 /// The simulator without any wire: a flight, the datarefs and commands that show and move it, and the quirks.
 ///
 /// Not synchronised: whoever owns it calls it from one thread.
 class World {
   public:
-    explicit World(const SimulatorOptions& options);
+    explicit World(const WorldOptions& options);
 
     /// May be changed at any time.
     Quirks quirks;
@@ -43,11 +63,11 @@ class World {
 
     Value read(const Dataref& dataref) const;
 
-    /// Writes as a client. Throws `ApiError` for an id that nothing shown has, a read-only dataref and an
+    /// Writes as a client. Throws `WorldError` for an id that nothing shown has, a read-only dataref and an
     /// unfit value.
     void write(std::int64_t datarefId, const boost::json::value& value, std::optional<std::int64_t> index);
 
-    /// Throws `ApiError` for an id that no command has.
+    /// Throws `WorldError` for an id that no command has.
     void activate(std::int64_t commandId);
 
     /// Leaves the main menu and jumps to where the situation of that file begins.

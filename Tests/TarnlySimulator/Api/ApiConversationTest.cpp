@@ -20,7 +20,7 @@ constexpr auto throttle = "sim/cockpit2/engine/actuators/throttle_ratio_all";
 constexpr auto height = "sim/flightmodel/position/y_agl";
 const std::string good = R"({"req_id":1,"type":"result","success":true})";
 
-class SessionTest : public testing::Test {
+class ApiConversationTest : public testing::Test {
   protected:
     std::string idOf(std::string_view name) { return std::to_string(datarefId(world, name)); }
 
@@ -29,7 +29,7 @@ class SessionTest : public testing::Test {
     }
 
     std::vector<std::string> request(const std::string& type, const std::string& parameters) {
-        return session.answer(R"({"req_id":1,"type":")" + type + R"(","params":)" + parameters + "}");
+        return conversation.answer(R"({"req_id":1,"type":")" + type + R"(","params":)" + parameters + "}");
     }
 
     std::vector<std::string> subscribe(const std::string& entries) {
@@ -43,7 +43,7 @@ class SessionTest : public testing::Test {
     /// The keys of the next update.
     std::set<std::string> told() {
         std::set<std::string> out;
-        const auto update = session.update();
+        const auto update = conversation.update();
         if (update.empty()) return out;
         const auto json = parseJson(update, NonFinite::kept);
         EXPECT_EQ(json.at("type"), "dataref_update_values");
@@ -63,45 +63,45 @@ class SessionTest : public testing::Test {
     }
 
     World world{test::standInOptions()};
-    Session session{world};
+    ApiConversation conversation{world};
 };
 
 using Keys = std::set<std::string>;
 
-TEST_F(SessionTest, SubscribingIsAnsweredAndTheFirstUpdateIsComplete) {
+TEST_F(ApiConversationTest, SubscribingIsAnsweredAndTheFirstUpdateIsComplete) {
     EXPECT_EQ(subscribe(entry(lights) + "," + entry(throttle)), std::vector{good});
     EXPECT_EQ(told(), (Keys{idOf(lights), idOf(throttle)}));
 }
 
-TEST_F(SessionTest, UpdatesTellOnlyWhatHasChanged) {
+TEST_F(ApiConversationTest, UpdatesTellOnlyWhatHasChanged) {
     subscribe(entry(lights) + "," + entry(latitude));
     told();
-    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(conversation.update(), "");
     world.advance(0.1);
     EXPECT_EQ(told(), Keys{idOf(latitude)});
     test::writeNumber(world, lights, 1);
     const std::string id = idOf(lights);
-    EXPECT_EQ(session.update(), R"({"data":{")" + id + R"(":1},"type":"dataref_update_values"})");
+    EXPECT_EQ(conversation.update(), R"({"data":{")" + id + R"(":1},"type":"dataref_update_values"})");
 }
 
-TEST_F(SessionTest, SubscribingAgainTellsTheValueAgain) {
+TEST_F(ApiConversationTest, SubscribingAgainTellsTheValueAgain) {
     subscribe(entry(lights));
     told();
     subscribe(entry(lights));
     EXPECT_EQ(told(), Keys{idOf(lights)});
 }
 
-TEST_F(SessionTest, ASubscriptionToNothingSucceeds) {
+TEST_F(ApiConversationTest, ASubscriptionToNothingSucceeds) {
     EXPECT_EQ(subscribe(""), std::vector{good});
-    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(conversation.update(), "");
 }
 
-TEST_F(SessionTest, UnknownIdsFailButTheOthersAreSubscribed) {
+TEST_F(ApiConversationTest, UnknownIdsFailButTheOthersAreSubscribed) {
     EXPECT_EQ(codeOf(subscribe(R"({"id":1},)" + entry(lights))), "invalid_dataref_id");
     EXPECT_EQ(told(), Keys{idOf(lights)});
 }
 
-TEST_F(SessionTest, UnsubscribedValuesAreToldNoMore) {
+TEST_F(ApiConversationTest, UnsubscribedValuesAreToldNoMore) {
     subscribe(entry(lights) + "," + entry(throttle));
     EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":[)" + entry(throttle) + "]}"),
               std::vector{good});
@@ -111,15 +111,15 @@ TEST_F(SessionTest, UnsubscribedValuesAreToldNoMore) {
     EXPECT_EQ(told(), Keys{});
 }
 
-TEST_F(SessionTest, NonFiniteValuesAreToldAsTheyArePrinted) {
+TEST_F(ApiConversationTest, NonFiniteValuesAreToldAsTheyArePrinted) {
     world.quirks.nonFinite = true;
     subscribe(entry(height));
-    EXPECT_EQ(session.update(),
+    EXPECT_EQ(conversation.update(),
               R"({"data":{")" + idOf(height) + R"(":1e+9999},"type":"dataref_update_values"})");
-    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(conversation.update(), "");
 }
 
-TEST_F(SessionTest, SettingAScalarAnElementAndAWholeArray) {
+TEST_F(ApiConversationTest, SettingAScalarAnElementAndAWholeArray) {
     EXPECT_EQ(set(entry(lights, R"(,"value":1)")), std::vector{good});
     EXPECT_EQ(numberOf(world, lights), 1);
     EXPECT_EQ(set(entry(throttle, R"(,"value":0.25)")), std::vector{good});
@@ -127,12 +127,12 @@ TEST_F(SessionTest, SettingAScalarAnElementAndAWholeArray) {
     EXPECT_EQ(test::valueOf(world, throttle), Value(std::vector<double>{0.75, 0.25}));
 }
 
-TEST_F(SessionTest, ReadOnlyDatarefsAreRefused) {
+TEST_F(ApiConversationTest, ReadOnlyDatarefsAreRefused) {
     EXPECT_EQ(codeOf(set(entry(height, R"(,"value":1)"))), "dataref_is_readonly");
     EXPECT_EQ(codeOf(set(entry(throttle, R"(,"value":1,"index":2)"))), "invalid_index");
 }
 
-TEST_F(SessionTest, OneResultForEachDatarefOnRequest) {
+TEST_F(ApiConversationTest, OneResultForEachDatarefOnRequest) {
     world.quirks.resultPerDataref = true;
     const auto results = set(entry(lights, R"(,"value":1)") + "," + entry(height, R"(,"value":1)"));
     ASSERT_EQ(results.size(), 2u);
@@ -141,7 +141,7 @@ TEST_F(SessionTest, OneResultForEachDatarefOnRequest) {
     EXPECT_EQ(parseJson(results[1]).at("success"), false);
 }
 
-TEST_F(SessionTest, CommandsCanBeActivated) {
+TEST_F(ApiConversationTest, CommandsCanBeActivated) {
     const auto id = std::to_string(commandId(world, "sim/lights/landing_lights_toggle"));
     const auto activate = [&](const std::string& more) {
         return codeOf(request("command_set_is_active", R"({"commands":[{"id":)" + id + more + "}]}"));
@@ -154,15 +154,15 @@ TEST_F(SessionTest, CommandsCanBeActivated) {
     EXPECT_EQ(activate(""), "invalid_body");
 }
 
-TEST_F(SessionTest, SilenceKeepsTheValuesBack) {
+TEST_F(ApiConversationTest, SilenceKeepsTheValuesBack) {
     world.quirks.silent = true;
     EXPECT_EQ(subscribe(entry(lights)), std::vector{good});
-    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(conversation.update(), "");
     world.quirks.silent = false;
     EXPECT_EQ(told(), Keys{idOf(lights)});
 }
 
-TEST_F(SessionTest, EarlierValuesGetStuckOnRequest) {
+TEST_F(ApiConversationTest, EarlierValuesGetStuckOnRequest) {
     subscribe(entry(latitude));
     told();
     world.quirks.stuck = true;
@@ -173,14 +173,14 @@ TEST_F(SessionTest, EarlierValuesGetStuckOnRequest) {
     EXPECT_EQ(told(), Keys{idOf(latitude)});
 }
 
-TEST_F(SessionTest, NothingIsToldAtTheMainMenu) {
+TEST_F(ApiConversationTest, NothingIsToldAtTheMainMenu) {
     subscribe(entry(lights));
     world.quirks.mainMenu = true;
-    EXPECT_EQ(session.update(), "");
+    EXPECT_EQ(conversation.update(), "");
     EXPECT_EQ(codeOf(subscribe(entry(latitude))), "invalid_dataref_id");
 }
 
-TEST_F(SessionTest, MalformedRequestsGetAResult) {
+TEST_F(ApiConversationTest, MalformedRequestsGetAResult) {
     const std::pair<const char*, const char*> requests[] = {
         {"", "invalid_json"},
         {"{", "invalid_json"},
@@ -202,13 +202,13 @@ TEST_F(SessionTest, MalformedRequestsGetAResult) {
          "invalid_body"},
     };
     for (const auto& [text, code] : requests)
-        EXPECT_EQ(codeOf(session.answer(text)), code) << text;
+        EXPECT_EQ(codeOf(conversation.answer(text)), code) << text;
 }
 
-TEST_F(SessionTest, ARefusalNamesItsRequest) {
-    const auto results = session.answer(R"({"req_id":77,"type":"dance","params":{}})");
+TEST_F(ApiConversationTest, ARefusalNamesItsRequest) {
+    const auto results = conversation.answer(R"({"req_id":77,"type":"dance","params":{}})");
     EXPECT_EQ(parseJson(results.at(0)).at("req_id"), 77);
-    EXPECT_FALSE(parseJson(session.answer("{").at(0)).as_object().contains("req_id"));
+    EXPECT_FALSE(parseJson(conversation.answer("{").at(0)).as_object().contains("req_id"));
 }
 
 } // namespace

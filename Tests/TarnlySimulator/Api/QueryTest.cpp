@@ -1,4 +1,4 @@
-#include "TarnlySimulator/Api/Query.hpp"
+#include "TarnlySimulator/Api/HttpApi.hpp"
 
 #include <gtest/gtest.h>
 

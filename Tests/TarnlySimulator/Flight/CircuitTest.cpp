@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "TarnlySimulator/Flight/Angles.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 namespace tarnly::simulator {
 namespace {

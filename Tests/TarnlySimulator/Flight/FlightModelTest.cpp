@@ -6,8 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "TarnlySimulator/Flight/Atmosphere.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 namespace tarnly::simulator {
 namespace {

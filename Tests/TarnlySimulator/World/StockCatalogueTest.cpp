@@ -5,8 +5,8 @@
 
 #include "TarnlySimulator/Api/CatalogueText.hpp"
 #include "TarnlySimulator/StandIn.hpp"
-#include "TarnlySimulator/World/StockCommands.hpp"
-#include "TarnlySimulator/World/StockDatarefs.hpp"
+#include "TarnlySimulator/World/Commands.hpp"
+#include "TarnlySimulator/World/Datarefs.hpp"
 
 namespace tarnly::simulator {
 namespace {

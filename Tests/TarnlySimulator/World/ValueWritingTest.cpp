@@ -1,9 +1,9 @@
-#include "TarnlySimulator/World/ValueWriting.hpp"
+#include "TarnlySimulator/World/Value.hpp"
 
 #include <gtest/gtest.h>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlySimulator/Api/ApiError.hpp"
+#include "TarnlySimulator/StandIn.hpp"
 
 namespace tarnly::simulator {
 namespace {
@@ -20,8 +20,8 @@ std::string codeOf(const Value& present, ValueType type, const char* json,
                    std::optional<std::int64_t> index = std::nullopt) {
     try {
         written(present, type, parseJson(json), index);
-    } catch (const ApiError& error) {
-        return error.code();
+    } catch (const WorldError& error) {
+        return test::codeOf(error);
     }
     return "accepted";
 }

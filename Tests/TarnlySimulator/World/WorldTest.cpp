@@ -5,8 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "TarnlySimulator/Api/ApiError.hpp"
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 #include "TarnlySimulator/StandIn.hpp"
 
 namespace tarnly::simulator {
@@ -30,8 +29,8 @@ std::string position(const char* name) { return std::string("sim/flightmodel/pos
 std::string codeOfWriting(World& world, std::int64_t id, const boost::json::value& value) {
     try {
         world.write(id, value, std::nullopt);
-    } catch (const ApiError& error) {
-        return error.code();
+    } catch (const WorldError& error) {
+        return test::codeOf(error);
     }
     return "accepted";
 }
@@ -139,7 +138,7 @@ TEST(World, EveryCommandOfTheListCanBeActivated) {
     World world(standInOptions());
     for (const Command& command : world.commands().entries())
         world.activate(command.id);
-    EXPECT_THROW(world.activate(1), ApiError);
+    EXPECT_THROW(world.activate(1), WorldError);
 }
 
 TEST(World, StandsStillWhilePausedAndAtTheMainMenu) {

@@ -1,4 +1,4 @@
-#include "TarnlySimulator/Api/Situation.hpp"
+#include "TarnlySimulator/Api/SituationPort.hpp"
 
 #include <gtest/gtest.h>
 

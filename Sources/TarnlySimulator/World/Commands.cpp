@@ -1,4 +1,4 @@
-#include "TarnlySimulator/World/StockCommands.hpp"
+#include "TarnlySimulator/World/Commands.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,11 +1,9 @@
-#include "TarnlySimulator/Flight/Terrain.hpp"
+#include "TarnlySimulator/Flight/Globe.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-
-#include "TarnlySimulator/Flight/GeoPoint.hpp"
 
 namespace tarnly::simulator {
 namespace {

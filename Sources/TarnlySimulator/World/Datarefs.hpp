@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "TarnlySimulator/Flight/FlightModel.hpp"
 #include "TarnlySimulator/World/Value.hpp"
@@ -29,5 +32,12 @@ struct Dataref {
     Value kept = 0.0;
     std::int64_t id = 0;
 };
+
+/// Every dataref of the stand-in, without ids: those of the flight, a few hundred whose values are just kept,
+/// and those of an add-on; filled up to `atLeast` entries with numbered ones.
+std::vector<Dataref> stockDatarefs(std::size_t atLeast);
+
+/// The datarefs behind which stands the flight.
+std::span<const FlightBinding> flightDatarefs();
 
 } // namespace tarnly::simulator

@@ -1,4 +1,4 @@
-#include "TarnlySimulator/World/StockDatarefs.hpp"
+#include "TarnlySimulator/World/Datarefs.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "TarnlySimulator/Flight/Mixing.hpp"
-#include "TarnlySimulator/World/FlightDatarefs.hpp"
 #include "TarnlySimulator/World/Parts.hpp"
 
 namespace tarnly::simulator {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tarnly::simulator {
 
@@ -24,5 +26,8 @@ struct Command {
     const CommandEffect* effect = nullptr;
     std::int64_t id = 0;
 };
+
+/// Every command of the stand-in, without ids, filled up to `atLeast` entries with numbered ones.
+std::vector<Command> stockCommands(std::size_t atLeast);
 
 } // namespace tarnly::simulator

@@ -1,4 +1,4 @@
-#include "TarnlySimulator/Flight/FlightPhase.hpp"
+#include "TarnlySimulator/Flight/FlightState.hpp"
 
 #include <gtest/gtest.h>
 
