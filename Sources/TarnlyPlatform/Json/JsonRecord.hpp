@@ -76,6 +76,30 @@ concept JsonCustom = requires(JsonWriter& writer, const boost::json::value& json
     { T::readJson(json) } -> std::same_as<T>;
 };
 
+/// Stands for a value of any type.
+struct AnyValue {
+    template <typename T>
+    operator T() const;
+};
+
+/// How many members a record has: as many as it can be initialized with.
+template <typename Record, typename... Values>
+consteval std::size_t memberCount() {
+    if constexpr (requires { Record{std::declval<Values>()..., std::declval<AnyValue>()}; }) {
+        return memberCount<Record, Values..., AnyValue>();
+    } else {
+        return sizeof...(Values);
+    }
+}
+
+/// The table of a record's fields, in which no member is forgotten.
+template <JsonRecord Record>
+constexpr auto fieldsOf() {
+    static_assert(std::tuple_size_v<decltype(Record::fields())> == memberCount<Record>(),
+                  "a member of the record is missing in its table of fields");
+    return Record::fields();
+}
+
 // Writing
 
 void writeJson(JsonWriter& writer, bool value);
@@ -127,7 +151,7 @@ template <JsonRecord T>
 void writeJson(JsonWriter& writer, const T& record) {
     writer.beginObject();
     std::apply([&](const auto&... fields) { (writeField(writer, fields.key, record.*fields.member), ...); },
-               T::fields());
+               fieldsOf<T>());
     writer.endObject();
 }
 
@@ -218,7 +242,7 @@ void readMember(const boost::json::object& object, const DefaultedField<Record, 
 template <JsonRecord T>
 void readJson(const boost::json::value& json, T& record) {
     const auto& object = jsonObject(json);
-    std::apply([&](const auto&... fields) { (readMember(object, fields, record), ...); }, T::fields());
+    std::apply([&](const auto&... fields) { (readMember(object, fields, record), ...); }, fieldsOf<T>());
 }
 
 /// Throws `JsonError` when `json` is not a `T`.
