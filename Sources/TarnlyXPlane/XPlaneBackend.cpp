@@ -4,8 +4,7 @@
 
 #include "TarnlyXPlane/Attitude.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
-#include "TarnlyXPlane/SimoPacket.hpp"
-#include "TarnlyXPlane/SituationFiles.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 #include "TarnlyXPlane/TrackSampleReading.hpp"
 
 namespace tarnly {
@@ -64,6 +63,7 @@ Task<SimInfo> XPlaneBackend::simInfo() {
 }
 
 Task<double> XPlaneBackend::getDataref(std::string name) {
+    thread_.check();
     co_await link_->ensureConnected();
     const auto indexed = parseIndexedName(name);
     if (indexed) {
@@ -105,6 +105,7 @@ Task<std::invoke_result_t<Lookup>> XPlaneBackend::poll(Lookup lookup) {
 }
 
 Task<> XPlaneBackend::setDataref(std::string name, double value, std::optional<std::int64_t> index) {
+    thread_.check();
     co_await link_->ensureConnected();
     std::vector<DatarefEntry> written(1);
     written.front().id = idOf(name, link_->datarefIds(), Case::unknownDataref);
@@ -114,6 +115,7 @@ Task<> XPlaneBackend::setDataref(std::string name, double value, std::optional<s
 }
 
 Task<> XPlaneBackend::runCommand(std::string name) {
+    thread_.check();
     co_await link_->ensureConnected();
     const auto id = idOf(name, link_->commandIds(), Case::unknownCommand);
     const auto path = "command/" + std::to_string(id) + "/activate";
@@ -142,6 +144,7 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
 }
 
 Task<TrackSample> XPlaneBackend::getTrackSample() {
+    thread_.check();
     co_await ensureSampleRefsSubscribed();
     co_return readTrackSample(link_->datarefIds(), link_->values());
 }
@@ -159,6 +162,7 @@ Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
 }
 
 Task<> XPlaneBackend::loadFlight(std::string path) {
+    thread_.check();
     auto look = [path] { return situationExists(path); };
     const bool exists = co_await workers_.run(std::move(look));
     if (!exists) throw XPlaneBackendError(Case::flightNotFound, path);

@@ -13,6 +13,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
@@ -105,6 +106,8 @@ class XPlaneBackend final : public SimBackend {
     /// Looks 50 times, 20 ms apart; the last result.
     template <typename Lookup>
     Task<std::invoke_result_t<Lookup>> poll(Lookup lookup);
+
+    OnOneThread thread_;
 
     // Constant after construction
     const std::string host_;

@@ -19,8 +19,8 @@
 
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
-#include "TarnlyPlatform/Net/BeastWebSocket.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::test {
 

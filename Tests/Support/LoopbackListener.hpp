@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "TarnlyPlatform/Base/Event.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::test {
 

@@ -10,7 +10,7 @@
 #include "Support/LoopbackListener.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {

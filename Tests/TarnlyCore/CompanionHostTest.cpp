@@ -6,7 +6,7 @@
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {

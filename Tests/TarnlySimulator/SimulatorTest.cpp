@@ -14,7 +14,7 @@
 #include "TarnlyPlatform/Net/DatagramSocket.hpp"
 #include "TarnlyPlatform/Net/HttpClient.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 #include "TarnlySimulator/StandIn.hpp"
 
 namespace tarnly::simulator {

@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/SimoPacket.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyXPlane/BackendFixture.hpp"
-#include "TarnlyXPlane/SimoPacket.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 
 namespace tarnly {
 namespace {

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "TarnlyPlatform/Base/Base64.hpp"
 #include "TarnlyPlatform/Base/SecureRandom.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 

@@ -19,6 +19,11 @@ class OnOneThread {
 #ifdef NDEBUG
     void check() const {}
 #else
+    OnOneThread() = default;
+    /// A copy belongs to whoever asks it first.
+    OnOneThread(const OnOneThread&) {}
+    OnOneThread& operator=(const OnOneThread&) { return *this; }
+
     void check() const {
         std::thread::id owner;
         const auto present = std::this_thread::get_id();

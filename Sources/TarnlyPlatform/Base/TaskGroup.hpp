@@ -15,8 +15,8 @@ namespace tarnly {
 /// be waited for.
 ///
 /// A member of its owner. What a task needs it keeps alive itself: tasks that have been told to end go on
-/// until they notice, which a group that is destroyed does not wait for. Belongs to the thread of its
-/// executor.
+/// until they notice, which a group that is destroyed does not wait for. Used on the thread of its executor,
+/// or while that does not run.
 class TaskGroup {
   public:
     /// What becomes of the owner when an exception leaves a task. Not called for tasks that were told to end.

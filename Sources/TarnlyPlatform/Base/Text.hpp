@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,5 +20,8 @@ std::string wellFormedUtf8(std::string bytes);
 
 /// `text` as a terminal may be given it: well-formed, and without control characters, which become "?".
 std::string printable(std::string_view text);
+
+/// Standard base64 (RFC 4648, section 4), padded, without line breaks.
+std::string base64(std::span<const std::byte> bytes);
 
 } // namespace tarnly

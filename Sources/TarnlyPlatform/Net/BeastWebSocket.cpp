@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Net/BeastWebSocket.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 #include <netinet/tcp.h>
 
@@ -22,7 +22,6 @@
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/FrameScanner.hpp"
 #include "TarnlyPlatform/Net/Resolve.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
 
 namespace tarnly {
 namespace {

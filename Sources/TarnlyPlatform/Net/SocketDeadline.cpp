@@ -26,6 +26,7 @@ SocketDeadline::SocketDeadline(Clock& clock, std::shared_ptr<tcp::socket> socket
     : clock_(clock), socket_(std::move(socket)), timer_(socket_->get_executor()) {}
 
 void SocketDeadline::expireAfter(Clock::Duration patience) {
+    thread_.check();
     timer_.cancel();
     // Without a deadline, for lack of memory, nobody shall wait for ever.
     auto closeNow = [socket = std::weak_ptr(socket_)](const std::exception_ptr&) {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 
 namespace tarnly {
@@ -25,6 +26,7 @@ class SocketDeadline {
     bool hasExpired() const { return *hasExpired_; }
 
   private:
+    OnOneThread thread_;
     Clock& clock_;
     const std::shared_ptr<boost::asio::ip::tcp::socket> socket_;
     const std::shared_ptr<bool> hasExpired_ = std::make_shared<bool>(false);

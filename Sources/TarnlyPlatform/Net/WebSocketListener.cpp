@@ -19,10 +19,11 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
-#include "TarnlyPlatform/Net/BeastWebSocket.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/SocketDeadline.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {
@@ -122,6 +123,7 @@ struct WebSocketListener::State {
           onConnection(std::move(handler)),
           tasks(std::move(executor)) {}
 
+    OnOneThread thread;
     Clock& clock;
     tcp::acceptor acceptor;
     Options options;
@@ -150,6 +152,7 @@ Task<> WebSocketListener::State::acceptAll(std::shared_ptr<State> state) {
 }
 
 Task<bool> WebSocketListener::State::acceptOne(std::shared_ptr<State> state) {
+    state->thread.check();
     auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
     if (error || state->isCancelled) co_return false;
     auto serving = serve(state, std::move(socket));
@@ -159,6 +162,7 @@ Task<bool> WebSocketListener::State::acceptOne(std::shared_ptr<State> state) {
 
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
 Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
+    state->thread.check();
     const auto peer = std::make_shared<tcp::socket>(std::move(socket));
     SocketDeadline deadline(state->clock, peer);
     deadline.expireAfter(patience);

@@ -19,8 +19,9 @@
 #include <string>
 #include <utility>
 
-#include "TarnlyPlatform/Net/BeastWebSocket.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::simulator {
 namespace {
@@ -85,6 +86,7 @@ struct ApiServer::State {
           onRequest(std::move(requestHandler)),
           onConnection(std::move(connectionHandler)) {}
 
+    OnOneThread thread;
     Clock& clock;
     tcp::acceptor acceptor;
     RequestHandler onRequest;
@@ -125,6 +127,7 @@ Task<> ApiServer::State::acceptAll(std::shared_ptr<State> state) {
 
 /// Answers requests until the peer leaves, or becomes a WebSocket.
 Task<> ApiServer::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
+    state->thread.check();
     beast::tcp_stream peer(std::move(socket));
     beast::flat_buffer received;
     bool goesOn = true;

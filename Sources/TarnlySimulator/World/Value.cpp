@@ -7,7 +7,7 @@
 #include <limits>
 #include <span>
 
-#include "TarnlyPlatform/Base/Base64.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlySimulator/World/WorldError.hpp"
 
 namespace tarnly::simulator {

@@ -20,12 +20,14 @@ NetworkError invalidCatalogue(const std::string& url, unsigned status, const cha
 SharedAttempt::SharedAttempt(boost::asio::any_io_executor executor) : finishedEvent_(std::move(executor)) {}
 
 void SharedAttempt::finish(std::exception_ptr failure) {
+    thread_.check();
     finished_ = true;
     failure_ = std::move(failure);
     finishedEvent_.notifyAll();
 }
 
 Task<> SharedAttempt::wait() {
+    thread_.check();
     while (!finished_) {
         co_await finishedEvent_.wait();
     }

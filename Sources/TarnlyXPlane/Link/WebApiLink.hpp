@@ -33,6 +33,7 @@ class SharedAttempt {
     Task<> wait();
 
   private:
+    OnOneThread thread_;
     Event finishedEvent_;
     bool finished_ = false;
     std::exception_ptr failure_;

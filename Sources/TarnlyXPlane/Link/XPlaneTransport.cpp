@@ -4,7 +4,7 @@
 
 #include "TarnlyPlatform/Net/DatagramSocket.hpp"
 #include "TarnlyPlatform/Net/HttpClient.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {

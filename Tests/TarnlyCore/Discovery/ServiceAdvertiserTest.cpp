@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Support/RunTask.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Base/Base64.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 #include <gtest/gtest.h>
 

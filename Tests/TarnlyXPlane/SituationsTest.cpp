@@ -1,4 +1,4 @@
-#include "TarnlyXPlane/SituationFiles.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

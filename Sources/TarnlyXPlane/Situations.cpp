@@ -1,5 +1,6 @@
-#include "TarnlyXPlane/SituationFiles.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -10,6 +11,12 @@ namespace tarnly {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+/// The label with its terminator, then the mode.
+constexpr auto head = "SIMO\0\1\0\0\0"sv;
+constexpr std::size_t pathSize = 150;
+constexpr std::size_t tailSize = 2;
 
 FlightListing listing(const fs::path& path) {
     return {wellFormedUtf8(path.stem().string()), wellFormedUtf8(fs::absolute(path).string()),
@@ -38,6 +45,14 @@ std::string relativeSituationPath(const std::string& path) {
     const auto end = path.find_last_not_of('/');
     const fs::path file(path.substr(0, end + 1));
     return "Output/situations/" + file.stem().string() + ".sit";
+}
+
+std::vector<std::byte> buildSimoLoadSituationPacket(std::string_view relativePath) {
+    std::vector<std::byte> packet(head.size() + pathSize + tailSize);
+    const auto toByte = [](char c) { return static_cast<std::byte>(c); };
+    const auto path = std::ranges::transform(head, packet.begin(), toByte).out;
+    std::ranges::transform(relativePath.substr(0, pathSize), path, toByte);
+    return packet;
 }
 
 } // namespace tarnly

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TarnlyCore/Flight/SimBackend.hpp"
+
+/// The simulator's saved situations: the files, and the datagram that has one loaded.
+namespace tarnly {
+
+/// Whatever in `directory` has the extension "sit", in the order of the file system; empty when there is no
+/// such directory. Throws `std::filesystem::filesystem_error` when it cannot be read. Blocking, as is
+/// `situationExists`: call from a worker thread.
+std::vector<FlightListing> listSituations(const std::string& directory);
+
+bool situationExists(const std::string& path);
+
+/// Where the simulator looks for the situation of that file's name, relative to its own folder: it loads none
+/// from elsewhere.
+std::string relativeSituationPath(const std::string& path);
+
+/// The 161 bytes of the datagram that makes the simulator load a situation: the label "SIMO" and a zero, the
+/// mode (1, load) as 32 bits little-endian, the path in 150 bytes filled up with zeros, two zeros.
+/// `relativePath`, UTF-8, is relative to the simulator's folder; what exceeds 150 bytes is cut off.
+std::vector<std::byte> buildSimoLoadSituationPacket(std::string_view relativePath);
+
+} // namespace tarnly
