@@ -30,6 +30,7 @@ CompanionRuntime::CompanionRuntime(SettingsStore& settingsStore, CompanionOption
 CompanionRuntime::~CompanionRuntime() { settingsStore_.onPasswordChange = nullptr; }
 
 void CompanionRuntime::start() {
+    thread_.check();
     if (std::exchange(started_, true)) return;
     try {
         build();
@@ -122,6 +123,7 @@ void CompanionRuntime::announce(State state, std::string text) {
 }
 
 void CompanionRuntime::handOnPassword() {
+    thread_.check();
     if (host_) host_->pairing().setPassword(settingsStore_.current().password);
 }
 

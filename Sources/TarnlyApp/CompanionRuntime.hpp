@@ -17,6 +17,7 @@
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
@@ -80,6 +81,7 @@ class CompanionRuntime {
     void announce(State state, std::string text);
     void handOnPassword();
 
+    OnOneThread thread_;
     SettingsStore& settingsStore_;
     const CompanionOptions options_;
     Guarded<std::string> statusText_;

@@ -35,18 +35,21 @@ SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginIt
 }
 
 void SettingsStore::setPassword(std::string password) {
+    thread_.check();
     settings_.password = password.empty() ? std::nullopt : std::optional(std::move(password));
     settings_.save(file_);
     if (onPasswordChange) onPasswordChange();
 }
 
 void SettingsStore::setStartAtLogin(bool startAtLogin) {
+    thread_.check();
     settings_.startAtLogin = startAtLogin;
     settings_.save(file_);
     applyStartAtLogin();
 }
 
 void SettingsStore::applyStartAtLogin() {
+    thread_.check();
     if (!loginItem_) return;
     const bool wanted = settings_.startAtLogin;
     const bool isEnabled = loginItem_->status() == LoginItem::Status::enabled;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 #include "TarnlyPlatform/Login/LoginItem.hpp"
 
@@ -69,6 +70,7 @@ class SettingsStore {
     std::function<void()> onPasswordChange;
 
   private:
+    OnOneThread thread_;
     const std::filesystem::path file_;
     const std::unique_ptr<LoginItem> loginItem_;
     AppSettings settings_;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlySimulator/Api/ApiConversation.hpp"
 #include "TarnlySimulator/Api/ApiServer.hpp"
 #include "TarnlySimulator/Api/Control.hpp"
@@ -38,6 +39,7 @@ struct Simulator::State {
     State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions)
         : executor(std::move(givenExecutor)), clock(givenClock), options(std::move(givenOptions)) {}
 
+    OnOneThread thread;
     asio::any_io_executor executor;
     Clock& clock;
     SimulatorOptions options;
@@ -50,11 +52,13 @@ struct Simulator::State {
     bool isStopped = false;
 
     void dropConnections() {
+        thread.check();
         for (const auto& client : clients)
             client->connection->cancel();
     }
 
     void restart() {
+        thread.check();
         const auto anyId = static_cast<std::uint64_t>(world.datarefs().entries().front().id);
         world.drawIds(anyId);
         dropConnections();
@@ -128,6 +132,7 @@ Task<> Simulator::State::keepTime(std::shared_ptr<State> state) {
 }
 
 void Simulator::State::tick() {
+    thread.check();
     world.advance(std::chrono::duration<double>(tickInterval).count());
     for (const auto& client : clients) {
         const bool isOld = options.dropAfter && clock.now() - client->since >= *options.dropAfter;

@@ -38,6 +38,7 @@ ColorScheme::ColorScheme() : watch_(watchWishForDark([this](bool isDark) { adopt
 
 // A desktop whose colours Qt knows has made the palette dark already.
 void ColorScheme::adopt(bool isDark) {
+    thread_.check();
     if (isDark == isOurs_ || (isDark && !isLight(QApplication::palette()))) return;
     isOurs_ = isDark;
     QApplication::setPalette(isDark ? darkPalette() : QPalette()); // an empty one is the desktop's

@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
+
 namespace tarnly {
 
 /// Follows the person's wish for a dark desktop where Qt itself does not.
@@ -21,6 +23,7 @@ class ColorScheme {
     void adopt(bool isDark);
 
     /// Whether the palette in force is ours.
+    OnOneThread thread_;
     bool isOurs_ = false;
     std::unique_ptr<QObject> watch_;
 };

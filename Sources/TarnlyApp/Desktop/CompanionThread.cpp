@@ -24,11 +24,13 @@ CompanionThread::CompanionThread(const CompanionOptions& options)
 CompanionThread::~CompanionThread() { stop(); }
 
 void CompanionThread::start() {
+    thread_.check();
     runtime_.start();
     network_ = std::thread([this] { runtime_.run(); });
 }
 
 void CompanionThread::stop() {
+    thread_.check();
     if (!network_.joinable()) return;
     runtime_.end();
     network_.join();

@@ -5,6 +5,7 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Settings.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 
 namespace tarnly {
 
@@ -33,6 +34,7 @@ class CompanionThread {
     void stop();
 
   private:
+    OnOneThread thread_;
     SettingsStore settingsStore_;
     // depends-on: settingsStore_
     CompanionRuntime runtime_;

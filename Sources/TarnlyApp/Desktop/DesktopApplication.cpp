@@ -23,6 +23,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
 }
 
 int DesktopApplication::run() {
+    thread_.check();
     // The companion calls `runtime_`, which goes before it.
     const auto ending = qScopeGuard([this] { companion_.stop(); });
     QApplication::setQuitOnLastWindowClosed(false);
@@ -31,6 +32,7 @@ int DesktopApplication::run() {
 }
 
 void DesktopApplication::showPanel(const QByteArray& activationToken) {
+    thread_.check();
     if (!activationToken.isEmpty()) useActivationToken(activationToken);
     trayIcon_.showPanel();
 }

@@ -11,6 +11,7 @@
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
 #include "TarnlyApp/Desktop/TrayIcon.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 
 namespace tarnly {
 
@@ -31,6 +32,7 @@ class DesktopApplication : public QObject {
     void showPanel(const QByteArray& activationToken);
 
   private:
+    OnOneThread thread_;
     CompanionThread companion_;
     ColorScheme colorScheme_;
     QuitSignals quitSignals_;

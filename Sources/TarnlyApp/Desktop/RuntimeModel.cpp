@@ -14,13 +14,18 @@ RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
 }
 
 void RuntimeModel::watchActivity() {
+    thread_.check();
     askActivity();
     timer_.start();
 }
 
-void RuntimeModel::unwatchActivity() { timer_.stop(); }
+void RuntimeModel::unwatchActivity() {
+    thread_.check();
+    timer_.stop();
+}
 
 void RuntimeModel::askActivity() {
+    thread_.check();
     runtime_.askActivity([this](const CompanionRuntime::Activity& activity) {
         QMetaObject::invokeMethod(
             this, [this, activity] { takeActivity(activity); }, Qt::QueuedConnection);
@@ -28,6 +33,7 @@ void RuntimeModel::askActivity() {
 }
 
 void RuntimeModel::takeActivity(const CompanionRuntime::Activity& activity) {
+    thread_.check();
     if (activity == activity_) return;
     activity_ = activity;
     emit activityChanged();

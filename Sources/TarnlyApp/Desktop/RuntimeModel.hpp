@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "TarnlyApp/CompanionRuntime.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 
 namespace tarnly {
 
@@ -38,6 +39,7 @@ class RuntimeModel : public QObject {
     void askActivity();
     void takeActivity(const CompanionRuntime::Activity& activity);
 
+    OnOneThread thread_;
     CompanionRuntime& runtime_;
     CompanionRuntime::Activity activity_;
     QTimer timer_;

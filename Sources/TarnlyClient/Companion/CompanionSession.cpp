@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -74,6 +74,7 @@ Task<boost::json::value> CompanionSession::answer(std::string text, std::int64_t
 }
 
 Task<Incoming> CompanionSession::exchange(std::string text, std::optional<std::int64_t> reqId) {
+    thread_.check();
     const Deadline deadline(*this);
     connection_->send(std::move(text), WebSocketConnection::Kind::awaited);
     for (;;) {
@@ -86,6 +87,7 @@ Task<Incoming> CompanionSession::exchange(std::string text, std::optional<std::i
 }
 
 Task<std::optional<Values>> CompanionSession::nextPush() {
+    thread_.check();
     while (pushes_.empty()) {
         try {
             auto incoming = co_await receive();
@@ -100,6 +102,7 @@ Task<std::optional<Values>> CompanionSession::nextPush() {
 }
 
 void CompanionSession::close() {
+    thread_.check();
     isClosed_ = true;
     connection_->cancel();
 }

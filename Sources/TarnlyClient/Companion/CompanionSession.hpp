@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "TarnlyClient/Companion/CompanionMessages.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
@@ -80,6 +81,7 @@ class CompanionSession {
     Task<Incoming> receive();
     [[noreturn]] void throwLost() const;
 
+    OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
     const std::shared_ptr<WebSocketConnection> connection_;
     const Options options_;

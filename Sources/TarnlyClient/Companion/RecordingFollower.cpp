@@ -4,7 +4,7 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <utility>
 
-#include "TarnlyPlatform/Net/WebSocketClient.hpp"
+#include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::client {
 
@@ -19,6 +19,7 @@ RecordingFollower::RecordingFollower(boost::asio::any_io_executor executor, Cloc
       timeLimit_(executor_) {}
 
 Task<> RecordingFollower::run() {
+    thread_.check();
     while (!isEnded_) {
         co_await followUntilLost();
         if (isEnded_) co_return;
@@ -30,6 +31,7 @@ Task<> RecordingFollower::run() {
 }
 
 void RecordingFollower::end() {
+    thread_.check();
     isEnded_ = true;
     if (session_) session_->close();
     waiting_.cancel();

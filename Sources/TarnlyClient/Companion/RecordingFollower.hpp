@@ -13,6 +13,7 @@
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
@@ -87,6 +88,7 @@ class RecordingFollower {
     void isAnswered();
     void lost(const std::string& reason);
 
+    OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     Endpoint companion_;

@@ -88,6 +88,7 @@ std::string Subscriptions::update(const World& world) {
 }
 
 std::vector<std::string> ApiConversation::answer(std::string_view request) {
+    thread_.check();
     std::optional<std::int64_t> requestId;
     try {
         const auto json = parsed(request);
@@ -162,6 +163,7 @@ ApiConversation::Outcomes ApiConversation::activate(const boost::json::object& p
 }
 
 std::string ApiConversation::update() {
+    thread_.check();
     if (world_.quirks.silent) return {};
     return subscriptions_.update(world_);
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlySimulator/Api/ApiError.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
@@ -62,6 +63,7 @@ class ApiConversation {
     Outcomes activate(const boost::json::object& parameters);
     std::vector<std::string> results(std::optional<std::int64_t> requestId, const Outcomes& outcomes) const;
 
+    OnOneThread thread_;
     World& world_;
     Subscriptions subscriptions_;
 };

@@ -46,6 +46,7 @@ std::string catalogueEntry(const Command& command) {
 }
 
 void CatalogueText::forgetIfOutdated() {
+    thread_.check();
     const Quirks& quirks = world_.quirks;
     const Shown now{world_.idGeneration(), quirks.mainMenu, quirks.lateDatarefs, quirks.nullEntries};
     if (now == shown_) return;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::simulator {
@@ -34,6 +35,7 @@ class CatalogueText {
 
     void forgetIfOutdated();
 
+    OnOneThread thread_;
     const World& world_;
     Shown shown_;
     std::string datarefs_;

@@ -22,6 +22,7 @@ std::chrono::milliseconds delayFrom(const boost::json::object& request) {
 } // namespace
 
 HttpResponse Control::answer(const HttpRequest& request) {
+    thread_.check();
     constexpr auto type = "application/json";
     try {
         if (request.method == "POST") {

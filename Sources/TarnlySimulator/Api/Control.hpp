@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
@@ -34,6 +35,7 @@ class Control {
     void carryOut(const std::string& body);
     std::string report() const;
 
+    OnOneThread thread_;
     World& world_;
     Actions actions_;
 };

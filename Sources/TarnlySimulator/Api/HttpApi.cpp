@@ -75,6 +75,7 @@ HttpResponse notFoundPage() {
 }
 
 std::optional<HttpResponse> HttpApi::answer(const HttpRequest& request, bool isUpgrade) {
+    thread_.check();
     if (world_.quirks.trafficDisabled)
         return json(403,
                     errorBody(ApiError(403, "incoming_traffic_disabled", "Incoming traffic is disabled.")));

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlySimulator/Api/CatalogueText.hpp"
 #include "TarnlySimulator/World/World.hpp"
@@ -32,6 +33,7 @@ class HttpApi {
     HttpResponse setDataref(std::string_view id, std::string_view query, const std::string& body);
     HttpResponse activate(std::string_view id, const std::string& body);
 
+    OnOneThread thread_;
     World& world_;
     CatalogueText catalogues_;
 };

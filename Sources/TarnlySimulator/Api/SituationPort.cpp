@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
@@ -66,12 +67,14 @@ struct SituationPort::State {
     State(const asio::any_io_executor& executor, Handler situationHandler, Handler ignoredHandler)
         : socket(executor), onSituation(std::move(situationHandler)), onIgnored(std::move(ignoredHandler)) {}
 
+    OnOneThread thread;
     udp::socket socket;
     Handler onSituation;
     Handler onIgnored;
     bool isCancelled = false;
 
     void handle(std::span<const std::byte> datagram) const {
+        thread.check();
         const auto read = situationFrom(datagram);
         if (const auto* situation = std::get_if<Situation>(&read)) {
             onSituation(wellFormedUtf8(situation->path)); // a path that was cut may end within a character
