@@ -71,6 +71,11 @@ def write_entry(home):
     return entry
 
 
+def entries(folder):
+    """What a desktop looks at there: not the file that is about to become an entry."""
+    return set(folder.glob("*.desktop"))
+
+
 def run_by_desktop(entry, programs, environment):
     """Starts what an autostart entry names, as a desktop reads it."""
     entry = Gio.DesktopAppInfo.new_from_filename(str(entry))
@@ -261,7 +266,7 @@ def test_settings_in_another_folder_have_an_entry_of_their_own(desktop, programs
     tarnly = Tarnly(desktop, programs, "--data-dir", home / "rig", home=home)
     settings = tarnly.open_settings()
     tarnly.click(tarnly.element(settings, CHECK_BOX, AT_LOGIN).area)
-    other, = wait_until(lambda: set(entry.parent.iterdir()) - {entry}, "another entry")
+    other, = wait_until(lambda: entries(entry.parent) - {entry}, "another entry")
     assert tarnly.program.end() == 0
     assert entry.exists()
     tarnly.program = run_by_desktop(other, programs, tarnly.environment)

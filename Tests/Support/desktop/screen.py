@@ -1,5 +1,7 @@
 """The X server as a person meets it: windows to look at, a pointer and a keyboard."""
 
+import contextlib
+
 from Xlib import XK, X, Xatom
 from Xlib import display as xdisplay
 from Xlib import error as xerror
@@ -40,8 +42,24 @@ class Screen:
     def has_owner(self, selection):
         return self._display.get_selection_owner(self._atom(selection)) != X.NONE
 
-    def has_property(self, name):
-        return self._root.get_full_property(self._atom(name), X.AnyPropertyType) is not None
+    @contextlib.contextmanager
+    def manager_probe(self):
+        """A function that tells whether the window manager takes care of windows.
+
+        It asks for a window each time: a manager that is still starting loses what it is asked for, although it has
+        announced itself, and a window that is asked for once then stays away for good.
+        """
+        window = self._root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+
+        def is_managed():
+            window.map()
+            return window.get_full_property(self._atom("WM_STATE"), X.AnyPropertyType) is not None
+
+        try:
+            yield is_managed
+        finally:
+            window.destroy()
+            self._display.sync()
 
     def _all(self, parent):
         try:

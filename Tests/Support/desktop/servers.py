@@ -34,6 +34,10 @@ class Servers:
         while self._running:
             self.end(self._running[-1])
 
+    def ended(self):
+        """The names of those that have ended by themselves, which none should."""
+        return [process.args[0] for process in self._running if process.poll() is not None]
+
     def log(self):
         with contextlib.suppress(FileNotFoundError):
             return (self._folder / "servers.log").read_text(errors="replace")

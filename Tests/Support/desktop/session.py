@@ -72,14 +72,14 @@ class Desktop:
         config = self._folder / "tray"
         config.write_text(_TRAY_CONFIG.format(edge=edge, height=icon_size + 8, icon=icon_size))
         self._tray = self._servers.start("tint2", "-c", str(config), environment=self._own_environment)
-        self._wait(lambda: self.screen.has_owner("_NET_SYSTEM_TRAY_S0"))
+        self._wait(lambda: self.screen.has_owner("_NET_SYSTEM_TRAY_S0"), "the tray")
         bottom = self.screen.area.height - 1
         corner = Rectangle(0, 0 if edge == "top" else bottom, 1, 1)
-        self._wait(lambda: self.screen.picture(corner).background() == _TRAY_COLOUR)
+        self._wait(lambda: self.screen.picture(corner).background() == _TRAY_COLOUR, "the tray's background")
 
     def end_tray(self):
         self._servers.end(self._tray)
-        self._wait(lambda: not self.screen.has_owner("_NET_SYSTEM_TRAY_S0"))
+        self._wait(lambda: not self.screen.has_owner("_NET_SYSTEM_TRAY_S0"), "the end of the tray")
 
     def _start(self):
         own = self._ends.enter_context(mock.patch.dict(os.environ))
@@ -104,7 +104,8 @@ class Desktop:
         self._start_buses()
         self.reader = ScreenReader(self.bus_address)
         self._ends.callback(self.reader.close)
-        self._wait(lambda: self.screen.has_property("_NET_SUPPORTING_WM_CHECK"))
+        with self.screen.manager_probe() as is_managed:
+            self._wait(is_managed, "the window manager")
 
     @property
     def bus_address(self):
@@ -125,10 +126,10 @@ class Desktop:
         config = self._folder / "bus.conf"
         config.write_text(_BUS_CONFIG.format(socket=self._folder / "bus"))
         self._servers.start("dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile")
-        self._wait(self._has_bus)
+        self._wait(self._has_bus, "the bus")
         self._servers.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately",
                             environment=self._own_environment)
-        self._wait(self._has_accessibility_bus)
+        self._wait(self._has_accessibility_bus, "the accessibility bus")
 
     def _has_bus(self):
         """Whether it takes clients: its socket is there a moment before."""
@@ -152,8 +153,10 @@ class Desktop:
         folder.mkdir(mode=0o700)
         return folder
 
-    def _wait(self, condition):
+    def _wait(self, condition, what):
         deadline = time.monotonic() + PATIENCE
         while not condition():
-            assert time.monotonic() < deadline, f"the desktop does not come up:\n{self._servers.log()}"
+            ended = self._servers.ended()
+            assert not ended, f"{what} does not come: {ended} ended\n{self._servers.log()}"
+            assert time.monotonic() < deadline, f"{what} does not come within {PATIENCE} s\n{self._servers.log()}"
             time.sleep(0.01)
