@@ -28,13 +28,13 @@ SIMULATOR_LINE = re.compile(r"port (\d+)\D+(\d+)")
 
 
 def wait_until(condition, what="the condition", patience=PATIENCE):
-    """Waits until `condition()` is truthy, and returns what it gave."""
+    """Waits until `condition()` is truthy, and returns what it gave. `what` may be a function that tells it then."""
     deadline = time.monotonic() + patience
     while True:
         result = condition()
         if result:
             return result
-        assert time.monotonic() < deadline, f"{what}: not within {patience} s"
+        assert time.monotonic() < deadline, f"{what() if callable(what) else what}: not within {patience} s"
         time.sleep(0.01)
 
 

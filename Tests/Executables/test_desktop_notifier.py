@@ -26,8 +26,9 @@ def test_a_host_gets_an_icon_whose_activation_opens_and_closes_the_panel(desktop
         tarnly = Tarnly(desktop, programs)
         wait_for_icon(notifier)
         assert not tarnly.has_windows()
+        tarnly.wait_for_reader()
         notifier.activate(500, 5)
-        assert tarnly.screen.area.contains(tarnly.view(PANEL).area)
+        assert tarnly.screen.area.contains(tarnly.focused_view(PANEL).area)
         tarnly.screen.key("Escape")
         tarnly.wait_for_no_panel()
         notifier.activate(500, 5)
@@ -90,6 +91,7 @@ def test_a_click_elsewhere_closes_the_panel_that_a_tray_opened_with_the_button_d
     with StatusNotifier(desktop.bus_address) as notifier:
         tarnly = Tarnly(desktop, programs)
         wait_for_icon(notifier)
+        tarnly.wait_for_reader()
         notifier.activate(500, 5)
         tarnly.view(PANEL)
         held_pointer()

@@ -37,7 +37,8 @@ def settings_of(tarnly):
 
 
 def wait_for_settings(tarnly, **expected):
-    wait_until(lambda: settings_of(tarnly) == expected, f"the settings {expected}")
+    wait_until(lambda: settings_of(tarnly) == expected,
+               lambda: f"the settings {expected}, which are {settings_of(tarnly)}")
 
 
 def caption(tarnly):

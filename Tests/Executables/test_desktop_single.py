@@ -30,6 +30,7 @@ def wait_for_window(tarnly):
 def test_a_second_start_opens_the_panel_of_the_first(desktop, programs, tray):
     tarnly = Tarnly(desktop, programs)
     icon = tarnly.icon()
+    tarnly.wait_for_reader()
     assert tarnly.start_again().wait() == 0
     panel = tarnly.view(PANEL)
     assert panel.area.y >= icon.bottom and tarnly.screen.area.contains(panel.area)
@@ -47,10 +48,7 @@ def test_a_second_start_raises_the_window_of_the_first(desktop, programs):
 
 
 def minimize(tarnly):
-    tarnly.focused_view(PANEL)
-    tarnly.screen.key("alt+F4")  # asks whether to quit, and offers this first
-    wait_until(lambda: sum(bool(window.title) and window.is_on_screen
-                           for window in tarnly.screen.windows(tarnly.program.pid)) == 2, "the question")
+    tarnly.ask_to_close()  # offers this first
     tarnly.screen.key("Return")
     tarnly.wait_for_no_window(PANEL)
 

@@ -80,37 +80,28 @@ def test_the_keyboard_alone_does_for_settings_and_end(tarnly):
     assert tarnly.program.wait() == 0
 
 
-def ask_to_close(tarnly):
-    """Closes the window as its frame does, and returns the question that comes."""
-    tarnly.focused_view(PANEL)
-    tarnly.screen.key("alt+F4")
-    return wait_until(lambda: next(
-        (view for view in tarnly.desktop.reader.windows(tarnly.program.pid)
-         if "Quit Tarnly?" in view.names(LABEL)), None), "the question")
-
-
 def test_closing_the_window_asks_and_cancel_keeps_it(tarnly):
-    question = ask_to_close(tarnly)
+    question = tarnly.ask_to_close()
     tarnly.press(question, "Cancel")
     tarnly.element(tarnly.focused_view(PANEL), BUTTON, "Quit Tarnly")
     tarnly.client(tarnly.port())
 
 
 def test_closing_the_window_asks_and_can_minimize_it(tarnly):
-    ask_to_close(tarnly)
+    tarnly.ask_to_close()
     tarnly.screen.key("Return")
     wait_until(lambda: is_minimized(tarnly), "the minimized window")
     assert tarnly.program.process.poll() is None
 
 
 def test_closing_the_window_asks_and_can_quit(tarnly):
-    question = ask_to_close(tarnly)
+    question = tarnly.ask_to_close()
     tarnly.press(question, "Quit Tarnly")
     assert tarnly.program.wait() == 0
 
 
 def test_the_question_goes_with_the_window_that_it_asks_about(tarnly, tray):
-    ask_to_close(tarnly)
+    tarnly.ask_to_close()
     tray()
     tarnly.icon()
     wait_until(lambda: not tarnly.has_windows(), "the end of the question")

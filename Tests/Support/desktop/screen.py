@@ -39,6 +39,11 @@ class Screen:
         return [window for window in map(self._window, self._all(self._root))
                 if window is not None and window.pid == pid]
 
+    def focus(self):
+        """The id of the window that the keys go to."""
+        focus = self._display.get_input_focus().focus
+        return getattr(focus, "id", focus)
+
     def has_owner(self, selection):
         return self._display.get_selection_owner(self._atom(selection)) != X.NONE
 
@@ -173,8 +178,9 @@ class Window:
         self.title = self._text("_NET_WM_NAME")
         state = self._property("WM_STATE")
         self.is_minimized = state is not None and state[0] == _ICONIC
+        self.is_managed = state is not None
         # Neither managed nor a popup: in another program's window.
-        self.is_embedded = state is None and window.query_tree().parent != screen._root
+        self.is_embedded = not self.is_managed and window.query_tree().parent != screen._root
 
     @property
     def has_frame(self):

@@ -47,6 +47,12 @@ class ScreenReader:
     def close(self):
         self._bus.close_sync(None)
 
+    def knows(self, pid):
+        """Whether a program tells what happens in it: it begins a while after its start."""
+        with contextlib.suppress(GLib.Error):
+            return self._application(pid) is not None
+        return False
+
     def windows(self, pid):
         """The windows of a program, and what it has popped up."""
         self._hear()

@@ -58,6 +58,10 @@ class Tarnly:
         """Where it is in the tray, once it is there."""
         return wait_until(self.find_icon, "the icon in the tray")
 
+    def wait_for_reader(self):
+        """Until what it opens is told to assistive technology, which learns of a popup only when that appears."""
+        wait_until(lambda: self.desktop.reader.knows(self.program.pid), "what the program tells")
+
     def find_icon(self):
         windows = self.screen.windows(self.program.pid)
         return next((window.area for window in windows if window.is_embedded and window.is_on_screen), None)
@@ -77,8 +81,13 @@ class Tarnly:
     def focused_view(self, name):
         """The window, once it takes the keys."""
         view = self.view(name)
-        wait_until(lambda: self.focused(view), f"the focus in {name!r}")
+        wait_until(lambda: self.focused(view) and self._takes_keys(name), f"the focus in {name!r}")
         return view
+
+    def _takes_keys(self, name):
+        """What the program believes may be on its way only, or over already. A popup gets the keys by a grab."""
+        window = self.window(name)
+        return window and (not window.is_managed or window.id == self.screen.focus())
 
     def find_view(self, name):
         return _told(lambda: next((view for view in self.desktop.reader.windows(self.program.pid)
@@ -138,16 +147,29 @@ class Tarnly:
 
     def open_panel(self):
         """By a click on the icon."""
+        self.wait_for_reader()
         self.click(self.icon())
         return self.focused_view(PANEL)
 
     def open_menu(self):
+        self.wait_for_reader()
         self.click(self.icon(), "right")
         return self.menu()
 
     def open_settings(self):
         self.press(self.open_panel(), "Settings…")
         return self.focused_view(SETTINGS)
+
+    def ask_to_close(self):
+        """Closes the panel's window as its frame does, and returns the question that comes, once it takes the keys."""
+        self.focused_view(PANEL)
+        self.screen.key("alt+F4")
+        return wait_until(self._find_focused_question, "the question")
+
+    def _find_focused_question(self):
+        return _told(lambda: next((view for view in self.desktop.reader.windows(self.program.pid)
+                                   if "Quit Tarnly?" in view.names(LABEL)
+                                   and any(element.is_("focused") for element in view.showing(BUTTON))), None))
 
     def wait_for_no_window(self, title):
         wait_until(lambda: self.window(title) is None, f"the end of {title!r}")
