@@ -23,7 +23,7 @@ constexpr int tenHours = 72'000;
 /// A recording of ten hours with 2,000 fired triggers. Its log lies in a folder of its own.
 class Flight {
   public:
-    Flight() : recording(folder_.path()) {
+    Flight() : recording(folder_.path(), clock_) {
         recording.start();
         for (int i = 0; i < tenHours; ++i) {
             recording.recordSample(test::fullSampleAt(0.5001 * i));
@@ -33,9 +33,10 @@ class Flight {
 
   private:
     const test::TemporaryFolder folder_;
+    const SystemClock clock_;
 
   public:
-    FlightRecorder recording; // depends-on: folder_
+    FlightRecorder recording; // depends-on: folder_, clock_
 };
 
 std::string reply(RecordedFlight response) {

@@ -4,7 +4,6 @@
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <utility>
 
 #include "TarnlyPlatform/Base/Task.hpp"
 
@@ -14,8 +13,8 @@ namespace tarnly {
 /// loop.
 class Event {
   public:
-    explicit Event(boost::asio::any_io_executor executor)
-        : timer_(std::move(executor), boost::asio::steady_timer::time_point::max()) {}
+    explicit Event(const boost::asio::any_io_executor& executor)
+        : timer_(executor, boost::asio::steady_timer::time_point::max()) {}
 
     void notifyAll() { timer_.cancel(); }
 

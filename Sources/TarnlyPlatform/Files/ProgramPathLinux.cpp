@@ -8,7 +8,7 @@ namespace tarnly {
 
 std::filesystem::path programPath() {
     std::error_code error;
-    const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
+    auto path = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error) throw std::runtime_error("the program's path is unknown: " + error.message());
     constexpr std::string_view mark = " (deleted)";
     const auto& text = path.native();

@@ -66,6 +66,7 @@ std::vector<std::string> textsOf(const std::vector<Candidate>& candidates, Reach
 
 std::vector<std::string> reachableAddresses(const std::vector<InterfaceAddress>& addresses) {
     std::vector<Candidate> candidates;
+    candidates.reserve(addresses.size());
     for (const auto& address : addresses)
         candidates.push_back(candidate(address, addresses));
     std::ranges::stable_sort(candidates, {}, [](const Candidate& each) {

@@ -17,7 +17,7 @@ NetworkError invalidCatalogue(const std::string& url, unsigned status, const cha
 
 } // namespace
 
-SharedAttempt::SharedAttempt(boost::asio::any_io_executor executor) : finishedEvent_(std::move(executor)) {}
+SharedAttempt::SharedAttempt(const boost::asio::any_io_executor& executor) : finishedEvent_(executor) {}
 
 void SharedAttempt::finish(std::exception_ptr failure) {
     thread_.check();
@@ -59,7 +59,7 @@ Task<> WebApiLink::ensureConnected() {
 }
 
 std::shared_ptr<SharedAttempt> WebApiLink::startAttempt() {
-    const auto attempt = std::make_shared<SharedAttempt>(executor_);
+    auto attempt = std::make_shared<SharedAttempt>(executor_);
     attempt_ = attempt;
     auto tellWhoWaits = [link = shared_from_this()](const std::exception_ptr& failure) {
         link->finishAttempt(failure);

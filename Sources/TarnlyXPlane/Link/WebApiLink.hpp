@@ -25,7 +25,7 @@ namespace tarnly {
 /// thread; who waits keeps it alive.
 class SharedAttempt {
   public:
-    explicit SharedAttempt(boost::asio::any_io_executor executor);
+    explicit SharedAttempt(const boost::asio::any_io_executor& executor);
 
     /// Ends all waits, which throw `failure` unless it is null.
     void finish(std::exception_ptr failure);
