@@ -3,7 +3,8 @@ find_package(Threads REQUIRED)
 
 add_library(tarnly_options INTERFACE)
 target_compile_options(tarnly_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -ffp-contract=off
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
+    $<$<BOOL:${TARNLY_WERROR}>:-Werror>
     # Optimizing, g++ 12 takes "x" + std::string for overlapping memory (GCC bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(tarnly_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
@@ -22,5 +23,13 @@ if(TARNLY_SANITIZE)
     endif()
     if(TARNLY_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         add_compile_options(-Wno-tsan) # Asio has fences, which this sanitizer does not follow
+    endif()
+endif()
+
+if(TARNLY_CCACHE)
+    find_program(TARNLY_CCACHE_PROGRAM ccache)
+    mark_as_advanced(TARNLY_CCACHE_PROGRAM)
+    if(TARNLY_CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${TARNLY_CCACHE_PROGRAM} CACHE STRING "What the compiler is started by")
     endif()
 endif()
