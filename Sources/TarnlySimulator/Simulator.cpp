@@ -1,13 +1,12 @@
 #include "TarnlySimulator/Simulator.hpp"
 
 #include <algorithm>
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlySimulator/Api/ApiConversation.hpp"
 #include "TarnlySimulator/Api/ApiServer.hpp"
 #include "TarnlySimulator/Api/Control.hpp"
@@ -37,10 +36,9 @@ struct Client {
 
 struct Simulator::State {
     State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions)
-        : executor(std::move(givenExecutor)), clock(givenClock), options(std::move(givenOptions)) {}
+        : clock(givenClock), options(std::move(givenOptions)), tasks(std::move(givenExecutor)) {}
 
     OnOneThread thread;
-    asio::any_io_executor executor;
     Clock& clock;
     SimulatorOptions options;
     World world{options};
@@ -50,11 +48,17 @@ struct Simulator::State {
     std::optional<ApiServer> server;
     std::optional<SituationPort> situations;
     bool isStopped = false;
+    TaskGroup tasks;
 
     void dropConnections() {
         thread.check();
         for (const auto& client : clients)
             client->connection->cancel();
+    }
+
+    void forget(const std::shared_ptr<Client>& client) {
+        client->connection->cancel();
+        std::erase(clients, client);
     }
 
     void restart() {
@@ -102,14 +106,14 @@ void Simulator::State::accept(const std::weak_ptr<State>& weak,
         std::make_shared<Client>(std::move(connection), ApiConversation(state->world), state->clock.now());
     state->clients.push_back(client);
     // A failing connection ends its own talk and nothing else.
-    asio::co_spawn(state->executor, serve(state, client),
-                   [state, client](const std::exception_ptr&) { std::erase(state->clients, client); });
+    auto forget = [state, client](const std::exception_ptr&) { state->forget(client); };
+    state->tasks.spawn(serve(state, client), std::move(forget));
 }
 
 Task<> Simulator::State::serve(std::shared_ptr<State> state, std::shared_ptr<Client> client) {
     while (true) {
         auto message = co_await client->connection->receive();
-        if (!message) co_return;
+        if (!message) break;
         const auto results = client->conversation.answer(message->content);
         if (state->world.quirks.slow) {
             const Clock::Duration delay = state->world.quirks.slowBy;
@@ -119,6 +123,7 @@ Task<> Simulator::State::serve(std::shared_ptr<State> state, std::shared_ptr<Cli
             client->connection->send(result, WebSocketConnection::Kind::awaited);
         co_await client->connection->drained();
     }
+    state->forget(client);
 }
 
 Task<> Simulator::State::keepTime(std::shared_ptr<State> state) {
@@ -159,7 +164,9 @@ Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOpti
         [weak](std::shared_ptr<WebSocketConnection> connection) {
             State::accept(weak, std::move(connection));
         });
-    asio::co_spawn(executor, State::keepTime(state_), asio::detached);
+    // A simulator whose time stands still is of no use: what stops it ends the program.
+    auto endProgram = [](const std::exception_ptr& failure) { std::rethrow_exception(failure); };
+    state_->tasks.spawn(State::keepTime(state_), endProgram);
 }
 
 Simulator::~Simulator() { stop(); }

@@ -1,8 +1,9 @@
 #include <algorithm>
+#include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
-#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/this_coro.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
@@ -18,6 +19,7 @@
 #include "TarnlyClient/Companion/CompanionFinder.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyClient/Companion/RecordingFollower.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -44,16 +46,20 @@ class WatchEnd {
     WatchEnd& operator=(const WatchEnd&) = delete;
 
     void closeAfter(std::chrono::milliseconds time) {
-        timer_.expires_after(time);
-        timer_.async_wait([&session = session_](const boost::system::error_code& error) {
-            if (!error) session.close();
-        });
+        auto closeNow = [&session = session_](const std::exception_ptr&) { session.close(); };
+        timer_.spawn(closeLater(session_, time), std::move(closeNow));
     }
 
   private:
+    static Task<> closeLater(CompanionSession& session, Clock::Duration time) {
+        co_await session.clock().sleepFor(time);
+        const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+        if (cancellation.cancelled() == boost::asio::cancellation_type::none) session.close();
+    }
+
     CompanionSession& session_;
     boost::asio::signal_set signals_;
-    boost::asio::steady_timer timer_;
+    TaskGroup timer_;
 };
 
 Task<> watchValues(CompanionSession& session, Watch watch, Printer printer) {

@@ -1,12 +1,14 @@
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 
+#include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/this_coro.hpp>
 #include <cstddef>
 #include <exception>
 #include <utility>
 
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
@@ -39,24 +41,31 @@ std::string refusal(const PairResponse& response, bool hasPassword) {
 /// Ends the connection unless it is destroyed in time.
 class CompanionSession::Deadline {
   public:
-    explicit Deadline(CompanionSession& session)
-        : alive_(std::make_shared<bool>(true)), timer_(session.executor_, session.options_.timeout) {
-        // The timer's handler may be on its way already when the timer is destroyed.
-        timer_.async_wait([&session, alive = std::weak_ptr(alive_)](const boost::system::error_code& error) {
-            if (error || alive.expired()) return;
-            session.isTimedOut_ = true;
-            session.connection_->cancel();
-        });
+    explicit Deadline(CompanionSession& session) : timer_(session.executor_) {
+        // Without a deadline, for lack of memory, nobody shall wait for ever.
+        auto closeNow = [&session](const std::exception_ptr&) { session.close(); };
+        timer_.spawn(expire(session), std::move(closeNow));
     }
 
   private:
-    std::shared_ptr<bool> alive_;
-    boost::asio::steady_timer timer_;
+    static Task<> expire(CompanionSession& session) {
+        co_await session.clock_.sleepFor(session.options_.timeout);
+        // The time may be over while this is destroyed: the session may be gone as well, then.
+        const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+        if (cancellation.cancelled() != boost::asio::cancellation_type::none) co_return;
+        session.isTimedOut_ = true;
+        session.connection_->cancel();
+    }
+
+    TaskGroup timer_;
 };
 
-CompanionSession::CompanionSession(boost::asio::any_io_executor executor,
+CompanionSession::CompanionSession(boost::asio::any_io_executor executor, Clock& clock,
                                    std::shared_ptr<WebSocketConnection> connection, Options options)
-    : executor_(std::move(executor)), connection_(std::move(connection)), options_(std::move(options)) {
+    : executor_(std::move(executor)),
+      clock_(clock),
+      connection_(std::move(connection)),
+      options_(std::move(options)) {
     connection_->setMessageLimit(messageLimit);
 }
 
@@ -127,8 +136,8 @@ void CompanionSession::throwLost() const {
 void holdSession(const Endpoint& companion, CompanionSession::Options options, const SessionWork& work) {
     SystemClock clock;
     boost::asio::io_context io(1);
-    CompanionSession session(io.get_executor(), openWebSocket(io.get_executor(), clock, companion, "/"),
-                             std::move(options));
+    CompanionSession session(io.get_executor(), clock,
+                             openWebSocket(io.get_executor(), clock, companion, "/"), std::move(options));
     std::exception_ptr failure;
     boost::asio::co_spawn(io, work(session), [&](std::exception_ptr error) {
         failure = error;

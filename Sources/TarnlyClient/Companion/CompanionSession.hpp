@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "TarnlyClient/Companion/CompanionMessages.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
@@ -44,10 +45,12 @@ class CompanionSession {
         std::chrono::milliseconds timeout;
     };
 
-    CompanionSession(boost::asio::any_io_executor executor, std::shared_ptr<WebSocketConnection> connection,
-                     Options options);
+    /// `clock` must outlive all that runs on `executor`.
+    CompanionSession(boost::asio::any_io_executor executor, Clock& clock,
+                     std::shared_ptr<WebSocketConnection> connection, Options options);
 
     boost::asio::any_io_executor executor() const { return executor_; }
+    Clock& clock() const { return clock_; }
 
     /// Comes before all else: the companion hangs up on strangers.
     Task<> pair();
@@ -83,6 +86,7 @@ class CompanionSession {
 
     OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
+    Clock& clock_;
     const std::shared_ptr<WebSocketConnection> connection_;
     const Options options_;
     std::int64_t lastId_ = 0;

@@ -1,7 +1,7 @@
 #include "TarnlyClient/Companion/RecordingFollower.hpp"
 
-#include <boost/asio/redirect_error.hpp>
-#include <boost/asio/use_awaitable.hpp>
+#include <boost/asio/cancellation_type.hpp>
+#include <boost/asio/this_coro.hpp>
 #include <utility>
 
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
@@ -15,7 +15,7 @@ RecordingFollower::RecordingFollower(boost::asio::any_io_executor executor, Cloc
       companion_(std::move(companion)),
       options_(std::move(options)),
       listener_(std::move(listener)),
-      waiting_(executor_),
+      ended_(executor_),
       timeLimit_(executor_) {}
 
 Task<> RecordingFollower::run() {
@@ -24,7 +24,7 @@ Task<> RecordingFollower::run() {
         co_await followUntilLost();
         if (isEnded_) co_return;
         const auto pause = options_.pause.next();
-        co_await wait(pause);
+        co_await waitFor(ended_, clock_, pause);
         if (isEnded_) co_return;
         co_await lookAgain();
     }
@@ -34,7 +34,7 @@ void RecordingFollower::end() {
     thread_.check();
     isEnded_ = true;
     if (session_) session_->close();
-    waiting_.cancel();
+    ended_.notifyAll();
     timeLimit_.cancel();
 }
 
@@ -50,12 +50,12 @@ Task<> RecordingFollower::followUntilLost() {
 }
 
 Task<> RecordingFollower::follow() {
-    session_.emplace(executor_, openWebSocket(executor_, clock_, companion_, "/"), options_.session);
+    session_.emplace(executor_, clock_, openWebSocket(executor_, clock_, companion_, "/"), options_.session);
     co_await session_->pair();
     while (!isEnded_) {
         co_await ask();
         if (isEnded_) co_return;
-        co_await wait(options_.interval);
+        co_await waitFor(ended_, clock_, options_.interval);
     }
 }
 
@@ -83,11 +83,10 @@ Task<> RecordingFollower::lookAgain() {
     }
 }
 
-Task<> RecordingFollower::wait(std::chrono::milliseconds time) {
-    waiting_.expires_after(time);
-    boost::system::error_code cancelled;
-    auto token = boost::asio::redirect_error(boost::asio::use_awaitable, cancelled);
-    co_await waiting_.async_wait(token);
+Task<> RecordingFollower::endAfter(Clock::Duration time) {
+    co_await clock_.sleepFor(time);
+    const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+    if (cancellation.cancelled() == boost::asio::cancellation_type::none) end();
 }
 
 void RecordingFollower::show(const RecordedFlight& news) {
@@ -103,10 +102,7 @@ void RecordingFollower::isAnswered() {
     options_.pause.reset();
     if (std::exchange(isLost_, false)) listener_.remark("the companion is back");
     if (std::exchange(hasBegun_, true) || !options_.time) return;
-    timeLimit_.expires_after(*options_.time);
-    timeLimit_.async_wait([this](const boost::system::error_code& error) {
-        if (!error) end();
-    });
+    timeLimit_.spawn(endAfter(*options_.time), [this](const std::exception_ptr&) { end(); });
 }
 
 void RecordingFollower::lost(const std::string& reason) {

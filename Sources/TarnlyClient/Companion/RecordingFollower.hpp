@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/asio/any_io_executor.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -13,7 +12,9 @@
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
@@ -82,7 +83,7 @@ class RecordingFollower {
     Task<> follow();
     Task<> ask();
     Task<> lookAgain();
-    Task<> wait(std::chrono::milliseconds time);
+    Task<> endAfter(Clock::Duration time);
 
     void show(const RecordedFlight& news);
     void isAnswered();
@@ -97,8 +98,8 @@ class RecordingFollower {
     /// The connection in use, or the last one.
     std::optional<CompanionSession> session_;
     CatchUpCursor cursor_;
-    boost::asio::steady_timer waiting_;
-    boost::asio::steady_timer timeLimit_;
+    Event ended_;
+    TaskGroup timeLimit_;
     std::int64_t shown_ = 0;
     bool hasBegun_ = false;
     bool isLost_ = false;

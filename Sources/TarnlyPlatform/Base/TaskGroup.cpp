@@ -4,10 +4,9 @@
 #include <boost/asio/cancellation_signal.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/dispatch.hpp>
+#include <boost/asio/this_coro.hpp>
 #include <set>
 #include <utility>
-
-#include "TarnlyPlatform/Base/Event.hpp"
 
 namespace tarnly {
 namespace {
@@ -16,29 +15,28 @@ namespace asio = boost::asio;
 
 using Signal = std::shared_ptr<asio::cancellation_signal>;
 
-Task<> raiseAfter(Clock& clock, Clock::Duration limit, std::shared_ptr<bool> isOver,
-                  std::shared_ptr<Event> changed) {
-    co_await clock.sleepFor(limit);
-    *isOver = true;
-    changed->notifyAll();
+Task<> notifyAfter(Clock& clock, Clock::Duration time, Event& event) {
+    co_await clock.sleepFor(time);
+    const auto cancellation = co_await asio::this_coro::cancellation_state;
+    if (cancellation.cancelled() == asio::cancellation_type::none) event.notifyAll();
 }
 
 } // namespace
 
 struct TaskGroup::State {
     explicit State(asio::any_io_executor givenExecutor)
-        : executor(std::move(givenExecutor)), changed(std::make_shared<Event>(executor)) {}
+        : executor(std::move(givenExecutor)), changed(executor) {}
 
     const asio::any_io_executor executor;
     /// One a task; those of tasks that were told to end among them.
     std::set<Signal> running;
     std::set<Signal> cancelled;
-    const std::shared_ptr<Event> changed;
+    Event changed;
 
     void remove(const Signal& signal) {
         running.erase(signal);
         cancelled.erase(signal);
-        changed->notifyAll();
+        changed.notifyAll();
     }
 };
 
@@ -76,14 +74,20 @@ std::size_t TaskGroup::size() const { return state_->running.size(); }
 
 Task<bool> TaskGroup::join(Clock& clock, Clock::Duration limit) {
     const auto state = state_;
-    const auto isOver = std::make_shared<bool>(false);
-    TaskGroup timer(state->executor);
-    auto raising = raiseAfter(clock, limit, isOver, state->changed);
-    timer.spawn(std::move(raising), dropFailure);
-    while (!state->running.empty() && !*isOver) {
-        co_await state->changed->wait();
+    const auto deadline = clock.now() + limit;
+    while (!state->running.empty() && clock.now() < deadline) {
+        const auto left = deadline - clock.now();
+        co_await waitFor(state->changed, clock, left);
     }
     co_return state->running.empty();
+}
+
+Task<> waitFor(Event& event, Clock& clock, Clock::Duration limit) {
+    auto executor = co_await asio::this_coro::executor;
+    TaskGroup timer(executor);
+    auto notifyNow = [&event](const std::exception_ptr&) { event.notifyAll(); };
+    timer.spawn(notifyAfter(clock, limit, event), std::move(notifyNow));
+    co_await event.wait();
 }
 
 } // namespace tarnly

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
@@ -46,6 +47,9 @@ class TaskGroup {
     struct State;
     std::shared_ptr<State> state_;
 };
+
+/// Waits for `event`, which outlives the waiting, for `limit` at most.
+Task<> waitFor(Event& event, Clock& clock, Clock::Duration limit);
 
 /// For tasks whose failure concerns nobody: what they were to do is not done.
 inline void dropFailure(const std::exception_ptr&) {}

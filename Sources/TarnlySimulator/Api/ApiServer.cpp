@@ -1,10 +1,7 @@
 #include "TarnlySimulator/Api/ApiServer.hpp"
 
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/core/error.hpp>
@@ -20,6 +17,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
@@ -84,7 +82,8 @@ struct ApiServer::State {
         : clock(givenClock),
           acceptor(executor),
           onRequest(std::move(requestHandler)),
-          onConnection(std::move(connectionHandler)) {}
+          onConnection(std::move(connectionHandler)),
+          tasks(executor) {}
 
     OnOneThread thread;
     Clock& clock;
@@ -93,6 +92,7 @@ struct ApiServer::State {
     ConnectionHandler onConnection;
     std::uint16_t port = 0;
     bool isCancelled = false;
+    TaskGroup tasks;
 
     void listen(std::uint16_t wantedPort) {
         acceptor.open(tcp::v4());
@@ -103,6 +103,7 @@ struct ApiServer::State {
     }
 
     static Task<> acceptAll(std::shared_ptr<State> state);
+    static Task<bool> acceptOne(std::shared_ptr<State> state);
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
     static Task<bool> serveOne(std::shared_ptr<State> state, beast::tcp_stream& peer,
                                beast::flat_buffer& received);
@@ -110,19 +111,26 @@ struct ApiServer::State {
                           std::string received);
 };
 
+/// Goes on through every error: who comes later finds the port open.
 Task<> ApiServer::State::acceptAll(std::shared_ptr<State> state) {
-    const auto executor = state->acceptor.get_executor();
     while (!state->isCancelled) {
-        auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-        if (state->isCancelled) co_return;
-        if (!error) {
-            asio::co_spawn(executor, serve(state, std::move(socket)), asio::detached);
-            continue;
+        bool isAccepted = false;
+        try {
+            isAccepted = co_await acceptOne(state);
+        } catch (const std::exception&) {
         }
-        // Out of descriptors, the waiting peer would wake us again at once.
-        asio::steady_timer pause(executor, acceptPause);
-        co_await pause.async_wait(asTuple);
+        if (isAccepted || state->isCancelled) continue;
+        // Out of descriptors or memory, the waiting peer would wake us again at once.
+        co_await state->clock.sleepFor(acceptPause);
     }
+}
+
+Task<bool> ApiServer::State::acceptOne(std::shared_ptr<State> state) {
+    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
+    if (error || state->isCancelled) co_return false;
+    auto serving = serve(state, std::move(socket));
+    state->tasks.spawn(std::move(serving), dropFailure); // it costs this peer its connection
+    co_return true;
 }
 
 /// Answers requests until the peer leaves, or becomes a WebSocket.
@@ -183,7 +191,7 @@ ApiServer::ApiServer(asio::any_io_executor executor, Clock& clock, std::uint16_t
         throw NetworkError(NetworkError::Case::listenFailed,
                            "port " + std::to_string(port) + ": " + error.code().message());
     }
-    asio::co_spawn(executor, State::acceptAll(state_), asio::detached);
+    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
 }
 
 ApiServer::~ApiServer() { cancel(); }
@@ -194,6 +202,7 @@ void ApiServer::cancel() {
     state_->isCancelled = true;
     error_code ignored;
     state_->acceptor.close(ignored);
+    state_->tasks.cancel();
 }
 
 } // namespace tarnly::simulator

@@ -4,8 +4,6 @@
 #include <array>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/co_spawn.hpp>
-#include <boost/asio/detached.hpp>
 #include <boost/asio/ip/udp.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <cstdint>
@@ -14,6 +12,7 @@
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
@@ -65,13 +64,17 @@ std::variant<Situation, UnusableDatagram> situationFrom(std::span<const std::byt
 
 struct SituationPort::State {
     State(const asio::any_io_executor& executor, Handler situationHandler, Handler ignoredHandler)
-        : socket(executor), onSituation(std::move(situationHandler)), onIgnored(std::move(ignoredHandler)) {}
+        : socket(executor),
+          onSituation(std::move(situationHandler)),
+          onIgnored(std::move(ignoredHandler)),
+          tasks(executor) {}
 
     OnOneThread thread;
     udp::socket socket;
     Handler onSituation;
     Handler onIgnored;
     bool isCancelled = false;
+    TaskGroup tasks;
 
     void handle(std::span<const std::byte> datagram) const {
         thread.check();
@@ -90,7 +93,11 @@ struct SituationPort::State {
             auto [error, size] =
                 co_await state->socket.async_receive(space, asio::as_tuple(asio::use_awaitable));
             if (state->isCancelled) co_return;
-            if (!error) state->handle(std::span(buffer).first(size));
+            try {
+                if (!error) state->handle(std::span(buffer).first(size));
+            } catch (const std::exception&) {
+                // Out of memory, say: it costs this datagram, and the next may be handled.
+            }
         }
     }
 };
@@ -105,7 +112,7 @@ SituationPort::SituationPort(asio::any_io_executor executor, std::uint16_t port,
         throw NetworkError(NetworkError::Case::listenFailed,
                            "UDP port " + std::to_string(port) + ": " + error.code().message());
     }
-    asio::co_spawn(executor, State::receiveAll(state_), asio::detached);
+    state_->tasks.spawn(State::receiveAll(state_), dropFailure); // none leaves it
 }
 
 SituationPort::~SituationPort() { cancel(); }
@@ -116,6 +123,7 @@ void SituationPort::cancel() {
     state_->isCancelled = true;
     boost::system::error_code ignored;
     state_->socket.close(ignored);
+    state_->tasks.cancel();
 }
 
 } // namespace tarnly::simulator

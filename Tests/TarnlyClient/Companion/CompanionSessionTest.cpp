@@ -4,6 +4,7 @@
 
 #include "Support/LoopbackListener.hpp"
 #include "Support/RunTask.hpp"
+#include "Support/VirtualClock.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -15,7 +16,7 @@ class CompanionSessionTest : public testing::Test {
     boost::asio::io_context io;
     SystemClock clock;
     test::LoopbackListener listener{io, clock};
-    CompanionSession session{io.get_executor(), listener.openClient(), {{}, std::chrono::seconds(60)}};
+    CompanionSession session{io.get_executor(), clock, listener.openClient(), {{}, std::chrono::seconds(60)}};
     std::shared_ptr<WebSocketConnection> companion = test::runTask(io, listener.accept());
 
     void say(const std::string& text) { companion->send(text, Kind::awaited); }
@@ -102,12 +103,25 @@ TEST_F(CompanionSessionTest, APairingThatIsNotUnderstoodIsRefused) {
 
 TEST(CompanionSessionDeadline, ASilentCompanionIsGivenUp) {
     boost::asio::io_context io;
-    SystemClock clock;
-    test::LoopbackListener listener(io, clock);
-    CompanionSession session(io.get_executor(), listener.openClient(), {{}, std::chrono::milliseconds(20)});
+    SystemClock realTime;
+    test::VirtualClock clock;
+    test::LoopbackListener listener(io, realTime);
+    CompanionSession session(io.get_executor(), clock, listener.openClient(), {{}, std::chrono::seconds(5)});
+    const auto silent = test::runTask(io, listener.accept());
+    std::exception_ptr failure;
+    auto asking = session.request(MessageType::simInfo);
+    boost::asio::co_spawn(io, std::move(asking),
+                          [&](const std::exception_ptr& error, const auto&) { failure = error; });
+    clock.advance(io, std::chrono::milliseconds(4'999));
+    EXPECT_FALSE(failure);
+    clock.advance(io, std::chrono::milliseconds(1));
+    test::runTask(io, silent->receive());
+    while (!failure && io.run_one_for(std::chrono::seconds(60)) > 0) {
+        // until the connection has been closed
+    }
+    ASSERT_TRUE(failure);
     try {
-        test::runTask(io, session.request(MessageType::simInfo));
-        FAIL();
+        std::rethrow_exception(failure);
     } catch (const ClientError& error) {
         EXPECT_STREQ(error.what(), "the companion did not answer in time");
     }

@@ -134,5 +134,19 @@ TEST_F(TaskGroupTest, JoiningAnEmptyGroupDoesNotWait) {
     EXPECT_EQ(clock.now(), begin);
 }
 
+TEST_F(TaskGroupTest, WaitingForAnEventEndsWithItOrWithItsTime) {
+    Event event(io.get_executor());
+    const auto begin = clock.now();
+    clock.run(io, waitFor(event, clock, 5s));
+    EXPECT_EQ(clock.now() - begin, 5s);
+
+    group->spawn(waitFor(event, clock, 5s), dropFailure);
+    settle();
+    event.notifyAll();
+    settle();
+    EXPECT_EQ(group->size(), 0U);
+    EXPECT_EQ(clock.sleeping(), 0U);
+}
+
 } // namespace
 } // namespace tarnly
