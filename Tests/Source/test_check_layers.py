@@ -38,6 +38,7 @@ def test_arrows_of_the_table_are_allowed(folder):
         TarnlyApp__Desktop__Panel_hpp="#include <QWidget>",
         TarnlyApp__Desktop__Scheme_cpp='#include "Scheme.moc"',
         TarnlyPlatform__Net__Reader_cpp="#include <boost/beast/http/read.hpp>",
+        TarnlyPlatform__Files__FilePosix_cpp="#include <fcntl.h>",
     ) == (0, [])
 
 
@@ -73,6 +74,8 @@ def test_it_names_the_line_and_what_is_allowed(folder):
     ("TarnlyCore__Recording__A_cpp", "<fcntl.h>"),
     ("TarnlyCore__Recording__A_cpp", "  <unistd.h>"),
     ("TarnlyCore__A_cpp", "<sys/stat.h>"),
+    ("TarnlyPlatform__Net__A_cpp", "<netinet/tcp.h>"),
+    ("TarnlyPlatform__Files__FilePosix_hpp", "<unistd.h>"),
 ])
 def test_other_includes_are_not(folder, name, include):
     status, lines = check(folder, **{name: f"#  include {include}"})

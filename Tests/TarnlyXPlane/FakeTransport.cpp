@@ -56,8 +56,8 @@ Task<HttpResponse> FakeTransport::fetch(Endpoint endpoint, HttpRequest request,
         auto response = answer(request);
         if (response) co_return *response;
     }
-    if (request.target == "/api/v2/datarefs") co_return httpResponse(200, catalogBody(datarefs));
-    if (request.target == "/api/v2/commands") co_return httpResponse(200, catalogBody(commands));
+    if (request.target == "/api/v2/datarefs") co_return httpResponse(200, catalogueBody(datarefs));
+    if (request.target == "/api/v2/commands") co_return httpResponse(200, catalogueBody(commands));
     co_return httpResponse(404, "<html></html>");
 }
 
@@ -80,7 +80,7 @@ std::vector<std::string> FakeTransport::exchangeLines() const {
     return lines;
 }
 
-std::string catalogBody(const std::map<std::string, std::int64_t>& ids) {
+std::string catalogueBody(const std::map<std::string, std::int64_t>& ids) {
     JsonWriter writer;
     writer.beginObject();
     writer.key("data");

@@ -90,7 +90,7 @@ class FakeTransport final : public XPlaneTransport {
 };
 
 /// A catalogue response body.
-std::string catalogBody(const std::map<std::string, std::int64_t>& ids);
+std::string catalogueBody(const std::map<std::string, std::int64_t>& ids);
 
 HttpResponse httpResponse(unsigned status, std::string body);
 

@@ -1,7 +1,7 @@
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 
 #include <array>
-#include <ctime>
+#include <cstdio>
 #include <string_view>
 #include <utility>
 
@@ -43,12 +43,16 @@ bool LogLine::isComplete() const {
 }
 
 std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
-    const auto seconds = std::chrono::system_clock::to_time_t(startTime);
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
+    const auto day = std::chrono::floor<std::chrono::days>(startTime);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(startTime - day);
     std::array<char, 64> text{};
-    const auto length = std::strftime(text.data(), text.size(), "session-%Y-%m-%dT%H%M%SZ.jsonl", &utc);
-    return {text.data(), length};
+    const int length =
+        std::snprintf(text.data(), text.size(), "session-%d-%02u-%02uT%02d%02d%02dZ.jsonl",
+                      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                      static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+    return {text.data(), static_cast<std::size_t>(length)};
 }
 
 std::optional<RecordingLog> RecordingLog::create(const std::filesystem::path& file) {

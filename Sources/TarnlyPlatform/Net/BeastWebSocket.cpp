@@ -1,7 +1,5 @@
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
-#include <netinet/tcp.h>
-
 #include <algorithm>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/compose.hpp>
@@ -22,6 +20,7 @@
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/FrameScanner.hpp"
 #include "TarnlyPlatform/Net/Resolve.hpp"
+#include "TarnlyPlatform/Net/SocketOptions.hpp"
 
 namespace tarnly {
 namespace {
@@ -208,7 +207,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         auto [refused, peer] = co_await asio::async_connect(socket, addresses, asTuple);
         if (refused)
             co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + refused.message());
-        setSocketOptions(socket);
+        setConversationOptions(socket);
         auto [failure] = co_await self->stream_.async_handshake(name, target, asTuple);
         if (failure)
             co_return self->fail(NetworkError::Case::connectionFailed, name + ": " + failure.message());
@@ -244,6 +243,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     }
 
     Task<> drained() override {
+        thread_.check();
         const auto self = shared_from_this();
         const auto target = queued_;
         while (written_ < target && !hasEnded_) {
@@ -262,22 +262,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
 
     std::optional<NetworkError> failure() const override { return failure_; }
 
-    static void setSocketOptions(tcp::socket& socket) {
-        error_code ignored; // each is an improvement that the connection can do without
-        socket.set_option(tcp::no_delay(true), ignored);
-        // A peer that vanished without a word, as a tablet does that leaves the Wi-Fi, is noticed within a
-        // minute.
-        socket.set_option(asio::socket_base::keep_alive(true), ignored);
-        setTcpOption(socket, TCP_KEEPIDLE, 30);
-        setTcpOption(socket, TCP_KEEPINTVL, 10);
-        setTcpOption(socket, TCP_KEEPCNT, 3);
-    }
-
   private:
-    static void setTcpOption(tcp::socket& socket, int option, int value) {
-        setsockopt(socket.native_handle(), IPPROTO_TCP, option, &value, sizeof value);
-    }
-
     struct Outgoing {
         std::string text;
         Kind kind;
@@ -463,7 +448,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
 
 Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(tcp::socket socket, Clock& clock,
                                                            HttpRequest upgrade, std::string received) {
-    BeastWebSocket::setSocketOptions(socket);
+    setConversationOptions(socket);
     const auto connection = std::make_shared<BeastWebSocket>(std::move(socket), clock);
     const bool isOpen = co_await connection->accept(std::move(upgrade), std::move(received));
     if (!isOpen) co_return nullptr;

@@ -40,7 +40,8 @@ class ApiServer {
 
     std::uint16_t port() const;
 
-    /// Frees the port; WebSockets that were handed over live on. Harmless when repeated.
+    /// Frees the port, and drops who has not become a WebSocket yet; those that were handed over live on.
+    /// Harmless when repeated.
     void cancel();
 
   private:

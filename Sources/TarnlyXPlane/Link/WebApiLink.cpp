@@ -48,7 +48,7 @@ std::string WebApiLink::baseUrl() const {
     return "http://" + describe(endpoint_) + std::string(apiPath) + "/";
 }
 
-std::string WebApiLink::wsUrl() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
+std::string WebApiLink::webSocketUrl() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
 
 Task<> WebApiLink::ensureConnected() {
     thread_.check();
@@ -120,7 +120,7 @@ Task<> WebApiLink::handleMessage(std::string text) {
 }
 
 void WebApiLink::throwIfClosed() const {
-    if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, wsUrl());
+    if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, webSocketUrl());
 }
 
 void WebApiLink::close() {

@@ -58,7 +58,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     /// "http://host:port/api/v2/"
     std::string baseUrl() const;
     /// "ws://host:port/api/v2"
-    std::string wsUrl() const;
+    std::string webSocketUrl() const;
 
     /// Loads the catalogues and opens the WebSocket unless that is done; does not wait for the handshake.
     /// Calls that overlap share one attempt and its failure; the next call after a failure tries again.

@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Json/JsonNumber.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 #include <gtest/gtest.h>
 

@@ -45,7 +45,7 @@ class NetworkTransportTest : public testing::Test {
             response = httpResponse(request.body.empty() ? 400 : 200, "null");
         else
             response =
-                httpResponse(200, catalogBody(request.target == "/api/v2/datarefs" ? datarefs : commands));
+                httpResponse(200, catalogueBody(request.target == "/api/v2/datarefs" ? datarefs : commands));
         co_return response;
     }
 

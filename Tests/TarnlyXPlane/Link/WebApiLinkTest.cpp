@@ -42,12 +42,12 @@ std::vector<DatarefEntry> entryFor(std::int64_t id) {
 
 TEST_F(WebApiLinkTest, URLs) {
     EXPECT_EQ(link->baseUrl(), "http://127.0.0.1:8086/api/v2/");
-    EXPECT_EQ(link->wsUrl(), "ws://127.0.0.1:8086/api/v2");
+    EXPECT_EQ(link->webSocketUrl(), "ws://127.0.0.1:8086/api/v2");
     const WebApiLink overIPv6(io.get_executor(), Endpoint{"::1", 80}, transport, workers);
     EXPECT_EQ(overIPv6.baseUrl(), "http://[::1]:80/api/v2/");
 }
 
-TEST(WebApiLinkDeathTest, HostThatCannotStandInAURLEndsTheProcess) {
+TEST(WebApiLinkDeathTest, HostThatCannotStandInAUrlEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const auto* host : {"", "two words", "a/b", "user@host", "a\nb"}) {
         EXPECT_DEATH(
@@ -131,7 +131,7 @@ TEST_F(WebApiLinkTest, TransportFailureIsPassedOnUnchanged) {
     EXPECT_STREQ(error.what(), R"(timedOut("127.0.0.1:8086"))");
 }
 
-TEST_F(WebApiLinkTest, BodyWithoutDataFailsAndNamesTheURL) {
+TEST_F(WebApiLinkTest, BodyWithoutDataFailsAndNamesTheUrl) {
     transport->answer = [](const HttpRequest&) { return httpResponse(200, "{}"); };
     const auto error = failureOf<NetworkError>(link->ensureConnected());
     EXPECT_EQ(error.which(), NetworkError::Case::invalidResponse);
@@ -153,7 +153,7 @@ TEST_F(WebApiLinkTest, RefusalNamesTheStatus) {
 }
 
 TEST_F(WebApiLinkTest, StatusOfACatalogueDoesNotMatterWhenItDecodes) {
-    transport->answer = [](const HttpRequest&) { return httpResponse(500, catalogBody({{"sim/x", 5}})); };
+    transport->answer = [](const HttpRequest&) { return httpResponse(500, catalogueBody({{"sim/x", 5}})); };
     run(link->ensureConnected());
     EXPECT_EQ(link->datarefIds().at("sim/x"), 5);
 }
@@ -178,7 +178,7 @@ TEST_F(WebApiLinkTest, LoadsACatalogueOf120000Entries) {
         "sim/an/aircraft/with/a/very/long/path/of/dataref/names/that/goes/on/and/on/number_";
     for (std::int64_t id = 0; id < 120'000; ++id)
         many.emplace(path + std::to_string(id), 40'000'000'000 + id);
-    auto body = catalogBody(many);
+    auto body = catalogueBody(many);
     EXPECT_GT(body.size(), 15'000'000U);
     transport->answer = [&](const HttpRequest& request) -> std::optional<HttpResponse> {
         if (request.target == "/api/v2/commands") return std::nullopt;

@@ -7,27 +7,27 @@ namespace {
 
 using Entries = std::vector<CatalogueEntry>;
 
-TEST(Catalog, EntriesComeInTheirOrderAndOtherKeysAreIgnored) {
+TEST(Catalogue, EntriesComeInTheirOrderAndOtherKeysAreIgnored) {
     const auto entries = parseCatalogue(R"({"data":[
         {"id":40003472032,"is_writable":true,"name":"sim/b","value_type":"float"},
         {"name":"sim/a","id":-7}],"count":2})");
     EXPECT_EQ(entries, (Entries{{40003472032, "sim/b"}, {-7, "sim/a"}}));
 }
 
-TEST(Catalog, MayBeEmpty) { EXPECT_EQ(parseCatalogue(R"({"data":[]})"), Entries{}); }
+TEST(Catalogue, MayBeEmpty) { EXPECT_EQ(parseCatalogue(R"({"data":[]})"), Entries{}); }
 
-TEST(Catalog, EntriesThatAreNoObjectsArePassedOver) {
+TEST(Catalogue, EntriesThatAreNoObjectsArePassedOver) {
     const auto entries = parseCatalogue(R"({"data":[null,{"id":1,"name":"a"},3,"x",[],true]})");
     EXPECT_EQ(entries, (Entries{{1, "a"}}));
 }
 
-TEST(Catalog, IdsAreIntegersOf64Bits) {
+TEST(Catalogue, IdsAreIntegersOf64Bits) {
     const auto entries =
         parseCatalogue(R"({"data":[{"id":9223372036854775807,"name":"a"},{"id":7.0,"name":"b"}]})");
     EXPECT_EQ(entries, (Entries{{INT64_MAX, "a"}, {7, "b"}}));
 }
 
-TEST(Catalog, EntriesWithoutAProperIdOrNameFail) {
+TEST(Catalogue, EntriesWithoutAProperIdOrNameFail) {
     for (const auto* entry :
          {R"({"id":1})", R"({"name":"a"})", R"({"id":"1","name":"a"})", R"({"id":1,"name":2})",
           R"({"id":1.5,"name":"a"})", R"({"id":null,"name":"a"})", R"({"id":true,"name":"a"})",
@@ -36,14 +36,14 @@ TEST(Catalog, EntriesWithoutAProperIdOrNameFail) {
     }
 }
 
-TEST(Catalog, OtherBodiesFail) {
+TEST(Catalogue, OtherBodiesFail) {
     for (const auto* body : {"", "null", "[]", "{}", R"({"data":null})", R"({"data":{}})",
                              R"({"error_code":"x"})", "<html></html>", R"({"data":[]} trailing)"}) {
         EXPECT_THROW(parseCatalogue(body), JsonError) << body;
     }
 }
 
-TEST(Catalog, OfEntriesWithTheSameNameTheLastCounts) {
+TEST(Catalogue, OfEntriesWithTheSameNameTheLastCounts) {
     const auto ids = idsByName({{1, "a"}, {2, "b"}, {3, "a"}});
     EXPECT_EQ(ids, (IdsByName{{"a", 3}, {"b", 2}}));
 }
