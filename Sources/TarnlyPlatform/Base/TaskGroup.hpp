@@ -31,7 +31,7 @@ class TaskGroup {
     /// Cancels.
     ~TaskGroup();
 
-    /// Starts `task`, which may come to its end before this returns.
+    /// Starts `task`, which may do all its work before this returns; that it has ended is noticed afterwards.
     void spawn(Task<> task, OnFailure onFailure);
 
     /// Tells all tasks to end: what they wait for, and what they are going to wait for, fails with

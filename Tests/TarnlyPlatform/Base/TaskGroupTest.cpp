@@ -102,6 +102,24 @@ TEST_F(TaskGroupTest, ATaskThatEndsByItselfMayBeToldToAsWell) {
     EXPECT_EQ(group->size(), 0U);
 }
 
+TEST_F(TaskGroupTest, ATaskMayTellItsOwnGroupToEndBeforeItEverWaits) {
+    const auto cancelAtOnce = [](TaskGroup& own) -> Task<> {
+        own.cancel();
+        co_return;
+    };
+    boost::asio::post(io, [&] { group->spawn(cancelAtOnce(*group), dropFailure); });
+    settle();
+    EXPECT_EQ(group->size(), 0U);
+}
+
+TEST_F(TaskGroupTest, ATaskThatIsToldToEndBeforeItBeginsEnds) {
+    group->spawn(wait(), dropFailure);
+    group->cancel();
+    settle();
+    EXPECT_EQ(group->size(), 0U);
+    EXPECT_EQ(alive.use_count(), 1);
+}
+
 TEST_F(TaskGroupTest, AGroupGoesOnAfterItWasCancelled) {
     group->spawn(wait(), dropFailure);
     settle();
