@@ -44,7 +44,7 @@ class LoopbackListener {
   private:
     static WebSocketListener::Options options() {
         WebSocketListener::Options result;
-        result.reach = WebSocketListener::Reach::loopbackIPv4;
+        result.reach = Reach::loopbackIPv4;
         return result;
     }
 

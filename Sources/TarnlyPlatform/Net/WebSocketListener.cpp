@@ -4,10 +4,8 @@
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/ip/v6_only.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
-#include <boost/beast/core/error.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
@@ -19,9 +17,6 @@
 #include <string>
 #include <utility>
 
-#include "TarnlyPlatform/Base/OnOneThread.hpp"
-#include "TarnlyPlatform/Base/TaskGroup.hpp"
-#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/SocketDeadline.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
@@ -37,32 +32,9 @@ using HeadParser = http::request_parser<http::empty_body>;
 
 /// For the head of a request, and again for the answer to one that is no upgrade.
 constexpr auto patience = std::chrono::seconds(10);
-constexpr auto acceptPause = std::chrono::milliseconds(100);
 constexpr std::uint32_t largestHead = 16 * 1024;
 
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
-
-/// One socket for both families where the system has IPv6, else IPv4 alone.
-void openFor(tcp::acceptor& acceptor, std::uint16_t port, WebSocketListener::Reach reach) {
-    tcp::endpoint endpoint(tcp::v4(), port);
-    if (reach == WebSocketListener::Reach::loopbackIPv4) {
-        endpoint.address(asio::ip::address_v4::loopback());
-        acceptor.open(tcp::v4());
-    } else {
-        error_code noIPv6;
-        acceptor.open(tcp::v6(), noIPv6);
-        if (!noIPv6) acceptor.set_option(asio::ip::v6_only(false), noIPv6);
-        if (!noIPv6) {
-            endpoint = tcp::endpoint(tcp::v6(), port);
-        } else {
-            acceptor.close();
-            acceptor.open(tcp::v4());
-        }
-    }
-    acceptor.set_option(asio::socket_base::reuse_address(true));
-    acceptor.bind(endpoint);
-    acceptor.listen();
-}
 
 /// Neither silence nor more than anybody has to say is worth an answer.
 bool deservesAnswer(const error_code& error) {
@@ -104,65 +76,25 @@ Task<> finish(tcp::socket& peer) {
 }
 
 Task<> refuse(tcp::socket& peer, bool isRequest) {
-    if (isRequest) {
-        co_await answer(peer, http::status::upgrade_required, "This port speaks WebSocket.\n");
-    } else {
-        co_await answer(peer, http::status::bad_request,
-                        "That is not a request that this port understands.\n");
-    }
+    const auto status = isRequest ? http::status::upgrade_required : http::status::bad_request;
+    std::string text =
+        isRequest ? "This port speaks WebSocket.\n" : "That is not a request that this port understands.\n";
+    co_await answer(peer, status, std::move(text));
     co_await finish(peer);
 }
 
 } // namespace
 
 struct WebSocketListener::State {
-    State(asio::any_io_executor executor, Clock& givenClock, Options givenOptions, ConnectionHandler handler)
-        : clock(givenClock),
-          acceptor(executor),
-          options(std::move(givenOptions)),
-          onConnection(std::move(handler)),
-          tasks(std::move(executor)) {}
-
-    OnOneThread thread;
     Clock& clock;
-    tcp::acceptor acceptor;
-    Options options;
-    ConnectionHandler onConnection;
-    std::uint16_t port = 0;
+    const ConnectionHandler onConnection;
     bool isCancelled = false;
-    TaskGroup tasks;
 
-    static Task<> acceptAll(std::shared_ptr<State> state);
-    static Task<bool> acceptOne(std::shared_ptr<State> state);
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
 };
 
-/// Goes on through every error: who comes later finds the port open.
-Task<> WebSocketListener::State::acceptAll(std::shared_ptr<State> state) {
-    while (!state->isCancelled) {
-        bool isAccepted = false;
-        try {
-            isAccepted = co_await acceptOne(state);
-        } catch (const std::exception&) {
-        }
-        if (isAccepted || state->isCancelled) continue;
-        // Out of descriptors or memory, the waiting peer would wake us again at once.
-        co_await state->clock.sleepFor(acceptPause);
-    }
-}
-
-Task<bool> WebSocketListener::State::acceptOne(std::shared_ptr<State> state) {
-    state->thread.check();
-    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-    if (error || state->isCancelled) co_return false;
-    auto serving = serve(state, std::move(socket));
-    state->tasks.spawn(std::move(serving), dropFailure); // it costs this peer its connection
-    co_return true;
-}
-
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
 Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
-    state->thread.check();
     const auto peer = std::make_shared<tcp::socket>(std::move(socket));
     SocketDeadline deadline(state->clock, peer);
     deadline.expireAfter(patience);
@@ -182,32 +114,24 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     auto rest = beast::buffers_to_string(received.data());
     auto connection =
         co_await acceptWebSocket(std::move(*peer), state->clock, std::move(request), std::move(rest));
-    if (connection && !state->isCancelled) state->onConnection(std::move(connection));
+    if (!connection) co_return;
+    if (state->isCancelled) co_return connection->cancel();
+    state->onConnection(std::move(connection));
 }
 
 WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& clock, Options options,
                                      ConnectionHandler onConnection)
-    : state_(
-          std::make_shared<State>(std::move(executor), clock, std::move(options), std::move(onConnection))) {
-    try {
-        openFor(state_->acceptor, state_->options.port, state_->options.reach);
-    } catch (const boost::system::system_error& error) {
-        throw NetworkError(NetworkError::Case::listenFailed,
-                           "port " + std::to_string(state_->options.port) + ": " + error.code().message());
-    }
-    state_->port = state_->acceptor.local_endpoint().port();
-    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
-}
+    : state_(std::make_shared<State>(clock, std::move(onConnection))),
+      acceptor_(std::move(executor), clock, options.port, options.reach,
+                [state = state_](tcp::socket socket) { return State::serve(state, std::move(socket)); }) {}
 
 WebSocketListener::~WebSocketListener() { cancel(); }
 
-std::uint16_t WebSocketListener::port() const { return state_->port; }
+std::uint16_t WebSocketListener::port() const { return acceptor_.port(); }
 
 void WebSocketListener::cancel() {
     state_->isCancelled = true;
-    error_code ignored;
-    state_->acceptor.close(ignored);
-    state_->tasks.cancel();
+    acceptor_.cancel();
 }
 
 } // namespace tarnly

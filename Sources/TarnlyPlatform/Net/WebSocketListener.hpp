@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Net/TcpAcceptor.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
@@ -19,8 +20,6 @@ namespace tarnly {
 class WebSocketListener {
   public:
     using ConnectionHandler = std::function<void(std::shared_ptr<WebSocketConnection>)>;
-
-    enum class Reach { everyInterface, loopbackIPv4 };
 
     struct Options {
         /// 0: a free port that the system chooses.
@@ -47,7 +46,8 @@ class WebSocketListener {
 
   private:
     struct State;
-    std::shared_ptr<State> state_;
+    const std::shared_ptr<State> state_;
+    TcpAcceptor acceptor_;
 };
 
 } // namespace tarnly

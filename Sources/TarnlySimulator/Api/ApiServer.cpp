@@ -16,9 +16,6 @@
 #include <string>
 #include <utility>
 
-#include "TarnlyPlatform/Base/OnOneThread.hpp"
-#include "TarnlyPlatform/Base/TaskGroup.hpp"
-#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::simulator {
@@ -33,7 +30,6 @@ using Parser = http::request_parser<http::string_body>;
 
 constexpr auto requestPatience = std::chrono::seconds(10);
 constexpr auto responsePatience = std::chrono::minutes(5);
-constexpr auto acceptPause = std::chrono::milliseconds(100);
 constexpr std::uint32_t largestHead = 16 * 1024;
 constexpr std::uint64_t largestBody = 1024 * 1024;
 
@@ -77,33 +73,11 @@ Task<bool> respond(beast::tcp_stream& peer, HttpResponse response, bool keepsAli
 } // namespace
 
 struct ApiServer::State {
-    State(const asio::any_io_executor& executor, Clock& givenClock, RequestHandler requestHandler,
-          ConnectionHandler connectionHandler)
-        : clock(givenClock),
-          acceptor(executor),
-          onRequest(std::move(requestHandler)),
-          onConnection(std::move(connectionHandler)),
-          tasks(executor) {}
-
-    OnOneThread thread;
     Clock& clock;
-    tcp::acceptor acceptor;
-    RequestHandler onRequest;
-    ConnectionHandler onConnection;
-    std::uint16_t port = 0;
+    const RequestHandler onRequest;
+    const ConnectionHandler onConnection;
     bool isCancelled = false;
-    TaskGroup tasks;
 
-    void listen(std::uint16_t wantedPort) {
-        acceptor.open(tcp::v4());
-        acceptor.set_option(asio::socket_base::reuse_address(true));
-        acceptor.bind(tcp::endpoint(asio::ip::address_v4::loopback(), wantedPort));
-        acceptor.listen();
-        port = acceptor.local_endpoint().port();
-    }
-
-    static Task<> acceptAll(std::shared_ptr<State> state);
-    static Task<bool> acceptOne(std::shared_ptr<State> state);
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
     static Task<bool> serveOne(std::shared_ptr<State> state, beast::tcp_stream& peer,
                                beast::flat_buffer& received);
@@ -111,31 +85,8 @@ struct ApiServer::State {
                           std::string received);
 };
 
-/// Goes on through every error: who comes later finds the port open.
-Task<> ApiServer::State::acceptAll(std::shared_ptr<State> state) {
-    while (!state->isCancelled) {
-        bool isAccepted = false;
-        try {
-            isAccepted = co_await acceptOne(state);
-        } catch (const std::exception&) {
-        }
-        if (isAccepted || state->isCancelled) continue;
-        // Out of descriptors or memory, the waiting peer would wake us again at once.
-        co_await state->clock.sleepFor(acceptPause);
-    }
-}
-
-Task<bool> ApiServer::State::acceptOne(std::shared_ptr<State> state) {
-    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-    if (error || state->isCancelled) co_return false;
-    auto serving = serve(state, std::move(socket));
-    state->tasks.spawn(std::move(serving), dropFailure); // it costs this peer its connection
-    co_return true;
-}
-
 /// Answers requests until the peer leaves, or becomes a WebSocket.
 Task<> ApiServer::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
-    state->thread.check();
     beast::tcp_stream peer(std::move(socket));
     beast::flat_buffer received;
     bool goesOn = true;
@@ -172,37 +123,32 @@ Task<bool> ApiServer::State::serveOne(std::shared_ptr<State> state, beast::tcp_s
     }
     if (!response) response = plainText(426, "This port speaks WebSocket.\n");
     const bool isTaken = co_await respond(peer, std::move(*response), keepsAlive);
-    co_return isTaken&& keepsAlive;
+    const bool goesOn = isTaken && keepsAlive;
+    co_return goesOn;
 }
 
 Task<> ApiServer::State::upgrade(std::shared_ptr<State> state, beast::tcp_stream& peer, HttpRequest request,
                                  std::string received) {
     auto connection = co_await acceptWebSocket(peer.release_socket(), state->clock, std::move(request),
                                                std::move(received));
-    if (connection && !state->isCancelled) state->onConnection(std::move(connection));
+    if (!connection) co_return;
+    if (state->isCancelled) co_return connection->cancel();
+    state->onConnection(std::move(connection));
 }
 
 ApiServer::ApiServer(asio::any_io_executor executor, Clock& clock, std::uint16_t port,
                      RequestHandler onRequest, ConnectionHandler onConnection)
-    : state_(std::make_shared<State>(executor, clock, std::move(onRequest), std::move(onConnection))) {
-    try {
-        state_->listen(port);
-    } catch (const boost::system::system_error& error) {
-        throw NetworkError(NetworkError::Case::listenFailed,
-                           "port " + std::to_string(port) + ": " + error.code().message());
-    }
-    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
-}
+    : state_(std::make_shared<State>(clock, std::move(onRequest), std::move(onConnection))),
+      acceptor_(std::move(executor), clock, port, Reach::loopbackIPv4,
+                [state = state_](tcp::socket socket) { return State::serve(state, std::move(socket)); }) {}
 
 ApiServer::~ApiServer() { cancel(); }
 
-std::uint16_t ApiServer::port() const { return state_->port; }
+std::uint16_t ApiServer::port() const { return acceptor_.port(); }
 
 void ApiServer::cancel() {
     state_->isCancelled = true;
-    error_code ignored;
-    state_->acceptor.close(ignored);
-    state_->tasks.cancel();
+    acceptor_.cancel();
 }
 
 } // namespace tarnly::simulator

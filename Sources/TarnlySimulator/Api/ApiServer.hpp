@@ -9,6 +9,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/TcpAcceptor.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly::simulator {
@@ -46,7 +47,8 @@ class ApiServer {
 
   private:
     struct State;
-    std::shared_ptr<State> state_;
+    const std::shared_ptr<State> state_;
+    TcpAcceptor acceptor_;
 };
 
 } // namespace tarnly::simulator

@@ -61,7 +61,7 @@ class ScriptedCompanion {
   private:
     static WebSocketListener::Options options() {
         WebSocketListener::Options result;
-        result.reach = WebSocketListener::Reach::loopbackIPv4;
+        result.reach = Reach::loopbackIPv4;
         return result;
     }
 

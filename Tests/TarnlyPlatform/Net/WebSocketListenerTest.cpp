@@ -121,7 +121,7 @@ TEST(WebSocketListener, APortInUseIsAClearError) {
     test::LoopbackListener first(io, clock);
     WebSocketListener::Options options;
     options.port = first.endpoint().port;
-    options.reach = WebSocketListener::Reach::loopbackIPv4;
+    options.reach = Reach::loopbackIPv4;
     try {
         WebSocketListener second(io.get_executor(), clock, options, {});
         FAIL() << "the port was free";
