@@ -88,12 +88,12 @@ class CompanionRuntime {
     std::atomic<State> state_{State::starting};
     bool started_ = false;
 
+    SystemClock clock_;
     boost::asio::io_context network_{1};
     WorkerPool workers_;
-    SystemClock clock_;
-    // depends-on: network_, workers_, clock_
+    // depends-on: clock_, network_, workers_
     std::shared_ptr<XPlaneBackend> backend_;
-    // depends-on: network_, workers_, clock_, backend_
+    // depends-on: clock_, network_, workers_, backend_
     std::optional<CompanionHost> host_;
 };
 

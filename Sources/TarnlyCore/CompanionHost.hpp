@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"

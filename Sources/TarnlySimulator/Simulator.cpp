@@ -101,7 +101,7 @@ Task<std::optional<HttpResponse>> Simulator::State::answer(std::weak_ptr<State> 
 void Simulator::State::accept(const std::weak_ptr<State>& weak,
                               std::shared_ptr<WebSocketConnection> connection) {
     const auto state = weak.lock();
-    if (!state || state->isStopped) return;
+    if (!state || state->isStopped) return connection->cancel();
     auto client =
         std::make_shared<Client>(std::move(connection), ApiConversation(state->world), state->clock.now());
     state->clients.push_back(client);
@@ -183,6 +183,8 @@ void Simulator::stop() {
     state_->server->cancel();
     state_->situations->cancel();
     state_->dropConnections();
+    state_->clients.clear();
+    state_->tasks.cancel();
 }
 
 } // namespace tarnly::simulator

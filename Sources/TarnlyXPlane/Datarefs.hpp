@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// The simulator's names of the datarefs that this module reads and writes itself.
+/// The simulator's names of datarefs: those that this module reads and writes itself, and how one is spelt.
 namespace tarnly::datarefs {
 
 inline constexpr std::string_view latitude = "sim/flightmodel/position/latitude";

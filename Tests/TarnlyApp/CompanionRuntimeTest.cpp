@@ -183,5 +183,22 @@ TEST(StatusText, SaysWhyAStartFailed) {
     EXPECT_EQ(failureText("alreadyStarted"), "Failed to start: alreadyStarted");
 }
 
+TEST_F(CompanionRuntimeTest, ConnectionsAreClosedInOrderAtTheEnd) {
+    start();
+    const auto client = connect();
+    EXPECT_THAT(ask(client, pairAsking), HasSubstr(R"("accepted":true)"));
+    runtime->end();
+    EXPECT_FALSE(test::runTask(io, client->receive()));
+    EXPECT_FALSE(client->failure());
+    network.join();
+}
+
+TEST_F(CompanionRuntimeTest, AnEndBeforeTheBeginningIsAnEnd) {
+    runtime.emplace(settings, options);
+    runtime->start();
+    runtime->end();
+    runtime->run();
+}
+
 } // namespace
 } // namespace tarnly

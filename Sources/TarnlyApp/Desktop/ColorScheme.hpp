@@ -22,8 +22,8 @@ class ColorScheme {
   private:
     void adopt(bool isDark);
 
-    /// Whether the palette in force is ours.
     OnOneThread thread_;
+    /// Whether the palette in force is ours.
     bool isOurs_ = false;
     std::unique_ptr<QObject> watch_;
 };

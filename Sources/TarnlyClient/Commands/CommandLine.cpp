@@ -5,7 +5,6 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <exception>
-#include <memory>
 
 #include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyClient/Commands/InputFiles.hpp"

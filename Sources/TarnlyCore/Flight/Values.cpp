@@ -1,6 +1,5 @@
 #include "TarnlyCore/Flight/Values.hpp"
 
-#include <cmath>
 #include <ratio>
 
 namespace tarnly {

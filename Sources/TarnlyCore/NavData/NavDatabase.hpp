@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"

@@ -22,7 +22,8 @@ namespace tarnly {
 ///
 /// The requests of one connection are answered in order, the next one being read when the last answer has
 /// left the queue; different connections go on side by side. What goes wrong with one connection ends that
-/// connection and nothing else. Belongs to the network thread; held by its tasks weakly.
+/// connection and nothing else. Belongs to the network thread; held by its tasks weakly. While that runs,
+/// `cancelAll` and `join` come before its destruction.
 class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
     using MakeSession = std::function<std::shared_ptr<ProtocolSession>()>;
@@ -45,7 +46,7 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     /// Tells all connections to end.
     void cancelAll();
 
-    /// Waits until all connections have ended, for `limit` at most; says whether it came to that.
+    /// Waits until all connections and pushes have ended, for `limit` at most; says whether it came to that.
     Task<bool> join(Clock& clock, Clock::Duration limit) { return tasks_.join(clock, limit); }
 
     std::size_t connectionCount() const;

@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Script/Trigger.hpp"

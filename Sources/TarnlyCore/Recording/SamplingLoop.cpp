@@ -1,5 +1,6 @@
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 
+#include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <exception>
 #include <utility>
@@ -49,6 +50,9 @@ Task<> SamplingLoop::tick() {
     if (recording_->isRecording()) {
         co_await takeSample();
     }
+    // Nothing is pushed to a server that closes.
+    const auto cancellation = co_await asio::this_coro::cancellation_state;
+    if (cancellation.cancelled() != asio::cancellation_type::none) co_return;
     if (onPushSubscriptions_) onPushSubscriptions_();
 }
 

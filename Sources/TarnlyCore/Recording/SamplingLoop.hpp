@@ -1,12 +1,10 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
-#include <boost/asio/cancellation_signal.hpp>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
@@ -22,8 +20,8 @@ namespace tarnly {
 /// runs it takes a sample of the flight, records it, and lets the script in force fire its triggers.
 ///
 /// The wait follows the tick, so ticks never overlap. No failure ends the loop: a sample that cannot be had
-/// is skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop
-/// weakly.
+/// is skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop while
+/// a tick is under way or waited for.
 class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
   public:
     static constexpr std::chrono::nanoseconds interval{500'000'000};

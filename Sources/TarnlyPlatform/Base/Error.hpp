@@ -44,7 +44,8 @@ class Error : public std::runtime_error {
         : std::runtime_error(std::string(name(which)) + "(" + joined(labelled) + ")"), which_(which) {}
 
     Case which() const noexcept { return which_; }
-    /// What goes with the case, as it was given; empty for a case that says all.
+    std::string_view name() const { return name(which_); }
+    /// What goes with the case, as it was given; empty for a case that says all, and for several texts.
     const std::string& payload() const noexcept { return payload_; }
 
     bool operator==(const Error& other) const {

@@ -217,12 +217,11 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     Task<std::optional<Message>> receive() override {
         thread_.check();
         const auto self = shared_from_this();
-        isWanted_ = true;
+        const Wish wish(isWanted_);
         incomingChanged_.notifyAll();
         while (!ready_ && !hasEnded_) {
             co_await incomingChanged_.wait();
         }
-        isWanted_ = false;
         auto message = std::exchange(ready_, std::nullopt);
         incomingChanged_.notifyAll();
         co_return message;
@@ -263,6 +262,18 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     std::optional<NetworkError> failure() const override { return failure_; }
 
   private:
+    /// Stands for as long as somebody receives; one who is told to end receives no more.
+    class Wish {
+      public:
+        explicit Wish(bool& isWanted) : isWanted_(isWanted) { isWanted_ = true; }
+        Wish(const Wish&) = delete;
+        Wish& operator=(const Wish&) = delete;
+        ~Wish() { isWanted_ = false; }
+
+      private:
+        bool& isWanted_;
+    };
+
     struct Outgoing {
         std::string text;
         Kind kind;

@@ -2,7 +2,6 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/system/error_code.hpp>
-#include <utility>
 #include <vector>
 
 #include "TarnlyPlatform/Base/Task.hpp"

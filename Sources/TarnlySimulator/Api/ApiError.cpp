@@ -19,14 +19,10 @@ unsigned statusOf(WorldError::Case which) {
     return 400;
 }
 
-std::string codeOf(WorldError::Case which) {
-    return std::string(WorldErrorCases::names.at(static_cast<std::size_t>(which)));
-}
-
 } // namespace
 
 ApiError::ApiError(const WorldError& error)
-    : ApiError(statusOf(error.which()), codeOf(error.which()), error.payload()) {}
+    : ApiError(statusOf(error.which()), std::string(error.name()), error.payload()) {}
 
 std::string errorBody(const ApiError& error) {
     JsonWriter writer;

@@ -40,6 +40,7 @@ WebApiLink::WebApiLink(boost::asio::any_io_executor executor, Endpoint endpoint,
       endpoint_(std::move(endpoint)),
       transport_(std::move(transport)),
       workers_(workers),
+      connecting_(executor_),
       tasks_(executor_) {
     if (!isHost(endpoint_.host)) std::abort();
 }
@@ -65,12 +66,12 @@ std::shared_ptr<SharedAttempt> WebApiLink::startAttempt() {
         link->finishAttempt(failure);
     };
     // May come to its end before this returns.
-    tasks_.spawn(connect(shared_from_this()), std::move(tellWhoWaits));
+    connecting_.spawn(connect(shared_from_this()), std::move(tellWhoWaits));
     return attempt;
 }
 
 void WebApiLink::finishAttempt(const std::exception_ptr& failure) {
-    std::exchange(attempt_, nullptr)->finish(failure);
+    if (const auto attempt = std::exchange(attempt_, nullptr)) attempt->finish(failure);
 }
 
 Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
@@ -83,10 +84,10 @@ Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
     link->throwIfClosed();
 
     link->webSocket_ = link->transport_->openWebSocket(link->endpoint_, std::string(apiPath));
-    link->connected_ = true;
     // A link whose receiving has failed brings no values any more: it is closed, and requests say so.
     auto closeLink = [link](const std::exception_ptr&) { link->close(); };
     link->tasks_.spawn(receiveLoop(link, link->webSocket_), closeLink);
+    link->connected_ = true;
     link->finishAttempt(nullptr);
 }
 
@@ -126,6 +127,9 @@ void WebApiLink::throwIfClosed() const {
 void WebApiLink::close() {
     if (std::exchange(closed_, true)) return;
     thread_.check();
+    connecting_.cancel();
+    finishAttempt(
+        std::make_exception_ptr(NetworkError(NetworkError::Case::connectionClosed, webSocketUrl())));
     if (webSocket_) webSocket_->cancel();
 }
 

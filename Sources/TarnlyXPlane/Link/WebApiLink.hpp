@@ -102,6 +102,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     WorkerPool& workers_;
 
     OnOneThread thread_;
+    TaskGroup connecting_;
     TaskGroup tasks_;
     ValueCache values_;
 
