@@ -33,8 +33,7 @@ std::filesystem::path plain(const std::filesystem::path& folder) {
 
 /// "tarnly", or "tarnly-home-pilot-rig" for the settings in /home/pilot/rig.
 std::string entryId(const CompanionOptions& options) {
-    if (!options.dataFolder || plain(*options.dataFolder) == plain(applicationSupportFolder()))
-        return "tarnly";
+    if (!options.dataFolder || plain(*options.dataFolder) == plain(applicationDataFolder())) return "tarnly";
     auto folder = plain(*options.dataFolder).string();
     std::ranges::replace_if(
         folder, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '-');
@@ -92,7 +91,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
 }
 
 std::filesystem::path dataFolder(const CompanionOptions& options) {
-    return options.dataFolder ? *options.dataFolder : applicationSupportFolder();
+    return options.dataFolder ? *options.dataFolder : applicationDataFolder();
 }
 
 std::vector<std::string> commandLine(const CompanionOptions& options) {

@@ -55,7 +55,7 @@ void SettingsStore::applyStartAtLogin() {
     const bool isEnabled = loginItem_->status() == LoginItem::Status::enabled;
     if (wanted == isEnabled) return;
     try {
-        wanted ? loginItem_->registerItem() : loginItem_->unregisterItem();
+        wanted ? loginItem_->enable() : loginItem_->disable();
     } catch (const std::exception& error) {
         std::cout << "[Tarnly] SMAppService " << (wanted ? "register" : "unregister")
                   << " failed: " << error.what() << std::endl;

@@ -68,7 +68,7 @@ TEST(AppSettings, StandInTheDataFolder) { EXPECT_EQ(AppSettings::fileIn("/data")
 
 /// What the store asked of the desktop, and what the desktop says.
 struct Desktop {
-    LoginItem::Status status = LoginItem::Status::notRegistered;
+    LoginItem::Status status = LoginItem::Status::disabled;
     bool refuses = false;
     std::vector<std::string> calls;
 };
@@ -78,8 +78,8 @@ class FakeLoginItem final : public LoginItem {
     explicit FakeLoginItem(Desktop& desktop) : desktop_(desktop) {}
 
     Status status() const override { return desktop_.status; }
-    void registerItem() override { call("register", Status::enabled); }
-    void unregisterItem() override { call("unregister", Status::notRegistered); }
+    void enable() override { call("register", Status::enabled); }
+    void disable() override { call("unregister", Status::disabled); }
 
   private:
     void call(const char* name, Status next) {
@@ -203,7 +203,7 @@ TEST_F(SettingsStoreTest, WhatIsEnabledAlreadyIsNotRegisteredAgain) {
 }
 
 TEST_F(SettingsStoreTest, WhatIsNotEnabledIsNotUnregistered) {
-    for (const auto status : {LoginItem::Status::notRegistered, LoginItem::Status::notFound}) {
+    for (const auto status : {LoginItem::Status::disabled, LoginItem::Status::broken}) {
         desktop_.status = status;
         store().setStartAtLogin(false);
     }

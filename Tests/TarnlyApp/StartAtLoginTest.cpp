@@ -32,43 +32,43 @@ class StartAtLoginTest : public testing::Test {
 
 TEST_F(StartAtLoginTest, TheEntryStartsThisProgramWithoutAWindow) {
     const auto item = makeLoginItem(options);
-    EXPECT_EQ(item->status(), Status::notRegistered);
-    item->registerItem();
+    EXPECT_EQ(item->status(), Status::disabled);
+    item->enable();
     EXPECT_EQ(item->status(), Status::enabled);
     EXPECT_THAT(entry("tarnly.desktop"), HasSubstr("Exec=" + programPath().string() + " --background\n"));
-    item->unregisterItem();
-    EXPECT_EQ(item->status(), Status::notRegistered);
+    item->disable();
+    EXPECT_EQ(item->status(), Status::disabled);
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "autostart" / "tarnly.desktop"));
 }
 
 TEST_F(StartAtLoginTest, TheEntryKeepsTheOptionsOfThisStart) {
     options.port = 28086;
     options.name = "rig42";
-    makeLoginItem(options)->registerItem();
+    makeLoginItem(options)->enable();
     EXPECT_THAT(entry("tarnly.desktop"), HasSubstr(" --background --port=28086 --name=rig42\n"));
 }
 
 TEST_F(StartAtLoginTest, EachDataFolderHasAnEntryOfItsOwn) {
     const auto usual = makeLoginItem(options);
-    usual->registerItem();
+    usual->enable();
     options.dataFolder = "/home/pilot/rig 2";
     const auto other = makeLoginItem(options);
-    EXPECT_EQ(other->status(), Status::notRegistered);
-    other->registerItem();
+    EXPECT_EQ(other->status(), Status::disabled);
+    other->enable();
     EXPECT_THAT(entry("tarnly-home-pilot-rig-2.desktop"), HasSubstr("--data-dir=/home/pilot/rig 2"));
-    other->unregisterItem();
+    other->disable();
     EXPECT_EQ(usual->status(), Status::enabled);
 }
 
 TEST_F(StartAtLoginTest, ADataFolderHasOneEntryHoweverItIsSpelt) {
     options.dataFolder = "/home/pilot/rig";
-    makeLoginItem(options)->registerItem();
+    makeLoginItem(options)->enable();
     for (const char* same : {"/home/pilot/rig/", "/home/pilot/./rig", "/home/pilot/x/../rig//"}) {
         options.dataFolder = same;
         EXPECT_EQ(makeLoginItem(options)->status(), Status::enabled) << same;
     }
-    options.dataFolder = applicationSupportFolder();
-    makeLoginItem(options)->registerItem();
+    options.dataFolder = applicationDataFolder();
+    makeLoginItem(options)->enable();
     options.dataFolder.reset();
     EXPECT_EQ(makeLoginItem(options)->status(), Status::enabled) << "the usual folder, named";
 }

@@ -7,7 +7,7 @@ namespace tarnly {
 /// The application's own folder for settings and recordings: "Tarnly" where the desktop has such folders;
 /// with XDG Base Directory, in `$XDG_DATA_HOME` where that is an absolute path, else in `~/.local/share`.
 /// Need not exist. Throws `std::runtime_error` for a person without a home folder.
-std::filesystem::path applicationSupportFolder();
+std::filesystem::path applicationDataFolder();
 
 /// The folder for configuration files of all applications; with XDG, `$XDG_CONFIG_HOME` where that is an
 /// absolute path, else `~/.config`. Need not exist. Throws `std::runtime_error` for a person without a home

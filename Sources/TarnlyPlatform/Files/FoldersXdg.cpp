@@ -27,7 +27,7 @@ std::filesystem::path baseFolder(const char* variable, const std::filesystem::pa
 
 } // namespace
 
-std::filesystem::path applicationSupportFolder() {
+std::filesystem::path applicationDataFolder() {
     return baseFolder("XDG_DATA_HOME", ".local/share") / "Tarnly";
 }
 

@@ -85,12 +85,12 @@ AutostartEntry::AutostartEntry(const std::filesystem::path& folder, Description 
 
 LoginItem::Status AutostartEntry::status() const {
     const auto entry = readEntry(file_);
-    if (!entry || entry->flag("Hidden", false)) return Status::notRegistered;
-    if (!entry->flag("X-GNOME-Autostart-enabled", true)) return Status::notRegistered;
-    return isInstalled(programOf(*entry)) ? Status::enabled : Status::notFound;
+    if (!entry || entry->flag("Hidden", false)) return Status::disabled;
+    if (!entry->flag("X-GNOME-Autostart-enabled", true)) return Status::disabled;
+    return isInstalled(programOf(*entry)) ? Status::enabled : Status::broken;
 }
 
-void AutostartEntry::registerItem() {
+void AutostartEntry::enable() {
     const auto text = textOrError(description_);
     try {
         replaceFile(file_, text);
@@ -100,7 +100,7 @@ void AutostartEntry::registerItem() {
     }
 }
 
-void AutostartEntry::unregisterItem() {
+void AutostartEntry::disable() {
     const auto error = removeFile(file_);
     if (!error) return;
     throw LoginItemError(LoginItemError::Case::cannotRemove, file_.string() + ": " + error.message());

@@ -14,8 +14,8 @@ class AutostartEntry final : public LoginItem {
     AutostartEntry(const std::filesystem::path& folder, Description description);
 
     Status status() const override;
-    void registerItem() override;
-    void unregisterItem() override;
+    void enable() override;
+    void disable() override;
 
   private:
     std::filesystem::path file_;

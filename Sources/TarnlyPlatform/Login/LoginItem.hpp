@@ -31,11 +31,11 @@ class LoginItem {
   public:
     enum class Status {
         /// There is no entry, or it has been turned off.
-        notRegistered,
+        disabled,
         /// The desktop will start the program.
         enabled,
         /// There is an entry, for a program that is not there.
-        notFound
+        broken
     };
 
     struct Description {
@@ -57,12 +57,12 @@ class LoginItem {
     LoginItem& operator=(const LoginItem&) = delete;
     virtual ~LoginItem() = default;
 
-    /// Never throws; an entry that cannot be read is `notRegistered`.
+    /// Never throws; an entry that cannot be read is `disabled`.
     virtual Status status() const = 0;
     /// Makes the entry, or makes it anew, turned on. Throws `LoginItemError`.
-    virtual void registerItem() = 0;
+    virtual void enable() = 0;
     /// Removes the entry; fine where there is none. Throws `LoginItemError`.
-    virtual void unregisterItem() = 0;
+    virtual void disable() = 0;
 };
 
 } // namespace tarnly

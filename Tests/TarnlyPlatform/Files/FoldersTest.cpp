@@ -29,19 +29,19 @@ class Variable {
 
 TEST(Folders, DataFolderFollowsXdgDataHome) {
     const Variable data("XDG_DATA_HOME", "/somewhere/data");
-    EXPECT_EQ(applicationSupportFolder(), "/somewhere/data/Tarnly");
+    EXPECT_EQ(applicationDataFolder(), "/somewhere/data/Tarnly");
 }
 
 TEST(Folders, RelativeXdgDataHomeIsIgnored) {
     const Variable data("XDG_DATA_HOME", "data");
     const Variable home("HOME", "/home/pilot");
-    EXPECT_EQ(applicationSupportFolder(), "/home/pilot/.local/share/Tarnly");
+    EXPECT_EQ(applicationDataFolder(), "/home/pilot/.local/share/Tarnly");
 }
 
 TEST(Folders, EmptyXdgDataHomeIsIgnored) {
     const Variable data("XDG_DATA_HOME", "");
     const Variable home("HOME", "/home/pilot");
-    EXPECT_EQ(applicationSupportFolder(), "/home/pilot/.local/share/Tarnly");
+    EXPECT_EQ(applicationDataFolder(), "/home/pilot/.local/share/Tarnly");
 }
 
 TEST(Folders, ConfigurationFolderFollowsXdgConfigHome) {

@@ -46,12 +46,12 @@ class AutostartEntryTest : public testing::Test {
 };
 
 TEST_F(AutostartEntryTest, IsNotRegisteredBeforeAnybodyRegistersIt) {
-    EXPECT_EQ(entry().status(), Status::notRegistered);
+    EXPECT_EQ(entry().status(), Status::disabled);
     EXPECT_FALSE(std::filesystem::exists(autostart_));
 }
 
 TEST_F(AutostartEntryTest, WritesTheEntry) {
-    entry().registerItem();
+    entry().enable();
     EXPECT_EQ(text(),
               "[Desktop Entry]\n"
               "Type=Application\n"
@@ -70,7 +70,7 @@ TEST_F(AutostartEntryTest, WritesTheEntry) {
 }
 
 TEST_F(AutostartEntryTest, EscapesTheCommandTwice) {
-    entryFor({"/opt/my programs/50%/tarnly", R"(C:\X "Plane" $1)"}).registerItem();
+    entryFor({"/opt/my programs/50%/tarnly", R"(C:\X "Plane" $1)"}).enable();
     EXPECT_NE(
         text().find("\nExec=\"/opt/my programs/50%%/tarnly\" \"C:\\\\\\\\X \\\\\"Plane\\\\\" \\\\$1\"\n"),
         std::string::npos)
@@ -82,14 +82,14 @@ TEST_F(AutostartEntryTest, FindsAProgramWithAnAwkwardName) {
     const auto program = folder_.write("a \"b\" %c \\d $e", "#!/bin/sh\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     auto awkward = entryFor({program.string()});
-    awkward.registerItem();
+    awkward.enable();
     EXPECT_EQ(awkward.status(), Status::enabled);
     std::filesystem::remove(program);
-    EXPECT_EQ(awkward.status(), Status::notFound);
+    EXPECT_EQ(awkward.status(), Status::broken);
 }
 
 TEST_F(AutostartEntryTest, LeavesEmptyKeysOut) {
-    AutostartEntry(autostart_, {"tarnly", "Tarnly", "", "", {"/t"}}).registerItem();
+    AutostartEntry(autostart_, {"tarnly", "Tarnly", "", "", {"/t"}}).enable();
     EXPECT_EQ(text().find("Comment"), std::string::npos);
     EXPECT_EQ(text().find("Icon"), std::string::npos);
 }
@@ -98,7 +98,7 @@ TEST_F(AutostartEntryTest, RefusesWhatAnEntryCannotCarry) {
     for (const auto& command : std::vector<std::vector<std::string>>{
              {}, {"tarnly"}, {"/opt/a=b/tarnly"}, {"/opt/tarnly", "two\nlines"}, {"/opt/\xFF"}}) {
         try {
-            entryFor(command).registerItem();
+            entryFor(command).enable();
             ADD_FAILURE() << testing::PrintToString(command);
         } catch (const LoginItemError& error) {
             EXPECT_EQ(error.which(), LoginItemError::Case::notRepresentable);
@@ -108,8 +108,8 @@ TEST_F(AutostartEntryTest, RefusesWhatAnEntryCannotCarry) {
 }
 
 TEST_F(AutostartEntryTest, RegisteringTurnsAnEntryOnAgain) {
-    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
-    entry().registerItem();
+    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::disabled);
+    entry().enable();
     EXPECT_EQ(entry().status(), Status::enabled);
 }
 
@@ -117,7 +117,7 @@ TEST_F(AutostartEntryTest, RegisteringReplacesALinkAndLeavesItsTarget) {
     const auto target = folder_.write("target", "of the link");
     std::filesystem::create_directories(autostart_);
     std::filesystem::create_symlink(target, file_);
-    entry().registerItem();
+    entry().enable();
     EXPECT_FALSE(std::filesystem::is_symlink(file_));
     EXPECT_EQ(std::filesystem::file_size(target), 11U);
     EXPECT_EQ(entry().status(), Status::enabled);
@@ -126,7 +126,7 @@ TEST_F(AutostartEntryTest, RegisteringReplacesALinkAndLeavesItsTarget) {
 TEST_F(AutostartEntryTest, RegisteringSaysWhereAndWhyItFailed) {
     std::filesystem::create_directories(file_);
     try {
-        entry().registerItem();
+        entry().enable();
         FAIL();
     } catch (const LoginItemError& error) {
         EXPECT_EQ(error.which(), LoginItemError::Case::cannotWrite);
@@ -135,36 +135,36 @@ TEST_F(AutostartEntryTest, RegisteringSaysWhereAndWhyItFailed) {
 }
 
 TEST_F(AutostartEntryTest, UnregisteringRemovesTheEntry) {
-    entry().registerItem();
-    entry().unregisterItem();
+    entry().enable();
+    entry().disable();
     EXPECT_FALSE(std::filesystem::exists(file_));
-    EXPECT_EQ(entry().status(), Status::notRegistered);
+    EXPECT_EQ(entry().status(), Status::disabled);
 }
 
 TEST_F(AutostartEntryTest, UnregisteringRemovesAnEntryThatIsTurnedOff) {
-    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
-    entry().unregisterItem();
+    ASSERT_EQ(statusOf(exec() + "Hidden=true\n"), Status::disabled);
+    entry().disable();
     EXPECT_FALSE(std::filesystem::exists(file_));
 }
 
 TEST_F(AutostartEntryTest, UnregisteringRemovesALinkAndLeavesItsTarget) {
     std::filesystem::create_directories(autostart_);
     std::filesystem::create_symlink(program_, file_);
-    entry().unregisterItem();
+    entry().disable();
     EXPECT_FALSE(std::filesystem::is_symlink(file_));
     EXPECT_TRUE(std::filesystem::exists(program_));
 }
 
 TEST_F(AutostartEntryTest, UnregisteringNothingIsFine) {
-    EXPECT_NO_THROW(entry().unregisterItem());
+    EXPECT_NO_THROW(entry().disable());
     folder_.write("configuration", "a file in place of the folder");
-    EXPECT_NO_THROW(entry().unregisterItem());
+    EXPECT_NO_THROW(entry().disable());
 }
 
 TEST_F(AutostartEntryTest, UnregisteringSaysWhereItFailed) {
     std::filesystem::create_directories(file_);
     try {
-        entry().unregisterItem();
+        entry().disable();
         FAIL();
     } catch (const LoginItemError& error) {
         EXPECT_EQ(error.which(), LoginItemError::Case::cannotRemove);
@@ -175,22 +175,22 @@ TEST_F(AutostartEntryTest, UnregisteringSaysWhereItFailed) {
 
 TEST_F(AutostartEntryTest, IsTurnedOffByTheKeysOfTheDesktopsTools) {
     EXPECT_EQ(statusOf(exec()), Status::enabled);
-    EXPECT_EQ(statusOf(exec() + "Hidden=true\n"), Status::notRegistered);
-    EXPECT_EQ(statusOf(exec() + " Hidden = 1 \r\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf(exec() + "Hidden=true\n"), Status::disabled);
+    EXPECT_EQ(statusOf(exec() + " Hidden = 1 \r\n"), Status::disabled);
     EXPECT_EQ(statusOf(exec() + "Hidden=false\n"), Status::enabled);
-    EXPECT_EQ(statusOf(exec() + "X-GNOME-Autostart-enabled=false\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf(exec() + "X-GNOME-Autostart-enabled=false\n"), Status::disabled);
     EXPECT_EQ(statusOf(exec() + "X-GNOME-Autostart-enabled=true\n"), Status::enabled);
     EXPECT_EQ(statusOf(exec() + "[Other]\nHidden=true\n"), Status::enabled);
-    EXPECT_EQ(statusOf("Hidden=true\n"), Status::notRegistered);
+    EXPECT_EQ(statusOf("Hidden=true\n"), Status::disabled);
 }
 
 TEST_F(AutostartEntryTest, IsNotFoundWithoutItsProgram) {
-    EXPECT_EQ(statusOf("Exec=/nowhere/tarnly\n"), Status::notFound);
-    EXPECT_EQ(statusOf("TryExec=/nowhere/tarnly\n" + exec()), Status::notFound);
-    EXPECT_EQ(statusOf("Exec=" + folder_.path().string() + "\n"), Status::notFound);
-    EXPECT_EQ(statusOf("Name=Tarnly\n"), Status::notFound);
+    EXPECT_EQ(statusOf("Exec=/nowhere/tarnly\n"), Status::broken);
+    EXPECT_EQ(statusOf("TryExec=/nowhere/tarnly\n" + exec()), Status::broken);
+    EXPECT_EQ(statusOf("Exec=" + folder_.path().string() + "\n"), Status::broken);
+    EXPECT_EQ(statusOf("Name=Tarnly\n"), Status::broken);
     std::filesystem::permissions(program_, std::filesystem::perms::owner_read);
-    EXPECT_EQ(statusOf(exec()), Status::notFound);
+    EXPECT_EQ(statusOf(exec()), Status::broken);
 }
 
 TEST_F(AutostartEntryTest, TryExecDecidesWhereItIsThere) {
@@ -202,15 +202,15 @@ TEST_F(AutostartEntryTest, LooksForRelativeNamesInTheSearchPath) {
     const std::string before = std::getenv("PATH");
     setenv("PATH", (":/nowhere:" + folder_.path().string()).c_str(), 1);
     EXPECT_EQ(statusOf("Exec=program --hidden\n"), Status::enabled);
-    EXPECT_EQ(statusOf("Exec=other\n"), Status::notFound);
-    EXPECT_EQ(statusOf("Exec=./program\n"), Status::notFound);
+    EXPECT_EQ(statusOf("Exec=other\n"), Status::broken);
+    EXPECT_EQ(statusOf("Exec=./program\n"), Status::broken);
     setenv("PATH", before.c_str(), 1);
 }
 
 TEST_F(AutostartEntryTest, IsNotRegisteredWhereTheFileIsNoEntry) {
-    EXPECT_EQ(statusOfText(""), Status::notRegistered);
-    EXPECT_EQ(statusOfText(exec()), Status::notRegistered);
-    EXPECT_EQ(statusOfText(std::string("\0\xFF[=]\n\n", 7)), Status::notRegistered);
+    EXPECT_EQ(statusOfText(""), Status::disabled);
+    EXPECT_EQ(statusOfText(exec()), Status::disabled);
+    EXPECT_EQ(statusOfText(std::string("\0\xFF[=]\n\n", 7)), Status::disabled);
 }
 
 TEST_F(AutostartEntryTest, ReadsNoMoreThanAnEntryMayHave) {
@@ -219,16 +219,16 @@ TEST_F(AutostartEntryTest, ReadsNoMoreThanAnEntryMayHave) {
         return text + std::string(size - text.size(), 'x');
     };
     EXPECT_EQ(statusOfText(entryOf(64 * 1024)), Status::enabled);
-    EXPECT_EQ(statusOfText(entryOf(64 * 1024 + 1)), Status::notRegistered);
+    EXPECT_EQ(statusOfText(entryOf(64 * 1024 + 1)), Status::disabled);
 }
 
 TEST_F(AutostartEntryTest, IsNotRegisteredWhereThereIsNoFileButAFolderOrAPipe) {
     std::filesystem::create_directories(file_);
-    EXPECT_EQ(entry().status(), Status::notRegistered);
+    EXPECT_EQ(entry().status(), Status::disabled);
     std::filesystem::remove(file_);
     ASSERT_EQ(mkfifo(file_.c_str(), S_IRUSR | S_IWUSR), 0);
-    EXPECT_EQ(entry().status(), Status::notRegistered);
-    entry().registerItem();
+    EXPECT_EQ(entry().status(), Status::disabled);
+    entry().enable();
     EXPECT_EQ(entry().status(), Status::enabled);
 }
 
@@ -237,7 +237,7 @@ TEST_F(AutostartEntryTest, FollowsALinkToAnEntry) {
     std::filesystem::create_symlink(folder_.write("target", "[Desktop Entry]\n" + exec()), file_);
     EXPECT_EQ(entry().status(), Status::enabled);
     std::filesystem::remove(folder_.path() / "target");
-    EXPECT_EQ(entry().status(), Status::notRegistered);
+    EXPECT_EQ(entry().status(), Status::disabled);
 }
 
 } // namespace
