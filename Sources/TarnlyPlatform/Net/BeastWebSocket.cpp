@@ -19,8 +19,7 @@
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/FrameScanner.hpp"
-#include "TarnlyPlatform/Net/Resolve.hpp"
-#include "TarnlyPlatform/Net/SocketOptions.hpp"
+#include "TarnlyPlatform/Net/TcpSockets.hpp"
 
 namespace tarnly {
 namespace {

@@ -12,8 +12,7 @@
 #include <memory>
 
 #include "TarnlyPlatform/Net/NetworkError.hpp"
-#include "TarnlyPlatform/Net/Resolve.hpp"
-#include "TarnlyPlatform/Net/SocketDeadline.hpp"
+#include "TarnlyPlatform/Net/TcpSockets.hpp"
 
 namespace tarnly {
 namespace {

@@ -17,7 +17,7 @@
 #include <string>
 #include <utility>
 
-#include "TarnlyPlatform/Net/SocketDeadline.hpp"
+#include "TarnlyPlatform/Net/TcpSockets.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {

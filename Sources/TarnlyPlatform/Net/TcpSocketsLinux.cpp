@@ -1,6 +1,6 @@
 #include <netinet/tcp.h>
 
-#include "TarnlyPlatform/Net/SocketOptions.hpp"
+#include "TarnlyPlatform/Net/TcpSockets.hpp"
 
 namespace tarnly {
 namespace {
