@@ -84,7 +84,7 @@ void Printer::companion(const FoundService& service) {
     if (json_) return line(encodeJson(listing(service)));
     std::string text = service.name + "  " + describe(Endpoint{service.address, service.port});
     for (const auto& [key, value] : service.txt)
-        text += "  " + key + "=" + value;
+        text.append("  ").append(key).append("=").append(value);
     line(printable(text));
 }
 

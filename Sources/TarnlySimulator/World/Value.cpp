@@ -28,16 +28,17 @@ void appendInteger(std::string& out, double number) {
 }
 
 void appendNumber(std::string& out, ValueType type, double number) {
+    const bool isInteger = type == ValueType::integer || type == ValueType::integers;
+    const bool isSingle = !isInteger && type != ValueType::real;
+    const bool isBeyond = isSingle && std::abs(number) > std::numeric_limits<float>::max();
     if (std::isnan(number)) {
         out += "null";
-    } else if (std::isinf(number)) {
+    } else if (std::isinf(number) || isBeyond) {
         appendInfinity(out, number);
-    } else if (type == ValueType::integer || type == ValueType::integers) {
+    } else if (isInteger) {
         appendInteger(out, number);
-    } else if (type == ValueType::real) {
+    } else if (!isSingle) {
         appendDigits(out, number);
-    } else if (std::abs(number) > std::numeric_limits<float>::max()) {
-        appendInfinity(out, number);
     } else {
         appendDigits(out, static_cast<float>(number));
     }
