@@ -76,6 +76,15 @@ Task<double> XPlaneBackend::getDataref(std::string name) {
     co_return value;
 }
 
+Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::vector<std::string>> names) {
+    std::vector<double> values;
+    for (const auto& name : *names) {
+        const double value = co_await getDataref(name);
+        values.push_back(value);
+    }
+    co_return values;
+}
+
 Task<double> XPlaneBackend::getIndexedDataref(std::string name, std::int64_t index) {
     const auto id = idOf(name, link_->datarefIds(), Case::unknownDataref);
     auto lookup = [this, id, index] { return link_->values().element(id, index); };
@@ -143,10 +152,13 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
     sampleRefsSubscribed_ = true;
 }
 
-Task<TrackSample> XPlaneBackend::getTrackSample() {
+Task<SampleObservation> XPlaneBackend::getTrackSample() {
     thread_.check();
     co_await ensureSampleRefsSubscribed();
-    co_return readTrackSample(link_->datarefIds(), link_->values());
+    SampleObservation seen;
+    seen.sample = readTrackSample(link_->datarefIds(), link_->values());
+    seen.takenAt = clock_.now();
+    co_return seen;
 }
 
 void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {

@@ -76,7 +76,9 @@ class XPlaneBackend final : public SimBackend {
     /// `name` may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers
     /// the last value that came; the first read of a dataref subscribes to it and waits for about a
     /// second.
-    Task<double> getDataref(std::string name) override;
+    Task<double> getDataref(std::string name);
+
+    Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override;
 
     Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;
     Task<> runCommand(std::string name) override;
@@ -86,7 +88,12 @@ class XPlaneBackend final : public SimBackend {
     Task<> loadFlight(std::string path) override;
 
     /// The first call subscribes, and waits up to a second for the first values.
-    Task<TrackSample> getTrackSample() override;
+    Task<SampleObservation> getTrackSample() override;
+
+    bool isProven(std::int64_t, Clock::TimePoint) const override { return true; }
+    SimulatorStage stage() const override { return {SimulatorStage::Kind::flightLoaded, "", {}}; }
+    void onStageChange(std::function<void()>) override {}
+    void setWatched(bool) override {}
 
     /// Takes two seconds: the simulator needs them to load the ground at the new place.
     Task<> moveToPreservingAgl(double latitude, double longitude) override;

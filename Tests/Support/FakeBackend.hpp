@@ -20,6 +20,13 @@ class FakeBackend final : public SimBackend {
     std::map<std::string, std::string> failures;
     std::vector<FlightListing> flights;
     TrackSample sample;
+    bool isAltitudeKnown = true;
+    std::int64_t link = 1;
+    /// While false, no sample is proven.
+    bool isAlive = true;
+    SimulatorStage presentStage{SimulatorStage::Kind::flightLoaded, "", {}};
+    std::function<void()> tellStageChange;
+    bool isWatched = false;
     /// Where set, reading a dataref that is not in the table waits a second before it fails, and a sample
     /// waits for `sampleDelay`.
     Clock* clock = nullptr;
@@ -30,7 +37,16 @@ class FakeBackend final : public SimBackend {
         co_return SimInfo{"xplane", "unknown"};
     }
 
-    Task<double> getDataref(std::string name) override {
+    Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override {
+        std::vector<double> values;
+        for (const auto& name : *names) {
+            const double value = co_await getDataref(name);
+            values.push_back(value);
+        }
+        co_return values;
+    }
+
+    Task<double> getDataref(std::string name) {
         note("getDataref " + name);
         if (!datarefs.contains(name) && clock != nullptr) {
             co_await clock->sleepFor(std::chrono::seconds(1));
@@ -60,12 +76,17 @@ class FakeBackend final : public SimBackend {
         co_return;
     }
 
-    Task<TrackSample> getTrackSample() override {
+    Task<SampleObservation> getTrackSample() override {
         note("getTrackSample");
         if (clock != nullptr) {
             co_await clock->sleepFor(sampleDelay);
         }
-        co_return sample;
+        SampleObservation seen;
+        seen.sample = sample;
+        seen.isAltitudeKnown = isAltitudeKnown;
+        seen.link = link;
+        if (clock != nullptr) seen.takenAt = clock->now();
+        co_return seen;
     }
 
     Task<> moveToPreservingAgl(double latitude, double longitude) override {
@@ -78,6 +99,14 @@ class FakeBackend final : public SimBackend {
              std::to_string(iasKts) + " " + std::to_string(throttle));
         co_return;
     }
+
+    bool isProven(std::int64_t ofLink, Clock::TimePoint) const override { return isAlive && ofLink == link; }
+
+    SimulatorStage stage() const override { return presentStage; }
+
+    void onStageChange(std::function<void()> tell) override { tellStageChange = std::move(tell); }
+
+    void setWatched(bool watched) override { isWatched = watched; }
 
     int count(const std::string& call) const {
         return static_cast<int>(std::count(calls.begin(), calls.end(), call));

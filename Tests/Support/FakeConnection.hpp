@@ -28,6 +28,8 @@ class FakeConnection final : public WebSocketConnection {
     std::size_t backlogBytes = 0;
     std::size_t messageLimit = 0;
     bool isCancelled = false;
+    int pings = 0;
+    SignsOfLife signs;
     /// The next message cannot be received: out of memory.
     bool breaks = false;
     /// While false, what is sent stays in the queue.
@@ -64,6 +66,12 @@ class FakeConnection final : public WebSocketConnection {
         incoming_.pop_front();
         co_return message;
     }
+
+    Task<> opened() override { co_return; }
+
+    void ping() override { ++pings; }
+
+    SignsOfLife signsOfLife() const override { return signs; }
 
     void send(std::string text, Kind kind) override {
         if (!hasEnded_) sent.push_back({std::move(text), kind});

@@ -18,6 +18,35 @@ Task<std::optional<WebSocketConnection::Message>> FakeWebSocket::receive() {
     co_return message;
 }
 
+Task<> FakeWebSocket::opened() {
+    while (isOpening_ && isOpen_) {
+        co_await changed_.wait();
+    }
+    if (failure_) throw *failure_;
+    if (!isOpen_) throw NetworkError(NetworkError::Case::connectionClosed, "closed");
+}
+
+void FakeWebSocket::ping() {
+    ++pings;
+    if (answersPings) deliverPong();
+}
+
+void FakeWebSocket::deliverPong() {
+    ++signs_.pongs;
+    signs_.lastPongAt = clock_.now();
+    deliverByte();
+}
+
+void FakeWebSocket::open() {
+    isOpening_ = false;
+    changed_.notifyAll();
+}
+
+void FakeWebSocket::refuse(const std::string& reason) {
+    failure_.emplace(NetworkError::Case::connectionFailed, reason);
+    cancel();
+}
+
 void FakeWebSocket::send(std::string text, Kind kind) {
     if (!isOpen_) return;
     sent.push_back(parseJson(text));
@@ -35,6 +64,7 @@ void FakeWebSocket::cancel() {
 }
 
 void FakeWebSocket::deliver(std::string text, Opcode opcode) {
+    deliverByte();
     incoming_.push_back({opcode, std::move(text)});
     changed_.notifyAll();
 }
@@ -47,8 +77,11 @@ void FakeWebSocket::deliverValues(const std::map<std::int64_t, std::string>& val
 }
 
 Task<HttpResponse> FakeTransport::fetch(Endpoint endpoint, HttpRequest request,
-                                        std::chrono::milliseconds timeout) {
+                                        std::chrono::milliseconds timeout, OnceConnected onceConnected) {
     exchanges.push_back({endpoint, request, timeout});
+    if (onceConnected) {
+        co_await onceConnected();
+    }
     if (latency.count() > 0) {
         co_await clock_.sleepFor(latency);
     }
@@ -63,7 +96,8 @@ Task<HttpResponse> FakeTransport::fetch(Endpoint endpoint, HttpRequest request,
 
 std::shared_ptr<WebSocketConnection> FakeTransport::openWebSocket(Endpoint endpoint, std::string target) {
     openedWebSockets.emplace_back(endpoint, target);
-    webSocket = std::make_shared<FakeWebSocket>(executor_);
+    webSocket = std::make_shared<FakeWebSocket>(executor_, clock_);
+    if (onWebSocket && !onWebSocket(*webSocket)) webSocket->holdOpening();
     return webSocket;
 }
 

@@ -19,7 +19,12 @@ namespace tarnly::test {
 /// The simulator's end of a WebSocket, in memory.
 class FakeWebSocket final : public WebSocketConnection {
   public:
-    explicit FakeWebSocket(boost::asio::any_io_executor executor) : changed_(std::move(executor)) {}
+    FakeWebSocket(boost::asio::any_io_executor executor, const Clock& clock)
+        : changed_(std::move(executor)), clock_(clock) {}
+
+    Task<> opened() override;
+    void ping() override;
+    SignsOfLife signsOfLife() const override { return signs_; }
 
     Task<std::optional<Message>> receive() override;
     void send(std::string text, Kind kind) override;
@@ -27,21 +32,38 @@ class FakeWebSocket final : public WebSocketConnection {
     std::size_t backlog() const override { return 0; }
     void setMessageLimit(std::size_t) override {}
     void cancel() override;
-    std::optional<NetworkError> failure() const override { return std::nullopt; }
+    /// The handshake waits for `open` or `refuse`.
+    void holdOpening() { isOpening_ = true; }
+    std::optional<NetworkError> failure() const override { return failure_; }
 
     void deliver(std::string text, Opcode opcode = Opcode::text);
 
     /// An update message with these values: JSON texts by dataref id.
     void deliverValues(const std::map<std::int64_t, std::string>& values);
 
+    /// A pong, or another byte that says nothing.
+    void deliverPong();
+    void deliverByte() { signs_.lastByteAt = clock_.now(); }
+
+    /// The handshake is done, or fails.
+    void open();
+    void refuse(const std::string& reason);
+
     bool isOpen() const { return isOpen_; }
 
     /// What was sent, parsed.
     std::vector<boost::json::value> sent;
     std::vector<Kind> kinds;
+    int pings = 0;
+    /// Whether pings are answered at once.
+    bool answersPings = false;
 
   private:
     Event changed_;
+    const Clock& clock_;
+    SignsOfLife signs_;
+    bool isOpening_ = false;
+    std::optional<NetworkError> failure_;
     std::deque<Message> incoming_;
     bool isOpen_ = true;
 };
@@ -63,8 +85,8 @@ class FakeTransport final : public XPlaneTransport {
     FakeTransport(boost::asio::any_io_executor executor, VirtualClock& clock)
         : executor_(std::move(executor)), clock_(clock) {}
 
-    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
-                             std::chrono::milliseconds timeout) override;
+    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request, std::chrono::milliseconds timeout,
+                             OnceConnected onceConnected) override;
     std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) override;
     Task<> sendDatagram(Endpoint endpoint, std::vector<std::byte> bytes) override;
 
@@ -78,6 +100,8 @@ class FakeTransport final : public XPlaneTransport {
     /// Answers in place of the catalogues when its result is not absent; may throw.
     std::function<std::optional<HttpResponse>(const HttpRequest&)> answer;
     std::function<void()> onDatagram;
+    /// Told of each new WebSocket, whose handshake waits for `open` when this returns false.
+    std::function<bool(FakeWebSocket&)> onWebSocket;
 
     std::vector<Exchange> exchanges;
     std::vector<std::pair<Endpoint, std::string>> openedWebSockets;

@@ -20,7 +20,7 @@ class XPlaneBackendSampleTest : public BackendFixture {
     /// Takes a sample in the background.
     void startSample() {
         boost::asio::co_spawn(io, backend->getTrackSample(),
-                              [this](std::exception_ptr error, TrackSample taken) {
+                              [this](std::exception_ptr error, SampleObservation taken) {
                                   failure = error;
                                   sample = taken;
                               });

@@ -14,16 +14,8 @@
 namespace tarnly {
 namespace {
 
-/// Reads of values between which others get their turn.
-constexpr std::size_t readsAtOnce = 256;
-
 /// What a value takes on the wire, about.
 constexpr std::size_t bytesPerValue = 64;
-
-Task<> letOthersRun() {
-    auto executor = co_await boost::asio::this_coro::executor;
-    co_await boost::asio::post(executor, boost::asio::use_awaitable);
-}
 
 /// The engine of a script as the client sent it. Throws `MappingError`.
 TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
@@ -259,17 +251,12 @@ Task<std::string> ProtocolSession::applyAttitude(const Request& request) {
 
 Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId,
                                                      std::shared_ptr<const Names> names) {
-    std::map<std::string, double> values;
-    for (std::size_t i = 0; i < names->size(); ++i) {
-        const std::string& name = (*names)[i];
-        const double value = co_await backend_->getDataref(name);
-        values.insert_or_assign(name, value);
-        if (i % readsAtOnce == readsAtOnce - 1) {
-            co_await letOthersRun();
-        }
-    }
-    const auto size = values.size() * bytesPerValue;
-    auto encode = [reqId, values = std::move(values)]() mutable {
+    auto read = co_await backend_->getDatarefs(names);
+    const auto size = read.size() * bytesPerValue;
+    auto encode = [reqId, names = std::move(names), read = std::move(read)] {
+        std::map<std::string, double> values;
+        for (std::size_t i = 0; i < read.size(); ++i)
+            values.insert_or_assign((*names)[i], read[i]);
         return respond(MessageType::datarefSubscribeValues, reqId, std::move(values));
     };
     auto text = co_await workers_.runSized(size, std::move(encode));

@@ -59,10 +59,10 @@ Task<> SamplingLoop::tick() {
 Task<> SamplingLoop::takeSample() {
     restartClockForNewRecording();
     try {
-        auto sample = co_await backend_->getTrackSample();
+        auto seen = co_await backend_->getTrackSample();
         // A sample of a recording that was replaced meanwhile would stand in the new one with the old one's
         // time.
-        if (recording_->generation() == lastSeenGeneration_) record(std::move(sample));
+        if (recording_->generation() == lastSeenGeneration_) record(std::move(seen.sample));
     } catch (const std::exception&) {
         // The simulator may be there again at the next tick.
     }

@@ -56,6 +56,7 @@ class ScannedStream {
     tcp::socket& next_layer() { return socket_; }
     FrameScanner& scanner() { return scanner_; }
     Clock::TimePoint lastProgress() const { return lastProgress_; }
+    std::optional<Clock::TimePoint> lastByteAt() const { return lastByteAt_; }
     void noteProgress() { lastProgress_ = clock_.now(); }
 
     /// From here on the incoming bytes are frames; `received` are the first of them.
@@ -80,7 +81,10 @@ class ScannedStream {
                            [self = std::move(self), taken]() mutable { self.complete(error_code{}, taken); });
                 return;
             }
-            if (size > 0) scan(buffers, size);
+            if (size > 0) {
+                lastByteAt_ = clock_.now();
+                scan(buffers, size);
+            }
             self.complete(error, size);
         };
         return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
@@ -141,6 +145,7 @@ class ScannedStream {
     std::size_t headEndSeen_ = 0;
     std::string received_;
     Clock::TimePoint lastProgress_;
+    std::optional<Clock::TimePoint> lastByteAt_;
 };
 
 /// The library's last step. Its own version for TCP waits for the peer to hang up, for as long as the peer
@@ -170,6 +175,9 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         stream_.set_option(limits);
         stream_.read_message_max(0); // our own limit can change while a message is under way
         stream_.auto_fragment(false);
+        stream_.control_callback([this](websocket::frame_type kind, boost::beast::string_view) {
+            if (kind == websocket::frame_type::pong) notePong();
+        });
     }
 
     Task<bool> accept(HttpRequest upgrade, std::string received) {
@@ -247,9 +255,26 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         while (written_ < target && !hasEnded_) {
             co_await outgoingChanged_.wait();
         }
-        if (written_ >= target && !hasEnded_) co_return;
-        if (failure_) throw *failure_;
-        throw NetworkError(NetworkError::Case::connectionClosed, "the connection has been closed");
+        if (hasEnded_) throwEnded();
+    }
+
+    Task<> opened() override {
+        thread_.check();
+        const auto self = shared_from_this();
+        while (!isOpen_ && !hasEnded_) {
+            co_await outgoingChanged_.wait();
+        }
+        if (hasEnded_) throwEnded();
+    }
+
+    void ping() override {
+        thread_.check();
+        if (!isOpen_ || isClosing_ || hasEnded_ || std::exchange(isPinging_, true)) return;
+        tasks_.spawn(sendPing(shared_from_this()), endOnFailure());
+    }
+
+    SignsOfLife signsOfLife() const override {
+        return {stream_.next_layer().lastByteAt(), pongs_, lastPongAt_};
     }
 
     std::size_t backlog() const override { return backlog_; }
@@ -283,11 +308,22 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
         isOpen_ = true;
         opening_.cancel();
         stream_.text(true);
+        outgoingChanged_.notifyAll();
         tasks_.spawn(read(shared_from_this()), endOnFailure());
         if (!queue_.empty()) startWriting();
     }
 
+    [[noreturn]] void throwEnded() const {
+        if (failure_) throw *failure_;
+        throw NetworkError(NetworkError::Case::connectionClosed, "the connection has been closed");
+    }
+
     // Incoming
+
+    void notePong() {
+        ++pongs_;
+        lastPongAt_ = clock_.now();
+    }
 
     /// Reads until the connection ends. Goes on beyond the first chunk of a message only when somebody
     /// receives, and beyond a message only when it has been taken.
@@ -349,6 +385,13 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
             self->noteWritten();
         }
         self->isWriting_ = false;
+    }
+
+    static Task<> sendPing(std::shared_ptr<BeastWebSocket> self) {
+        const websocket::ping_data nothing;
+        auto [error] = co_await self->stream_.async_ping(nothing, asTuple);
+        if (error) co_return self->fail(NetworkError::Case::connectionClosed, error.message());
+        self->isPinging_ = false;
     }
 
     void noteWritten() {
@@ -440,6 +483,8 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     std::size_t messageLimit_ = defaultMessageLimit;
     std::optional<Message> ready_;
     bool isWanted_ = false;
+    std::uint64_t pongs_ = 0;
+    std::optional<Clock::TimePoint> lastPongAt_;
     Event incomingChanged_;
 
     std::deque<Outgoing> queue_;
@@ -447,6 +492,7 @@ class BeastWebSocket final : public WebSocketConnection, public std::enable_shar
     std::uint64_t queued_ = 0;
     std::uint64_t written_ = 0;
     bool isWriting_ = false;
+    bool isPinging_ = false;
     Event outgoingChanged_;
 
     TaskGroup tasks_;

@@ -86,10 +86,13 @@ class Exchange {
 } // namespace
 
 Task<HttpResponse> fetchHttp(Clock& clock, Endpoint endpoint, HttpRequest request,
-                             std::chrono::milliseconds timeout) {
+                             std::chrono::milliseconds timeout, OnceConnected onceConnected) {
     auto executor = co_await asio::this_coro::executor;
     Exchange exchange(executor, clock, std::move(endpoint), timeout);
     co_await exchange.connect();
+    if (onceConnected) {
+        co_await onceConnected();
+    }
     co_await exchange.send(std::move(request));
     auto response = co_await exchange.receive();
     co_return response;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
@@ -29,7 +31,24 @@ class WebSocketConnection {
     /// counts against a peer that does not read.
     enum class Kind { awaited, unsolicited };
 
+    /// What the peer has shown of itself so far.
+    struct SignsOfLife {
+        /// Absent before the first byte after the handshake.
+        std::optional<Clock::TimePoint> lastByteAt;
+        /// How many pings it has answered, and when the last answer came.
+        std::uint64_t pongs = 0;
+        std::optional<Clock::TimePoint> lastPongAt;
+    };
+
     virtual ~WebSocketConnection() = default;
+
+    /// Returns when the opening handshake is done. Throws `NetworkError` when the connection ended first.
+    virtual Task<> opened() = 0;
+
+    /// Sends a ping and does not wait for it; does nothing while one is being sent, and before the handshake.
+    virtual void ping() = 0;
+
+    virtual SignsOfLife signsOfLife() const = 0;
 
     /// The next message, or absent once the connection has ended. One call at a time.
     virtual Task<std::optional<Message>> receive() = 0;

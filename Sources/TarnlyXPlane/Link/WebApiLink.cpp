@@ -157,7 +157,7 @@ Task<HttpResponse> WebApiLink::fetch(std::string method, std::string path, std::
     request.headers.emplace_back("Accept", "application/json");
     request.headers.emplace_back("Content-Type", "application/json");
     request.body = std::move(body);
-    return transport_->fetch(endpoint_, std::move(request), requestTimeout);
+    return transport_->fetch(endpoint_, std::move(request), requestTimeout, nullptr);
 }
 
 } // namespace tarnly

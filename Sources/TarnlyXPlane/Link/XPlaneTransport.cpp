@@ -14,9 +14,9 @@ class NetworkTransport final : public XPlaneTransport {
     NetworkTransport(boost::asio::any_io_executor executor, Clock& clock)
         : executor_(std::move(executor)), clock_(clock) {}
 
-    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
-                             std::chrono::milliseconds timeout) override {
-        return fetchHttp(clock_, std::move(endpoint), std::move(request), timeout);
+    Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request, std::chrono::milliseconds timeout,
+                             OnceConnected onceConnected) override {
+        return fetchHttp(clock_, std::move(endpoint), std::move(request), timeout, std::move(onceConnected));
     }
 
     std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) override {

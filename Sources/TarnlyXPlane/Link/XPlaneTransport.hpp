@@ -10,6 +10,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/HttpClient.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
@@ -19,9 +20,10 @@ class XPlaneTransport {
   public:
     virtual ~XPlaneTransport() = default;
 
-    /// One HTTP exchange: the response, whatever its status. Throws `NetworkError`.
+    /// One HTTP exchange: the response, whatever its status. Throws `NetworkError`, and what `onceConnected`
+    /// throws, which may be null (see `fetchHttp`).
     virtual Task<HttpResponse> fetch(Endpoint endpoint, HttpRequest request,
-                                     std::chrono::milliseconds timeout) = 0;
+                                     std::chrono::milliseconds timeout, OnceConnected onceConnected) = 0;
 
     /// Returns at once; what is sent before the handshake is done waits in the connection's queue.
     virtual std::shared_ptr<WebSocketConnection> openWebSocket(Endpoint endpoint, std::string target) = 0;
