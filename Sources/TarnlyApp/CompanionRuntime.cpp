@@ -37,6 +37,7 @@ void CompanionRuntime::start() {
     } catch (const std::exception&) {
         return announceFailure(std::current_exception());
     }
+    boost::asio::post(network_, [backend = backend_] { backend->start(); });
     const bool passwordRequired = host_->pairing().requiresPairing();
     boost::asio::co_spawn(network_, host_->start(),
                           [this, passwordRequired](const std::exception_ptr& failure) {
@@ -46,8 +47,8 @@ void CompanionRuntime::start() {
 
 void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
-    backend_ = std::make_shared<XPlaneBackend>(executor, options_.simulator,
-                                               makeNetworkTransport(executor, clock_), clock_, workers_);
+    backend_ = std::make_shared<ReconnectingBackend>(
+        executor, options_.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
     if (options_.situationsFolder) {
         backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
     }

@@ -19,7 +19,7 @@
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
-#include "TarnlyXPlane/XPlaneBackend.hpp"
+#include "TarnlyXPlane/ReconnectingBackend.hpp"
 
 namespace tarnly {
 
@@ -92,7 +92,7 @@ class CompanionRuntime {
     boost::asio::io_context network_{1};
     WorkerPool workers_;
     // depends-on: clock_, network_, workers_
-    std::shared_ptr<XPlaneBackend> backend_;
+    std::shared_ptr<ReconnectingBackend> backend_;
     // depends-on: clock_, network_, workers_, backend_
     std::optional<CompanionHost> host_;
 };

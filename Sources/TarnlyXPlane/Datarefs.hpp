@@ -36,19 +36,23 @@ inline constexpr std::string_view yawRate = "sim/flightmodel/position/R";
 inline constexpr std::string_view gearHandleDown = "sim/cockpit2/controls/gear_handle_down";
 /// An array with one element a wheel.
 inline constexpr std::string_view gearDeployRatio = "sim/flightmodel2/gear/deploy_ratio";
+/// The flap handle; newer simulators have the second in its place.
 inline constexpr std::string_view flapRatio = "sim/cockpit2/controls/flap_ratio";
+inline constexpr std::string_view flapRequestRatio = "sim/cockpit2/controls/flap_handle_request_ratio";
 inline constexpr std::string_view autopilotServosOn = "sim/cockpit2/autopilot/servos_on";
 
-/// Arrays with one element an engine.
+/// One number for all engines; some simulators serve arrays with one element an engine.
 inline constexpr std::string_view throttleRatio = "sim/cockpit2/engine/actuators/throttle_ratio_all";
 inline constexpr std::string_view mixtureRatio = "sim/cockpit2/engine/actuators/mixture_ratio_all";
 inline constexpr std::string_view propRatio = "sim/cockpit2/engine/actuators/prop_ratio_all";
 
 /// What a track sample is made of, in the order in which it is subscribed.
 inline constexpr std::array samples{
-    latitude,     longitude, indicatedAltitude, aboveGround, gearHandleDown, gearDeployRatio,   throttleRatio,
-    mixtureRatio, propRatio, flapRatio,         phi,         theta,          autopilotServosOn,
-};
+    latitude,     longitude, indicatedAltitude, aboveGround, gearHandleDown, gearDeployRatio,  throttleRatio,
+    mixtureRatio, propRatio, flapRatio,         phi,         theta,          autopilotServosOn};
+
+/// Where the aircraft is.
+inline constexpr std::array positions{latitude, longitude};
 
 } // namespace tarnly::datarefs
 

@@ -1,6 +1,7 @@
 #include "TarnlyXPlane/TrackSampleReading.hpp"
 
 #include <array>
+#include <cstdint>
 #include <numeric>
 #include <optional>
 #include <string>
@@ -24,7 +25,6 @@ struct Source {
 constexpr std::array plainValues{
     Source<double>{datarefs::latitude, &TrackSample::lat},
     Source<double>{datarefs::longitude, &TrackSample::lon},
-    Source<double>{datarefs::flapRatio, &TrackSample::flapRatio},
     Source<double>{datarefs::phi, &TrackSample::bankDeg},
     Source<double>{datarefs::theta, &TrackSample::pitchDeg},
 };
@@ -45,16 +45,29 @@ class CachedDatarefs {
     CachedDatarefs(const IdsByName& ids, const ValueCache& values) : ids_(ids), values_(values) {}
 
     std::optional<double> scalar(std::string_view name) const {
-        const auto found = ids_.find(std::string(name));
-        return found == ids_.end() ? std::nullopt : values_.scalar(found->second);
+        const auto id = idOf(name);
+        return id ? values_.scalar(*id) : std::nullopt;
     }
 
     std::optional<std::vector<double>> array(std::string_view name) const {
-        const auto found = ids_.find(std::string(name));
-        return found == ids_.end() ? std::nullopt : values_.array(found->second);
+        const auto id = idOf(name);
+        if (!id) return std::nullopt;
+        auto numbers = values_.array(*id);
+        const auto number = values_.scalar(*id);
+        if (!numbers && number) numbers.emplace(1, *number);
+        return numbers;
     }
 
+    bool isInCatalogue(std::string_view name) const { return ids_.contains(std::string(name)); }
+
   private:
+    /// Absent also for what is no number any more.
+    std::optional<std::int64_t> idOf(std::string_view name) const {
+        const auto found = ids_.find(std::string(name));
+        if (found == ids_.end() || !values_.isNumber(found->second)) return std::nullopt;
+        return found->second;
+    }
+
     const IdsByName& ids_;
     const ValueCache& values_;
 };
@@ -66,9 +79,10 @@ std::optional<double> mean(const std::optional<std::vector<double>>& numbers) {
 
 } // namespace
 
-TrackSample readTrackSample(const IdsByName& datarefIds, const ValueCache& values) {
+SampleObservation readTrackSample(const IdsByName& datarefIds, const ValueCache& values) {
     const CachedDatarefs cached(datarefIds, values);
-    TrackSample sample;
+    SampleObservation seen;
+    auto& sample = seen.sample;
     for (const auto& [dataref, member] : plainValues)
         sample.*member = cached.scalar(dataref);
     for (const auto& [dataref, member] : engineArrays)
@@ -77,11 +91,15 @@ TrackSample readTrackSample(const IdsByName& datarefIds, const ValueCache& value
         const auto value = cached.scalar(dataref);
         if (value) sample.*member = *value > 0.5;
     }
-    sample.altitudeFt = cached.scalar(datarefs::indicatedAltitude).value_or(0);
+    const auto altitude = cached.scalar(datarefs::indicatedAltitude);
+    seen.isAltitudeKnown = altitude.has_value();
+    sample.altitudeFt = altitude.value_or(0);
+    const bool hasFlapRatio = cached.isInCatalogue(datarefs::flapRatio);
+    sample.flapRatio = cached.scalar(hasFlapRatio ? datarefs::flapRatio : datarefs::flapRequestRatio);
     sample.gearRatio = mean(cached.array(datarefs::gearDeployRatio));
     const auto metres = cached.scalar(datarefs::aboveGround);
     if (metres) sample.aglFt = *metres * feetPerMetre;
-    return sample;
+    return seen;
 }
 
 } // namespace tarnly

@@ -1,9 +1,12 @@
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
+#include <span>
 #include <utility>
 
 #include "TarnlyXPlane/Attitude.hpp"
+#include "TarnlyXPlane/DatarefReading.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
+#include "TarnlyXPlane/Link/LinkFailure.hpp"
 #include "TarnlyXPlane/Situations.hpp"
 #include "TarnlyXPlane/TrackSampleReading.hpp"
 
@@ -12,29 +15,13 @@ namespace {
 
 using Case = XPlaneBackendError::Case;
 
-constexpr int polls = 50;
-constexpr std::chrono::milliseconds pollInterval(20);
 constexpr std::uint16_t commandPort = 49000;
 constexpr std::chrono::seconds settleDelay(2);
 
-std::int64_t idOf(const std::string& name, const IdsByName& ids, Case whenUnknown) {
-    const auto found = ids.find(name);
-    if (found == ids.end()) throw XPlaneBackendError(whenUnknown, name);
-    return found->second;
-}
-
-std::vector<DatarefEntry> entries(const std::vector<std::int64_t>& ids) {
-    std::vector<DatarefEntry> result;
-    for (const auto id : ids)
-        result.emplace_back().id = id;
-    return result;
-}
-
-std::vector<std::int64_t> sampleIds(const IdsByName& ids) {
+std::vector<std::int64_t> knownIds(const Catalogue& catalogue, std::span<const std::string_view> names) {
     std::vector<std::int64_t> known;
-    for (const auto name : datarefs::samples) {
-        const auto found = ids.find(std::string(name));
-        if (found != ids.end()) known.push_back(found->second);
+    for (const auto name : names) {
+        if (const auto id = catalogue.idOf(std::string(name))) known.push_back(*id);
     }
     return known;
 }
@@ -44,80 +31,83 @@ bool isSuccess(const HttpResponse& response) { return 200 <= response.status && 
 } // namespace
 
 XPlaneBackend::XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
-                             std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers)
+                             std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers,
+                             std::int64_t number)
     : host_(endpoint.host),
-      link_(std::make_shared<WebApiLink>(std::move(executor), std::move(endpoint), transport, workers)),
+      number_(number),
+      link_(std::make_shared<WebApiLink>(executor, std::move(endpoint), transport, clock, workers)),
       transport_(std::move(transport)),
       clock_(clock),
-      workers_(workers) {}
+      workers_(workers),
+      asking_(std::move(executor)) {}
 
 XPlaneBackend::~XPlaneBackend() { close(); }
 
-void XPlaneBackend::close() { link_->close(); }
+void XPlaneBackend::close() {
+    asking_.cancel();
+    link_->close();
+}
+
+Task<> XPlaneBackend::connect() {
+    co_await link_->ensureConnected();
+    link_->watch([this] {
+        if (tellStageChange_) tellStageChange_();
+    });
+    asking_.spawn(askVersion(link_, version_), dropFailure);
+}
+
+Task<> XPlaneBackend::askVersion(std::shared_ptr<WebApiLink> link, std::shared_ptr<std::string> version) {
+    const auto found = co_await link->version();
+    if (found) *version = *found;
+}
+
+SimulatorStage XPlaneBackend::stage() const {
+    SimulatorStage stage;
+    if (link_->hasEnded() || !link_->isConnected()) return stage;
+    stage.kind = SimulatorStage::Kind::flightLoaded;
+    if (link_->isAtMainMenu()) stage.kind = SimulatorStage::Kind::mainMenu;
+    if (link_->isSilent()) {
+        stage.kind = SimulatorStage::Kind::silent;
+        stage.silentSince = link_->lastSign();
+    }
+    return stage;
+}
+
+void XPlaneBackend::throwIfSilent(const std::string& what) const {
+    if (link_->isSilent()) throw XPlaneBackendError(Case::timeout, what);
+}
 
 Task<SimInfo> XPlaneBackend::simInfo() {
     SimInfo info;
     info.sim = "xplane";
-    info.version = "unknown";
+    info.version = *version_;
     co_return info;
 }
 
-Task<double> XPlaneBackend::getDataref(std::string name) {
+Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::vector<std::string>> names) {
     thread_.check();
     co_await link_->ensureConnected();
-    const auto indexed = parseIndexedName(name);
-    if (indexed) {
-        const double element = co_await getIndexedDataref(indexed->base, indexed->index);
-        co_return element;
-    }
-    const auto id = idOf(name, link_->datarefIds(), Case::unknownDataref);
-    auto lookup = [this, id] { return link_->values().scalar(id); };
-    const double value = co_await readOrSubscribe(name, id, lookup);
-    co_return value;
-}
-
-Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::vector<std::string>> names) {
-    std::vector<double> values;
-    for (const auto& name : *names) {
-        const double value = co_await getDataref(name);
-        values.push_back(value);
-    }
+    if (!names->empty()) throwIfSilent(names->front());
+    auto values = co_await readDatarefs(link_, clock_, std::move(names));
     co_return values;
 }
 
-Task<double> XPlaneBackend::getIndexedDataref(std::string name, std::int64_t index) {
-    const auto id = idOf(name, link_->datarefIds(), Case::unknownDataref);
-    auto lookup = [this, id, index] { return link_->values().element(id, index); };
-    const double value = co_await readOrSubscribe(name, id, lookup);
-    co_return value;
-}
-
-template <typename Lookup>
-Task<double> XPlaneBackend::readOrSubscribe(std::string name, std::int64_t id, Lookup lookup) {
-    auto value = lookup();
-    if (value) co_return *value;
-    std::vector<DatarefEntry> wanted(1);
-    wanted.front().id = id;
-    co_await link_->send(WebApiType::subscribeValues, std::move(wanted));
-    value = co_await poll(lookup);
-    if (!value) throw XPlaneBackendError(Case::timeout, name);
-    co_return *value;
-}
-
-template <typename Lookup>
-Task<std::invoke_result_t<Lookup>> XPlaneBackend::poll(Lookup lookup) {
-    for (int count = 1;; ++count) {
-        auto found = lookup();
-        if (found || count == polls) co_return found;
-        co_await clock_.sleepFor(pollInterval);
-    }
+Task<double> XPlaneBackend::getDataref(std::string name) {
+    std::vector<std::string> names;
+    names.push_back(std::move(name));
+    auto shared = std::make_shared<const std::vector<std::string>>(std::move(names));
+    const auto values = co_await getDatarefs(std::move(shared));
+    co_return values.front();
 }
 
 Task<> XPlaneBackend::setDataref(std::string name, double value, std::optional<std::int64_t> index) {
     thread_.check();
     co_await link_->ensureConnected();
+    throwIfSilent(name);
+    const auto id = co_await findId(link_, link_->datarefs(), name);
+    if (!id) throw unknownName(*link_, Case::unknownDataref, name);
     std::vector<DatarefEntry> written(1);
-    written.front().id = idOf(name, link_->datarefIds(), Case::unknownDataref);
+    written.front().id = *id;
     written.front().value = value;
     written.front().index = index;
     co_await link_->send(WebApiType::setValues, std::move(written));
@@ -126,15 +116,12 @@ Task<> XPlaneBackend::setDataref(std::string name, double value, std::optional<s
 Task<> XPlaneBackend::runCommand(std::string name) {
     thread_.check();
     co_await link_->ensureConnected();
-    const auto id = idOf(name, link_->commandIds(), Case::unknownCommand);
-    const auto path = "command/" + std::to_string(id) + "/activate";
+    throwIfSilent(name);
+    const auto id = co_await findId(link_, link_->commands(), name);
+    if (!id) throw XPlaneBackendError(Case::unknownCommand, name);
+    const auto path = "command/" + std::to_string(*id) + "/activate";
     try {
-        auto response = co_await link_->post(path, "");
-        if (response.status == 400) {
-            // Some versions of the simulator insist on a duration.
-            const std::string duration = R"({"duration":0})";
-            response = co_await link_->post(path, duration);
-        }
+        const auto response = co_await activate(path);
         if (isSuccess(response)) co_return;
     } catch (const NetworkError& error) {
         if (error.which() != NetworkError::Case::invalidResponse) throw;
@@ -142,23 +129,50 @@ Task<> XPlaneBackend::runCommand(std::string name) {
     throw XPlaneBackendError(Case::commandFailed, name);
 }
 
+Task<HttpResponse> XPlaneBackend::activate(std::string path) {
+    auto response = co_await link_->post(path, "");
+    if (response.status == 400) {
+        // Some versions of the simulator insist on a duration.
+        const std::string duration = R"({"duration":0})";
+        response = co_await link_->post(path, duration);
+    }
+    co_return response;
+}
+
+bool XPlaneBackend::hasAltitude() const {
+    const auto id = link_->datarefs().idOf(std::string(datarefs::indicatedAltitude));
+    return id && link_->values().scalar(*id);
+}
+
 Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
-    if (sampleRefsSubscribed_) co_return;
-    co_await link_->ensureConnected();
-    const auto ids = sampleIds(link_->datarefIds());
-    co_await link_->send(WebApiType::subscribeValues, entries(ids));
-    auto lookup = [this, &ids] { return link_->values().hasAny(ids); };
-    co_await poll(lookup);
-    sampleRefsSubscribed_ = true;
+    auto ids = knownIds(link_->datarefs(), datarefs::samples);
+    const bool hasFlapRatio = link_->datarefIds().contains(std::string(datarefs::flapRatio));
+    const auto standIn = link_->datarefs().idOf(std::string(datarefs::flapRequestRatio));
+    if (!hasFlapRatio && standIn) ids.push_back(*standIn);
+    link_->setSampleIds(ids, knownIds(link_->datarefs(), datarefs::positions));
+    co_await link_->subscribe(ids);
+    if (std::exchange(hasWaitedForSample_, true)) co_return;
+    for (int looks = 1; !hasAltitude() && looks < datarefLooks; ++looks) {
+        co_await clock_.sleepFor(datarefLookInterval);
+    }
 }
 
 Task<SampleObservation> XPlaneBackend::getTrackSample() {
     thread_.check();
+    co_await link_->ensureConnected();
+    throwIfSilent("track sample");
+    if (link_->isAtMainMenu()) throw unknownName(*link_, Case::timeout, "track sample");
     co_await ensureSampleRefsSubscribed();
-    SampleObservation seen;
-    seen.sample = readTrackSample(link_->datarefIds(), link_->values());
+    if (link_->hasEnded()) throw LinkEnded(NetworkError::Case::connectionClosed, link_->webSocketUrl());
+    auto seen = readTrackSample(link_->datarefIds(), link_->values());
+    seen.link = number_;
     seen.takenAt = clock_.now();
+    link_->proveStandstill();
     co_return seen;
+}
+
+bool XPlaneBackend::isProven(std::int64_t link, Clock::TimePoint moment) const {
+    return link == number_ && link_->isProven(moment);
 }
 
 void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {
@@ -200,10 +214,15 @@ Task<> XPlaneBackend::moveToPreservingAgl(double latitude, double longitude) {
     const std::string elevation(datarefs::elevation);
     const double aglBefore = co_await getDataref(aboveGround);
     const double elevationBefore = co_await getDataref(elevation);
-    co_await setPosition(latitude, longitude, elevationBefore);
-    co_await clock_.sleepFor(settleDelay);
-    const double aglAfter = co_await getDataref(aboveGround);
-    co_await setPosition(latitude, longitude, elevationBefore + (aglBefore - aglAfter));
+    try {
+        co_await setPosition(latitude, longitude, elevationBefore);
+        co_await clock_.sleepFor(settleDelay);
+        const double aglAfter = co_await getDataref(aboveGround);
+        co_await setPosition(latitude, longitude, elevationBefore + (aglBefore - aglAfter));
+    } catch (const LinkEnded& half) {
+        // Half done: on the next link it would begin from another place.
+        throw NetworkError(half);
+    }
 }
 
 Task<> XPlaneBackend::applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) {

@@ -1,58 +1,40 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
-#include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
+#include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly {
-
-/// What an operation of `XPlaneBackend` fails with, besides failures of the network. In parentheses what
-/// goes with the case.
-struct XPlaneBackendErrorCases {
-    enum class Case {
-        unknownDataref,                   ///< absent from the catalogue (the dataref)
-        unknownCommand,                   ///< absent from the catalogue (the command)
-        commandFailed,                    ///< refused by the simulator (the command)
-        timeout,                          ///< no value came in time (the dataref)
-        flightNotFound,                   ///< no such file (its path)
-        notImplemented,                   ///< for a backend that lacks an operation (the operation)
-        situationsDirectoryNotConfigured, ///< (nothing)
-    };
-    static constexpr std::array<std::string_view, 7> names{"unknownDataref",
-                                                           "unknownCommand",
-                                                           "commandFailed",
-                                                           "timeout",
-                                                           "flightNotFound",
-                                                           "notImplemented",
-                                                           "situationsDirectoryNotConfigured"};
-};
-using XPlaneBackendError = Error<XPlaneBackendErrorCases>;
 
 /// The X-Plane flight simulator as a `SimBackend`: datarefs and commands over its local web API,
 /// situations by a datagram.
 ///
-/// The first operation connects; nothing connects again, so a restarted simulator needs a new backend.
-/// Operations run on the network thread and may overlap; who awaits one keeps the backend alive
-/// meanwhile. They throw `XPlaneBackendError`, and `NetworkError` when the simulator cannot be reached.
+/// One link's life: the first operation connects, and nothing connects again, so a restarted simulator needs
+/// a new backend (`ReconnectingBackend`). Operations run on the network thread and may overlap; who awaits
+/// one keeps the backend alive meanwhile. They throw `XPlaneBackendError`, and `NetworkError` when the
+/// simulator cannot be reached: `LinkFailure` where connecting failed, `LinkEnded` where the next link may
+/// do.
 class XPlaneBackend final : public SimBackend {
   public:
-    /// `executor` is the network thread's; `clock` and `workers` must outlive all that runs there.
+    /// `executor` is the network thread's; `clock` and `workers` must outlive all that runs there. `number`
+    /// is the link's in its samples.
     XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
-                  std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers);
+                  std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers,
+                  std::int64_t number = 1);
 
     XPlaneBackend(const XPlaneBackend&) = delete;
     XPlaneBackend& operator=(const XPlaneBackend&) = delete;
@@ -67,18 +49,27 @@ class XPlaneBackend final : public SimBackend {
     /// Waits until the connection has ended, for `limit` at most; says whether it came to that.
     Task<bool> join(Clock::Duration limit) { return link_->join(clock_, limit); }
 
+    /// Connects, and has the link watched from then on (see `WebApiLink::watch`); the simulator's version is
+    /// asked for aside. Throws `LinkFailure`.
+    Task<> connect();
+
+    /// Returns when the link has ended.
+    Task<> ended() { return link_->ended(); }
+    bool hasEnded() const { return link_->hasEnded(); }
+    Clock::TimePoint lastSign() const { return link_->lastSign(); }
+
     /// The absolute path of the folder with the situation files; without one, listing fails. From any
     /// thread.
     void setSituationsDirectory(std::optional<std::string> path);
 
     Task<SimInfo> simInfo() override;
 
-    /// `name` may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers
-    /// the last value that came; the first read of a dataref subscribes to it and waits for about a
-    /// second.
-    Task<double> getDataref(std::string name);
-
+    /// A name may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers the
+    /// last values that came; the first read of a dataref subscribes to it and waits for about a second.
     Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override;
+
+    /// One of them.
+    Task<double> getDataref(std::string name);
 
     Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;
     Task<> runCommand(std::string name) override;
@@ -87,43 +78,45 @@ class XPlaneBackend final : public SimBackend {
     /// Returns when the simulator has been told; whether it has loaded the flight is not known.
     Task<> loadFlight(std::string path) override;
 
-    /// The first call subscribes, and waits up to a second for the first values.
+    /// The first call subscribes, and waits up to a second for the altitude. Fails at the main menu, and
+    /// while the simulator is silent.
     Task<SampleObservation> getTrackSample() override;
 
-    bool isProven(std::int64_t, Clock::TimePoint) const override { return true; }
-    SimulatorStage stage() const override { return {SimulatorStage::Kind::flightLoaded, "", {}}; }
-    void onStageChange(std::function<void()>) override {}
-    void setWatched(bool) override {}
+    bool isProven(std::int64_t link, Clock::TimePoint moment) const override;
 
     /// Takes two seconds: the simulator needs them to load the ground at the new place.
     Task<> moveToPreservingAgl(double latitude, double longitude) override;
 
     Task<> applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) override;
 
+    /// Of a link that is not connected: not running.
+    SimulatorStage stage() const override;
+    void onStageChange(std::function<void()> tell) override { tellStageChange_ = std::move(tell); }
+    void setWatched(bool) override {}
+
   private:
-    Task<double> getIndexedDataref(std::string name, std::int64_t index);
     Task<> ensureSampleRefsSubscribed();
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
-
-    /// What `lookup` finds, after a subscription if need be.
-    template <typename Lookup>
-    Task<double> readOrSubscribe(std::string name, std::int64_t id, Lookup lookup);
-
-    /// Looks 50 times, 20 ms apart; the last result.
-    template <typename Lookup>
-    Task<std::invoke_result_t<Lookup>> poll(Lookup lookup);
+    Task<HttpResponse> activate(std::string path);
+    void throwIfSilent(const std::string& what) const;
+    bool hasAltitude() const;
+    static Task<> askVersion(std::shared_ptr<WebApiLink> link, std::shared_ptr<std::string> version);
 
     OnOneThread thread_;
 
     // Constant after construction
     const std::string host_;
+    const std::int64_t number_;
     const std::shared_ptr<WebApiLink> link_;
     const std::shared_ptr<XPlaneTransport> transport_;
     Clock& clock_;
     WorkerPool& workers_;
 
-    bool sampleRefsSubscribed_ = false;
+    std::shared_ptr<std::string> version_ = std::make_shared<std::string>("unknown");
+    TaskGroup asking_;
+    std::function<void()> tellStageChange_;
+    bool hasWaitedForSample_ = false;
     Guarded<std::optional<std::string>> situationsDirectory_;
 };
 

@@ -19,7 +19,7 @@ IdsByName sampleIds() {
 TrackSample read(const DatarefUpdate& update) {
     ValueCache cache;
     cache.apply(update);
-    return readTrackSample(sampleIds(), cache);
+    return readTrackSample(sampleIds(), cache).sample;
 }
 
 TEST(TrackSampleReading, SubscriptionOrder) {
@@ -83,7 +83,7 @@ TEST(TrackSampleReading, NamesOutsideTheCatalogueAreAbsent) {
     cache.apply({{{1, 47.5}, {2, 8}, {3, 3500}}, {{6, {1}}, {7, {1}}}});
     TrackSample expected;
     expected.lon = 8;
-    EXPECT_EQ(readTrackSample({{std::string(datarefs::longitude), 2}}, cache), expected);
+    EXPECT_EQ(readTrackSample({{std::string(datarefs::longitude), 2}}, cache).sample, expected);
 }
 
 TEST(TrackSampleReading, SwitchesTurnOnAboveOneHalf) {
@@ -99,8 +99,34 @@ TEST(TrackSampleReading, GearRatioOfNoWheelsIsAbsent) {
     EXPECT_EQ(read({{}, {{6, {0}}}}).gearRatio, 0);
 }
 
-TEST(TrackSampleReading, ValuesOfTheOtherKindAreNotTaken) {
-    EXPECT_EQ(read({{{6, 1}, {7, 1}}, {{1, {47}}, {3, {3500}}, {5, {1}}}}), TrackSample());
+TEST(TrackSampleReading, AListIsNeverTakenForANumber) {
+    EXPECT_EQ(read({{}, {{1, {47}}, {3, {3500}}, {5, {1}}}}), TrackSample());
+}
+
+TEST(TrackSampleReading, ANumberCountsAsAListOfOne) {
+    const auto sample = read({{{6, 0.5}, {7, 0.75}}, {}});
+    EXPECT_EQ(sample.gearRatio, 0.5);
+    EXPECT_EQ(sample.throttleRatio, (std::vector<double>{0.75}));
+}
+
+TEST(TrackSampleReading, TheFlapRequestStandsInWhereTheFlapRatioIsMissing) {
+    IdsByName ids{{std::string(datarefs::flapRequestRatio), 1}};
+    ValueCache cache;
+    cache.apply({{{1, 0.25}}, {}, {}});
+    EXPECT_EQ(readTrackSample(ids, cache).sample.flapRatio, 0.25);
+    ids.emplace(datarefs::flapRatio, 2);
+    EXPECT_EQ(readTrackSample(ids, cache).sample.flapRatio, std::nullopt);
+}
+
+TEST(TrackSampleReading, WhatIsNoNumberAnyMoreIsLeftOut) {
+    const IdsByName ids{{std::string(datarefs::phi), 1}};
+    ValueCache cache;
+    cache.apply({{{1, 3}}, {}, {}});
+    cache.apply({{}, {}, {1}});
+    EXPECT_EQ(readTrackSample(ids, cache).sample.bankDeg, std::nullopt);
+    EXPECT_EQ(cache.scalar(1), 3) << "reads still answer the last number";
+    cache.apply({{{1, 4}}, {}, {}});
+    EXPECT_EQ(readTrackSample(ids, cache).sample.bankDeg, 4);
 }
 
 } // namespace

@@ -21,6 +21,15 @@ void ValueCache::apply(DatarefUpdate update) {
         latestValues_.insert_or_assign(id, value);
     for (auto& [id, array] : update.arrayValues)
         latestArrayValues_.insert_or_assign(id, std::move(array));
+    std::erase_if(notNumbers_, [&](std::int64_t id) {
+        return update.values.contains(id) || update.arrayValues.contains(id);
+    });
+    notNumbers_.insert(update.notNumbers.begin(), update.notNumbers.end());
+}
+
+bool ValueCache::isNumber(std::int64_t id) const {
+    thread_.check();
+    return !notNumbers_.contains(id);
 }
 
 std::optional<double> ValueCache::scalar(std::int64_t id) const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -19,11 +20,15 @@ class ValueCache {
   public:
     void apply(DatarefUpdate update);
 
+    /// The last number, also where it has become something else since.
     std::optional<double> scalar(std::int64_t id) const;
     std::optional<std::vector<double>> array(std::int64_t id) const;
 
     /// Absent also when the array has no such element.
     std::optional<double> element(std::int64_t id, std::int64_t index) const;
+
+    /// Whether what came last was a number, or an array of numbers.
+    bool isNumber(std::int64_t id) const;
 
     /// Whether any of `ids` has a value of either kind.
     bool hasAny(std::span<const std::int64_t> ids) const;
@@ -32,6 +37,7 @@ class ValueCache {
     OnOneThread thread_;
     std::unordered_map<std::int64_t, double> latestValues_;
     std::unordered_map<std::int64_t, std::vector<double>> latestArrayValues_;
+    std::unordered_set<std::int64_t> notNumbers_;
 };
 
 } // namespace tarnly

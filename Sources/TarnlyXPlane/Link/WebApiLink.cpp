@@ -1,55 +1,45 @@
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 
-#include <cstdlib>
 #include <exception>
 #include <utility>
+
+#include "TarnlyXPlane/Link/LinkFailure.hpp"
 
 namespace tarnly {
 namespace {
 
-constexpr std::string_view apiPath = "/api/v2";
-constexpr std::chrono::seconds requestTimeout(60);
+/// How long a command waits for a sign that its link lives: where pings are answered, and where not.
+constexpr std::chrono::seconds confirmPatience(2);
+constexpr std::chrono::milliseconds guessPatience(500);
+constexpr std::chrono::milliseconds confirmLook(10);
 
-NetworkError invalidCatalogue(const std::string& url, unsigned status, const char* reason) {
-    const auto shownStatus = status == 200 ? std::string() : "HTTP status " + std::to_string(status) + ": ";
-    return {NetworkError::Case::invalidResponse, url + ": " + shownStatus + reason};
+std::vector<DatarefEntry> entries(const std::vector<std::int64_t>& ids) {
+    std::vector<DatarefEntry> result;
+    result.reserve(ids.size());
+    for (const auto id : ids)
+        result.emplace_back().id = id;
+    return result;
 }
 
 } // namespace
 
-SharedAttempt::SharedAttempt(const boost::asio::any_io_executor& executor) : finishedEvent_(executor) {}
-
-void SharedAttempt::finish(std::exception_ptr failure) {
-    thread_.check();
-    finished_ = true;
-    failure_ = std::move(failure);
-    finishedEvent_.notifyAll();
-}
-
-Task<> SharedAttempt::wait() {
-    thread_.check();
-    while (!finished_) {
-        co_await finishedEvent_.wait();
-    }
-    if (failure_) std::rethrow_exception(failure_);
-}
-
 WebApiLink::WebApiLink(boost::asio::any_io_executor executor, Endpoint endpoint,
-                       std::shared_ptr<XPlaneTransport> transport, WorkerPool& workers)
+                       std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers)
     : executor_(std::move(executor)),
-      endpoint_(std::move(endpoint)),
       transport_(std::move(transport)),
+      rest_(std::move(endpoint), transport_, workers),
+      clock_(clock),
       workers_(workers),
       connecting_(executor_),
-      tasks_(executor_) {
-    if (!isHost(endpoint_.host)) std::abort();
+      tasks_(executor_),
+      endedEvent_(executor_),
+      liveness_(clock.now()) {}
+
+std::string WebApiLink::webSocketUrl() const {
+    return "ws://" + describe(rest_.endpoint()) + std::string(webApiPath);
 }
 
-std::string WebApiLink::baseUrl() const {
-    return "http://" + describe(endpoint_) + std::string(apiPath) + "/";
-}
-
-std::string WebApiLink::webSocketUrl() const { return "ws://" + describe(endpoint_) + std::string(apiPath); }
+// Connecting
 
 Task<> WebApiLink::ensureConnected() {
     thread_.check();
@@ -75,89 +65,213 @@ void WebApiLink::finishAttempt(const std::exception_ptr& failure) {
 }
 
 Task<> WebApiLink::connect(std::shared_ptr<WebApiLink> link) {
-    auto datarefIds = co_await link->fetchCatalogue("datarefs");
-    datarefIds.merge(link->datarefIds_);
-    link->datarefIds_ = std::move(datarefIds);
-    auto commandIds = co_await link->fetchCatalogue("commands");
-    commandIds.merge(link->commandIds_);
-    link->commandIds_ = std::move(commandIds);
+    auto datarefIds = co_await link->rest_.catalogue("datarefs");
+    link->datarefs_.replace(std::move(datarefIds), link->clock_.now());
+    auto commandIds = co_await link->rest_.catalogue("commands");
+    link->commands_.replace(std::move(commandIds), link->clock_.now());
     link->throwIfClosed();
-
-    link->webSocket_ = link->transport_->openWebSocket(link->endpoint_, std::string(apiPath));
-    // A link whose receiving has failed brings no values any more: it is closed, and requests say so.
-    auto closeLink = [link](const std::exception_ptr&) { link->close(); };
-    link->tasks_.spawn(receiveLoop(link, link->webSocket_), closeLink);
+    co_await openWebSocket(link);
     link->connected_ = true;
     link->finishAttempt(nullptr);
 }
 
-Task<IdsByName> WebApiLink::fetchCatalogue(std::string path) {
-    auto response = co_await fetch("GET", path, "");
-    const auto size = response.body.size();
-    auto parse = [body = std::move(response.body)] { return idsByName(parseCatalogue(body)); };
+Task<> WebApiLink::openWebSocket(std::shared_ptr<WebApiLink> link) {
+    const auto webSocket = link->transport_->openWebSocket(link->rest_.endpoint(), std::string(webApiPath));
+    link->webSocket_ = webSocket;
+    std::optional<NetworkError> failure;
     try {
-        auto ids = co_await workers_.runSized(size, std::move(parse));
-        co_return ids;
-    } catch (const JsonError& error) {
-        throw invalidCatalogue(baseUrl() + path, response.status, error.what());
+        co_await webSocket->opened();
+    } catch (const NetworkError& error) {
+        failure = error;
     }
+    if (failure && !link->closed_) {
+        link->webSocket_ = nullptr;
+        webSocket->cancel();
+        const bool isDeclined = failure->payload().find("handshake") != std::string::npos;
+        if (isDeclined) throw refusal(failure->payload(), "");
+        throw failureOfConnecting(*failure);
+    }
+    link->throwIfClosed();
+    link->liveness_ = Liveness(link->clock_.now());
+    // A link whose receiving has failed brings no values any more.
+    link->tasks_.spawn(receiveLoop(link, webSocket), link->closeOnFailure());
 }
 
 Task<> WebApiLink::receiveLoop(std::shared_ptr<WebApiLink> link,
                                std::shared_ptr<WebSocketConnection> webSocket) {
     for (;;) {
         auto message = co_await webSocket->receive();
-        if (!message) co_return;
+        if (!message) break;
+        if (link->wasSilent_) link->look();
         if (message->opcode != WebSocketConnection::Opcode::text) continue;
         co_await link->handleMessage(std::move(message->content));
     }
+    link->end();
 }
 
-Task<> WebApiLink::handleMessage(std::string text) {
-    const auto size = text.size();
-    auto parse = [text = std::move(text)]() mutable { return parseDatarefUpdate(std::move(text)); };
-    auto update = co_await workers_.runSized(size, std::move(parse));
-    values_.apply(std::move(update));
-}
+// The end
 
 void WebApiLink::throwIfClosed() const {
     if (closed_) throw NetworkError(NetworkError::Case::connectionClosed, webSocketUrl());
 }
 
+void WebApiLink::throwIfEnded() const {
+    if (hasEnded_) throw LinkEnded(NetworkError::Case::connectionClosed, webSocketUrl());
+}
+
+void WebApiLink::end() {
+    if (std::exchange(hasEnded_, true)) return;
+    endedEvent_.notifyAll();
+}
+
+Task<> WebApiLink::ended() {
+    thread_.check();
+    while (!hasEnded_) {
+        co_await endedEvent_.wait();
+    }
+}
+
 void WebApiLink::close() {
     if (std::exchange(closed_, true)) return;
     thread_.check();
+    end();
+    onChange_ = nullptr;
     connecting_.cancel();
+    tasks_.cancel();
     finishAttempt(
         std::make_exception_ptr(NetworkError(NetworkError::Case::connectionClosed, webSocketUrl())));
+    for (auto* catalogue : {&datarefs_, &commands_}) {
+        if (const auto loading = std::exchange(catalogue->loading, nullptr)) {
+            loading->finish(
+                std::make_exception_ptr(LinkEnded(NetworkError::Case::connectionClosed, webSocketUrl())));
+        }
+    }
     if (webSocket_) webSocket_->cancel();
 }
 
+TaskGroup::OnFailure WebApiLink::closeOnFailure() {
+    return [weak = weak_from_this()](const std::exception_ptr&) {
+        if (const auto link = weak.lock()) link->close();
+    };
+}
+
+// Requests
+
 Task<> WebApiLink::send(std::string_view type, std::vector<DatarefEntry> datarefs) {
+    const auto reqId = ++nextReqId_;
+    return sendNumbered(reqId, type, std::move(datarefs));
+}
+
+Task<> WebApiLink::sendNumbered(std::int64_t reqId, std::string_view type,
+                                std::vector<DatarefEntry> datarefs) {
     thread_.check();
     WebApiRequest request;
     request.type = type;
-    request.reqId = ++nextReqId_;
+    request.reqId = reqId;
     request.params.datarefs = std::move(datarefs);
     auto text = encodeJson(request);
     if (!webSocket_) co_return;
+    throwIfEnded();
     const auto webSocket = webSocket_;
     webSocket->send(std::move(text), WebSocketConnection::Kind::awaited);
-    co_await webSocket->drained();
+    try {
+        co_await webSocket->drained();
+    } catch (const NetworkError& error) {
+        throw LinkEnded(error);
+    }
+}
+
+Task<> WebApiLink::subscribe(std::vector<std::int64_t> ids) {
+    throwIfEnded();
+    auto messages = subscriptions_.messagesFor(ids, clock_.now());
+    for (auto& message : messages) {
+        const auto reqId = ++nextReqId_;
+        auto wanted = entries(message);
+        subscriptions_.noteSent(reqId, std::move(message));
+        co_await sendNumbered(reqId, WebApiType::subscribeValues, std::move(wanted));
+    }
+}
+
+Task<> WebApiLink::subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector<std::int64_t> ids) {
+    for (const auto id : ids) {
+        auto wanted = entries({id});
+        co_await link->send(WebApiType::subscribeValues, std::move(wanted));
+    }
 }
 
 Task<HttpResponse> WebApiLink::post(std::string path, std::string body) {
-    return fetch("POST", std::move(path), std::move(body));
+    auto confirmLink = [link = shared_from_this()] { return confirm(link); };
+    return rest_.post(std::move(path), std::move(body), std::move(confirmLink));
 }
 
-Task<HttpResponse> WebApiLink::fetch(std::string method, std::string path, std::string body) {
-    HttpRequest request;
-    request.method = std::move(method);
-    request.target = std::string(apiPath) + "/" + path;
-    request.headers.emplace_back("Accept", "application/json");
-    request.headers.emplace_back("Content-Type", "application/json");
-    request.body = std::move(body);
-    return transport_->fetch(endpoint_, std::move(request), requestTimeout, nullptr);
+Task<> WebApiLink::confirm(std::shared_ptr<WebApiLink> link) {
+    if (!link->webSocket_) co_return;
+    const auto webSocket = link->webSocket_;
+    const bool answersPings = webSocket->signsOfLife().pongs > 0;
+    const auto pongs = webSocket->signsOfLife().pongs;
+    const auto patience = answersPings ? Clock::Duration(confirmPatience) : Clock::Duration(guessPatience);
+    const auto deadline = link->clock_.now() + patience;
+    webSocket->ping();
+    for (;;) {
+        link->throwIfEnded();
+        if (webSocket->signsOfLife().pongs > pongs) co_return;
+        if (link->clock_.now() >= deadline) break;
+        co_await link->clock_.sleepFor(confirmLook);
+    }
+    if (answersPings) throw NetworkError(NetworkError::Case::timedOut, describe(link->rest_.endpoint()));
+}
+
+Task<> WebApiLink::refresh(Catalogue& catalogue) {
+    thread_.check();
+    throwIfEnded();
+    if (!catalogue.loading) {
+        if (!catalogue.isStale(clock_.now())) co_return;
+        catalogue.loading = std::make_shared<SharedAttempt>(executor_);
+        auto tellWhoWaits = [link = shared_from_this(), &catalogue](const std::exception_ptr& failure) {
+            if (const auto loading = std::exchange(catalogue.loading, nullptr)) loading->finish(failure);
+        };
+        const auto loading = catalogue.loading;
+        tasks_.spawn(load(shared_from_this(), catalogue), std::move(tellWhoWaits));
+        co_await loading->wait();
+        co_return;
+    }
+    const auto loading = catalogue.loading;
+    co_await loading->wait();
+}
+
+Task<> WebApiLink::load(std::shared_ptr<WebApiLink> link, Catalogue& catalogue) {
+    const bool isDatarefs = &catalogue == &link->datarefs_;
+    const std::string name = isDatarefs ? "datarefs" : "commands";
+    auto ids = co_await link->rest_.catalogue(name);
+    const bool flightHasGone = isDatarefs && ids.empty() && !catalogue.isEmpty();
+    if (flightHasGone) co_return link->close();
+    const bool flightHasCome = isDatarefs && !ids.empty() && catalogue.isEmpty();
+    catalogue.replace(std::move(ids), link->clock_.now());
+    if (const auto loading = std::exchange(catalogue.loading, nullptr)) loading->finish(nullptr);
+    if (flightHasCome) link->tellChange();
+}
+
+// Messages
+
+Task<> WebApiLink::handleMessage(std::string text) {
+    const auto size = text.size();
+    auto parse = [text = std::move(text)]() mutable { return parseWebApiMessage(std::move(text)); };
+    auto message = co_await workers_.runSized(size, std::move(parse));
+    const bool hasSample = message.update.hasAny(sampleIds_);
+    values_.apply(std::move(message.update));
+    if (hasSample) {
+        liveness_.noteValues(clock_.now());
+        mismatches_ = 0;
+    }
+    if (!message.result) co_return;
+    auto singly = subscriptions_.noteResult(message.result->reqId, message.result->isSuccess);
+    if (singly.empty() || hasEnded_) co_return;
+    tasks_.spawn(subscribeSingly(shared_from_this(), std::move(singly)), closeOnFailure());
+}
+
+void WebApiLink::setSampleIds(std::vector<std::int64_t> all, std::vector<std::int64_t> position) {
+    sampleIds_ = std::move(all);
+    positionIds_ = std::move(position);
 }
 
 } // namespace tarnly

@@ -1,5 +1,6 @@
 #include "TarnlyXPlane/Link/WebApiMessages.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -37,34 +38,81 @@ void addEntry(DatarefUpdate& update, std::string_view key, const json::value& va
     if (!id) return;
     if (const auto* array = value.if_array()) {
         auto numbers = finiteNumbers(*array);
-        if (numbers) update.arrayValues.insert_or_assign(*id, std::move(*numbers));
+        if (!numbers) {
+            update.notNumbers.insert(*id);
+            return;
+        }
+        update.arrayValues.insert_or_assign(*id, std::move(*numbers));
         return;
     }
     const auto number = finiteNumber(value);
-    if (number) update.values.insert_or_assign(*id, *number);
+    if (number) {
+        update.values.insert_or_assign(*id, *number);
+    } else {
+        update.notNumbers.insert(*id);
+    }
 }
 
-/// The object with the values, or null when `message` is not an update.
-const json::object* updateData(const json::value& message) {
+/// The object's member, or null where it has none, or is no object.
+const json::value* memberOf(const json::value& message, std::string_view key) {
     const auto* object = message.if_object();
-    const auto* type = object == nullptr ? nullptr : object->if_contains("type");
-    if (type == nullptr || !type->is_string() || type->get_string() != WebApiType::updateValues)
-        return nullptr;
-    const auto* data = object->if_contains("data");
-    return data == nullptr ? nullptr : data->if_object();
+    return object == nullptr ? nullptr : object->if_contains(key);
 }
+
+bool hasType(const json::value& message, std::string_view type) {
+    const auto* found = memberOf(message, "type");
+    return found != nullptr && found->is_string() && found->get_string() == type;
+}
+
+DatarefUpdate updateIn(const json::value& message) {
+    DatarefUpdate update;
+    const auto* data = memberOf(message, "data");
+    if (data == nullptr || !data->is_object()) return update;
+    for (const auto& [key, value] : data->get_object())
+        addEntry(update, key, value);
+    return update;
+}
+
+std::optional<WebApiResult> resultIn(const json::value& message) {
+    const auto* reqId = memberOf(message, "req_id");
+    const auto* success = memberOf(message, "success");
+    if (reqId == nullptr || success == nullptr || !reqId->is_int64() || !success->is_bool()) return {};
+    return WebApiResult{reqId->get_int64(), success->get_bool()};
+}
+
+/// The body as JSON; null for what is none.
+json::value bodyOf(const std::string& body) {
+    try {
+        return parseJson(wellFormedUtf8(body), NonFinite::kept);
+    } catch (const JsonError&) {
+        return nullptr;
+    }
+}
+
+/// What people are shown of a text from the simulator, in bytes.
+constexpr std::size_t longestShown = 200;
 
 } // namespace
 
-std::vector<CatalogueEntry> parseCatalogue(std::string_view data) {
-    const auto body = parseJson(data);
+bool DatarefUpdate::hasAny(std::span<const std::int64_t> ids) const {
+    return std::ranges::any_of(
+        ids, [this](std::int64_t id) { return values.contains(id) || arrayValues.contains(id); });
+}
+
+std::vector<CatalogueEntry> parseCatalogue(std::string data) {
+    const auto body = parseJson(wellFormedUtf8(std::move(data)), NonFinite::kept);
     const auto* list = jsonObject(body).if_contains("data");
     if (list == nullptr) throwMissingKey("data");
     const auto& array = jsonArray(*list);
     std::vector<CatalogueEntry> entries;
     entries.reserve(array.size());
     for (const auto& entry : array) {
-        if (entry.is_object()) entries.push_back(decodeJson<CatalogueEntry>(entry));
+        if (!entry.is_object()) continue;
+        try {
+            entries.push_back(decodeJson<CatalogueEntry>(entry));
+        } catch (const JsonError&) {
+            // The others are none the worse.
+        }
     }
     return entries;
 }
@@ -77,19 +125,53 @@ IdsByName idsByName(std::vector<CatalogueEntry> entries) {
     return ids;
 }
 
-DatarefUpdate parseDatarefUpdate(std::string text) {
-    DatarefUpdate update;
+WebApiMessage parseWebApiMessage(std::string text) {
+    WebApiMessage read;
     try {
         const auto message = parseJson(wellFormedUtf8(std::move(text)), NonFinite::kept);
-        const auto* data = updateData(message);
-        if (data == nullptr) return update;
-        for (const auto& [key, value] : *data)
-            addEntry(update, key, value);
+        if (hasType(message, WebApiType::updateValues)) read.update = updateIn(message);
+        if (hasType(message, WebApiType::result)) read.result = resultIn(message);
     } catch (const JsonError&) {
         // The simulator sends the next update in a tenth of a second: nothing is gained by failing on this
         // one.
     }
-    return update;
+    return read;
+}
+
+DatarefUpdate parseDatarefUpdate(std::string text) { return parseWebApiMessage(std::move(text)).update; }
+
+std::string errorMessageOf(const std::string& body) {
+    const auto json = bodyOf(body);
+    const auto* found = memberOf(json, "error_message");
+    if (found == nullptr || !found->is_string()) return {};
+    std::string message(found->get_string());
+    if (message.size() > longestShown) message = wellFormedUtf8(message.substr(0, longestShown)) + "…";
+    std::ranges::replace_if(
+        message, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+    while (message.ends_with('.') || message.ends_with(' '))
+        message.pop_back();
+    return message;
+}
+
+std::optional<std::string> simulatorVersionIn(const std::string& body) {
+    const auto json = bodyOf(body);
+    const auto* simulator = memberOf(json, "x-plane");
+    const auto* version = simulator == nullptr ? nullptr : memberOf(*simulator, "version");
+    if (version == nullptr || !version->is_string() || version->get_string().empty()) return std::nullopt;
+    return std::string(version->get_string());
+}
+
+std::optional<double> valueIn(const std::string& body) {
+    const auto json = bodyOf(body);
+    const auto* data = memberOf(json, "data");
+    return data == nullptr ? std::nullopt : finiteNumber(*data);
+}
+
+std::optional<std::int64_t> countIn(const std::string& body) {
+    const auto json = bodyOf(body);
+    const auto* data = memberOf(json, "data");
+    if (data == nullptr || !data->is_int64()) return std::nullopt;
+    return data->get_int64();
 }
 
 std::optional<std::int64_t> parseDecimalInteger(std::string_view text) {

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -14,11 +16,14 @@
 /// read and written. Plain values and functions, callable from any thread.
 namespace tarnly {
 
+inline constexpr std::string_view webApiPath = "/api/v2";
+
 /// The `type` of a message on the simulator's WebSocket.
 namespace WebApiType {
 inline constexpr std::string_view subscribeValues = "dataref_subscribe_values";
 inline constexpr std::string_view setValues = "dataref_set_values";
 inline constexpr std::string_view updateValues = "dataref_update_values";
+inline constexpr std::string_view result = "result";
 } // namespace WebApiType
 
 /// A dataref to subscribe to, or with `value` one to write; `index` names one element of an array.
@@ -64,10 +69,11 @@ struct CatalogueEntry {
 
 using IdsByName = std::unordered_map<std::string, std::int64_t>;
 
-/// The entries of a catalogue response, in their order. Entries that are no objects are passed over: some
-/// versions of the simulator have null among their commands. Throws `JsonError` for a body that is not a
+/// The entries of a catalogue response, in their order. Bytes that are not UTF-8 count as U+FFFD. Passed over
+/// are entries that are no objects, as some versions of the simulator have null among their commands, and
+/// those whose id or name is missing or of another kind. Throws `JsonError` for a body that is not a
 /// catalogue.
-std::vector<CatalogueEntry> parseCatalogue(std::string_view data);
+std::vector<CatalogueEntry> parseCatalogue(std::string data);
 
 /// Of entries with the same name the last counts.
 IdsByName idsByName(std::vector<CatalogueEntry> entries);
@@ -76,14 +82,45 @@ IdsByName idsByName(std::vector<CatalogueEntry> entries);
 struct DatarefUpdate {
     std::map<std::int64_t, double> values;
     std::map<std::int64_t, std::vector<double>> arrayValues;
+    /// What has become something that is no number: infinite, or none at all.
+    std::set<std::int64_t> notNumbers{};
+
+    /// Whether any of `ids` is among them.
+    bool hasAny(std::span<const std::int64_t> ids) const;
 };
 
-/// Reads a "dataref_update_values" message; empty for any other text, JSON or not.
+/// The simulator's answer to a request.
+struct WebApiResult {
+    std::int64_t reqId = 0;
+    bool isSuccess = true;
+
+    bool operator==(const WebApiResult&) const = default;
+};
+
+struct WebApiMessage {
+    DatarefUpdate update;
+    std::optional<WebApiResult> result;
+};
+
+/// Reads a "dataref_update_values" or a "result" message; empty for any other text, JSON or not.
 ///
-/// True and false count as 1 and 0. An entry is passed over when its key is not a decimal integer or its
-/// value is neither a number nor an array of numbers. So is one with an infinite number, which the simulator
-/// writes as 1e+9999: one dataref gone wild must not freeze the others.
+/// True and false count as 1 and 0. An entry is passed over when its key is not a decimal integer. A value
+/// that is neither a number nor an array of numbers, or has an infinite number, which the simulator writes as
+/// 1e+9999, is only noted: one dataref gone wild must not freeze the others.
+WebApiMessage parseWebApiMessage(std::string text);
+
+/// The values of `parseWebApiMessage`.
 DatarefUpdate parseDatarefUpdate(std::string text);
+
+/// The simulator's own words in an error response; empty where there are none. One line, and not too long.
+std::string errorMessageOf(const std::string& body);
+
+/// The simulator's version in a response about its capabilities, "12.4.0".
+std::optional<std::string> simulatorVersionIn(const std::string& body);
+
+/// The number in a response `{"data":7396}`.
+std::optional<double> valueIn(const std::string& body);
+std::optional<std::int64_t> countIn(const std::string& body);
 
 /// `text` as a decimal integer: ASCII digits with at most one sign, "+" or "-", before them. Absent for
 /// anything else and beyond 64 bits.

@@ -27,13 +27,20 @@ TEST(Catalogue, IdsAreIntegersOf64Bits) {
     EXPECT_EQ(entries, (Entries{{INT64_MAX, "a"}, {7, "b"}}));
 }
 
-TEST(Catalogue, EntriesWithoutAProperIdOrNameFail) {
+TEST(Catalogue, EntriesWithoutAProperIdOrNameArePassedOver) {
     for (const auto* entry :
          {R"({"id":1})", R"({"name":"a"})", R"({"id":"1","name":"a"})", R"({"id":1,"name":2})",
           R"({"id":1.5,"name":"a"})", R"({"id":null,"name":"a"})", R"({"id":true,"name":"a"})",
           R"({"id":9223372036854775808,"name":"a"})", R"({"id":1,"name":null})"}) {
-        EXPECT_THROW(parseCatalogue(R"({"data":[)" + std::string(entry) + "]}"), JsonError) << entry;
+        const auto body = R"({"data":[{"id":5,"name":"b"},)" + std::string(entry) + "]}";
+        EXPECT_EQ(parseCatalogue(body), (Entries{{5, "b"}})) << entry;
     }
+}
+
+TEST(Catalogue, MalformedBytesCountAsReplacementCharacters) {
+    const auto entries =
+        parseCatalogue("{\"data\":[{\"id\":1,\"name\":\"a\xff\"},{\"id\":2,\"name\":\"b\"}]}");
+    EXPECT_EQ(entries, (Entries{{1, "a\xEF\xBF\xBD"}, {2, "b"}}));
 }
 
 TEST(Catalogue, OtherBodiesFail) {
