@@ -223,6 +223,13 @@ Task<> WebApiLink::confirm(std::shared_ptr<WebApiLink> link) {
 
 Task<> WebApiLink::refresh(Catalogue& catalogue) {
     thread_.check();
+    if (!catalogue.loading && catalogue.isEmpty()) {
+        // Who asks at the main menu is answered by a catalogue of now, but not many times a second.
+        const auto left = catalogue.loadedAt() + Catalogue::emptyStaleAfter - clock_.now();
+        if (left > Clock::Duration::zero()) {
+            co_await clock_.sleepFor(left);
+        }
+    }
     throwIfEnded();
     if (!catalogue.loading) {
         if (!catalogue.isStale(clock_.now())) co_return;
