@@ -4,6 +4,7 @@
 #include <boost/asio/io_context.hpp>
 #include <chrono>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <type_traits>
@@ -39,6 +40,17 @@ T runTask(boost::asio::io_context& io, Task<T> task,
     if (!done) throw std::runtime_error("the task has not ended in time");
     if (error) std::rethrow_exception(error);
     if constexpr (!std::is_void_v<T>) return std::move(*result);
+}
+
+/// Lets `io` work, in real time, until `condition` holds; says whether it came to that within `patience`.
+inline bool runUntil(boost::asio::io_context& io, const std::function<bool()>& condition,
+                     std::chrono::seconds patience = std::chrono::seconds(60)) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+        io.restart();
+        io.run_for(std::chrono::milliseconds(1));
+    }
+    return condition();
 }
 
 } // namespace tarnly::test

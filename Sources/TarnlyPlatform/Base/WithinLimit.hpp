@@ -49,7 +49,8 @@ Task<> runLimited(std::shared_ptr<LimitedTask<T>> state, Task<T> task) {
 } // namespace detail
 
 /// Waits for `task` for `limit` at most. A task that takes longer is told to end, and what becomes of it is
-/// dropped; the answer is then absent, or false. Throws what the task throws in time.
+/// dropped; the answer is then absent, or false. Throws what the task throws in time. The task is told to end
+/// also when who waits is; it goes on until it notices, so what it needs it keeps alive itself.
 template <typename T>
 Task<WithinLimitResult<T>> withinLimit(Clock& clock, Clock::Duration limit, Task<T> task) {
     auto executor = co_await boost::asio::this_coro::executor;

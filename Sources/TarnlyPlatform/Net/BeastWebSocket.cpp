@@ -63,7 +63,7 @@ class ScannedStream {
     void startScanning(std::string received) {
         headEndSeen_ = headEnd.size();
         received_ = std::move(received);
-        scanner_.scan({reinterpret_cast<unsigned char*>(received_.data()), received_.size()});
+        scanFrames({reinterpret_cast<unsigned char*>(received_.data()), received_.size()});
     }
 
     template <typename Buffers, typename Token>
@@ -81,10 +81,7 @@ class ScannedStream {
                            [self = std::move(self), taken]() mutable { self.complete(error_code{}, taken); });
                 return;
             }
-            if (size > 0) {
-                lastByteAt_ = clock_.now();
-                scan(buffers, size);
-            }
+            if (size > 0) scan(buffers, size);
             self.complete(error, size);
         };
         return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
@@ -119,9 +116,15 @@ class ScannedStream {
         for (auto i = asio::buffer_sequence_begin(buffers); size > 0 && i != end; ++i) {
             const asio::mutable_buffer piece(*i);
             const std::span bytes(static_cast<unsigned char*>(piece.data()), std::min(size, piece.size()));
-            scanner_.scan(skipHead(bytes));
+            scanFrames(skipHead(bytes));
             size -= bytes.size();
         }
+    }
+
+    void scanFrames(std::span<unsigned char> bytes) {
+        if (bytes.empty()) return;
+        lastByteAt_ = clock_.now();
+        scanner_.scan(bytes);
     }
 
     /// What is left of the bytes behind the head of the opening handshake: frames may come in one packet with

@@ -18,7 +18,8 @@ using OnceConnected = std::function<Task<>()>;
 /// `connectionClosed` when the server hangs up, `invalidResponse` when it answers something that is not HTTP.
 /// The response may be up to 256 MiB long. `clock` must outlive the exchange. `onceConnected`, where there is
 /// one, is awaited when the connection stands and no byte has been sent; what it throws is thrown, and
-/// nothing is sent.
+/// nothing is sent. It sees to its own limit: when it takes longer than `timeout`, nothing is sent either,
+/// but that is noticed only afterwards.
 Task<HttpResponse> fetchHttp(Clock& clock, Endpoint endpoint, HttpRequest request,
                              std::chrono::milliseconds timeout, OnceConnected onceConnected = nullptr);
 

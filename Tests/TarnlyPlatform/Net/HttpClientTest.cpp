@@ -11,6 +11,7 @@
 #include "Support/LoopbackHttpServer.hpp"
 #include "Support/LoopbackListener.hpp"
 #include "Support/RunTask.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
@@ -107,6 +108,99 @@ TEST(HttpClient, ARefusedConnectionSaysWhere) {
         EXPECT_EQ(std::string(error.what()),
                   "connectionFailed(\"" + describe(nobody) + ": Connection refused\")");
     }
+}
+
+/// A server that notes what it is sent on one connection, and whether the client had made sure before.
+struct NotingServer {
+    explicit NotingServer(boost::asio::io_context& io)
+        : acceptor(io, {boost::asio::ip::address_v4::loopback(), 0}), changed(io.get_executor()) {}
+
+    Endpoint endpoint() const { return {"127.0.0.1", acceptor.local_endpoint().port()}; }
+
+    Task<> serve() {
+        auto socket = co_await acceptor.async_accept(boost::asio::use_awaitable);
+        isConnected = true;
+        changed.notifyAll();
+        std::array<char, 4096> bytes;
+        constexpr auto token = boost::asio::as_tuple(boost::asio::use_awaitable);
+        auto [error, size] = co_await socket.async_read_some(boost::asio::buffer(bytes), token);
+        wasMadeSure = isMadeSure;
+        received.assign(bytes.data(), size);
+        const std::string answer = "HTTP/1.1 204 No Content\r\n\r\n";
+        if (!error) {
+            co_await boost::asio::async_write(socket, boost::asio::buffer(answer), token);
+        }
+        hasEnded = true;
+    }
+
+    /// Gives bytes that are sent too early the time to arrive.
+    Task<> makeSure() {
+        while (!isConnected) {
+            co_await changed.wait();
+        }
+        SystemClock clock;
+        co_await clock.sleepFor(std::chrono::milliseconds(50));
+        isMadeSure = true;
+    }
+
+    Task<> refuse() {
+        co_await makeSure();
+        throw std::runtime_error("not now");
+    }
+
+    tcp::acceptor acceptor;
+    Event changed;
+    bool isConnected = false;
+    bool isMadeSure = false;
+    bool wasMadeSure = false;
+    bool hasEnded = false;
+    std::string received;
+};
+
+TEST(HttpClient, MakesSureBetweenConnectingAndSending) {
+    boost::asio::io_context io;
+    SystemClock clock;
+    NotingServer server(io);
+    boost::asio::co_spawn(io, server.serve(), boost::asio::detached);
+    const auto makeSure = [&] { return server.makeSure(); };
+    const auto response =
+        test::runTask(io, fetchHttp(clock, server.endpoint(), HttpRequest{}, patience, makeSure));
+    EXPECT_EQ(response.status, 204U);
+    EXPECT_TRUE(server.wasMadeSure);
+    EXPECT_TRUE(server.received.starts_with("GET / HTTP/1.1\r\n"));
+}
+
+TEST(HttpClient, SendsNothingWhenTheLastMomentRefuses) {
+    boost::asio::io_context io;
+    SystemClock clock;
+    NotingServer server(io);
+    boost::asio::co_spawn(io, server.serve(), boost::asio::detached);
+    const auto refuse = [&] { return server.refuse(); };
+    std::string told;
+    try {
+        test::runTask(io, fetchHttp(clock, server.endpoint(), HttpRequest{}, patience, refuse));
+    } catch (const std::runtime_error& error) {
+        told = error.what();
+    }
+    EXPECT_EQ(told, "not now");
+    EXPECT_TRUE(test::runUntil(io, [&] { return server.hasEnded; }));
+    EXPECT_TRUE(server.wasMadeSure);
+    EXPECT_EQ(server.received, "");
+}
+
+TEST(HttpClient, MakesSureOfNothingWithoutAConnection) {
+    boost::asio::io_context io;
+    SystemClock clock;
+    NotingServer server(io);
+    const auto nobody = server.endpoint();
+    server.acceptor.close();
+    bool wasAsked = false;
+    const auto note = [&] {
+        wasAsked = true;
+        return server.makeSure();
+    };
+    EXPECT_THROW(test::runTask(io, fetchHttp(clock, nobody, HttpRequest{}, patience, note)), NetworkError);
+    EXPECT_FALSE(wasAsked);
 }
 
 TEST(Http, DescribesEndpoints) {

@@ -20,6 +20,26 @@ using Kind = WebSocketConnection::Kind;
 
 constexpr auto aMoment = 1ms;
 
+std::optional<NetworkError> networkErrorOf(const std::exception_ptr& failure) {
+    try {
+        if (failure) std::rethrow_exception(failure);
+    } catch (const NetworkError& error) {
+        return error;
+    }
+    return std::nullopt;
+}
+
+/// What the next peer says before it hangs up.
+Task<std::string> readAll(tcp::acceptor& acceptor) {
+    auto socket = co_await acceptor.async_accept(boost::asio::use_awaitable);
+    std::string bytes;
+    auto buffer = boost::asio::dynamic_buffer(bytes);
+    constexpr auto token = boost::asio::as_tuple(boost::asio::use_awaitable);
+    auto [error, size] = co_await boost::asio::async_read(socket, buffer, token);
+    EXPECT_EQ(error, boost::asio::error::eof);
+    co_return bytes;
+}
+
 struct NetworkLimitsTest : testing::Test {
     boost::asio::io_context io;
     test::VirtualClock clock;
@@ -42,14 +62,7 @@ struct NetworkLimitsTest : testing::Test {
         } while (io.run_for(50ms) > 0);
     }
 
-    void workUntil(const std::function<bool()>& condition) {
-        const auto deadline = std::chrono::steady_clock::now() + 60s;
-        while (!condition() && std::chrono::steady_clock::now() < deadline) {
-            io.restart();
-            io.run_for(1ms);
-        }
-        EXPECT_TRUE(condition());
-    }
+    void workUntil(const std::function<bool()>& condition) { EXPECT_TRUE(test::runUntil(io, condition)); }
 
     /// Whether the other side has ended the peer's connection.
     bool isPeerDropped() {
@@ -80,14 +93,23 @@ TEST_F(NetworkLimitsTest, AServerHasTenSecondsToOpenAWebSocket) {
     EXPECT_EQ(connection->failure()->which(), NetworkError::Case::timedOut);
 }
 
+TEST_F(NetworkLimitsTest, WhoWaitsForAWebSocketToOpenIsToldThatItIsLate) {
+    const auto connection = openWebSocket(io.get_executor(), clock, silentEndpoint(), "/");
+    std::optional<NetworkError> failure;
+    boost::asio::co_spawn(io, connection->opened(),
+                          [&](const std::exception_ptr& error) { failure = networkErrorOf(error); });
+    work();
+    clock.advance(io, 10s - aMoment);
+    EXPECT_FALSE(failure);
+    clock.advance(io, aMoment);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->which(), NetworkError::Case::timedOut);
+}
+
 TEST_F(NetworkLimitsTest, AServerHasTheGivenTimeToAnswerARequest) {
     std::optional<NetworkError> failure;
     auto note = [&](const std::exception_ptr& error, const HttpResponse&) {
-        try {
-            std::rethrow_exception(error);
-        } catch (const NetworkError& networkError) {
-            failure = networkError;
-        }
+        failure = networkErrorOf(error);
     };
     boost::asio::co_spawn(io, fetchHttp(clock, silentEndpoint(), HttpRequest{}, 3s), note);
     work();
@@ -97,6 +119,20 @@ TEST_F(NetworkLimitsTest, AServerHasTheGivenTimeToAnswerARequest) {
     clock.advance(io, aMoment);
     workUntil([&] { return failure.has_value(); });
     EXPECT_EQ(failure->which(), NetworkError::Case::timedOut);
+}
+
+TEST_F(NetworkLimitsTest, ARequestThatIsMadeSureOfForTooLongIsNotSent) {
+    std::optional<NetworkError> failure;
+    auto note = [&](const std::exception_ptr& error, const HttpResponse&) {
+        failure = networkErrorOf(error);
+    };
+    const auto makeSure = [this] { return clock.sleepFor(5s); };
+    boost::asio::co_spawn(io, fetchHttp(clock, silentEndpoint(), HttpRequest{}, 3s, makeSure), note);
+    workUntil([this] { return clock.sleeping() == 2; });
+    clock.advance(io, 5s);
+    workUntil([&] { return failure.has_value(); });
+    EXPECT_EQ(failure->which(), NetworkError::Case::timedOut);
+    EXPECT_EQ(test::runTask(io, readAll(silent)), "");
 }
 
 TEST_F(NetworkLimitsTest, APeerThatTakesNothingForFifteenSecondsIsCut) {
