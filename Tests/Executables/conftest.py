@@ -40,7 +40,21 @@ def fake():
     simulator.close()
 
 
+class _WhenUsed:
+    """A companion that starts when the test first asks something of it: it looks for its simulator by itself, which
+    the test has made ready by then."""
+
+    def __init__(self, start):
+        self._start = start
+        self._started = None
+
+    def __getattr__(self, name):
+        if self._started is None:
+            self._started = self._start()
+        return getattr(self._started, name)
+
+
 @pytest.fixture
 def companion(programs, fake):
     """A companion of the fake simulator."""
-    return programs.companion(sim_port=fake.port)
+    return _WhenUsed(lambda: programs.companion(sim_port=fake.port))
