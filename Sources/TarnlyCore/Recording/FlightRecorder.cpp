@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <exception>
 #include <limits>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,12 @@ namespace {
 void increase(std::atomic<std::int64_t>& counter) {
     if (counter == std::numeric_limits<std::int64_t>::max()) std::terminate();
     ++counter;
+}
+
+/// Empty where the system cannot tell.
+std::string absoluteText(const std::filesystem::path& file) {
+    std::error_code error;
+    return std::filesystem::absolute(file, error).string();
 }
 
 /// Looks at every element: the times need not ascend.
@@ -44,8 +51,11 @@ void FlightRecorder::start() {
         increase(generation_);
         std::swap(previous, state.track);
         state.log.reset();
-        state.log = RecordingLog::create(directory_ / RecordingLog::fileName(wallClock_()));
+        const auto file = directory_ / RecordingLog::fileName(wallClock_());
+        state.log = RecordingLog::create(file);
+        state.file = state.log ? absoluteText(file) : std::string();
         state.startTime = clock_.now();
+        state.lastSampleTime.reset();
         isRecording_ = true;
     });
 }
@@ -64,9 +74,20 @@ std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
     return clock_.now() - *startTime;
 }
 
+std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
+    return state_.with([&](const State& state) -> std::optional<Progress> {
+        if (!state.startTime) return std::nullopt;
+        const auto now = clock_.now();
+        Progress result{state.file, now - *state.startTime, state.track.samples.size(), std::nullopt};
+        if (state.lastSampleTime) result.lastSampleAge = now - *state.lastSampleTime;
+        return result;
+    });
+}
+
 void FlightRecorder::recordSample(TrackSample sample) {
     if (!isRecording_) return;
     state_.with([&](State& state) {
+        state.lastSampleTime = clock_.now();
         state.track.samples.append(sample);
         if (state.log) state.log->append(LogLine::of(std::move(sample)));
     });

@@ -2,10 +2,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
@@ -71,6 +73,19 @@ class FlightRecorder {
     /// For how long the recording has been running; absent outside a recording.
     std::optional<std::chrono::nanoseconds> runningFor() const;
 
+    /// How the running recording gets on.
+    struct Progress {
+        /// The absolute path of the log; empty when none could be made.
+        std::string file;
+        std::chrono::nanoseconds runningFor;
+        std::size_t samples;
+        /// Absent before the first one.
+        std::optional<std::chrono::nanoseconds> lastSampleAge;
+    };
+
+    /// Absent outside a recording.
+    std::optional<Progress> progress() const;
+
     /// How many times a recording was started.
     std::int64_t generation() const { return generation_; }
 
@@ -88,6 +103,9 @@ class FlightRecorder {
         std::optional<RecordingLog> log;
         /// Absent outside a recording.
         std::optional<Clock::TimePoint> startTime;
+        /// The log's path; empty where there is no log.
+        std::string file;
+        std::optional<Clock::TimePoint> lastSampleTime;
     };
 
     const std::filesystem::path directory_;

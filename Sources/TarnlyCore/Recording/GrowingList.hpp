@@ -43,6 +43,8 @@ class GrowingList {
         ++size_;
     }
 
+    std::size_t size() const { return size_; }
+
     Snapshot snapshot() const {
         Snapshot result;
         result.blocks_.assign(blocks_.begin(), blocks_.end());

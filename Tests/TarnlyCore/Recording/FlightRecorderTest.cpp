@@ -127,6 +127,42 @@ TEST_F(FlightRecorderTest, TellsForHowLongItHasBeenRunning) {
     EXPECT_FALSE(recording.runningFor());
 }
 
+TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
+    EXPECT_FALSE(recording.progress());
+    for (int i = 0; i < 2; ++i) { // the second start begins anew
+        recording.start();
+        clock.advance(io, 5s);
+        auto progress = recording.progress();
+        ASSERT_TRUE(progress);
+        EXPECT_EQ(progress->file, fs::absolute(file).string());
+        EXPECT_EQ(progress->runningFor, 5s);
+        EXPECT_EQ(progress->samples, 0U);
+        EXPECT_FALSE(progress->lastSampleAge);
+        recording.recordSample(sampleAt(5));
+        clock.advance(io, 500ms);
+        recording.recordSample(sampleAt(5.5));
+        recording.recordFired(firedAt(5.5));
+        clock.advance(io, 2s);
+        progress = recording.progress();
+        ASSERT_TRUE(progress);
+        EXPECT_EQ(progress->runningFor, 7500ms);
+        EXPECT_EQ(progress->samples, 2U);
+        EXPECT_EQ(progress->lastSampleAge, 2s);
+    }
+    recording.stop();
+    EXPECT_FALSE(recording.progress());
+}
+
+TEST_F(FlightRecorderTest, WithoutAFileTheProgressNamesNone) {
+    fs::create_directory(file);
+    recording.start();
+    recording.recordSample(sampleAt(1));
+    const auto progress = recording.progress();
+    ASSERT_TRUE(progress);
+    EXPECT_EQ(progress->file, "");
+    EXPECT_EQ(progress->samples, 1U);
+}
+
 TEST_F(FlightRecorderTest, StopBeforeAnyStartIsHarmless) {
     recording.stop();
     EXPECT_FALSE(recording.isRecording());
