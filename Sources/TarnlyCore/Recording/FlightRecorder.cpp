@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlyCore/Recording/FiniteSample.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 namespace tarnly {
@@ -84,13 +85,16 @@ std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
     });
 }
 
-void FlightRecorder::recordSample(TrackSample sample) {
-    if (!isRecording_) return;
+std::optional<TrackSample> FlightRecorder::recordSample(TrackSample sample,
+                                                        std::optional<Clock::TimePoint> takenAt) {
+    if (!isRecording_) return std::nullopt;
+    sample = withoutNonFinite(std::move(sample));
     state_.with([&](State& state) {
-        state.lastSampleTime = clock_.now();
+        state.lastSampleTime = takenAt ? *takenAt : clock_.now();
         state.track.samples.append(sample);
-        if (state.log) state.log->append(LogLine::of(std::move(sample)));
+        if (state.log) state.log->append(LogLine::of(sample));
     });
+    return sample;
 }
 
 void FlightRecorder::recordFired(FiredTriggerEvent event) {

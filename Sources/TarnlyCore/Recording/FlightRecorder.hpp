@@ -43,8 +43,10 @@ class FlightRecorder {
     /// What was recorded stays until the next start.
     void stop();
 
-    /// Does nothing outside a recording.
-    void recordSample(TrackSample sample);
+    /// What was recorded of the sample: all of it but values that are not finite numbers. Outside a recording
+    /// nothing is, and the answer is absent. `takenAt` is now when it is absent.
+    std::optional<TrackSample> recordSample(TrackSample sample,
+                                            std::optional<Clock::TimePoint> takenAt = std::nullopt);
 
     /// Outside a recording the event is kept in memory only.
     void recordFired(FiredTriggerEvent event);
@@ -105,6 +107,7 @@ class FlightRecorder {
         std::optional<Clock::TimePoint> startTime;
         /// The log's path; empty where there is no log.
         std::string file;
+        /// When the last sample was taken.
         std::optional<Clock::TimePoint> lastSampleTime;
     };
 

@@ -82,11 +82,11 @@ TEST_F(FlightRecorderTest, LineIsCompleteWhenTheCallReturns) {
 }
 
 TEST_F(FlightRecorderTest, SamplesOutsideARecordingAreDropped) {
-    recording.recordSample(sampleAt(1));
+    EXPECT_FALSE(recording.recordSample(sampleAt(1)));
     recording.start();
-    recording.recordSample(sampleAt(2));
+    EXPECT_EQ(recording.recordSample(sampleAt(2)), sampleAt(2));
     recording.stop();
-    recording.recordSample(sampleAt(3));
+    EXPECT_FALSE(recording.recordSample(sampleAt(3)));
     EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{2.0});
     EXPECT_EQ(readLogFile(file).lines.size(), 1U);
 }
@@ -148,6 +148,8 @@ TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
         EXPECT_EQ(progress->runningFor, 7500ms);
         EXPECT_EQ(progress->samples, 2U);
         EXPECT_EQ(progress->lastSampleAge, 2s);
+        recording.recordSample(sampleAt(6), clock.now() - 1500ms);
+        EXPECT_EQ(recording.progress()->lastSampleAge, 1500ms);
     }
     recording.stop();
     EXPECT_FALSE(recording.progress());
@@ -228,16 +230,25 @@ TEST_F(FlightRecorderTest, CatchUpOfALongRecordingIsWhole) {
     EXPECT_EQ(times(recording.catchUp(498.5).samples), (std::vector{499.0, 499.5}));
 }
 
-TEST_F(FlightRecorderTest, SampleThatIsNotFiniteStaysInMemoryOnly) {
-    auto odd = sampleAt(2);
+TEST_F(FlightRecorderTest, ValuesThatAreNotFiniteAreLeftOutOfTheirSample) {
+    auto odd = test::fullSampleAt(2);
+    odd.altitudeFt = std::numeric_limits<double>::quiet_NaN();
     odd.aglFt = std::numeric_limits<double>::infinity();
+    odd.throttleRatio = {0.5, -std::numeric_limits<double>::infinity()};
+    auto expected = test::fullSampleAt(2);
+    expected.altitudeFt = 0;
+    expected.aglFt.reset();
+    expected.throttleRatio.reset();
     recording.start();
     recording.recordSample(sampleAt(1));
-    recording.recordSample(odd);
+    EXPECT_EQ(recording.recordSample(odd), expected);
     recording.recordSample(sampleAt(3));
-    EXPECT_EQ(recording.catchUp(std::nullopt).samples, (std::vector{sampleAt(1), odd, sampleAt(3)}));
+    const auto caughtUp = recording.catchUp(std::nullopt);
+    EXPECT_EQ(caughtUp.samples, (std::vector{sampleAt(1), expected, sampleAt(3)}));
+    EXPECT_NO_THROW(encodeJson(caughtUp));
     const auto log = readLogFile(file);
-    EXPECT_EQ(log.lines, (std::vector{LogLine::of(sampleAt(1)), LogLine::of(sampleAt(3))}));
+    EXPECT_EQ(log.lines,
+              (std::vector{LogLine::of(sampleAt(1)), LogLine::of(expected), LogLine::of(sampleAt(3))}));
     EXPECT_EQ(log.unreadableLines, 0U);
 }
 
