@@ -28,7 +28,7 @@ class FakeBackend final : public SimBackend {
     std::function<void()> tellStageChange;
     bool isWatched = false;
     /// Where set, reading a dataref that is not in the table waits a second before it fails, and a sample
-    /// waits for `sampleDelay`.
+    /// waits for `sampleDelay` and knows when it was taken.
     Clock* clock = nullptr;
     Clock::Duration sampleDelay{};
 
@@ -78,7 +78,7 @@ class FakeBackend final : public SimBackend {
 
     Task<SampleObservation> getTrackSample() override {
         note("getTrackSample");
-        if (clock != nullptr) {
+        if (clock != nullptr && sampleDelay > Clock::Duration::zero()) {
             co_await clock->sleepFor(sampleDelay);
         }
         SampleObservation seen;

@@ -2,8 +2,12 @@
 
 #include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/this_coro.hpp>
+#include <cmath>
 #include <exception>
+#include <optional>
 #include <utility>
+
+#include "TarnlyPlatform/Base/WithinLimit.hpp"
 
 namespace tarnly {
 
@@ -57,36 +61,64 @@ Task<> SamplingLoop::tick() {
 }
 
 Task<> SamplingLoop::takeSample() {
-    restartClockForNewRecording();
+    restartForNewRecording();
+    recordProven();
     try {
-        auto seen = co_await backend_->getTrackSample();
+        auto sight = look(backend_);
+        auto seen = co_await withinLimit(clock_, sampleLimit, std::move(sight));
         // A sample of a recording that was replaced meanwhile would stand in the new one with the old one's
         // time.
-        if (recording_->generation() == lastSeenGeneration_) record(std::move(seen.sample));
+        if (!seen || recording_->generation() != lastSeenGeneration_) co_return;
+        held_.add(std::move(*seen));
     } catch (const std::exception&) {
         // The simulator may be there again at the next tick.
+        co_return;
     }
+    recordProven();
 }
 
-void SamplingLoop::record(TrackSample sample) {
-    sample.elapsedSeconds = elapsedSeconds();
-    recording_->recordSample(sample);
-    const TriggerSample seen{sample.elapsedSeconds, sample.lat,   sample.lon,
-                             sample.altitudeFt,     sample.aglFt, sample.gearDown};
-    for (const auto& fired : loadedScript_->evaluate(seen)) {
+// Holds the backend, since a look that takes too long is left to itself until it notices.
+Task<SampleObservation> SamplingLoop::look(std::shared_ptr<SimBackend> backend) {
+    co_return co_await backend->getTrackSample();
+}
+
+void SamplingLoop::recordProven() {
+    const auto isProven = [this](std::int64_t link, Clock::TimePoint moment) {
+        return backend_->isProven(link, moment);
+    };
+    for (const auto& seen : held_.takeProven(isProven, clock_.now()))
+        record(seen);
+}
+
+void SamplingLoop::record(const SampleObservation& seen) {
+    auto sample = seen.sample;
+    sample.elapsedSeconds = elapsedSeconds(seen.takenAt);
+    const bool isAltitudeKnown = seen.isAltitudeKnown && std::isfinite(sample.altitudeFt);
+    const auto recorded = recording_->recordSample(std::move(sample), seen.takenAt);
+    if (!recorded) return;
+    const TriggerSample forTriggers{
+        .elapsed = recorded->elapsedSeconds,
+        .lat = recorded->lat,
+        .lon = recorded->lon,
+        .altFt = isAltitudeKnown ? std::optional(recorded->altitudeFt) : std::nullopt,
+        .aglFt = recorded->aglFt,
+        .gearDown = recorded->gearDown,
+        .link = seen.link};
+    for (const auto& fired : loadedScript_->evaluate(forTriggers)) {
         recording_->recordFired({fired.triggerId, fired.elapsed, fired.actionKind});
     }
 }
 
-void SamplingLoop::restartClockForNewRecording() {
+void SamplingLoop::restartForNewRecording() {
     const auto generation = recording_->generation();
     if (generation == lastSeenGeneration_) return;
     clockStart_ = clock_.now();
     lastSeenGeneration_ = generation;
+    held_.clear();
 }
 
-double SamplingLoop::elapsedSeconds() const {
-    return std::chrono::duration<double>(clock_.now() - clockStart_).count();
+double SamplingLoop::elapsedSeconds(Clock::TimePoint moment) const {
+    return std::chrono::duration<double>(moment - clockStart_).count();
 }
 
 } // namespace tarnly

@@ -8,6 +8,7 @@
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
+#include "TarnlyCore/Recording/HeldSamples.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -19,12 +20,16 @@ namespace tarnly {
 /// The core's heartbeat: twice a second it has the subscribed dataref values pushed, and while a recording
 /// runs it takes a sample of the flight, records it, and lets the script in force fire its triggers.
 ///
+/// A sample is recorded, and seen by the script, once it is proven that the simulator was alive when it was
+/// taken: at once while the aircraft flies, a little later or never otherwise.
+///
 /// The wait follows the tick, so ticks never overlap. No failure ends the loop: a sample that cannot be had
-/// is skipped. Started and stopped by the host. Belongs to the network thread; its task holds the loop while
-/// a tick is under way or waited for.
+/// is skipped, and so is one that is not there within `sampleLimit`. Started and stopped by the host. Belongs
+/// to the network thread; its task holds the loop while a tick is under way or waited for.
 class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
   public:
     static constexpr std::chrono::nanoseconds interval{500'000'000};
+    static constexpr Clock::Duration sampleLimit = std::chrono::seconds(2);
 
     /// Asks for the pushes and does not wait for them.
     using PushSubscriptions = std::function<void()>;
@@ -45,9 +50,11 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     static Task<> run(std::weak_ptr<SamplingLoop> loop, Clock& clock);
     Task<> tick();
     Task<> takeSample();
-    void record(TrackSample sample);
-    void restartClockForNewRecording();
-    double elapsedSeconds() const;
+    static Task<SampleObservation> look(std::shared_ptr<SimBackend> backend);
+    void recordProven();
+    void record(const SampleObservation& seen);
+    void restartForNewRecording();
+    double elapsedSeconds(Clock::TimePoint moment) const;
 
     // Constant after construction
     Clock& clock_;
@@ -63,6 +70,8 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     Clock::TimePoint clockStart_{};
     /// The recording that `clockStart_` belongs to.
     std::int64_t lastSeenGeneration_ = -1;
+    /// Of the present recording.
+    HeldSamples held_;
 };
 
 } // namespace tarnly

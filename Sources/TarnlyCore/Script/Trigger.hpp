@@ -116,9 +116,11 @@ struct TriggerSample {
     /// Degrees.
     std::optional<double> lat{};
     std::optional<double> lon{};
-    double altFt = 0;
+    std::optional<double> altFt{};
     std::optional<double> aglFt{};
     std::optional<bool> gearDown{};
+    /// Over which the sample came: behind another one the aircraft may be elsewhere.
+    std::int64_t link = 0;
 
     bool operator==(const TriggerSample&) const = default;
 };

@@ -40,6 +40,7 @@ struct TriggerEngine::Moment {
     const TriggerSample& sample;
     double lat;
     double lon;
+    double altFt;
     double aglFt;
     double previousAltFt;
     double previousAglFt;
@@ -53,6 +54,7 @@ TriggerEngine::TriggerEngine(std::vector<ArmedTrigger> triggers, const FixResolv
 
 std::vector<FiredTrigger> TriggerEngine::evaluate(const TriggerSample& sample) {
     const auto firedBefore = firings_.size();
+    forgetOtherLink(sample);
     trackGear(sample);
     walk(sample);
     previous_ = sample;
@@ -90,6 +92,12 @@ double TriggerEngine::distanceNm(double lat1, double lon1, double lat2, double l
     return std::asin(std::min(std::sqrt(a), 1.0)) * earthDiameterNm;
 }
 
+void TriggerEngine::forgetOtherLink(const TriggerSample& sample) {
+    if (!previous_ || previous_->link == sample.link) return;
+    previous_.reset();
+    gearDownSince_.reset();
+}
+
 void TriggerEngine::trackGear(const TriggerSample& sample) {
     // Nothing known about the gear is no reason to start a running delay anew.
     if (!sample.gearDown) return;
@@ -104,8 +112,9 @@ TriggerEngine::Moment TriggerEngine::momentOf(const TriggerSample& sample) const
     return {.sample = sample,
             .lat = orNaN(sample.lat),
             .lon = orNaN(sample.lon),
+            .altFt = orNaN(sample.altFt),
             .aglFt = orNaN(sample.aglFt),
-            .previousAltFt = orNaN(previous_ ? std::optional(previous_->altFt) : std::nullopt),
+            .previousAltFt = orNaN(previous_ ? previous_->altFt : std::nullopt),
             .previousAglFt = orNaN(previous_ ? previous_->aglFt : std::nullopt),
             .gearDownSince = orNaN(gearDownSince_)};
 }
@@ -146,7 +155,7 @@ bool TriggerEngine::holds(const TriggerTest& test, const Moment& now) const {
         case TriggerConditionKind::crossesAgl:
             return crosses(now.previousAglFt, now.aglFt, test);
         case TriggerConditionKind::crossesAltitude:
-            return crosses(now.previousAltFt, now.sample.altFt, test);
+            return crosses(now.previousAltFt, now.altFt, test);
         case TriggerConditionKind::afterGearDown:
             return now.sample.elapsed - now.gearDownSince >= test.limit;
         case TriggerConditionKind::afterStart:

@@ -26,6 +26,9 @@ class TriggerEngine {
     /// The order is that of walks through the waiting triggers in load order, in which each firing is seen by
     /// every later test, repeated until a walk fires none. The cost is that of one walk, and of sorting what
     /// fires. Triggers with the same id count as one: when the first has fired, none of them waits any more.
+    ///
+    /// The first sample of another link only says where the aircraft is: what lies between it and the sample
+    /// before is no crossing, and a period with the gear down has ended.
     std::vector<FiredTrigger> evaluate(const TriggerSample& sample);
 
     /// In load order.
@@ -53,6 +56,7 @@ class TriggerEngine {
     };
     struct Moment;
 
+    void forgetOtherLink(const TriggerSample& sample);
     void trackGear(const TriggerSample& sample);
     Moment momentOf(const TriggerSample& sample) const;
     void walk(const TriggerSample& sample);

@@ -60,13 +60,15 @@ TriggerCondition RandomFlight::condition(std::size_t ids) {
 }
 
 TriggerSample RandomFlight::sample() {
+    if (oneIn(8)) link_ = static_cast<std::int64_t>(below(3));
     clock_ = oneIn(15) ? 0 : clock_ + oneOf({0.0, 0.5, 0.5, 1.0});
     TriggerSample result{.elapsed = clock_,
                          .lat = mostly(degrees()),
                          .lon = mostly(degrees()),
-                         .altFt = feet(),
+                         .altFt = mostly(feet()),
                          .aglFt = mostly(feet()),
-                         .gearDown = std::nullopt};
+                         .gearDown = std::nullopt,
+                         .link = link_};
     if (!oneIn(3)) result.gearDown = oneIn(2);
     if (oneIn(40)) result.elapsed = oneOf({nan, infinity, -1.0});
     return result;

@@ -14,7 +14,7 @@ namespace tarnly::test {
 
 /// Draws scripts and samples that meet all the odd cases: few ids, fixes and thresholds, so that they are
 /// shared, form chains and cycles and are met exactly; absent values, NaN and infinity; a clock that jumps
-/// back.
+/// back; links that are replaced.
 class RandomFlight {
   public:
     explicit RandomFlight(std::uint64_t seed) : engine_(seed) {}
@@ -59,6 +59,7 @@ class RandomFlight {
 
     std::mt19937_64 engine_;
     double clock_ = 0;
+    std::int64_t link_ = 0;
 };
 
 } // namespace tarnly::test

@@ -32,6 +32,10 @@ ReferenceEngine::ReferenceEngine(std::vector<ArmedTrigger> triggers, const FixRe
 }
 
 std::vector<FiredTrigger> ReferenceEngine::evaluate(const TriggerSample& sample) {
+    if (previous_ && previous_->link != sample.link) {
+        previous_.reset();
+        gearDownSince_.reset();
+    }
     if (sample.gearDown == true && !gearDownSince_) gearDownSince_ = sample.elapsed;
     if (sample.gearDown == false) gearDownSince_.reset();
     std::vector<FiredTrigger> result;

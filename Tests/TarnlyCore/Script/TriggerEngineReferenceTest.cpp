@@ -85,6 +85,31 @@ TEST(TriggerEngineReference, RandomScriptsFireAsInPlainWalks) {
     EXPECT_GT(firings, 10000U);
 }
 
+/// The comparison means something for links and unknown altitudes, too: the random flights tell engines apart
+/// that know nothing of them.
+TEST(TriggerEngineReference, InRandomScriptsLinksAndUnknownAltitudesMatter) {
+    int differencesByLink = 0;
+    int differencesByAltitude = 0;
+    for (std::uint64_t seed = 0; seed < 500; ++seed) {
+        test::RandomFlight flight(seed);
+        const auto script = flight.script(14);
+        test::ReferenceEngine reference(script, fixPosition);
+        test::ReferenceEngine onOneLink(script, fixPosition);
+        test::ReferenceEngine withZeros(script, fixPosition);
+        for (int i = 0; i < 12; ++i) {
+            auto sample = flight.sample();
+            const auto fired = described(reference.evaluate(sample));
+            auto zeroed = sample;
+            zeroed.altFt = sample.altFt.value_or(0);
+            if (described(withZeros.evaluate(zeroed)) != fired) ++differencesByAltitude;
+            sample.link = 0;
+            if (described(onOneLink.evaluate(sample)) != fired) ++differencesByLink;
+        }
+    }
+    EXPECT_GT(differencesByLink, 20);
+    EXPECT_GT(differencesByAltitude, 20);
+}
+
 TEST(TriggerEngineReference, RandomChainsFireAsInPlainWalks) {
     int mostWalks = 0;
     std::size_t firings = 0;

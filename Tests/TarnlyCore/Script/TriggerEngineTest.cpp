@@ -27,12 +27,19 @@ std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
 std::optional<Coordinate> atOrigin(const std::string&) { return Coordinate{0, 0}; }
 
 TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
-TriggerSample atHeight(double altFt, std::optional<double> aglFt) { return {.altFt = altFt, .aglFt = aglFt}; }
+TriggerSample atHeight(std::optional<double> altFt, std::optional<double> aglFt) {
+    return {.altFt = altFt, .aglFt = aglFt};
+}
 TriggerSample atPosition(std::optional<double> lat, std::optional<double> lon) {
     return {.lat = lat, .lon = lon};
 }
 TriggerSample withGear(double elapsed, std::optional<bool> down) {
     return {.elapsed = elapsed, .gearDown = down};
+}
+
+TriggerSample overLink(std::int64_t link, TriggerSample sample) {
+    sample.link = link;
+    return sample;
 }
 
 /// An engine of one trigger.
@@ -171,6 +178,24 @@ TEST(TriggerEngine, AGearPeriodOutlivesAClockThatGoesBack) {
     EXPECT_TRUE(engine.fires(withGear(102, true)));
 }
 
+TEST(TriggerEngine, AGearPeriodEndsWithItsLink) {
+    One engine(afterGearDown(2));
+    EXPECT_FALSE(engine.fires(overLink(1, withGear(10, true))));
+    EXPECT_FALSE(engine.fires(overLink(2, withGear(20, std::nullopt))));
+    EXPECT_FALSE(engine.fires(overLink(2, withGear(21, true))));
+    EXPECT_FALSE(engine.fires(overLink(3, withGear(30, true))));
+    EXPECT_TRUE(engine.fires(overLink(3, withGear(32, true))));
+}
+
+TEST(TriggerEngine, WhatHasFiredStaysSoOverAnotherLink) {
+    TriggerEngine engine({armed("start", afterStart(0)), armed("later", test::afterTrigger("start", 5))},
+                         noFix);
+    EXPECT_THAT(ids(engine.evaluate(overLink(1, at(0)))), ElementsAre("start"));
+    EXPECT_THAT(ids(engine.evaluate(overLink(2, at(4)))), IsEmpty());
+    EXPECT_THAT(ids(engine.evaluate(overLink(2, at(5)))), ElementsAre("later"));
+    EXPECT_THAT(ids(engine.fired()), ElementsAre("start", "later"));
+}
+
 TEST(TriggerEngine, GearIsTrackedWhileNothingWaitsForIt) {
     TriggerEngine engine({armed("start", afterStart(0)), armed("gear", afterGearDown(5))}, noFix);
     engine.evaluate(withGear(0, true));
@@ -241,6 +266,30 @@ TEST(TriggerEngine, AnUnknownHeightAboveGroundIsSteppedOverByNoCrossing) {
     EXPECT_FALSE(engine.fires(atHeight(0, 1010)));
     EXPECT_FALSE(engine.fires(atHeight(0, 990)));
     EXPECT_TRUE(engine.fires(atHeight(0, 1010)));
+}
+
+TEST(TriggerEngine, AnUnknownAltitudeIsNoSideOfAnyThreshold) {
+    One climbing(crossing(Kind::crossesAltitude, 1000, true));
+    EXPECT_FALSE(climbing.fires(atHeight(std::nullopt, std::nullopt)));
+    EXPECT_FALSE(climbing.fires(atHeight(1500, std::nullopt)));
+    EXPECT_FALSE(climbing.fires(atHeight(std::nullopt, std::nullopt)));
+    EXPECT_FALSE(climbing.fires(atHeight(1500, std::nullopt)));
+    EXPECT_FALSE(climbing.fires(atHeight(990, std::nullopt)));
+    EXPECT_TRUE(climbing.fires(atHeight(1010, std::nullopt)));
+    One descending(crossing(Kind::crossesAltitude, 1000, false));
+    EXPECT_FALSE(descending.fires(atHeight(1500, std::nullopt)));
+    EXPECT_FALSE(descending.fires(atHeight(std::nullopt, std::nullopt)));
+    EXPECT_FALSE(descending.fires(atHeight(990, std::nullopt)));
+}
+
+TEST(TriggerEngine, BetweenTwoLinksThereIsNoCrossing) {
+    for (const auto kind : {Kind::crossesAltitude, Kind::crossesAgl}) {
+        One engine(crossing(kind, 1000, true));
+        EXPECT_FALSE(engine.fires(overLink(1, atHeight(990, 990))));
+        EXPECT_FALSE(engine.fires(overLink(2, atHeight(1010, 1010))));
+        EXPECT_FALSE(engine.fires(overLink(2, atHeight(990, 990))));
+        EXPECT_TRUE(engine.fires(overLink(2, atHeight(1000, 1000))));
+    }
 }
 
 TEST(TriggerEngine, HeightsAreRememberedWhileTheScriptIsDone) {
