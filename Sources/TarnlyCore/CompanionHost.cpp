@@ -22,6 +22,16 @@ SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> serv
     };
 }
 
+std::function<void()> tellWatchedTo(std::shared_ptr<SimBackend> backend,
+                                    std::shared_ptr<ProtocolServer> server,
+                                    std::shared_ptr<FlightRecorder> recording,
+                                    std::shared_ptr<bool> isStageWatched) {
+    return [backend = std::move(backend), server = std::move(server), recording = std::move(recording),
+            isStageWatched = std::move(isStageWatched)] {
+        backend->setWatched(*isStageWatched || recording->isRecording() || server->pairedCount() > 0);
+    };
+}
+
 } // namespace
 
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
@@ -42,8 +52,9 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
               return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver,
                                                        workers, scriptWorkers);
           })),
+      tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
       sampling_(std::make_shared<SamplingLoop>(executor, clock, backend, recording_, loadedScript_,
-                                               pushThrough(server_))),
+                                               pushThrough(server_), tellWatched_)),
       advertiser_(executor, clock, std::move(configuration.publish)) {}
 
 Task<> CompanionHost::start() {
@@ -62,6 +73,12 @@ Task<> CompanionHost::start() {
         };
     co_await advertiser_.start(std::move(service), std::move(onNewConnection));
     sampling_->start();
+}
+
+void CompanionHost::setStageWatched(bool isWatched) {
+    thread_.check();
+    *isStageWatched_ = isWatched;
+    tellWatched_();
 }
 
 void CompanionHost::stop() {

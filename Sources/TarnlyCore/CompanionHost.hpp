@@ -5,6 +5,7 @@
 #include <boost/asio/any_io_executor.hpp>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -70,6 +71,10 @@ class CompanionHost {
     /// that are under way leave meanwhile.
     Task<bool> join(Clock::Duration limit) { return server_->join(clock_, limit); }
 
+    /// Whether somebody looks at how the simulator stands: it is looked for more often then, as it is while a
+    /// client is paired or a recording runs. The backend hears of these at each heartbeat, of this at once.
+    void setStageWatched(bool isWatched);
+
     PairingManager& pairing() { return *pairing_; }
     FlightRecorder& recording() { return *recording_; }
     LoadedScript& loadedScript() { return *loadedScript_; }
@@ -92,7 +97,10 @@ class CompanionHost {
     const std::shared_ptr<LoadedScript> loadedScript_;
     // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_
     const std::shared_ptr<ProtocolServer> server_;
-    // depends-on: recording_, loadedScript_, server_
+    const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);
+    // depends-on: recording_, server_, isStageWatched_
+    const std::function<void()> tellWatched_;
+    // depends-on: recording_, loadedScript_, server_, tellWatched_
     const std::shared_ptr<SamplingLoop> sampling_;
     // depends-on: server_
     ServiceAdvertiser advertiser_;

@@ -39,6 +39,15 @@ struct CompanionHostTest : testing::Test {
     }
 
     void start(CompanionHost& host) { test::runTask(io, host.start()); }
+
+    /// Runs until the backend has been told so; false when that does not happen.
+    bool comesToBeWatched(bool expected) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        io.restart();
+        while (backend->isWatched != expected && io.run_one_until(deadline) > 0) {
+        }
+        return backend->isWatched == expected;
+    }
 };
 
 std::string pairingText(const PublishedService& service) { return service.txt.at(2).second; }
@@ -110,6 +119,38 @@ TEST_F(CompanionHostTest, AClientGetsAnswersAndPushesUntilTheHostStops) {
     EXPECT_EQ(texts[1], R"({"type":"dataref_subscribe_values","req_id":1,"data":{"a":4.5}})");
     EXPECT_EQ(texts[2], push);
     EXPECT_EQ(texts[3], push);
+}
+
+TEST_F(CompanionHostTest, TheBackendHearsAtOnceThatSomebodyLooks) {
+    const auto host = newHost();
+    host->setStageWatched(true);
+    EXPECT_TRUE(backend->isWatched);
+    host->setStageWatched(false);
+    EXPECT_FALSE(backend->isWatched);
+}
+
+TEST_F(CompanionHostTest, TheBackendIsWatchedWhileARecordingRuns) {
+    const auto host = newHost();
+    start(*host);
+    host->recording().start();
+    EXPECT_TRUE(comesToBeWatched(true));
+    host->setStageWatched(false); // others' reasons stand
+    EXPECT_TRUE(backend->isWatched);
+    host->recording().stop();
+    EXPECT_TRUE(comesToBeWatched(false));
+    host->stop();
+}
+
+TEST_F(CompanionHostTest, TheBackendIsWatchedWhileAClientIsPaired) {
+    const auto host = newHost();
+    start(*host);
+    const Endpoint endpoint{"127.0.0.1", *host->advertiser().advertisedPort()};
+    const auto client = openWebSocket(io.get_executor(), clock, endpoint, "/");
+    client->send(R"({"type":"pair"})", Kind::awaited);
+    EXPECT_TRUE(comesToBeWatched(true));
+    client->cancel();
+    EXPECT_TRUE(comesToBeWatched(false));
+    host->stop();
 }
 
 TEST_F(CompanionHostTest, StoppingEndsTheRecording) {

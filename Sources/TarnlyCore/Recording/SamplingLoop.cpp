@@ -15,12 +15,14 @@ namespace asio = boost::asio;
 
 SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
                            std::shared_ptr<FlightRecorder> recording,
-                           std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions)
+                           std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions,
+                           TickBegins onTickBegins)
     : clock_(clock),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
       onPushSubscriptions_(std::move(onPushSubscriptions)),
+      onTickBegins_(std::move(onTickBegins)),
       task_(std::move(executor)) {}
 
 void SamplingLoop::start() {
@@ -51,6 +53,7 @@ Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
 }
 
 Task<> SamplingLoop::tick() {
+    if (onTickBegins_) onTickBegins_();
     if (recording_->isRecording()) {
         co_await takeSample();
     }

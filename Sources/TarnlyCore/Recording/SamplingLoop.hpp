@@ -34,10 +34,13 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     /// Asks for the pushes and does not wait for them.
     using PushSubscriptions = std::function<void()>;
 
+    /// Called as a tick begins, before anything is waited for.
+    using TickBegins = std::function<void()>;
+
     /// `clock` must outlive all that runs on `executor`.
     SamplingLoop(boost::asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
                  std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
-                 PushSubscriptions onPushSubscriptions);
+                 PushSubscriptions onPushSubscriptions, TickBegins onTickBegins = nullptr);
 
     /// Does nothing when the loop runs already. A loop that is started again within one recording goes on
     /// with that recording's clock.
@@ -62,6 +65,7 @@ class SamplingLoop : public std::enable_shared_from_this<SamplingLoop> {
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const PushSubscriptions onPushSubscriptions_;
+    const TickBegins onTickBegins_;
 
     OnOneThread thread_;
     TaskGroup task_;
