@@ -220,12 +220,9 @@ Task<ReconnectingBackend::Link> ReconnectingBackend::linkBy(Clock::TimePoint dea
             if (!isDecided) throw timedOut();
             continue;
         }
-        // Between attempts: one that has just failed speaks for the next.
-        const bool isFresh = lastFailure_ && clock_.now() - lastFailureAt_ < shortestPause;
-        if (isFresh && !isConnected_) std::rethrow_exception(lastFailure_);
+        // Between attempts: who asks has the next one begin soon.
         isWanted_ = true;
         wanted_.notifyAll();
-        // The next attempt begins when others have run.
         co_await clock_.sleepFor(attemptLook);
     }
 }

@@ -61,7 +61,8 @@ ESCAPED = [('a"b', r'a\"b'), ("a\\b", r"a\\b"), ("\n\r\t\0", r"\n\r\t\0"),
 
 
 @pytest.mark.parametrize("text, shown", ESCAPED, ids=repr)
-def test_a_name_in_an_error_is_shown_escaped(companion, text, shown):
+def test_a_name_in_an_error_is_shown_escaped(companion, fake, text, shown):
+    fake.add("sim/known", 1)
     client = companion.client()
     assert client.subscribe_error(f"sim/x{text}") == f'unknownDataref("sim/x{shown}")'
     assert client.error("run_command", {"name": text}) == f'unknownCommand("{shown}")'

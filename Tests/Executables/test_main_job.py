@@ -23,7 +23,7 @@ def rig(programs):
 def test_a_client_pairs_and_learns_which_simulator_it_is(rig):
     client = rig.client(paired=False)
     assert len(client.pair()["session_token"]) == 32
-    assert client.data("sim_info") == {"sim": "xplane", "version": "unknown"}
+    wait_until(lambda: client.data("sim_info") == {"sim": "xplane", "version": "12.4.0"}, "the simulator's version")
 
 
 def test_subscribing_gives_the_present_values(rig):
