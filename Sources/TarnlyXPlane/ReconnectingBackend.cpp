@@ -227,6 +227,13 @@ Task<ReconnectingBackend::Link> ReconnectingBackend::linkBy(Clock::TimePoint dea
     }
 }
 
+/// Holds the link, since an operation that takes too long is left to itself until it notices.
+template <typename Operation>
+std::invoke_result_t<Operation, XPlaneBackend&> ReconnectingBackend::runOn(Link link, Operation operation) {
+    auto task = operation(*link);
+    co_return co_await std::move(task);
+}
+
 template <typename Operation>
 std::invoke_result_t<Operation, XPlaneBackend&> ReconnectingBackend::onLink(Clock::Duration limit,
                                                                             Operation operation) {
@@ -238,7 +245,7 @@ std::invoke_result_t<Operation, XPlaneBackend&> ReconnectingBackend::onLink(Cloc
         const auto link = co_await linkBy(linkDeadline);
         const auto left = deadline - clock_.now();
         try {
-            auto task = operation(*link);
+            auto task = runOn(link, operation);
             auto result = co_await withinLimit(clock_, left, std::move(task));
             if (!result) throw timedOut();
             if constexpr (std::is_same_v<decltype(result), bool>) {

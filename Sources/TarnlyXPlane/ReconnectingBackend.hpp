@@ -101,6 +101,9 @@ class ReconnectingBackend final : public SimBackend,
     template <typename Operation>
     std::invoke_result_t<Operation, XPlaneBackend&> onLink(Clock::Duration limit, Operation operation);
 
+    template <typename Operation>
+    static std::invoke_result_t<Operation, XPlaneBackend&> runOn(Link link, Operation operation);
+
     NetworkError timedOut() const;
 
     OnOneThread thread_;
