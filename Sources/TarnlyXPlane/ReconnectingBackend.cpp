@@ -209,6 +209,7 @@ NetworkError ReconnectingBackend::timedOut() const {
 }
 
 Task<ReconnectingBackend::Link> ReconnectingBackend::linkBy(Clock::TimePoint deadline) {
+    const auto linksBefore = links_;
     for (;;) {
         if (isClosed_) throw NetworkError(NetworkError::Case::connectionClosed, describe(endpoint_));
         if (isConnected_ && !link_->hasEnded()) co_return link_;
@@ -220,7 +221,8 @@ Task<ReconnectingBackend::Link> ReconnectingBackend::linkBy(Clock::TimePoint dea
             if (!isDecided) throw timedOut();
             continue;
         }
-        // Between attempts: who asks has the next one begin soon.
+        // Between attempts: one that has begun since then speaks for this request; else it has one begin soon.
+        if (links_ != linksBefore && lastFailure_) std::rethrow_exception(lastFailure_);
         isWanted_ = true;
         wanted_.notifyAll();
         co_await clock_.sleepFor(attemptLook);

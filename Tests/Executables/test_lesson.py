@@ -443,7 +443,8 @@ def test_a_simulator_that_comes_later_is_recorded_from_then_on(programs):
         assert recorder.samples == []
         programs.simulator(port=port)
         recorder.wait_for_samples(2)
-    assert recorder.samples[0]["elapsed_s"] > 1, "the clock began with the recording"
+    # The clock begins with the first heartbeat, half a second after the start at most.
+    assert recorder.samples[0]["elapsed_s"] > 0.6, "the clock began with the recording"
 
 
 def test_a_subscription_that_waits_does_not_slow_the_heartbeat(companion, flight):

@@ -13,8 +13,8 @@ def test_pipelined_requests_are_answered_in_order(programs):
 
 def test_a_waiting_request_holds_back_its_own_connection_only(companion, fake):
     fake.add("sim/x", 1)
-    waiting, other = companion.client(), companion.client()
     with fake.holding(DATAREFS):
+        waiting, other = companion.client(), companion.client()
         posted = [waiting.post("dataref_subscribe_values", {"datarefs": [{"name": "sim/x"}]}),
                   waiting.post("sim_info")]
         fake.wait_for(lambda: DATAREFS in fake.lines(), "the request for the catalogue")
