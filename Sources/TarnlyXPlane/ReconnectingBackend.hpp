@@ -3,7 +3,6 @@
 #include <boost/asio/any_io_executor.hpp>
 #include <chrono>
 #include <cstdint>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,13 +12,9 @@
 
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
-#include "TarnlyPlatform/Base/Event.hpp"
-#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
-#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
-#include "TarnlyXPlane/Link/LinkFailure.hpp"
-#include "TarnlyXPlane/Link/SharedAttempt.hpp"
+#include "TarnlyXPlane/LinkKeeper.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
 namespace tarnly {
@@ -30,13 +25,8 @@ namespace tarnly {
 /// ended. Nothing that belongs to a link outlives it: an operation that meets its end looks its names up
 /// again on the next one. Operations are bounded in time. Belongs to the network thread but for
 /// `setSituationsDirectory`; who awaits an operation keeps the backend alive meanwhile.
-class ReconnectingBackend final : public SimBackend,
-                                  public std::enable_shared_from_this<ReconnectingBackend> {
+class ReconnectingBackend final : public SimBackend {
   public:
-    static constexpr std::chrono::milliseconds shortestPause{250};
-    /// While somebody cares, and while nobody does.
-    static constexpr std::chrono::seconds longestWatchedPause{2};
-    static constexpr std::chrono::seconds longestPause{30};
     /// What a request may take, without the pauses that it makes itself.
     static constexpr std::chrono::seconds requestLimit{5};
     static constexpr std::chrono::seconds sampleLimit{2};
@@ -52,13 +42,13 @@ class ReconnectingBackend final : public SimBackend,
     ~ReconnectingBackend() override;
 
     /// Begins to look for the simulator, and keeps the backend until `close`. To be called once.
-    void start();
+    void start() { keeper_->start(); }
 
     /// Ends the present link, and looks for no other. Harmless when repeated.
     void close();
 
     /// Waits until all has ended, for `limit` at most; says whether it came to that.
-    Task<bool> join(Clock::Duration limit);
+    Task<bool> join(Clock::Duration limit) { return keeper_->join(limit); }
 
     /// See `XPlaneBackend`. From any thread.
     void setSituationsDirectory(std::optional<std::string> path);
@@ -74,67 +64,25 @@ class ReconnectingBackend final : public SimBackend,
     bool isProven(std::int64_t link, Clock::TimePoint moment) const override;
     Task<> moveToPreservingAgl(double latitude, double longitude) override;
     Task<> applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) override;
-    SimulatorStage stage() const override;
-    void onStageChange(std::function<void()> tell) override { tellStageChange_ = std::move(tell); }
-    void setWatched(bool isWatched) override;
+    SimulatorStage stage() const override { return keeper_->stage(); }
+    void onStageChange(std::function<void()> tell) override { keeper_->onStageChange(std::move(tell)); }
+    void setWatched(bool isWatched) override { keeper_->setWatched(isWatched); }
 
   private:
-    using Link = std::shared_ptr<XPlaneBackend>;
-
-    static Task<> keepLink(std::shared_ptr<ReconnectingBackend> backend);
-    Task<> attempt();
-    Task<> connect(Link link);
-    Task<> stayConnected(Link link);
-    Task<> pauseBeforeNext();
-    Task<> sayIfSilent(std::int64_t number);
-    Link makeLink();
-    void finishAttempt(const std::exception_ptr& failure);
-    void noteFailure(const std::exception_ptr& failure);
-    Clock::Duration currentPause() const;
-    void tellIfChanged();
-
-    /// The present link, or the next one as soon as it stands. Throws why there is none, `timedOut` when that
-    /// is not known by `deadline`.
-    Task<Link> linkBy(Clock::TimePoint deadline);
-
     /// `operation` on the present link, and on the next one where that ends; for `limit` at most.
     template <typename Operation>
     std::invoke_result_t<Operation, XPlaneBackend&> onLink(Clock::Duration limit, Operation operation);
-
     template <typename Operation>
-    static std::invoke_result_t<Operation, XPlaneBackend&> runOn(Link link, Operation operation);
-
-    NetworkError timedOut() const;
+    static std::invoke_result_t<Operation, XPlaneBackend&> runOn(LinkKeeper::Link link, Operation operation);
 
     OnOneThread thread_;
 
     // Constant after construction
-    const boost::asio::any_io_executor executor_;
-    const Endpoint endpoint_;
-    const std::shared_ptr<XPlaneTransport> transport_;
     Clock& clock_;
-    WorkerPool& workers_;
-
-    Guarded<std::optional<std::string>> situationsDirectory_;
-    TaskGroup tasks_;
-    /// Somebody needs a link now.
-    Event wanted_;
-    /// The link in use, or the one that is being tried; null between attempts.
-    Link link_;
-    /// Null while a link is in use, and between attempts.
-    std::shared_ptr<SharedAttempt> attempt_;
-    std::exception_ptr lastFailure_;
-    Clock::TimePoint lastFailureAt_{};
-    SimulatorStage stageWithoutLink_;
-    SimulatorStage toldStage_;
-    std::function<void()> tellStageChange_;
-    std::string version_ = "unknown";
-    std::int64_t links_ = 0;
-    Clock::Duration pause_ = shortestPause;
-    bool isConnected_ = false;
-    bool isWanted_ = false;
-    bool isWatched_ = false;
-    bool isClosed_ = false;
+    const LinkKeeper::MakeLink makeLink_;
+    /// For what needs no connection; never connected.
+    const LinkKeeper::Link withoutLink_;
+    const std::shared_ptr<LinkKeeper> keeper_;
 };
 
 } // namespace tarnly

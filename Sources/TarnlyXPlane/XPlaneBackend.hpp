@@ -30,6 +30,8 @@ namespace tarnly {
 /// do.
 class XPlaneBackend final : public SimBackend {
   public:
+    static constexpr std::string_view unknownVersion = "unknown";
+
     /// `executor` is the network thread's; `clock` and `workers` must outlive all that runs there. `number`
     /// is the link's in its samples.
     XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
@@ -52,6 +54,9 @@ class XPlaneBackend final : public SimBackend {
     /// Connects, and has the link watched from then on (see `WebApiLink::watch`); the simulator's version is
     /// asked for aside. Throws `LinkFailure`.
     Task<> connect();
+
+    /// The simulator's version, once it has told it.
+    const std::string& version() const { return *version_; }
 
     /// Returns when the link has ended.
     Task<> ended() { return link_->ended(); }
@@ -113,7 +118,7 @@ class XPlaneBackend final : public SimBackend {
     Clock& clock_;
     WorkerPool& workers_;
 
-    std::shared_ptr<std::string> version_ = std::make_shared<std::string>("unknown");
+    std::shared_ptr<std::string> version_ = std::make_shared<std::string>(unknownVersion);
     TaskGroup asking_;
     std::function<void()> tellStageChange_;
     bool hasWaitedForSample_ = false;

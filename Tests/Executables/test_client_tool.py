@@ -46,7 +46,7 @@ def rig(programs):
 
 
 def test_info(rig):
-    assert rig.lines("info") == [{"sim": "xplane", "version": "unknown"}]
+    wait_until(lambda: rig.lines("info") == [{"sim": "xplane", "version": "12.4.0"}], "the simulator's version")
     plain = rig.tool("info")
     assert plain.status == 0 and "xplane" in plain.output
 
@@ -96,7 +96,8 @@ def test_attitude_takes_negative_degrees(rig):
 
 def test_send_sends_any_request_and_prints_the_answer(rig):
     (line,) = rig.lines("send", '{"type":"sim_info","req_id":77}')
-    assert line == {"type": "sim_info", "req_id": 77, "data": {"sim": "xplane", "version": "unknown"}}
+    assert line["data"].pop("version") in ("12.4.0", "unknown")  # it may not have been asked yet
+    assert line == {"type": "sim_info", "req_id": 77, "data": {"sim": "xplane"}}
 
 
 def test_a_refusal_is_told_in_the_companions_words(rig):

@@ -27,7 +27,8 @@ class Catalogue {
 
     /// Whether another one may know more names.
     bool isStale(Clock::TimePoint now) const {
-        return now - loadedAt_ >= (isEmpty() ? Clock::Duration(emptyStaleAfter) : Clock::Duration(staleAfter));
+        return now - loadedAt_ >=
+               (isEmpty() ? Clock::Duration(emptyStaleAfter) : Clock::Duration(staleAfter));
     }
 
     Clock::TimePoint loadedAt() const { return loadedAt_; }

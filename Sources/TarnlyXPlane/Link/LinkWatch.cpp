@@ -70,13 +70,10 @@ void WebApiLink::noteSigns() {
     if (signs.pongs > 0) liveness_.notePong();
 }
 
-bool WebApiLink::isSilent() const {
+bool WebApiLink::isSilent() {
     if (!webSocket_ || !onChange_) return false;
-    auto liveness = liveness_;
-    const auto signs = webSocket_->signsOfLife();
-    if (signs.lastByteAt) liveness.noteByte(*signs.lastByteAt);
-    if (signs.pongs > 0) liveness.notePong();
-    return liveness.isSilent(clock_.now());
+    noteSigns();
+    return liveness_.isSilent(clock_.now());
 }
 
 void WebApiLink::tellChange() {

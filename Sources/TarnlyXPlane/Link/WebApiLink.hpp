@@ -73,7 +73,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     bool isConnected() const { return connected_; }
 
     /// The simulator says nothing, though it has been asked.
-    bool isSilent() const;
+    bool isSilent();
     bool isAtMainMenu() const { return connected_ && datarefs_.isEmpty(); }
     /// When the other end last showed that it lives.
     Clock::TimePoint lastSign() const { return liveness_.lastSign(); }
