@@ -92,6 +92,17 @@ json::value bodyOf(const std::string& body) {
 /// What people are shown of a text from the simulator, in bytes.
 constexpr std::size_t longestShown = 200;
 
+/// What is shown of a longer text, which is well-formed: no half character at its end.
+std::string beginningOf(const std::string& text) {
+    const auto isInsideCharacter = [&](std::size_t at) {
+        return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+    };
+    auto size = longestShown;
+    while (size > 0 && isInsideCharacter(size))
+        --size;
+    return text.substr(0, size);
+}
+
 } // namespace
 
 bool DatarefUpdate::hasAny(std::span<const std::int64_t> ids) const {
@@ -145,7 +156,7 @@ std::string errorMessageOf(const std::string& body) {
     const auto* found = memberOf(json, "error_message");
     if (found == nullptr || !found->is_string()) return {};
     std::string message(found->get_string());
-    if (message.size() > longestShown) message = wellFormedUtf8(message.substr(0, longestShown)) + "…";
+    if (message.size() > longestShown) message = beginningOf(message) + "…";
     std::ranges::replace_if(
         message, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
     while (message.ends_with('.') || message.ends_with(' '))
