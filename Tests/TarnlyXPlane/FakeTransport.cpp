@@ -1,5 +1,7 @@
 #include "TarnlyXPlane/FakeTransport.hpp"
 
+#include <algorithm>
+
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
@@ -78,13 +80,15 @@ void FakeWebSocket::deliverValues(const std::map<std::int64_t, std::string>& val
 
 Task<HttpResponse> FakeTransport::fetch(Endpoint endpoint, HttpRequest request,
                                         std::chrono::milliseconds timeout, OnceConnected onceConnected) {
-    exchanges.push_back({endpoint, request, timeout});
     if (onceConnected) {
         co_await onceConnected();
     }
-    if (latency.count() > 0) {
-        co_await clock_.sleepFor(latency);
+    exchanges.push_back({endpoint, request, timeout});
+    const auto wait = std::min(latency, timeout);
+    if (wait.count() > 0) {
+        co_await clock_.sleepFor(wait);
     }
+    if (latency > timeout) throw NetworkError(NetworkError::Case::timedOut, describe(endpoint));
     if (answer) {
         auto response = answer(request);
         if (response) co_return *response;

@@ -95,7 +95,7 @@ class FakeTransport final : public XPlaneTransport {
 
     std::map<std::string, std::int64_t> datarefs;
     std::map<std::string, std::int64_t> commands;
-    /// Time that every exchange takes.
+    /// Time that every exchange takes; beyond its time-out it fails.
     std::chrono::milliseconds latency{0};
     /// Answers in place of the catalogues when its result is not absent; may throw.
     std::function<std::optional<HttpResponse>(const HttpRequest&)> answer;
@@ -103,6 +103,7 @@ class FakeTransport final : public XPlaneTransport {
     /// Told of each new WebSocket, whose handshake waits for `open` when this returns false.
     std::function<bool(FakeWebSocket&)> onWebSocket;
 
+    /// The requests that were sent.
     std::vector<Exchange> exchanges;
     std::vector<std::pair<Endpoint, std::string>> openedWebSockets;
     std::shared_ptr<FakeWebSocket> webSocket;
