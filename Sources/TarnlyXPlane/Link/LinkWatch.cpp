@@ -35,8 +35,7 @@ Task<> WebApiLink::keepWatch(std::shared_ptr<WebApiLink> link) {
         const auto now = link->clock_.now();
         auto next = link->liveness_.nextChange(now);
         if (link->isAtMainMenu()) {
-            next = std::min(next, std::max(link->datarefs_.loadedAt() + menuPollInterval,
-                                           now + Catalogue::emptyStaleAfter));
+            next = std::min(next, std::max(link->nextMenuPoll(), now + Catalogue::emptyStaleAfter));
         }
         const auto pause = next - now;
         co_await link->clock_.sleepFor(pause);
@@ -53,8 +52,9 @@ void WebApiLink::look() {
         webSocket_->ping();
         tasks_.spawn(ask(shared_from_this()), dropFailure);
     }
-    const bool isTimeToLook = now >= datarefs_.loadedAt() + menuPollInterval;
+    const bool isTimeToLook = now >= nextMenuPoll();
     if (isAtMainMenu() && isTimeToLook && !std::exchange(isLookingForFlight_, true)) {
+        menuPolledAt_ = now;
         auto goOn = [weak = weak_from_this()](const std::exception_ptr&) {
             if (const auto link = weak.lock()) link->isLookingForFlight_ = false;
         };
@@ -62,6 +62,11 @@ void WebApiLink::look() {
     }
     const bool silent = liveness_.isSilent(now);
     if (std::exchange(wasSilent_, silent) != silent) tellChange();
+}
+
+/// Catalogues that fail are no reason to ask more often.
+Clock::TimePoint WebApiLink::nextMenuPoll() const {
+    return std::max(datarefs_.loadedAt(), menuPolledAt_) + menuPollInterval;
 }
 
 void WebApiLink::noteSigns() {

@@ -249,7 +249,14 @@ Task<> WebApiLink::refresh(Catalogue& catalogue) {
 Task<> WebApiLink::load(std::shared_ptr<WebApiLink> link, Catalogue& catalogue) {
     const bool isDatarefs = &catalogue == &link->datarefs_;
     const std::string name = isDatarefs ? "datarefs" : "commands";
-    auto ids = co_await link->rest_.catalogue(name);
+    IdsByName ids;
+    try {
+        ids = co_await link->rest_.catalogue(name);
+    } catch (const LinkFailure& failure) {
+        // It lets nobody in any more: the next link is told so, and tells who waits.
+        if (failure.stage().kind == SimulatorStage::Kind::refusing) link->close();
+        throw;
+    }
     const bool flightHasGone = isDatarefs && ids.empty() && !catalogue.isEmpty();
     if (flightHasGone) co_return link->close();
     const bool flightHasCome = isDatarefs && !ids.empty() && catalogue.isEmpty();

@@ -133,6 +133,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
 
     void look();
     void noteSigns();
+    Clock::TimePoint nextMenuPoll() const;
     void noteCount(const HttpResponse& response);
     void tellChange();
     void end();
@@ -171,6 +172,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     bool wasSilent_ = false;
     bool isComparing_ = false;
     bool isLookingForFlight_ = false;
+    Clock::TimePoint menuPolledAt_{};
     int mismatches_ = 0;
     std::int64_t nextReqId_ = 0;
 };
