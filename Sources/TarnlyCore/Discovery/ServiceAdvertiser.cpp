@@ -41,7 +41,13 @@ void ServiceAdvertiser::stop() {
 
 std::optional<std::uint16_t> ServiceAdvertiser::advertisedPort() const { return advertisedPort_.copy(); }
 
-ServiceAdvertiser::Publication publishBySystemDaemon(PublishedService service) {
+std::optional<PublicationState> ServiceAdvertiser::publicationState() const {
+    thread_.check();
+    if (!publication_) return std::nullopt;
+    return publication_->state();
+}
+
+std::shared_ptr<Publication> publishBySystemDaemon(PublishedService service) {
     return std::make_shared<ServicePublisher>(std::move(service));
 }
 

@@ -33,9 +33,8 @@ class ServiceAdvertiser {
   public:
     static constexpr std::string_view serviceType = "_tarnly._tcp";
 
-    /// What keeps a service published for as long as it lives.
-    using Publication = std::shared_ptr<void>;
-    using Publish = std::function<Publication(PublishedService)>;
+    /// Begins to publish. Without a publication in the answer nobody knows how it stands.
+    using Publish = std::function<std::shared_ptr<Publication>(PublishedService)>;
 
     struct Service {
         std::string instanceName;
@@ -62,17 +61,20 @@ class ServiceAdvertiser {
     /// Absent until started and after `stop`.
     std::optional<std::uint16_t> advertisedPort() const;
 
+    /// How the publication stands; absent while there is none.
+    std::optional<PublicationState> publicationState() const;
+
   private:
     OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const Publish publish_;
     std::unique_ptr<WebSocketListener> listener_;
-    Publication publication_;
+    std::shared_ptr<Publication> publication_;
     Guarded<std::optional<std::uint16_t>> advertisedPort_;
 };
 
 /// Publishes through the system's DNS-SD daemon.
-ServiceAdvertiser::Publication publishBySystemDaemon(PublishedService service);
+std::shared_ptr<Publication> publishBySystemDaemon(PublishedService service);
 
 } // namespace tarnly

@@ -27,13 +27,38 @@ std::string cutServiceName(std::string name);
 /// bytes, not cut within a character.
 std::string nextServiceName(const std::string& name);
 
+/// How a publication stands. A plain value.
+struct PublicationState {
+    enum class Kind {
+        publishing,   ///< under way
+        published,    ///< found by whoever looks
+        notPublished, ///< something is in the way; it is tried again and again
+    };
+
+    Kind kind = Kind::publishing;
+    /// `published`: the name under which the service stands. `notPublished`: why not and what to do about it,
+    /// a clause for people.
+    std::string text;
+
+    bool operator==(const PublicationState&) const = default;
+};
+
+/// What keeps a service published for as long as it lives.
+class Publication {
+  public:
+    virtual ~Publication() = default;
+
+    /// Safe from any thread.
+    virtual PublicationState state() const = 0;
+};
+
 /// Publishes one service through the system's DNS-SD daemon for as long as it lives.
 ///
 /// It finds its way through any start order: without a daemon, or even a system bus, it waits for one, after
 /// a restart of either it publishes again. A name that another service has is replaced by the next free one:
 /// "rig", "rig (2)", "rig (3)". All talk with the daemon happens on a thread of its own, so that a daemon
 /// that hangs stops nobody.
-class ServicePublisher {
+class ServicePublisher final : public Publication {
   public:
     /// Throws `std::system_error` when the system lends no thread or file descriptor.
     explicit ServicePublisher(PublishedService service);
@@ -42,7 +67,9 @@ class ServicePublisher {
     ServicePublisher& operator=(const ServicePublisher&) = delete;
 
     /// Withdraws the service. Waits for the daemon's word for half a second at most.
-    ~ServicePublisher();
+    ~ServicePublisher() override;
+
+    PublicationState state() const override;
 
     /// The name under which the service stands now; empty while it is not published. Safe from any thread.
     std::string publishedName() const;

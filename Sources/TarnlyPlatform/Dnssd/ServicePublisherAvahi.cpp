@@ -64,9 +64,20 @@ StringList txtRecord(const std::vector<std::pair<std::string, std::string>>& ent
     return {list, avahi_string_list_free};
 }
 
+/// Why the service does not stand, and what helps.
+std::string unreachable(int error) {
+    return std::string("the DNS-SD daemon (Avahi) cannot be reached: ") + avahi_strerror(error) +
+           "; install or start avahi-daemon";
+}
+
+std::string refused(int error) {
+    return std::string("the DNS-SD daemon (Avahi) refuses the service: ") + avahi_strerror(error) +
+           "; look into its log, or restart avahi-daemon";
+}
+
 } // namespace
 
-/// The talk with the daemon: everything but `stop`, `hasEnded` and `publishedName` belongs to the one thread
+/// The talk with the daemon: everything but `stop`, `hasEnded` and `state` belongs to the one thread
 /// that runs it. Where the daemon refuses something or is gone, it begins again with a new client after a
 /// while.
 class ServicePublisher::Worker {
@@ -93,9 +104,11 @@ class ServicePublisher::Worker {
         return ended_.get_future().wait_for(patience) == std::future_status::ready;
     }
 
-    std::string publishedName() const { return publishedName_.copy(); }
+    PublicationState state() const { return state_.copy(); }
 
   private:
+    using Kind = PublicationState::Kind;
+
     static void onStop(AvahiWatch*, int, AvahiWatchEvent, void* self) {
         static_cast<Worker*>(self)->stopped_ = true;
     }
@@ -113,20 +126,22 @@ class ServicePublisher::Worker {
         // A daemon that is not there is waited for, but a bus that is not there is an error. Calls
         // onClientState before it returns.
         const auto* api = avahi_simple_poll_get(poll_.get());
-        client_.reset(avahi_client_new(api, AVAHI_CLIENT_NO_FAIL, onClientState, this, nullptr));
-        if (!client_) retryLater();
+        int error = AVAHI_OK;
+        client_.reset(avahi_client_new(api, AVAHI_CLIENT_NO_FAIL, onClientState, this, &error));
+        if (!client_) retryLater(unreachable(error));
     }
 
     /// Freeing the client withdraws the service.
     void disconnect() {
         retryAt_.reset();
-        setPublishedName({});
+        // What was in the way still is, for all we know.
+        if (state_.copy().kind == Kind::published) setState(Kind::publishing);
         group_ = nullptr;
         client_.reset();
     }
 
-    void retryLater() {
-        setPublishedName({});
+    void retryLater(std::string reason) {
+        setState(Kind::notPublished, std::move(reason));
         retryAt_ = SteadyClock::now() + retryInterval;
     }
 
@@ -147,9 +162,10 @@ class ServicePublisher::Worker {
                 withdraw();
                 break;
             case AVAHI_CLIENT_FAILURE:
-                retryLater();
+                retryLater(unreachable(avahi_client_errno(client)));
                 break;
             case AVAHI_CLIENT_CONNECTING:
+                setState(Kind::notPublished, unreachable(AVAHI_ERR_NO_DAEMON));
                 break;
         }
     }
@@ -157,36 +173,36 @@ class ServicePublisher::Worker {
     void groupStateChanged(AvahiEntryGroup* group, AvahiEntryGroupState state) {
         switch (state) {
             case AVAHI_ENTRY_GROUP_ESTABLISHED:
-                setPublishedName(name_);
+                setState(Kind::published, name_);
                 break;
             case AVAHI_ENTRY_GROUP_COLLISION:
                 name_ = nextServiceName(name_);
                 publish(avahi_entry_group_get_client(group));
                 break;
             case AVAHI_ENTRY_GROUP_FAILURE:
-                retryLater();
+                retryLater(refused(avahi_client_errno(avahi_entry_group_get_client(group))));
                 break;
             case AVAHI_ENTRY_GROUP_UNCOMMITED:
             case AVAHI_ENTRY_GROUP_REGISTERING:
-                setPublishedName({});
+                setState(Kind::publishing);
                 break;
         }
     }
 
     void withdraw() {
-        setPublishedName({});
+        setState(Kind::publishing);
         if (group_ != nullptr) avahi_entry_group_reset(group_);
     }
 
     void publish(AvahiClient* client) {
         withdraw();
         if (group_ == nullptr) group_ = avahi_entry_group_new(client, onGroupState, this);
-        if (group_ == nullptr) return retryLater();
+        if (group_ == nullptr) return retryLater(refused(avahi_client_errno(client)));
         int result = addService();
         for (; result == AVAHI_ERR_COLLISION; result = addService())
             name_ = nextServiceName(name_);
         if (result == AVAHI_OK) result = avahi_entry_group_commit(group_);
-        if (result != AVAHI_OK) retryLater();
+        if (result != AVAHI_OK) retryLater(refused(result));
     }
 
     int addService() {
@@ -196,8 +212,8 @@ class ServicePublisher::Worker {
             service_.type.c_str(), nullptr, nullptr, service_.port, txt.get());
     }
 
-    void setPublishedName(const std::string& name) {
-        publishedName_.with([&](std::string& published) { published = name; });
+    void setState(Kind kind, std::string text = {}) {
+        state_.with([&](PublicationState& state) { state = {kind, std::move(text)}; });
     }
 
     // Constant after construction
@@ -206,7 +222,7 @@ class ServicePublisher::Worker {
     // With synchronization of their own
     StopEvent stop_;
     std::promise<void> ended_;
-    Guarded<std::string> publishedName_;
+    Guarded<PublicationState> state_;
 
     // The thread's own
     std::string name_;
@@ -229,6 +245,11 @@ ServicePublisher::~ServicePublisher() {
     }
 }
 
-std::string ServicePublisher::publishedName() const { return worker_->publishedName(); }
+PublicationState ServicePublisher::state() const { return worker_->state(); }
+
+std::string ServicePublisher::publishedName() const {
+    auto present = state();
+    return present.kind == PublicationState::Kind::published ? std::move(present.text) : std::string();
+}
 
 } // namespace tarnly

@@ -12,14 +12,20 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
+class FakePublication final : public Publication {
+  public:
+    PublicationState state() const override { return present; }
+    PublicationState present{PublicationState::Kind::published, "rig42 (2)"};
+};
+
 struct ServiceAdvertiserTest : testing::Test {
     boost::asio::io_context io;
     SystemClock clock;
     std::vector<PublishedService> published;
-    std::weak_ptr<int> publication;
+    std::weak_ptr<FakePublication> publication;
     ServiceAdvertiser advertiser{io.get_executor(), clock, [this](PublishedService service) {
                                      published.push_back(std::move(service));
-                                     auto token = std::make_shared<int>();
+                                     auto token = std::make_shared<FakePublication>();
                                      publication = token;
                                      return token;
                                  }};
@@ -57,6 +63,18 @@ TEST_F(ServiceAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
     EXPECT_FALSE(advertiser.advertisedPort());
     start({"rig42", 0, "xplane", "0.1", false});
     EXPECT_TRUE(advertiser.advertisedPort());
+}
+
+TEST_F(ServiceAdvertiserTest, TellsHowThePublicationStands) {
+    EXPECT_EQ(advertiser.publicationState(), std::nullopt);
+    start({"rig42", 0, "xplane", "0.1", false});
+    const PublicationState renamed{PublicationState::Kind::published, "rig42 (2)"};
+    EXPECT_EQ(advertiser.publicationState(), renamed);
+    const PublicationState failed{PublicationState::Kind::notPublished, "no daemon"};
+    publication.lock()->present = failed;
+    EXPECT_EQ(advertiser.publicationState(), failed);
+    advertiser.stop();
+    EXPECT_EQ(advertiser.publicationState(), std::nullopt);
 }
 
 TEST_F(ServiceAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {

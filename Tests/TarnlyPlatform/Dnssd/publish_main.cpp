@@ -11,6 +11,8 @@
 
 /// tarnly_dnssd_publish publish NAME TYPE PORT [KEY VALUE]...
 ///     Publishes until its standard input ends, and prints the published name whenever it changes.
+/// tarnly_dnssd_publish states NAME TYPE PORT
+///     The same, but prints how the publication stands whenever that changes.
 /// tarnly_dnssd_publish browse TYPE
 ///     Prints a line for each service found: name, address, port.
 namespace tarnly {
@@ -39,6 +41,30 @@ int publish(int argc, char** argv) {
     return 0;
 }
 
+std::string describe(const PublicationState& state) {
+    switch (state.kind) {
+        case PublicationState::Kind::publishing:
+            return "publishing";
+        case PublicationState::Kind::published:
+            return "published: " + state.text;
+        case PublicationState::Kind::notPublished:
+            return "not published: " + state.text;
+    }
+    return "?";
+}
+
+int showStates(char** argv) {
+    const ServicePublisher publisher({argv[2], argv[3], static_cast<std::uint16_t>(std::atoi(argv[4])), {}});
+    std::string shown;
+    while (!inputEnds(20)) {
+        const auto state = describe(publisher.state());
+        if (state == shown) continue;
+        shown = state;
+        std::cout << shown << std::endl;
+    }
+    return 0;
+}
+
 int browse(const std::string& type) {
     for (const auto& service : browseServices(type, std::chrono::seconds(30))) {
         std::cout << service.name << '\t' << service.address << '\t' << service.port << '\n';
@@ -49,6 +75,7 @@ int browse(const std::string& type) {
 int run(int argc, char** argv) {
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "publish" && argc >= 5) return publish(argc, argv);
+    if (mode == "states" && argc == 5) return showStates(argv);
     if (mode == "browse" && argc == 3) return browse(argv[2]);
     return 2;
 }

@@ -23,8 +23,8 @@ BUS_CALL_TIMEOUT = 25
 
 
 class Publisher:
-    def __init__(self, dnssd, *, port=4711, txt=()):
-        command = [PUBLISH, "publish", "rig", SERVICE_TYPE, str(port), *(text for pair in txt for text in pair)]
+    def __init__(self, dnssd, *, port=4711, txt=(), mode="publish"):
+        command = [PUBLISH, mode, "rig", SERVICE_TYPE, str(port), *(text for pair in txt for text in pair)]
         self._process = subprocess.Popen(
             command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, env=dnssd.environment)
         self._lines = []
@@ -44,6 +44,14 @@ class Publisher:
             self._changed.wait_for(lambda: len(self._lines) >= len(expected), PATIENCE)
             assert self._lines == expected
             self._lines.clear()
+
+    def wait_for_last(self, beginning, ending=""):
+        """Waits until the last line begins and ends so, whatever came before."""
+        def has_come():
+            return any(line.startswith(beginning) and line.endswith(ending) for line in self._lines[-1:])
+
+        with self._changed:
+            assert self._changed.wait_for(has_come, PATIENCE), self._lines
 
     def end(self):
         self._process.stdin.close()
@@ -127,6 +135,20 @@ def test_a_name_taken_elsewhere_on_the_network_gives_way(dnssd):
         there.wait_for("published: rig (2)")
         there.end()
         here.end()
+
+
+def test_it_tells_why_the_service_does_not_stand(nothing_yet):
+    publisher = Publisher(nothing_yet, mode="states")
+    cure = "; install or start avahi-daemon"
+    unreachable = "not published: the DNS-SD daemon (Avahi) cannot be reached: "
+    publisher.wait_for_last(unreachable, cure)
+    nothing_yet.start_bus()
+    publisher.wait_for_last(f"{unreachable}Daemon not running{cure}")
+    nothing_yet.start_daemon()
+    publisher.wait_for_last("published: rig")
+    nothing_yet.stop_daemon()
+    publisher.wait_for_last(f"{unreachable}Daemon not running{cure}")
+    publisher.end()
 
 
 def test_without_a_daemon_the_publisher_ends_promptly(nothing_yet):
