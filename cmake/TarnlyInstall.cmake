@@ -19,6 +19,7 @@ install(FILES
     ${PROJECT_SOURCE_DIR}/docs/scripts.md
     ${PROJECT_SOURCE_DIR}/docs/lesson.json
     ${PROJECT_SOURCE_DIR}/docs/recording-format.md
+    ${PROJECT_SOURCE_DIR}/docs/status.md
     DESTINATION share/doc/tarnly)
 
 # The rest depends on the prefix, which may be another one by the time of installing.

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <utility>
 
+#include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
 
 namespace tarnly {
@@ -19,6 +20,10 @@ std::string requireName(const std::string& name) { return name.empty() ? "a name
 
 std::string requireHost(const std::string& host) {
     return isHost(host) ? "" : "a host name or an address without brackets is wanted";
+}
+
+std::string nameOf(CompanionProgram program) {
+    return program == CompanionProgram::tarnly ? "tarnly" : "tarnlyd";
 }
 
 std::string absoluteText(const std::filesystem::path& path) {
@@ -45,7 +50,7 @@ std::string entryId(const CompanionOptions& options) {
 std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
                                                        const char* const* argv) {
     const bool isDesktop = program == CompanionProgram::tarnly;
-    const std::string name = isDesktop ? "tarnly" : "tarnlyd";
+    const auto name = nameOf(program);
     CompanionOptions options;
     bool staysHidden = false;
     CLI::App app("Connects the X-Plane flight simulator to a flight-training application on the network.",
@@ -73,10 +78,14 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->type_name("FILE");
     app.add_option("--situations", options.situationsFolder, "The folder of the simulator's saved situations")
         ->type_name("DIR");
+    app.add_option("--status-file", options.statusFile, "Keep a file that tells how the companion stands")
+        ->type_name("FILE");
     app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD");
     if (isDesktop) {
         app.add_flag("--background", options.startsInBackground, "Start without opening a window");
     }
+    app.add_flag("--status", options.asksForStatus,
+                 "Print how the companion with this data folder stands, and exit");
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -88,6 +97,18 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     }
     options.advertises = !staysHidden;
     return options;
+}
+
+std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, int argc,
+                                                     const char* const* argv) {
+    auto parsed = parseOptions(program, argc, argv);
+    const auto* options = std::get_if<CompanionOptions>(&parsed);
+    if (options == nullptr || !options->asksForStatus) return parsed;
+    try {
+        return EarlyExit{askForStatus(dataFolder(*options)) + "\n", 0};
+    } catch (const std::exception& error) {
+        return EarlyExit{nameOf(program) + ": " + error.what() + "\n", 1};
+    }
 }
 
 std::filesystem::path dataFolder(const CompanionOptions& options) {
@@ -111,6 +132,7 @@ std::vector<std::string> commandLine(const CompanionOptions& options) {
     if (options.dataFolder) add("--data-dir", absoluteText(*options.dataFolder));
     if (options.navigationDatabase) add("--nav-db", absoluteText(*options.navigationDatabase));
     if (options.situationsFolder) add("--situations", absoluteText(*options.situationsFolder));
+    if (options.statusFile) add("--status-file", absoluteText(*options.statusFile));
     if (!options.advertises) arguments.emplace_back("--no-advertise");
     return arguments;
 }

@@ -24,9 +24,13 @@ struct CompanionOptions {
     std::optional<std::filesystem::path> dataFolder;
     std::optional<std::filesystem::path> navigationDatabase;
     std::optional<std::filesystem::path> situationsFolder;
+    /// Where other programs read how the companion stands.
+    std::optional<std::filesystem::path> statusFile;
     bool advertises = true;
     /// Of the desktop application only: start without opening a window.
     bool startsInBackground = false;
+    /// Only ask the companion that runs how it stands.
+    bool asksForStatus = false;
 
     bool operator==(const CompanionOptions&) const = default;
 };
@@ -43,6 +47,11 @@ enum class CompanionProgram { tarnly, tarnlyd };
 /// Help and version end with status 0; wrong usage ends with status 2 and one line.
 std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
                                                        const char* const* argv);
+
+/// As `parseOptions`; and where the command line asks only how a companion stands, that has been asked: its
+/// answer with status 0, or status 1 and one line with what to do. Blocks for five seconds at most.
+std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, int argc,
+                                                     const char* const* argv);
 
 /// The folder of the settings and the recordings. Throws `std::runtime_error` for a person without a home
 /// folder who names none.

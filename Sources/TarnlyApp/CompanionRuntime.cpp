@@ -2,9 +2,12 @@
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
+#include <iostream>
 #include <utility>
 
+#include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
@@ -19,6 +22,13 @@ std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
 }
 
 std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
+
+/// What is worth knowing and no reason to give up.
+void remark(const std::string& text) { std::cerr << "Tarnly: " + text + "\n" << std::flush; }
+
+std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
+    return std::filesystem::absolute(dataFolder(options));
+}
 
 } // namespace
 
@@ -38,6 +48,7 @@ void CompanionRuntime::start() {
         return announceFailure(std::current_exception());
     }
     boost::asio::post(network_, [backend = backend_] { backend->start(); });
+    boost::asio::post(network_, [this] { tellStatus(); });
     const bool passwordRequired = host_->pairing().requiresPairing();
     boost::asio::co_spawn(network_, host_->start(),
                           [this, passwordRequired](const std::exception_ptr& failure) {
@@ -62,23 +73,69 @@ void CompanionRuntime::build() {
     configuration.port = options_.port;
     if (!options_.advertises) configuration.publish = nullptr;
     host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
+    backend_->onStageChange([this] {
+        if (onStageChange) onStageChange();
+    });
+    StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); }};
+    reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
+}
+
+void CompanionRuntime::tellStatus() {
+    openStatusSocket();
+    if (!options_.statusFile) return;
+    host_->setStageWatched(true);
+    makeStatusFile();
+    statusFile_->start();
+}
+
+void CompanionRuntime::openStatusSocket() {
+    const auto folder = absoluteDataFolder(options_);
+    try {
+        statusSocket_ = std::make_unique<LocalListener>(
+            network_.get_executor(), clock_, statusSocketIn(folder), [this] { return answerStatus(); });
+    } catch (const NetworkError& error) {
+        remark("--status cannot tell of this companion: " + error.payload() +
+               "; give each companion a --data-dir of its own, in which you may write");
+    }
+}
+
+Task<std::string> CompanionRuntime::answerStatus() {
+    auto encode = [status = reporter_->collect()]() mutable { return statusJson(std::move(status)); };
+    auto text = co_await workers_.run(std::move(encode));
+    co_return text;
+}
+
+void CompanionRuntime::makeStatusFile() {
+    auto collect = [this] { return reporter_->collect(); };
+    statusFile_.emplace(network_.get_executor(), workers_, clock_, *options_.statusFile, std::move(collect),
+                        remark);
 }
 
 void CompanionRuntime::run() {
     network_.run();
-    if (!host_) return;
     network_.restart();
     boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
     network_.run();
 }
 
 Task<> CompanionRuntime::close() {
+    statusSocket_.reset();
+    co_await closeStatusFile();
+    if (!host_) co_return;
     host_->stop();
     backend_->close();
     const auto deadline = clock_.now() + closingPatience;
     co_await host_->join(closingPatience);
     const auto left = deadline - clock_.now();
     co_await backend_->join(left);
+}
+
+Task<> CompanionRuntime::closeStatusFile() {
+    if (!options_.statusFile) co_return;
+    if (!statusFile_) makeStatusFile(); // there was nothing to tell
+    auto words = state_ == State::failed ? statusText() : "Tarnly has ended.";
+    auto last = endedStatus(std::move(words), absoluteDataFolder(options_).string());
+    co_await statusFile_->finish(std::move(last));
 }
 
 void CompanionRuntime::end() { network_.stop(); }
@@ -90,16 +147,17 @@ std::optional<std::uint16_t> CompanionRuntime::port() const {
     return host_->advertiser().advertisedPort();
 }
 
-void CompanionRuntime::askActivity(std::function<void(Activity)> answer) {
+void CompanionRuntime::askStatus(std::function<void(CompanionStatus)> answer) {
     if (state_ == State::failed) return; // nobody runs the network any more
     boost::asio::post(network_, [this, answer = std::move(answer)] {
-        if (!host_) return;
-        Activity activity;
-        activity.pairedClients = host_->server().pairedCount();
-        if (const auto duration = host_->recording().runningFor()) {
-            activity.recordingFor = std::chrono::floor<std::chrono::seconds>(*duration);
-        }
-        answer(activity);
+        if (reporter_) answer(reporter_->collect());
+    });
+}
+
+void CompanionRuntime::setStatusShown(bool isShown) {
+    if (state_ == State::failed) return;
+    boost::asio::post(network_, [this, isShown] {
+        if (host_) host_->setStageWatched(isShown || options_.statusFile);
     });
 }
 

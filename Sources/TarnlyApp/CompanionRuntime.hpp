@@ -3,8 +3,6 @@
 #include <atomic>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/io_context.hpp>
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -14,32 +12,26 @@
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/Settings.hpp"
+#include "TarnlyApp/StatusFile.hpp"
+#include "TarnlyApp/StatusReporter.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/LocalSocket.hpp"
 #include "TarnlyXPlane/ReconnectingBackend.hpp"
 
 namespace tarnly {
 
-/// Builds and starts the one companion of a program, tells what became of it, and hands on changes of the
-/// password.
+/// Builds and starts the one companion of a program, tells what became of it and how it stands, also to other
+/// programs, and hands on changes of the password.
 ///
 /// Belongs to the main thread, except for `run`, whose caller is the network thread while it lasts, and what
 /// says otherwise.
 class CompanionRuntime {
   public:
     enum class State { starting, listening, failed };
-
-    /// What the companion is doing just now.
-    struct Activity {
-        std::size_t pairedClients = 0;
-        /// Absent outside a recording.
-        std::optional<std::chrono::seconds> recordingFor;
-
-        bool operator==(const Activity&) const = default;
-    };
 
     /// Takes the store's `onPasswordChange` for as long as it lives.
     CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options);
@@ -68,14 +60,26 @@ class CompanionRuntime {
     /// Called when the status has changed, by `start` or from the network thread. To be set before `start`.
     std::function<void()> onStatusChange;
 
-    /// Has `answer` called on the network thread, if that runs.
-    void askActivity(std::function<void(Activity)> answer);
+    /// Called on the network thread when the simulator's stage has changed. To be set before `start`.
+    std::function<void()> onStageChange;
+
+    /// Has `answer` called on the network thread, if that runs, with how the companion stands just now, but
+    /// for its addresses.
+    void askStatus(std::function<void(CompanionStatus)> answer);
+
+    /// Whether a person looks at the status: a simulator that is away is then looked for more often.
+    void setStatusShown(bool isShown);
 
     boost::asio::any_io_executor executor() { return network_.get_executor(); }
 
   private:
     void build();
+    void tellStatus();
+    void openStatusSocket();
+    Task<std::string> answerStatus();
+    void makeStatusFile();
     Task<> close();
+    Task<> closeStatusFile();
     void announceStart(bool passwordRequired);
     void announceFailure(const std::exception_ptr& failure);
     void announce(State state, std::string text);
@@ -95,6 +99,11 @@ class CompanionRuntime {
     std::shared_ptr<ReconnectingBackend> backend_;
     // depends-on: clock_, network_, workers_, backend_
     std::optional<CompanionHost> host_;
+    // depends-on: clock_, backend_, host_
+    std::optional<StatusReporter> reporter_;
+    // depends-on: clock_, network_, workers_, reporter_
+    std::optional<StatusFile> statusFile_;
+    std::unique_ptr<LocalListener> statusSocket_;
 };
 
 /// The line that tells the person how the companion can be reached.

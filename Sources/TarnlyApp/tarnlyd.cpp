@@ -34,7 +34,7 @@ int runDaemon(const CompanionOptions& options) {
 
 int main(int argc, char** argv) {
     using tarnly::CompanionProgram;
-    const auto parsed = tarnly::parseOptions(CompanionProgram::tarnlyd, argc, argv);
+    const auto parsed = tarnly::prepareRun(CompanionProgram::tarnlyd, argc, argv);
     if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
         (exit->status == 0 ? std::cout : std::cerr) << exit->text;
         return exit->status;

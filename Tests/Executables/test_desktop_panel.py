@@ -1,5 +1,6 @@
 """The icon in the tray, and the panel that it opens."""
 
+import json
 import signal
 import socket
 
@@ -59,10 +60,12 @@ def test_the_panel_opens_above_a_tray_at_the_bottom(desktop, programs):
 def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
     panel = tarnly.open_panel()
     port = tarnly.port()
+    simulator = tarnly.wait_for_text(r"^Simulator: .*").group()
     shown = panel.showing(LABEL, BUTTON, "frame")
     assert [(element.role, element.name) for element in shown] == [
         (LABEL, "Tarnly"),
         (LABEL, f'Listening on port {port}, advertising as "rig42", pairing open.'),
+        (LABEL, simulator),
         (LABEL, "No client is paired."),
         (LABEL, "No recording is running."),
         (BUTTON, "Addresses…"),
@@ -75,6 +78,7 @@ def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
 def test_the_panel_fits_its_content(tarnly):
     panel = tarnly.open_panel()
     tarnly.port()
+    tarnly.wait_for_text(r"^Simulator: ")
     frame = wait_until(lambda: panel.area == tarnly.window(PANEL).area and panel.area, "the final size")
     shown = [element.area for element in panel.showing(LABEL, BUTTON)]
     assert all(frame.shrunk(PADDING).contains(area) for area in shown)
@@ -203,11 +207,22 @@ def test_the_open_panel_follows_a_recording(tarnly):
     tarnly.open_panel()
     client = tarnly.client(tarnly.port())
     client.data("recording_start")
-    earlier = int(tarnly.wait_for_text(r"^Recording for 0:(\d\d)\.$").group(1))
-    wait_until(lambda: int(tarnly.wait_for_text(r"^Recording for 0:(\d\d)\.$").group(1)) > earlier,
-               "a longer recording")
+    # There is no simulator, and that is told.
+    running = r"^Recording for 0:(\d\d), no samples yet\.$"
+    earlier = int(tarnly.wait_for_text(running).group(1))
+    wait_until(lambda: int(tarnly.wait_for_text(running).group(1)) > earlier, "a longer recording")
     client.data("recording_stop")
     tarnly.wait_for_text(r"^No recording is running\.$")
+
+
+def test_the_panel_says_the_words_that_programs_are_told(tarnly, programs):
+    tarnly.open_panel()
+    tarnly.port()
+    words = tarnly.wait_for_text(r"^Simulator: .*").group()
+    ended = programs.run("tarnly", "--status", "--data-dir", tarnly.data)
+    told = json.loads(ended.output)
+    assert words.startswith(told["stage"]["words"] + ".")
+    assert told["words"] in tarnly.texts()
 
 
 def test_a_failed_start_is_told_and_the_program_stays(desktop, programs):

@@ -40,8 +40,9 @@ def test_the_panel_is_an_ordinary_window(tarnly):
     assert window.has_frame and window.area.width == WIDTH
     assert tarnly.screen.area.contains(window.area)
     port = tarnly.port()
+    simulator = tarnly.wait_for_text(r"^Simulator: .*").group()
     assert panel.names(LABEL, BUTTON) == [
-        "Tarnly", f'Listening on port {port}, advertising as "rig42", pairing open.',
+        "Tarnly", f'Listening on port {port}, advertising as "rig42", pairing open.', simulator,
         "No client is paired.", "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"]
     tarnly.client(port)
     tarnly.wait_for_text(r"^1 client is paired\.$")

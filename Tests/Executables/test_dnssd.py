@@ -53,6 +53,18 @@ def advertised(programs, dnssd, name, **options):
     return programs.companion("--name", name, advertise=True, **options)
 
 
+def published(programs, companion):
+    """What the companion itself tells about it, once that is settled."""
+    arguments = companion.program.process.args
+    folder = arguments[arguments.index("--data-dir") + 1]
+
+    def ask():
+        told = json.loads(programs.run("tarnlyd", "--status", "--data-dir", folder).output)["published"]
+        return told["state"] != "publishing" and told
+
+    return wait_until(ask, "what is published")
+
+
 def tool(programs, dnssd, *arguments):
     return programs.run("tarnly-client", *arguments, DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
 
@@ -83,6 +95,7 @@ def test_a_name_that_is_taken_gets_the_next_free_form(programs, daemon):
     assert second.status_line == f'Listening on port {second.port}, advertising as "rig42", pairing open.'
     both = [Service("rig42", first.port, tuple(OPEN)), Service("rig42 (2)", second.port, tuple(OPEN))]
     wait_for_services(daemon, *both)
+    assert published(programs, second) == {"state": "published", "name": "rig42 (2)"}
     third = advertised(programs, daemon, "rig42")
     wait_for_services(daemon, *both, Service("rig42 (3)", third.port, tuple(OPEN)))
 

@@ -10,7 +10,7 @@ from fake_simulator import DATAREFS
 from harness import reserved_port, wait_until
 
 OPTIONS = ["--sim-host", "--sim-port", "--port", "--name", "--data-dir", "--nav-db", "--situations",
-           "--no-advertise", "--help", "--version"]
+           "--status-file", "--no-advertise", "--status", "--help", "--version"]
 REFUSED = {"accepted": False, "reason": "incorrect password"}
 
 

@@ -22,7 +22,7 @@ def expected_files(prefix, configuration, zsh_functions):
         "lib/firewalld/services/tarnly.xml",
         "lib/systemd/user/tarnlyd.service",
         *(f"share/doc/tarnly/{name}" for name in
-          ["protocol.md", "scripts.md", "lesson.json", "recording-format.md"]),
+          ["protocol.md", "scripts.md", "lesson.json", "recording-format.md", "status.md"]),
     ]
     return {f"{prefix}/{name}" for name in below_prefix} | {f"{configuration}/ufw/applications.d/tarnly"}
 

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <vector>
+
+#include "Support/TemporaryFolder.hpp"
 
 namespace tarnly {
 namespace {
@@ -35,12 +38,14 @@ TEST(CompanionOptions, HaveDefaults) {
     EXPECT_FALSE(defaults.navigationDatabase);
     EXPECT_FALSE(defaults.situationsFolder);
     EXPECT_TRUE(defaults.advertises);
+    EXPECT_FALSE(defaults.statusFile);
+    EXPECT_FALSE(defaults.asksForStatus);
 }
 
 TEST(CompanionOptions, AreAllTaken) {
-    const auto given =
-        options({"--sim-host", "rig", "--sim-port", "8087", "--port", "41234", "--name", "rig 42",
-                 "--data-dir", "/d", "--nav-db", "/n.db", "--situations", "/s", "--no-advertise"});
+    const auto given = options({"--sim-host", "rig", "--sim-port", "8087", "--port", "41234", "--name",
+                                "rig 42", "--data-dir", "/d", "--nav-db", "/n.db", "--situations", "/s",
+                                "--no-advertise", "--status-file", "/s.json"});
     EXPECT_EQ(given.simulator, (Endpoint{"rig", 8087}));
     EXPECT_EQ(given.port, 41234);
     EXPECT_EQ(given.name, "rig 42");
@@ -48,6 +53,7 @@ TEST(CompanionOptions, AreAllTaken) {
     EXPECT_EQ(given.navigationDatabase, "/n.db");
     EXPECT_EQ(given.situationsFolder, "/s");
     EXPECT_FALSE(given.advertises);
+    EXPECT_EQ(given.statusFile, "/s.json");
 }
 
 TEST(CompanionOptions, HelpAndVersionEndWell) {
@@ -81,6 +87,17 @@ TEST(CompanionOptions, TheDesktopApplicationTakesTheSameAndOneMore) {
     EXPECT_EQ(exitOf({"--bogus"}, CompanionProgram::tarnly).text.substr(0, 8), "tarnly: ");
 }
 
+TEST(CompanionOptions, ToAskForTheStatusWhereNoneRunsEndsWithTheCure) {
+    const test::TemporaryFolder folder;
+    const auto text = folder.path().string();
+    const std::array words{"program", "--status", "--data-dir", text.c_str()};
+    const auto prepared = prepareRun(CompanionProgram::tarnlyd, static_cast<int>(words.size()), words.data());
+    const auto exit = std::get<EarlyExit>(prepared);
+    EXPECT_EQ(exit.status, 1);
+    EXPECT_EQ(exit.text, "tarnlyd: no companion runs on the data folder " + text +
+                             "; start tarnly or tarnlyd, or name another folder by --data-dir\n");
+}
+
 TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
     EXPECT_TRUE(commandLine({}).empty());
     CompanionOptions all;
@@ -90,6 +107,7 @@ TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
     all.dataFolder = "/d d";
     all.navigationDatabase = "/n.db";
     all.situationsFolder = "/s";
+    all.statusFile = "/s.json";
     all.advertises = false;
     all.startsInBackground = true;
     EXPECT_EQ(options(commandLine(all), CompanionProgram::tarnly), all);
@@ -98,7 +116,9 @@ TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
 TEST(CompanionOptions, ACommandLineHasAbsolutePaths) {
     CompanionOptions relative;
     relative.dataFolder = "data";
+    relative.statusFile = "status.json";
     EXPECT_EQ(options(commandLine(relative)).dataFolder, std::filesystem::absolute("data"));
+    EXPECT_EQ(options(commandLine(relative)).statusFile, std::filesystem::absolute("status.json"));
 }
 
 } // namespace

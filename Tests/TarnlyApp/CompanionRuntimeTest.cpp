@@ -10,6 +10,8 @@
 #include "Support/LoopbackListener.hpp"
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "TarnlyCore/Protocol/StatusQuery.hpp"
+#include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
@@ -66,10 +68,14 @@ class CompanionRuntimeTest : public testing::Test {
         return test::runTask(io, answerTo(client, request));
     }
 
-    CompanionRuntime::Activity activity() {
-        std::promise<CompanionRuntime::Activity> answer;
-        runtime->askActivity([&](CompanionRuntime::Activity activity) { answer.set_value(activity); });
+    CompanionStatus status() {
+        std::promise<CompanionStatus> answer;
+        runtime->askStatus([&](CompanionStatus status) { answer.set_value(std::move(status)); });
         return answer.get_future().get();
+    }
+
+    CompanionStatus statusInFile() {
+        return decodeJson<CompanionStatus>(parseJson(test::contentOf(*options.statusFile)));
     }
 
     const test::TemporaryFolder folder;
@@ -150,15 +156,59 @@ TEST_F(CompanionRuntimeTest, WhatCannotBeBuiltIsAFailedStart) {
 
 TEST_F(CompanionRuntimeTest, TellsWhatItIsDoing) {
     start();
-    EXPECT_EQ(activity(), CompanionRuntime::Activity());
+    EXPECT_EQ(status().clients, ClientsStatus());
+    EXPECT_EQ(status().words, runtime->statusText());
+    EXPECT_EQ(status().port, runtime->port());
+    EXPECT_EQ(status().dataFolder, folder.path());
     const auto client = connect();
     ask(client, pairAsking);
-    const auto stranger = connect();
-    EXPECT_EQ(activity().pairedClients, 1U);
+    EXPECT_EQ(status().clients.paired, 1);
     ask(client, R"({"type":"recording_start"})");
-    EXPECT_TRUE(activity().recordingFor.has_value());
+    EXPECT_TRUE(status().recording.has_value());
     ask(client, R"({"type":"recording_stop"})");
-    EXPECT_FALSE(activity().recordingFor.has_value());
+    EXPECT_FALSE(status().recording.has_value());
+}
+
+TEST_F(CompanionRuntimeTest, TellsItToOtherPrograms) {
+    start();
+    const auto told = decodeJson<CompanionStatus>(parseJson(askForStatus(folder.path())));
+    EXPECT_TRUE(told.isRunning);
+    EXPECT_EQ(told.port, runtime->port());
+    EXPECT_EQ(told.words, runtime->statusText());
+    runtime->end();
+    network.join();
+    EXPECT_THROW(askForStatus(folder.path()), StatusQueryError);
+}
+
+TEST_F(CompanionRuntimeTest, OfTwoOnOneDataFolderTheFirstTells) {
+    start();
+    CompanionRuntime second(settings, options);
+    second.start();
+    std::thread secondNetwork([&] { second.run(); });
+    std::promise<void> asked;
+    second.askStatus([&](const CompanionStatus&) { asked.set_value(); }); // it has begun
+    asked.get_future().wait();
+    const auto told = decodeJson<CompanionStatus>(parseJson(askForStatus(folder.path())));
+    EXPECT_EQ(told.port, runtime->port());
+    second.end();
+    secondNetwork.join();
+    EXPECT_EQ(decodeJson<CompanionStatus>(parseJson(askForStatus(folder.path()))).port, runtime->port());
+}
+
+TEST_F(CompanionRuntimeTest, TheLastWordOfTheStatusFileIsThatItHasEnded) {
+    options.statusFile = folder.path() / "status.json";
+    start();
+    runtime->end();
+    network.join();
+    EXPECT_EQ(statusInFile(), endedStatus("Tarnly has ended.", folder.path()));
+}
+
+TEST_F(CompanionRuntimeTest, TheStatusFileSaysWhyTheStartFailed) {
+    options.statusFile = folder.path() / "status.json";
+    options.navigationDatabase = folder.path() / "missing.db";
+    start();
+    network.join();
+    EXPECT_EQ(statusInFile(), endedStatus(runtime->statusText(), folder.path()));
 }
 
 TEST_F(CompanionRuntimeTest, LetsGoOfTheSettingsAtItsEnd) {

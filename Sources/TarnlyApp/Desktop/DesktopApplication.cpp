@@ -14,7 +14,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
       panel_(runtime_),
       addresses_(runtime_),
       settings_(companion_.settingsStore()),
-      trayIcon_(panel_, options.startsInBackground) {
+      trayIcon_(panel_, runtime_, options.startsInBackground) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
     connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
     // `quit` would ask the windows first.

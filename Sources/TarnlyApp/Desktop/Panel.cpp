@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
+#include <string>
 
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
@@ -35,24 +36,12 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
         button->setFixedWidth(width + padding);
 }
 
-std::string twoDigits(std::chrono::seconds::rep number) {
-    const auto text = std::to_string(number);
-    return number < 10 ? "0" + text : text;
-}
-
-std::string durationText(std::chrono::seconds duration) {
-    const std::chrono::hh_mm_ss time(duration);
-    const auto hours = time.hours().count();
-    const auto minutes = time.minutes().count();
-    const auto start = hours > 0 ? std::to_string(hours) + ":" + twoDigits(minutes) : std::to_string(minutes);
-    return start + ":" + twoDigits(time.seconds().count());
-}
-
 } // namespace
 
 Panel::Panel(RuntimeModel& runtime)
     : runtime_(runtime),
       status_(new CaptionLabel),
+      simulator_(new CaptionLabel),
       clients_(new CaptionLabel),
       recording_(new CaptionLabel),
       addresses_(new QPushButton(u"Addresses…"_s)) {
@@ -67,6 +56,7 @@ Panel::Panel(RuntimeModel& runtime)
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
     layout->addWidget(status_);
+    layout->addWidget(simulator_);
     layout->addWidget(clients_);
     layout->addWidget(recording_);
     layout->addWidget(addresses_, 0, Qt::AlignLeading);
@@ -122,16 +112,21 @@ void Panel::showStatus() {
 }
 
 void Panel::showActivity() {
-    clients_->showText(QString::fromStdString(clientsText(runtime_.activity().pairedClients)));
-    recording_->showText(QString::fromStdString(recordingText(runtime_.activity().recordingFor)));
+    const auto& activity = runtime_.activity();
+    // Before the start nobody knows of a simulator.
+    simulator_->setVisible(activity.stage.has_value());
+    if (activity.stage) simulator_->showText(QString::fromStdString(stageSentences(*activity.stage)));
+    clients_->showText(QString::fromStdString(clientsSentence(activity.clients)));
+    recording_->showText(QString::fromStdString(recordingSentence(activity.recording)));
     contentChanged();
 }
 
 void Panel::contentChanged() {
     fitContent(*this, panelWidth);
     QStringList spoken;
-    for (const auto* label : {status_, clients_, recording_})
-        spoken += label->accessibleName();
+    for (const auto* label : {status_, simulator_, clients_, recording_}) {
+        if (!label->accessibleName().isEmpty()) spoken += label->accessibleName();
+    }
     setAccessibleDescription(spoken.join(u' '));
 }
 
@@ -140,16 +135,5 @@ void Panel::hideIfPopup() {
 }
 
 bool Panel::isOrdinaryWindow() const { return windowType() == Qt::Window; }
-
-std::string clientsText(std::size_t pairedClients) {
-    if (pairedClients == 0) return "No client is paired.";
-    if (pairedClients == 1) return "1 client is paired.";
-    return std::to_string(pairedClients) + " clients are paired.";
-}
-
-std::string recordingText(const std::optional<std::chrono::seconds>& recordingFor) {
-    if (!recordingFor) return "No recording is running.";
-    return "Recording for " + durationText(*recordingFor) + ".";
-}
 
 } // namespace tarnly

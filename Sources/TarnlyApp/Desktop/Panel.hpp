@@ -1,10 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <chrono>
-#include <cstddef>
-#include <optional>
-#include <string>
 
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 
@@ -42,15 +38,10 @@ class Panel : public QWidget {
     RuntimeModel& runtime_;
     // Owned by this widget, as Qt does it
     CaptionLabel* const status_;
+    CaptionLabel* const simulator_;
     CaptionLabel* const clients_;
     CaptionLabel* const recording_;
     QPushButton* const addresses_;
 };
-
-/// "No client is paired.", "1 client is paired.", "2 clients are paired."
-std::string clientsText(std::size_t pairedClients);
-
-/// "No recording is running.", or its duration as "Recording for 0:05." or "Recording for 1:00:05."
-std::string recordingText(const std::optional<std::chrono::seconds>& recordingFor);
 
 } // namespace tarnly

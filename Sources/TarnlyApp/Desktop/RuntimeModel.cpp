@@ -9,33 +9,50 @@ RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
     runtime_.onStatusChange = [this] {
         QMetaObject::invokeMethod(this, &RuntimeModel::statusChanged, Qt::QueuedConnection);
     };
+    runtime_.onStageChange = [this] {
+        QMetaObject::invokeMethod(this, &RuntimeModel::askActivity, Qt::QueuedConnection);
+    };
+    connect(this, &RuntimeModel::statusChanged, this, &RuntimeModel::askActivity);
     timer_.setInterval(std::chrono::seconds(1));
     connect(&timer_, &QTimer::timeout, this, &RuntimeModel::askActivity);
 }
 
 void RuntimeModel::watchActivity() {
     thread_.check();
+    isWatched_ = true;
+    runtime_.setStatusShown(true);
     askActivity();
-    timer_.start();
+    followTime();
 }
 
 void RuntimeModel::unwatchActivity() {
     thread_.check();
-    timer_.stop();
+    isWatched_ = false;
+    runtime_.setStatusShown(false);
+    followTime();
+}
+
+/// A simulator that is silent is so for longer every second, and the tray icon tells it.
+void RuntimeModel::followTime() {
+    const bool isSilent = activity_.stage && activity_.stage->silentSeconds;
+    const bool isNeeded = isWatched_ || isSilent;
+    if (isNeeded == timer_.isActive()) return;
+    isNeeded ? timer_.start() : timer_.stop();
 }
 
 void RuntimeModel::askActivity() {
     thread_.check();
-    runtime_.askActivity([this](const CompanionRuntime::Activity& activity) {
+    runtime_.askStatus([this](const CompanionStatus& activity) {
         QMetaObject::invokeMethod(
             this, [this, activity] { takeActivity(activity); }, Qt::QueuedConnection);
     });
 }
 
-void RuntimeModel::takeActivity(const CompanionRuntime::Activity& activity) {
+void RuntimeModel::takeActivity(const CompanionStatus& activity) {
     thread_.check();
     if (activity == activity_) return;
     activity_ = activity;
+    followTime();
     emit activityChanged();
 }
 

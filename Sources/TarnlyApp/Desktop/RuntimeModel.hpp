@@ -18,16 +18,17 @@ class RuntimeModel : public QObject {
     Q_OBJECT
 
   public:
-    /// Takes the runtime's `onStatusChange`; to be made before the start.
+    /// Takes the runtime's `onStatusChange` and `onStageChange`; to be made before the start.
     explicit RuntimeModel(CompanionRuntime& runtime);
 
     QString statusText() const { return QString::fromStdString(runtime_.statusText()); }
     std::optional<std::uint16_t> port() const { return runtime_.port(); }
 
-    /// As it was a second ago at most, while someone watches.
-    const CompanionRuntime::Activity& activity() const { return activity_; }
+    /// How the companion stands. What changes from second to second is as it was a second ago at most, while
+    /// someone watches; the simulator's stage always.
+    const CompanionStatus& activity() const { return activity_; }
 
-    /// The activity is asked for only while it is shown to somebody.
+    /// The activity is asked for again and again only while it is shown to somebody.
     void watchActivity();
     void unwatchActivity();
 
@@ -37,11 +38,13 @@ class RuntimeModel : public QObject {
 
   private:
     void askActivity();
-    void takeActivity(const CompanionRuntime::Activity& activity);
+    void takeActivity(const CompanionStatus& activity);
+    void followTime();
 
     OnOneThread thread_;
     CompanionRuntime& runtime_;
-    CompanionRuntime::Activity activity_;
+    CompanionStatus activity_;
+    bool isWatched_ = false;
     QTimer timer_;
 };
 

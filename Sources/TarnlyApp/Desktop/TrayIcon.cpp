@@ -10,7 +10,9 @@
 #include <QWindow>
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
+#include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -40,9 +42,14 @@ int within(int start, int length, int screenStart, int screenLength) {
 
 } // namespace
 
-TrayIcon::TrayIcon(Panel& panel, bool startsInBackground)
-    : panel_(panel), windowIsMinimized_(startsInBackground) {
+TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
+    : panel_(panel),
+      runtime_(runtime),
+      plainIcon_(QApplication::windowIcon()),
+      markedIcon_(withAttentionMark(plainIcon_)),
+      windowIsMinimized_(startsInBackground) {
     addActions();
+    connect(&runtime_, &RuntimeModel::activityChanged, this, &TrayIcon::showActivity);
     panel_.installEventFilter(this);
     waitingForTray_.setSingleShot(true);
     connect(&waitingForTray_, &QTimer::timeout, this, &TrayIcon::becomeWindow);
@@ -74,11 +81,22 @@ void TrayIcon::becomeIcon() {
     delete question_; // it asks about a window that goes
     panel_.hide();
     panel_.setWindowFlags(panelFlags());
-    icon_ = std::make_unique<QSystemTrayIcon>(QApplication::windowIcon());
-    icon_->setToolTip(u"Tarnly"_s);
+    icon_ = std::make_unique<QSystemTrayIcon>(plainIcon_);
+    showsMark_ = false;
+    showActivity();
     icon_->setContextMenu(&menu_);
     connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
     icon_->show();
+}
+
+// An icon that is set anew is painted anew, or sent to the desktop: only when it is another one.
+void TrayIcon::showActivity() {
+    if (!hasIcon()) return;
+    const bool wantsMark = needsAttention(runtime_.activity());
+    if (wantsMark != std::exchange(showsMark_, wantsMark))
+        icon_->setIcon(wantsMark ? markedIcon_ : plainIcon_);
+    const auto toolTip = toolTipOf(runtime_.activity());
+    if (toolTip != icon_->toolTip()) icon_->setToolTip(toolTip);
 }
 
 void TrayIcon::becomeWindow() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QIcon>
 #include <QMenu>
 #include <QMessageBox>
 #include <QObject>
@@ -13,18 +14,20 @@
 #include <memory>
 
 #include "TarnlyApp/Desktop/Panel.hpp"
+#include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/TrayWatch.hpp"
 
 namespace tarnly {
 
-/// The application's place on the desktop: an icon in the tray that opens the panel, or, while the desktop
+/// The application's place on the desktop: an icon in the tray that opens the panel, and has a mark while the
+/// simulator needs somebody to look after it, or, while the desktop
 /// shows no tray, the panel as an ordinary window.
 class TrayIcon : public QObject {
     Q_OBJECT
 
   public:
     /// In the background a window, if one is needed, appears minimized.
-    TrayIcon(Panel& panel, bool startsInBackground);
+    TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground);
 
     /// Brings the panel to the person's eyes, whatever form it has.
     void showPanel();
@@ -35,6 +38,7 @@ class TrayIcon : public QObject {
     void addActions();
     void followTray();
     void becomeIcon();
+    void showActivity();
     void becomeWindow();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     QRect iconPlace() const;
@@ -46,6 +50,9 @@ class TrayIcon : public QObject {
     void askWhetherToQuit();
 
     Panel& panel_;
+    RuntimeModel& runtime_;
+    const QIcon plainIcon_;
+    const QIcon markedIcon_;
     QMenu menu_;
     TrayWatch tray_;
     // depends-on: menu_
@@ -58,6 +65,7 @@ class TrayIcon : public QObject {
     QElapsedTimer sinceHidden_;
     /// Of the icon, when the panel was opened.
     QRect place_;
+    bool showsMark_ = false;
 };
 
 /// Where the top left corner of a panel of this size goes, so that it stands beside its icon and whole on the

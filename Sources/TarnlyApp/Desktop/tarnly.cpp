@@ -62,7 +62,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
 
 int main(int argc, char** argv) {
     using tarnly::CompanionProgram;
-    const auto parsed = tarnly::parseOptions(CompanionProgram::tarnly, argc, argv);
+    const auto parsed = tarnly::prepareRun(CompanionProgram::tarnly, argc, argv);
     if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
         (exit->status == 0 ? std::cout : std::cerr) << exit->text;
         return exit->status;

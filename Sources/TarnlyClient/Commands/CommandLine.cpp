@@ -94,6 +94,7 @@ int runClient(const std::vector<std::string>& arguments, std::ostream& out, std:
     app.require_subcommand(1)->fallthrough();
     addGlobalOptions(app, context.options);
     addCompanionCommands(app, context);
+    addStatusCommand(app, context);
     addDatarefCommands(app, context);
     addWatchCommand(app, context);
     addControlCommands(app, context);

@@ -51,6 +51,8 @@ struct CommandContext {
 
 /// discover, info
 void addCompanionCommands(CLI::App& app, CommandContext& context);
+/// status
+void addStatusCommand(CLI::App& app, CommandContext& context);
 /// send
 void addSendCommand(CLI::App& app, CommandContext& context);
 /// get, set

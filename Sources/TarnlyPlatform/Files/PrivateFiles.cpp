@@ -19,8 +19,9 @@ class Replacement {
         if (!isInPlace_) removeFile(made_.path);
     }
 
-    void write(std::string_view content) {
-        if (made_.file.write(content) != content.size() || !made_.file.flush())
+    void write(std::string_view content, Lasting lasting) {
+        const bool isWritten = made_.file.write(content) == content.size();
+        if (!isWritten || (lasting == Lasting::yes && !made_.file.flush()))
             throw std::system_error(errno, std::generic_category());
     }
 
@@ -65,10 +66,10 @@ bool overwritePrivateFile(const std::filesystem::path& file, std::string_view te
     return opened.write(text) == text.size() && opened.truncate(text.size());
 }
 
-void replaceFile(const std::filesystem::path& file, std::string_view content) {
+void replaceFile(const std::filesystem::path& file, std::string_view content, Lasting lasting) {
     createPrivateFolders(file.parent_path());
     Replacement replacement(file);
-    replacement.write(content);
+    replacement.write(content, lasting);
     replacement.moveTo(file);
 }
 

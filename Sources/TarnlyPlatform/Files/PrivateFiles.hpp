@@ -26,9 +26,13 @@ std::optional<std::string> readPrivateFile(const std::filesystem::path& file);
 /// leaves the former content, and what others could read is not written to.
 bool overwritePrivateFile(const std::filesystem::path& file, std::string_view text);
 
-/// Puts `content` in the place of `file`, whole or not at all, even if the computer stops meanwhile. Only the
-/// person may read it. A symbolic link at `file` is replaced, not followed; missing folders are made, for
-/// their owner only. Throws `std::system_error`, and leaves nothing behind then but folders.
-void replaceFile(const std::filesystem::path& file, std::string_view content);
+/// Whether a file has to be on the disk when it is said to be written, for which that may have to wake up.
+enum class Lasting { yes, no };
+
+/// Puts `content` in the place of `file`, whole or not at all, if it is lasting even when the computer stops
+/// meanwhile. Only the person may read it. A symbolic link at `file` is replaced, not followed; missing
+/// folders are made, for their owner only. Throws `std::system_error`, and leaves nothing behind then but
+/// folders.
+void replaceFile(const std::filesystem::path& file, std::string_view content, Lasting lasting = Lasting::yes);
 
 } // namespace tarnly

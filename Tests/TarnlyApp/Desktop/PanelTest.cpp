@@ -108,24 +108,8 @@ TEST_F(PanelTest, AFailedStartIsShownInFull) {
     EXPECT_EQ(failingPanel.width(), 280);
     EXPECT_GT(failingPanel.height(), height) << "a long text takes several lines";
     for (const auto* child : failingPanel.findChildren<QWidget*>()) {
-        EXPECT_TRUE(failingPanel.rect().contains(child->geometry()));
+        EXPECT_TRUE(child->isHidden() || failingPanel.rect().contains(child->geometry()));
     }
-}
-
-TEST(ActivityText, CountsClients) {
-    EXPECT_EQ(clientsText(0), "No client is paired.");
-    EXPECT_EQ(clientsText(1), "1 client is paired.");
-    EXPECT_EQ(clientsText(2), "2 clients are paired.");
-    EXPECT_EQ(clientsText(11), "11 clients are paired.");
-}
-
-TEST(ActivityText, TellsForHowLongARecordingRuns) {
-    EXPECT_EQ(recordingText(std::nullopt), "No recording is running.");
-    EXPECT_EQ(recordingText(0s), "Recording for 0:00.");
-    EXPECT_EQ(recordingText(65s), "Recording for 1:05.");
-    EXPECT_EQ(recordingText(59min + 59s), "Recording for 59:59.");
-    EXPECT_EQ(recordingText(1h + 5s), "Recording for 1:00:05.");
-    EXPECT_EQ(recordingText(36h + 10min), "Recording for 36:10:00.");
 }
 
 } // namespace

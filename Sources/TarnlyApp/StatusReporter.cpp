@@ -1,0 +1,48 @@
+#include "TarnlyApp/StatusReporter.hpp"
+
+#include <utility>
+
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/NetworkAddresses.hpp"
+
+namespace tarnly {
+
+StatusReporter::StatusReporter(CompanionHost& host, const SimBackend& backend, const Clock& clock,
+                               Facts facts)
+    : host_(host), backend_(backend), clock_(clock), facts_(std::move(facts)) {}
+
+CompanionStatus StatusReporter::collect() const {
+    CompanionStatus status;
+    status.version = TARNLY_VERSION;
+    status.isRunning = true;
+    status.words = wellFormedUtf8(facts_.words());
+    status.port = host_.advertiser().advertisedPort();
+    status.published = PublicationStatus::of(host_.advertiser().publicationState());
+    status.stage = StageStatus::of(backend_.stage(), clock_.now());
+    status.clients.paired = static_cast<std::int64_t>(host_.server().pairedCount());
+    status.clients.connected = static_cast<std::int64_t>(host_.server().connectionCount());
+    if (const auto progress = host_.recording().progress()) {
+        status.recording = RecordingStatus::of(*progress);
+    }
+    status.dataFolder = wellFormedUtf8(facts_.dataFolder);
+    return status;
+}
+
+CompanionStatus endedStatus(std::string words, std::string dataFolder) {
+    CompanionStatus status;
+    status.version = TARNLY_VERSION;
+    status.words = wellFormedUtf8(std::move(words));
+    status.dataFolder = wellFormedUtf8(std::move(dataFolder));
+    return status;
+}
+
+std::string statusJson(CompanionStatus status) {
+    if (status.port) {
+        const auto port = static_cast<std::uint16_t>(*status.port);
+        for (const auto& address : networkAddresses())
+            status.addresses.push_back(webSocketUrl(address, port));
+    }
+    return encodeJson(status);
+}
+
+} // namespace tarnly

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyCore/Flight/SimulatorStage.hpp"
+#include "TarnlyCore/Recording/FlightRecorder.hpp"
+#include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
+#include "TarnlyPlatform/Json/JsonRecord.hpp"
+
+/// How a companion stands, and the words for it: the panel, the status file and the tools say the same. All
+/// of these are plain values; texts are well-formed UTF-8.
+namespace tarnly {
+
+struct StageStatus {
+    /// As `stageName` has it.
+    std::string name;
+    std::string words;
+    /// Empty while there is nothing to do.
+    std::string advice;
+    std::optional<std::string> detail;
+    std::optional<std::int64_t> silentSeconds;
+
+    static StageStatus of(const SimulatorStage& stage, Clock::TimePoint now);
+
+    bool operator==(const StageStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("name", &StageStatus::name), field("words", &StageStatus::words),
+                          field("advice", &StageStatus::advice), field("detail", &StageStatus::detail),
+                          field("silent_for_s", &StageStatus::silentSeconds));
+    }
+};
+
+struct PublicationStatus {
+    /// "off", "publishing", "published" or "not_published".
+    std::string state;
+    /// Under which it is found.
+    std::optional<std::string> name;
+    /// Why it is not published, and what to do about it.
+    std::optional<std::string> reason;
+
+    /// Absent: nobody is asked to publish.
+    static PublicationStatus of(const std::optional<PublicationState>& publication);
+
+    bool operator==(const PublicationStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("state", &PublicationStatus::state), field("name", &PublicationStatus::name),
+                          field("reason", &PublicationStatus::reason));
+    }
+};
+
+struct ClientsStatus {
+    std::int64_t paired = 0;
+    /// The paired ones too.
+    std::int64_t connected = 0;
+
+    bool operator==(const ClientsStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("paired", &ClientsStatus::paired),
+                          field("connected", &ClientsStatus::connected));
+    }
+};
+
+/// Times in seconds, to the tenth.
+struct RecordingStatus {
+    /// The log's path; empty where none could be made.
+    std::string file;
+    std::int64_t samples = 0;
+    /// Absent before the first one.
+    std::optional<double> lastSampleAgeSeconds;
+    double runningSeconds = 0;
+
+    static RecordingStatus of(const FlightRecorder::Progress& progress);
+
+    bool operator==(const RecordingStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("file", &RecordingStatus::file), field("samples", &RecordingStatus::samples),
+                          field("last_sample_age_s", &RecordingStatus::lastSampleAgeSeconds),
+                          field("running_for_s", &RecordingStatus::runningSeconds));
+    }
+};
+
+struct CompanionStatus {
+    std::string version;
+    bool isRunning = false;
+    /// How it can be reached, or why it could not start: the line that it prints.
+    std::string words;
+    /// Absent until it listens.
+    std::optional<std::int64_t> port;
+    /// As clients enter them: "ws://192.168.1.20:41234".
+    std::vector<std::string> addresses;
+    /// This and what follows is absent, or nothing, while it does not run.
+    std::optional<PublicationStatus> published;
+    std::optional<StageStatus> stage;
+    ClientsStatus clients;
+    std::optional<RecordingStatus> recording;
+    /// An absolute path.
+    std::string dataFolder;
+
+    bool operator==(const CompanionStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(
+            field("version", &CompanionStatus::version), field("running", &CompanionStatus::isRunning),
+            field("words", &CompanionStatus::words), field("port", &CompanionStatus::port),
+            field("addresses", &CompanionStatus::addresses), field("published", &CompanionStatus::published),
+            field("stage", &CompanionStatus::stage), field("clients", &CompanionStatus::clients),
+            field("recording", &CompanionStatus::recording),
+            field("data_folder", &CompanionStatus::dataFolder));
+    }
+};
+
+/// "Simulator: not running. Start X-Plane 12.1.4 or later."
+std::string stageSentences(const StageStatus& stage);
+
+/// `Published by DNS-SD as "rig42 (2)".`, or why not.
+std::string publicationSentence(const PublicationStatus& published);
+
+/// "No client is paired.", "1 client is paired.", "2 clients are paired."
+std::string clientsSentence(const ClientsStatus& clients);
+
+/// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05."
+std::string recordingSentence(const std::optional<RecordingStatus>& recording);
+
+/// All of it for people, a line each, without line feeds.
+std::vector<std::string> statusLines(const CompanionStatus& status);
+
+} // namespace tarnly

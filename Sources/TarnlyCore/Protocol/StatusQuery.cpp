@@ -1,0 +1,27 @@
+#include "TarnlyCore/Protocol/StatusQuery.hpp"
+
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/LocalSocket.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
+
+namespace tarnly {
+
+std::filesystem::path statusSocketIn(const std::filesystem::path& dataFolder) {
+    return dataFolder / "status.socket";
+}
+
+std::string askForStatus(const std::filesystem::path& dataFolder, std::chrono::milliseconds limit) {
+    const auto folder = printable(std::filesystem::absolute(dataFolder).string());
+    try {
+        return askLocally(statusSocketIn(dataFolder), limit);
+    } catch (const NetworkError& error) {
+        if (error.which() == NetworkError::Case::connectionFailed) {
+            throw StatusQueryError("no companion runs on the data folder " + folder +
+                                   "; start tarnly or tarnlyd, or name another folder by --data-dir");
+        }
+        throw StatusQueryError("the companion on the data folder " + folder +
+                               " does not answer; end it, and start it again");
+    }
+}
+
+} // namespace tarnly

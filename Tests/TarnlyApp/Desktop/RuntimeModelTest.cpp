@@ -1,0 +1,67 @@
+#include "TarnlyApp/Desktop/RuntimeModel.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <thread>
+
+#include "Support/TemporaryFolder.hpp"
+#include "TarnlyApp/Desktop/Panel.hpp"
+#include "TarnlyApp/Desktop/Widgets.hpp"
+
+namespace tarnly {
+namespace {
+
+constexpr int patienceMilliseconds = 60'000;
+
+/// A companion that runs on a thread of its own, without a simulator.
+class RuntimeModelTest : public testing::Test {
+  protected:
+    ~RuntimeModelTest() override {
+        runtime.end();
+        if (network.joinable()) network.join();
+    }
+
+    void start() {
+        runtime.start();
+        network = std::thread([this] { runtime.run(); });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return model.activity().stage && model.activity().port; },
+                                    patienceMilliseconds));
+    }
+
+    const test::TemporaryFolder folder;
+    SettingsStore store{folder.path() / "settings.json", nullptr};
+    CompanionRuntime runtime{store, options()};
+    RuntimeModel model{runtime};
+    std::thread network;
+
+  private:
+    CompanionOptions options() const {
+        CompanionOptions result;
+        result.dataFolder = folder.path();
+        result.simulator.port = 1;
+        result.advertises = false;
+        return result;
+    }
+};
+
+TEST_F(RuntimeModelTest, KnowsHowItStandsWithoutBeingLookedAt) {
+    EXPECT_FALSE(model.activity().stage);
+    start();
+    EXPECT_EQ(model.activity().words, runtime.statusText());
+}
+
+TEST_F(RuntimeModelTest, ThePanelSaysTheStagesWords) {
+    Panel panel(model);
+    start();
+    panel.show();
+    const auto words = stageSentences(*model.activity().stage);
+    EXPECT_THAT(test::textsFromTop(panel),
+                testing::ElementsAre("Tarnly", runtime.statusText(), words, "No client is paired.",
+                                     "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"));
+    EXPECT_THAT(panel.accessibleDescription().toStdString(), testing::HasSubstr(words));
+}
+
+} // namespace
+} // namespace tarnly
