@@ -15,15 +15,23 @@ constexpr auto introduction =
     "shows and moves it on this computer alone (127.0.0.1). Start it, then start the companion.\n";
 
 constexpr auto farewell =
-    "\nQuirks can also be flipped while it runs: curl -d '{\"quirk\":\"silent\",\"on\":true}' "
-    "http://127.0.0.1:8086/control\n(also \"drop\" and \"restart\").  Control-C ends it.\n";
+    "\nOrders while it runs, one a line on standard input with --control stdin, or each by\n"
+    "curl -d '{\"order\":\"silent on\"}' http://127.0.0.1:8086/control\n\n"
+    "  QUIRK on [MILLISECONDS] | QUIRK off   each of the quirks, also duration-required\n"
+    "  drop                                  hang up on every WebSocket\n"
+    "  restart [swapped] [fresh] [away MILLISECONDS]\n"
+    "                                        reset all connections, draw other ids; swapped: exchange\n"
+    "                                        those of landing gear up and down instead; fresh: begin the\n"
+    "                                        flight anew; away: nobody listens for so long\n"
+    "  aircraft [MILLISECONDS]               another one, whose add-ons come so late (3000)\n"
+    "  load [SITUATION]                      leave the main menu, and fly\n\n"
+    "Control-C ends it.\n";
 
 /// Durations and optional values as plain numbers.
 struct Numbers {
     std::uint64_t idSeed = 0;
     double lateDatarefsS = 0;
     double dropS = 0;
-    std::int64_t slowMs = 0;
     bool noDuration = false;
 };
 
@@ -55,6 +63,11 @@ void addConnection(CLI::App& app, SimulatorOptions& options) {
     add("--port", options.port,
         "Port of the web interface, HTTP and WebSocket (default: 8086; 0: any free one)");
     add("--udp-port", options.udpPort, "UDP port for loading situations (default: 49000; 0: any free one)");
+    const auto stdinOnly = [&options](const std::string&) { options.takesOrders = true; };
+    app.add_option_function<std::string>("--control", stdinOnly, "Take orders there: stdin")
+        ->check(CLI::IsMember({"stdin"}))
+        ->option_text("WHERE")
+        ->group("Connection");
 }
 
 void setStart(const std::string& text, SimulatorOptions& options) {
@@ -94,15 +107,37 @@ void addCatalogue(CLI::App& app, SimulatorOptions& options, Numbers& numbers) {
         ->check(notNegative)
         ->option_text("N")
         ->group("Catalogue");
+    app.add_flag("--lever-lists", options.leverLists,
+                 "Levers of all engines are lists, not one number as the real simulator has them")
+        ->group("Catalogue");
+    app.add_flag("--no-flap-ratio", options.noFlapRatio,
+                 "sim/cockpit2/controls/flap_ratio is missing, flap_handle_request_ratio is not")
+        ->group("Catalogue");
+    app.add_option("--sim-version", options.version, "The simulator's version (default: 12.4.0)")
+        ->option_text("VERSION")
+        ->group("Catalogue");
 }
 
-/// The quirks that need no number have their meaning as their help.
-void addQuirks(CLI::App& app, Quirks& quirks, Numbers& numbers) {
-    for (const QuirkSwitch& quirk : quirkSwitches()) {
-        const std::string name = quirk.name;
-        if (name == "duration-required" || name == "late-datarefs" || name == "slow") continue;
+void addQuirk(CLI::App& app, const QuirkSwitch& quirk, Quirks& quirks) {
+    const std::string name = quirk.name;
+    if (name == "duration-required" || name == "late-datarefs") return; // with options of their own
+    if (quirk.time == nullptr) {
         app.add_flag("--" + name, quirks.*quirk.on, quirk.meaning)->group("Quirks");
+        return;
     }
+    const auto set = [&quirks, &quirk](std::int64_t number) {
+        quirks.*quirk.on = true;
+        quirks.*quirk.time = std::chrono::milliseconds(number);
+    };
+    app.add_option_function<std::int64_t>("--" + name, set, quirk.meaning)
+        ->check(CLI::Range(0, 600'000))
+        ->option_text("MILLISECONDS")
+        ->group("Quirks");
+}
+
+void addQuirks(CLI::App& app, Quirks& quirks, Numbers& numbers) {
+    for (const QuirkSwitch& quirk : quirkSwitches())
+        addQuirk(app, quirk, quirks);
     app.add_flag("--no-duration", numbers.noDuration,
                  "Commands can be activated without a duration (the real simulator refuses that)")
         ->group("Quirks");
@@ -111,10 +146,6 @@ void addQuirks(CLI::App& app, Quirks& quirks, Numbers& numbers) {
         ->check(finite)
         ->check(CLI::Range(0.0, 1e6))
         ->option_text("SECONDS")
-        ->group("Quirks");
-    app.add_option("--slow", numbers.slowMs, "Every answer comes so much later")
-        ->check(CLI::Range(0, 600'000))
-        ->option_text("MILLISECONDS")
         ->group("Quirks");
     app.add_option("--drop", numbers.dropS, "Hang up on every WebSocket after so many seconds")
         ->check(finite)
@@ -132,8 +163,6 @@ void takeOver(const CLI::App& app, const Numbers& numbers, SimulatorOptions& opt
     if (app.count("--late-datarefs") > 0) options.lateDatarefsAfter = milliseconds(numbers.lateDatarefsS);
     if (app.count("--drop") > 0) options.dropAfter = milliseconds(numbers.dropS);
     options.quirks.durationRequired = !numbers.noDuration;
-    options.quirks.slow = app.count("--slow") > 0;
-    if (options.quirks.slow) options.quirks.slowBy = std::chrono::milliseconds(numbers.slowMs);
 }
 
 EarlyEnd complaint(std::string text) {

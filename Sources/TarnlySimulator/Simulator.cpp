@@ -12,6 +12,7 @@
 #include "TarnlySimulator/Api/Control.hpp"
 #include "TarnlySimulator/Api/HttpApi.hpp"
 #include "TarnlySimulator/Api/SituationPort.hpp"
+#include "TarnlySimulator/Wire/Gate.hpp"
 
 namespace tarnly::simulator {
 namespace {
@@ -23,6 +24,8 @@ constexpr auto tickInterval = std::chrono::milliseconds(100);
 constexpr auto longestLag = std::chrono::seconds(1);
 /// A client that owes more takes no updates until it has read.
 constexpr std::size_t largestBacklog = 1024 * 1024;
+/// A client that sends a longer message is hung up on.
+constexpr std::size_t longestMessage = 128 * 1024;
 
 HttpResponse unavailable() { return {503, "text/plain", ""}; }
 
@@ -34,9 +37,12 @@ struct Client {
 
 } // namespace
 
-struct Simulator::State {
+struct Simulator::State : std::enable_shared_from_this<State> {
     State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions)
-        : clock(givenClock), options(std::move(givenOptions)), tasks(std::move(givenExecutor)) {}
+        : clock(givenClock),
+          options(std::move(givenOptions)),
+          tasks(givenExecutor),
+          returning(std::move(givenExecutor)) {}
 
     OnOneThread thread;
     Clock& clock;
@@ -44,11 +50,16 @@ struct Simulator::State {
     World world{options};
     HttpApi http{world};
     std::vector<std::shared_ptr<Client>> clients;
-    Control control{world, {[this] { dropConnections(); }, [this] { restart(); }}};
+    Orders orders{world, {[this] { dropConnections(); }, [this](const Restart& how) { restart(how); }}};
+    Control control{world, orders};
     std::optional<ApiServer> server;
+    std::optional<Gate> gate;
     std::optional<SituationPort> situations;
+    bool isAway = false;
     bool isStopped = false;
     TaskGroup tasks;
+    /// The end of being away.
+    TaskGroup returning;
 
     void dropConnections() {
         thread.check();
@@ -61,14 +72,10 @@ struct Simulator::State {
         std::erase(clients, client);
     }
 
-    void restart() {
-        thread.check();
-        const auto anyId = static_cast<std::uint64_t>(world.datarefs().entries().front().id);
-        world.drawIds(anyId);
-        dropConnections();
-    }
+    void restart(const Restart& how);
 
     void load(const std::string& path) {
+        if (isAway) return;
         world.loadSituation(path);
         if (options.onSituation) options.onSituation("Situation loaded: " + path);
     }
@@ -84,7 +91,11 @@ struct Simulator::State {
     static void accept(const std::weak_ptr<State>& weak, std::shared_ptr<WebSocketConnection> connection);
     static Task<> serve(std::shared_ptr<State> state, std::shared_ptr<Client> client);
     static Task<> keepTime(std::shared_ptr<State> state);
+    static Task<> comeBack(std::weak_ptr<State> weak, Clock& clock, Clock::Duration away);
 };
+
+/// A simulator whose time stands still, or that nobody can reach any more, is of no use.
+void endProgram(const std::exception_ptr& failure) { std::rethrow_exception(failure); }
 
 Task<std::optional<HttpResponse>> Simulator::State::answer(std::weak_ptr<State> weak, HttpRequest request,
                                                            bool isUpgrade) {
@@ -95,6 +106,10 @@ Task<std::optional<HttpResponse>> Simulator::State::answer(std::weak_ptr<State> 
         const Clock::Duration delay = state->world.quirks.slowBy;
         co_await state->clock.sleepFor(delay);
     }
+    if (isUpgrade && state->world.quirks.handshakeLate) {
+        const Clock::Duration delay = state->world.quirks.handshakeLateBy;
+        co_await state->clock.sleepFor(delay);
+    }
     co_return state->http.answer(request, isUpgrade);
 }
 
@@ -102,6 +117,7 @@ void Simulator::State::accept(const std::weak_ptr<State>& weak,
                               std::shared_ptr<WebSocketConnection> connection) {
     const auto state = weak.lock();
     if (!state || state->isStopped) return connection->cancel();
+    connection->setMessageLimit(longestMessage);
     auto client =
         std::make_shared<Client>(std::move(connection), ApiConversation(state->world), state->clock.now());
     state->clients.push_back(client);
@@ -136,8 +152,38 @@ Task<> Simulator::State::keepTime(std::shared_ptr<State> state) {
     }
 }
 
+void Simulator::State::restart(const Restart& how) {
+    thread.check();
+    gate->close();
+    dropConnections();
+    if (how.isSwapped) {
+        world.swapGearCommands();
+    } else {
+        world.drawIds(static_cast<std::uint64_t>(world.datarefs().entries().front().id));
+    }
+    if (how.isFresh) world.beginAnew();
+    isAway = true;
+    returning.cancel();
+    if (how.away.count() > 0) {
+        returning.spawn(comeBack(weak_from_this(), clock, how.away), endProgram);
+    } else {
+        isAway = false;
+        gate->open();
+    }
+}
+
+Task<> Simulator::State::comeBack(std::weak_ptr<State> weak, Clock& clock, Clock::Duration away) {
+    co_await clock.sleepFor(away);
+    const auto state = weak.lock();
+    if (!state || state->isStopped) co_return;
+    state->isAway = false;
+    state->gate->open();
+}
+
 void Simulator::State::tick() {
     thread.check();
+    gate->look();
+    if (world.quirks.silent) return;
     world.advance(std::chrono::duration<double>(tickInterval).count());
     for (const auto& client : clients) {
         const bool isOld = options.dropAfter && clock.now() - client->since >= *options.dropAfter;
@@ -156,34 +202,37 @@ Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOpti
         executor, state_->options.udpPort,
         [state = state_.get()](const std::string& path) { state->load(path); },
         [state = state_.get()](const std::string& reason) { state->ignore(reason); });
+    constexpr std::uint16_t any = 0; // clients see the gate's
     state_->server.emplace(
-        executor, clock, state_->options.port,
+        executor, clock, any,
         [weak](HttpRequest request, bool isUpgrade) {
             return State::answer(weak, std::move(request), isUpgrade);
         },
         [weak](std::shared_ptr<WebSocketConnection> connection) {
             State::accept(weak, std::move(connection));
         });
-    // A simulator whose time stands still is of no use: what stops it ends the program.
-    auto endProgram = [](const std::exception_ptr& failure) { std::rethrow_exception(failure); };
+    state_->gate.emplace(executor, clock, state_->world.quirks, state_->options.port, state_->server->port());
     state_->tasks.spawn(State::keepTime(state_), endProgram);
 }
 
 Simulator::~Simulator() { stop(); }
 
-std::uint16_t Simulator::port() const { return state_->server->port(); }
+std::uint16_t Simulator::port() const { return state_->gate->port(); }
 std::uint16_t Simulator::udpPort() const { return state_->situations->port(); }
 World& Simulator::world() { return state_->world; }
 std::size_t Simulator::connections() const { return state_->clients.size(); }
 void Simulator::dropConnections() { state_->dropConnections(); }
-void Simulator::restart() { state_->restart(); }
+void Simulator::restart(const Restart& how) { state_->restart(how); }
+void Simulator::obey(std::string_view order) { state_->orders.obey(order); }
 
 void Simulator::stop() {
     state_->isStopped = true;
+    state_->gate->cancel();
     state_->server->cancel();
     state_->situations->cancel();
     state_->dropConnections();
     state_->clients.clear();
+    state_->returning.cancel();
     state_->tasks.cancel();
 }
 

@@ -8,8 +8,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlySimulator/Api/Orders.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::simulator {
@@ -22,6 +24,9 @@ struct SimulatorOptions : WorldOptions {
 
     /// The age at which every WebSocket is dropped.
     std::optional<std::chrono::milliseconds> dropAfter;
+
+    /// Whether the program takes `Orders` on its standard input.
+    bool takesOrders = false;
 
     /// Told of each situation loaded, and of each datagram that was ignored, with one line for people.
     std::function<void(const std::string&)> onSituation;
@@ -56,8 +61,12 @@ class Simulator {
     /// Hangs up on every WebSocket.
     void dropConnections();
 
-    /// What clients see of a restart: they are hung up on and find other ids. The flight goes on.
-    void restart();
+    /// What clients see of a restart: all connections are reset, nobody listens for as long as it takes, and
+    /// ids are others.
+    void restart(const Restart& how = {});
+
+    /// Carries out one line of `Orders`. Throws `ApiError` when it is none.
+    void obey(std::string_view order);
 
     /// Frees the ports and hangs up. Harmless when repeated.
     void stop();

@@ -3,22 +3,37 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlySimulator/Api/ApiError.hpp"
 #include "TarnlySimulator/CommandLine.hpp"
 #include "TarnlySimulator/Simulator.hpp"
+#include "TarnlySimulator/StandardInput.hpp"
 
 namespace {
 
 using namespace tarnly::simulator;
 
+/// Carries out a line of standard input, and says so; what is no order costs its line and nothing else.
+void obey(Simulator& simulator, const std::string& line) {
+    if (line.find_first_not_of(" \t\r") == std::string::npos || line.starts_with('#')) return;
+    try {
+        simulator.obey(line);
+        std::cout << "Done: " << line << std::endl;
+    } catch (const ApiError& error) {
+        std::cerr << error.what() << std::endl;
+    }
+}
+
 /// Runs until it is told to end by a signal.
 void run(SimulatorOptions options) {
     options.onSituation = [](const std::string& line) { std::cout << line << std::endl; };
     options.onIgnored = [](const std::string& line) { std::cerr << line << std::endl; };
+    const bool takesOrders = options.takesOrders;
     tarnly::SystemClock clock;
     boost::asio::io_context io(1);
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
@@ -29,6 +44,9 @@ void run(SimulatorOptions options) {
     });
     std::cout << "Simulating on port " << simulator.port() << ", UDP port " << simulator.udpPort() << "."
               << std::endl;
+    std::optional<StandardInput> orders;
+    if (takesOrders)
+        orders.emplace(io.get_executor(), [&](const std::string& line) { obey(simulator, line); });
     io.run();
 }
 

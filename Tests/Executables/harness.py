@@ -54,7 +54,7 @@ def executable(name):
 class Program:
     """One running program; what it prints is at hand line by line."""
 
-    def __init__(self, name, command, folder, environment):
+    def __init__(self, name, command, folder, environment, stdin=subprocess.DEVNULL):
         self.name = name
         self.expected_status = 0
         self._errors = open(folder / f"stderr-{time.monotonic_ns()}", "w+", errors="replace")
@@ -62,7 +62,7 @@ class Program:
         self._changed = threading.Condition()
         self._finished = False
         self.process = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=self._errors,
+            command, stdin=stdin, stdout=subprocess.PIPE, stderr=self._errors,
             env=environment, text=True, errors="replace",
         )
         self._reader = threading.Thread(target=self._read, daemon=True)
@@ -80,6 +80,11 @@ class Program:
     @property
     def pid(self):
         return self.process.pid
+
+    def write(self, text):
+        """For a program that was started with a pipe as its standard input."""
+        self.process.stdin.write(text)
+        self.process.stdin.flush()
 
     def output(self):
         with self._changed:
@@ -131,7 +136,9 @@ class Program:
             self.process.wait()
         if SANITIZER_REPORT.search(self.errors()):
             found.append(f"{self.name} left a sanitizer report:\n{self.errors()}")
-        self.process.stdout.close()
+        for pipe in (self.process.stdin, self.process.stdout):
+            if pipe:
+                pipe.close()
         self._errors.close()
         return found
 
@@ -198,11 +205,11 @@ class Programs:
         return dict(os.environ, HOME=str(self.folder), XDG_DATA_HOME=str(self.folder / "data"),
                     DBUS_SYSTEM_BUS_ADDRESS=nowhere) | more
 
-    def start(self, name, *arguments, descriptors=None, **environment):
+    def start(self, name, *arguments, descriptors=None, stdin=subprocess.DEVNULL, **environment):
         command = [executable(name), *map(str, arguments)]
         if descriptors is not None:
             command = ["sh", "-c", f'ulimit -n {descriptors}; exec "$0" "$@"', *command]
-        program = Program(name, command, self.folder, self.environment(**environment))
+        program = Program(name, command, self.folder, self.environment(**environment), stdin)
         self._running.append(program)
         return program
 
@@ -225,9 +232,9 @@ class Programs:
         self.close_at_end(stack)
         return stack.enter_context(reserved_port())
 
-    def simulator(self, *arguments, port=0):
+    def simulator(self, *arguments, port=0, **options):
         """A tarnly-sim that listens, and its port."""
-        program = self.start("tarnly-sim", "--port", port, "--udp-port", 0, *arguments)
+        program = self.start("tarnly-sim", "--port", port, "--udp-port", 0, *arguments, **options)
         return program, int(program.wait_for_line(SIMULATOR_LINE).group(1))
 
     def run(self, name, *arguments, **environment):

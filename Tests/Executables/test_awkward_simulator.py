@@ -65,10 +65,10 @@ def test_a_text_is_no_number(programs):
     assert client.subscribe_error(TAIL_NUMBER) == f'timeout("{TAIL_NUMBER}")'
 
 
-def test_silence_is_a_timeout_until_it_ends(programs):
-    rig = Rig(programs, "--silent")
+def test_values_that_do_not_come_are_a_timeout_until_it_ends(programs):
+    rig = Rig(programs, "--values-stop")
     assert rig.client.subscribe_error(LATITUDE) == f'timeout("{LATITUDE}")'
-    rig.tell(quirk="silent", on=False)
+    rig.tell(quirk="values-stop", on=False)
     wait_until(lambda: rig.client.request("dataref_subscribe_values", {"datarefs": [{"name": LATITUDE}]})["type"]
                != "error", "a value")
 

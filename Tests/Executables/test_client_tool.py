@@ -11,7 +11,7 @@ LONGITUDE = "sim/flightmodel/position/longitude"
 HEIGHT = "sim/flightmodel/position/y_agl"
 PITCH = "sim/flightmodel/position/theta"
 GEAR_HANDLE = "sim/cockpit2/controls/gear_handle_down"
-THROTTLE = "sim/cockpit2/engine/actuators/throttle_ratio_all"
+THROTTLE = "sim/cockpit2/engine/actuators/throttle_ratio"
 
 
 class Rig:

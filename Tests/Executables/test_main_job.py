@@ -10,7 +10,7 @@ POSITION = "sim/flightmodel/position"
 LATITUDE, LONGITUDE = f"{POSITION}/latitude", f"{POSITION}/longitude"
 ELEVATION, HEIGHT = f"{POSITION}/elevation", f"{POSITION}/y_agl"
 GEAR_HANDLE = "sim/cockpit2/controls/gear_handle_down"
-THROTTLE = "sim/cockpit2/engine/actuators/throttle_ratio_all"
+THROTTLE = "sim/cockpit2/engine/actuators/throttle_ratio"
 METRES_PER_DEGREE = 111_000
 
 

@@ -46,16 +46,51 @@ TEST(CommandLine, TakesPortsAndFlight) {
 }
 
 TEST(CommandLine, EveryQuirkHasItsOption) {
-    const auto options = accepted({"--main-menu", "--traffic-disabled", "--no-duration", "--late-datarefs",
-                                   "1.5", "--null-entries", "--non-finite", "--silent", "--stuck",
-                                   "--result-per-dataref", "--slow", "750", "--drop", "20"});
+    const auto options = accepted({"--main-menu",
+                                   "--traffic-disabled",
+                                   "--no-duration",
+                                   "--late-datarefs",
+                                   "1.5",
+                                   "--null-entries",
+                                   "--non-finite",
+                                   "--silent",
+                                   "--stuck",
+                                   "--result-per-dataref",
+                                   "--slow",
+                                   "750",
+                                   "--drop",
+                                   "20",
+                                   "--traffic-disabled-plain",
+                                   "--too-old",
+                                   "--handshake-refused",
+                                   "--handshake-late",
+                                   "11000",
+                                   "--awkward-catalogue",
+                                   "--values-stop",
+                                   "--mid-message",
+                                   "--pings-unanswered",
+                                   "--idle-close",
+                                   "5000"});
     const Quirks& quirks = options.quirks;
     EXPECT_TRUE(quirks.mainMenu && quirks.trafficDisabled && quirks.nullEntries && quirks.nonFinite);
     EXPECT_TRUE(quirks.silent && quirks.stuck && quirks.resultPerDataref && quirks.slow);
+    EXPECT_TRUE(quirks.trafficDisabledPlain && quirks.tooOld && quirks.handshakeRefused);
+    EXPECT_TRUE(quirks.handshakeLate && quirks.awkwardCatalogue && quirks.valuesStop && quirks.midMessage);
+    EXPECT_TRUE(quirks.pingsUnanswered && quirks.idleClose);
+    EXPECT_EQ(quirks.handshakeLateBy, 11s);
+    EXPECT_EQ(quirks.idleCloseAfter, 5s);
     EXPECT_FALSE(quirks.durationRequired);
     EXPECT_EQ(quirks.slowBy, 750ms);
     EXPECT_EQ(options.lateDatarefsAfter, 1500ms);
     EXPECT_EQ(options.dropAfter, 20s);
+}
+
+TEST(CommandLine, TakesTheFormsOfTheCatalogue) {
+    EXPECT_FALSE(accepted({}).leverLists || accepted({}).noFlapRatio || accepted({}).takesOrders);
+    const auto options =
+        accepted({"--lever-lists", "--no-flap-ratio", "--sim-version", "12.1.4", "--control", "stdin"});
+    EXPECT_TRUE(options.leverLists && options.noFlapRatio && options.takesOrders);
+    EXPECT_EQ(options.version, "12.1.4");
 }
 
 class WrongUsage : public testing::TestWithParam<std::vector<std::string>> {};
@@ -76,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"--seed", "-1"}, std::vector<std::string>{"--id-seed", "x"},
                     std::vector<std::string>{"--speed", "0"}, std::vector<std::string>{"--speed", "nan"},
                     std::vector<std::string>{"--start", "nowhere"}, std::vector<std::string>{"--start", "2"},
-                    std::vector<std::string>{"--slow"}, std::vector<std::string>{"--drop", "inf"},
+                    std::vector<std::string>{"--slow"}, std::vector<std::string>{"--control", "tape"},
+                    std::vector<std::string>{"--idle-close", "-1"}, std::vector<std::string>{"--drop", "inf"},
                     std::vector<std::string>{"--late-datarefs", "-1"}));
 
 TEST(CommandLine, HelpAndVersionEndWell) {
@@ -84,6 +120,7 @@ TEST(CommandLine, HelpAndVersionEndWell) {
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.text, HasSubstr("--udp-port PORT"));
     EXPECT_THAT(help.text, HasSubstr("/control"));
+    EXPECT_THAT(help.text, HasSubstr("restart [swapped]"));
     const auto version = ended({"--version"});
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_EQ(version.text, "tarnly-sim " TARNLY_VERSION "\n");

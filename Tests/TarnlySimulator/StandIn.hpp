@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <boost/json/value.hpp>
 #include <cstdint>
 #include <stdexcept>
@@ -19,6 +20,13 @@ inline simulator::SimulatorOptions standInOptions() {
     options.idSeed = 42;
     options.start = simulator::FlightPhase::cruise;
     return options;
+}
+
+/// How many datarefs clients see now.
+inline std::size_t shownDatarefs(const simulator::World& world) {
+    const auto& entries = world.datarefs().entries();
+    return static_cast<std::size_t>(
+        std::ranges::count_if(entries, [&](const auto& each) { return world.shows(each); }));
 }
 
 inline std::int64_t datarefId(const simulator::World& world, std::string_view name) {

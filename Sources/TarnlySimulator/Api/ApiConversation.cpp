@@ -126,14 +126,20 @@ ApiConversation::Outcomes ApiConversation::carryOut(const boost::json::object& r
 
 ApiConversation::Outcomes ApiConversation::subscribe(const boost::json::object& parameters) {
     if (world_.quirks.stuck) subscriptions_.freeze();
-    return forEach(parameters, "datarefs", [this](const boost::json::object& entry) {
+    std::vector<std::int64_t> ids;
+    auto outcomes = forEach(parameters, "datarefs", [&](const boost::json::object& entry) {
         const auto id = integerMember(entry, "id");
         if (entry.contains("index"))
             throw ApiError(400, "invalid_index", "Here only whole datarefs can be subscribed to.");
         if (world_.shownDataref(id) == nullptr)
             throw ApiError(404, "invalid_dataref_id", "No dataref has the id " + std::to_string(id) + ".");
-        subscriptions_.add(id);
+        ids.push_back(id);
     });
+    // One bad id fails them all, unless each has a result of its own.
+    if (ids.size() < outcomes.size() && !world_.quirks.resultPerDataref) return outcomes;
+    for (const auto id : ids)
+        subscriptions_.add(id);
+    return outcomes;
 }
 
 ApiConversation::Outcomes ApiConversation::unsubscribe(const boost::json::object& parameters) {
@@ -164,7 +170,7 @@ ApiConversation::Outcomes ApiConversation::activate(const boost::json::object& p
 
 std::string ApiConversation::update() {
     thread_.check();
-    if (world_.quirks.silent) return {};
+    if (world_.quirks.valuesStop) return {};
     return subscriptions_.update(world_);
 }
 

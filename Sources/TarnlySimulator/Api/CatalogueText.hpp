@@ -28,6 +28,7 @@ class CatalogueText {
         bool mainMenu = false;
         bool lateDatarefs = false;
         bool nullEntries = false;
+        bool awkward = false;
 
         bool operator==(const Shown&) const = default;
     };

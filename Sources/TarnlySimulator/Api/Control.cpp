@@ -1,7 +1,5 @@
 #include "TarnlySimulator/Api/Control.hpp"
 
-#include <chrono>
-
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
 #include "TarnlySimulator/Api/ApiError.hpp"
@@ -10,13 +8,17 @@
 namespace tarnly::simulator {
 namespace {
 
-constexpr std::int64_t longestDelayMs = 600'000;
-
-std::chrono::milliseconds delayFrom(const boost::json::object& request) {
-    const auto delay = integerMember(request, "milliseconds");
-    if (delay < 0 || delay > longestDelayMs)
-        throw ApiError(400, "invalid_body", "The key milliseconds needs a number from 0 to 600000.");
-    return std::chrono::milliseconds(delay);
+/// The line that says the same as `request`.
+std::string orderFrom(const boost::json::object& request) {
+    if (request.contains("order")) return std::string(stringMember(request, "order"));
+    std::string line(stringMember(request, "quirk"));
+    if (line == "drop" || line == "restart") return line;
+    if (quirkSwitchNamed(line) == nullptr)
+        throw ApiError(404, "invalid_quirk", "There is no quirk of that name.");
+    line += boolMember(request, "on") ? " on" : " off";
+    if (request.contains("milliseconds"))
+        line += " " + std::to_string(integerMember(request, "milliseconds"));
+    return line;
 }
 
 } // namespace
@@ -40,15 +42,7 @@ HttpResponse Control::answer(const HttpRequest& request) {
 
 void Control::carryOut(const std::string& body) {
     const auto json = parseJson(body);
-    const auto& request = objectFrom(json);
-    const auto name = stringMember(request, "quirk");
-    if (name == "drop") return actions_.drop();
-    if (name == "restart") return actions_.restart();
-    const auto* quirk = quirkSwitchNamed(name);
-    if (quirk == nullptr) throw ApiError(404, "invalid_quirk", "There is no quirk of that name.");
-    const bool on = boolMember(request, "on");
-    if (request.contains("milliseconds")) world_.quirks.slowBy = delayFrom(request);
-    world_.quirks.*quirk->on = on;
+    orders_.obey(orderFrom(objectFrom(json)));
 }
 
 std::string Control::report() const {

@@ -1,30 +1,26 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlySimulator/Api/Orders.hpp"
 #include "TarnlySimulator/World/World.hpp"
 
 namespace tarnly::simulator {
 
-/// The stand-in's own address "/control", by which tests flip quirks while it runs:
+/// The stand-in's own address "/control", by which tests change it while it runs:
 ///
 ///     GET /control                                             all quirks, and the phase of the flight
+///     POST /control {"order":"restart swapped"}                any line of `Orders`
 ///     POST /control {"quirk":"slow","on":true,"milliseconds":500}
-///     POST /control {"quirk":"drop"}                           hangs up on every WebSocket
-///     POST /control {"quirk":"restart"}                        draws new ids and hangs up
+///     POST /control {"quirk":"drop"}                           also "restart"
 ///
-/// Every POST is answered as the GET. Belongs to the thread of its world, which outlives it.
+/// Every POST is answered as the GET. Belongs to the thread of its world, which outlives it, as its orders
+/// do.
 class Control {
   public:
-    struct Actions {
-        std::function<void()> drop;
-        std::function<void()> restart;
-    };
-
-    Control(World& world, Actions actions) : world_(world), actions_(std::move(actions)) {}
+    Control(const World& world, Orders& orders) : world_(world), orders_(orders) {}
 
     /// Whether `request` is for this address.
     static bool isMeant(const HttpRequest& request) { return request.target == "/control"; }
@@ -36,8 +32,8 @@ class Control {
     std::string report() const;
 
     OnOneThread thread_;
-    World& world_;
-    Actions actions_;
+    const World& world_;
+    Orders& orders_;
 };
 
 } // namespace tarnly::simulator

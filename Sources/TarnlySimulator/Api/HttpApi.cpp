@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonWriter.hpp"
 #include "TarnlySimulator/Api/ApiError.hpp"
 #include "TarnlySimulator/Api/JsonMembers.hpp"
 #include "TarnlySimulator/World/Parts.hpp"
@@ -11,9 +12,13 @@
 namespace tarnly::simulator {
 namespace {
 
-constexpr auto capabilities = R"({"api":{"versions":["v1","v2","v3"]},"x-plane":{"version":"12.4.0"}})";
-
 HttpResponse json(unsigned status, std::string body) { return {status, "application/json", std::move(body)}; }
+
+std::string capabilities(const std::string& version) {
+    JsonWriter writer;
+    writer.string(version);
+    return R"({"api":{"versions":["v1","v2","v3"]},"x-plane":{"version":)" + writer.take() + "}}";
+}
 
 bool isVersion(std::string_view part) { return part == "v1" || part == "v2" || part == "v3"; }
 
@@ -76,10 +81,14 @@ HttpResponse notFoundPage() {
 
 std::optional<HttpResponse> HttpApi::answer(const HttpRequest& request, bool isUpgrade) {
     thread_.check();
-    if (world_.quirks.trafficDisabled)
+    const Quirks& quirks = world_.quirks;
+    if (quirks.trafficDisabledPlain) return HttpResponse{403, "text/plain", "Forbidden\n"};
+    if (quirks.trafficDisabled)
         return json(403,
                     errorBody(ApiError(403, "incoming_traffic_disabled", "Incoming traffic is disabled.")));
+    if (quirks.tooOld && !request.target.starts_with("/api/v1/")) return notFoundPage();
     if (isUpgrade) {
+        if (quirks.handshakeRefused) return HttpResponse{500, "text/plain", "Internal Server Error\n"};
         const auto path = parts(std::string_view(request.target).substr(0, request.target.find('?')), '/');
         if (path.size() == 3 && path[1] == "api" && isVersion(path[2])) return std::nullopt;
         return notFoundPage();
@@ -100,7 +109,7 @@ HttpResponse HttpApi::plainAnswer(const HttpRequest& request) {
     const auto query = target.substr(std::min(question + 1, target.size()));
     auto path = parts(target.substr(0, question), '/');
     if (request.method == "GET" && target.substr(0, question) == "/api/capabilities")
-        return json(200, capabilities);
+        return json(200, capabilities(world_.version()));
     if (path.size() < 4 || path[1] != "api" || !isVersion(path[2])) return notFoundPage();
     path.erase(path.begin(), path.begin() + 3);
     if (request.method == "GET") return get(path, query);
@@ -129,6 +138,8 @@ HttpResponse HttpApi::get(const Path& path, std::string_view query) {
 }
 
 HttpResponse HttpApi::filteredDatarefs(std::string_view query) const {
+    if (world_.quirks.mainMenu)
+        throw ApiError(404, "invalid_dataref_name", "No dataref has one of these names.");
     return filtered(world_.datarefs(), query,
                     [this](const Dataref& dataref) { return world_.shows(dataref); });
 }

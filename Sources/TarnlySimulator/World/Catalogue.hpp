@@ -46,6 +46,15 @@ class Catalogue {
         }
     }
 
+    /// Gives each of two named entries the other's id; both must exist.
+    void swapIds(std::string_view one, std::string_view other) {
+        auto& first = byName_.at(one);
+        auto& second = byName_.at(other);
+        std::swap(entries_[first].id, entries_[second].id);
+        byId_[entries_[first].id] = first;
+        byId_[entries_[second].id] = second;
+    }
+
   private:
     template <typename Key>
     const Entry* at(const std::unordered_map<Key, std::size_t>& index, Key key) const {

@@ -155,6 +155,9 @@ constexpr Group groups[] = {
 };
 
 constexpr std::size_t addOnCount = 40;
+constexpr auto flapRatio = "sim/cockpit2/controls/flap_ratio";
+/// In Latin-1, as an add-on of old may have it.
+constexpr auto awkwardName = "addon/caf\xE9/temperature";
 
 struct Text {
     const char* name;
@@ -192,8 +195,8 @@ Dataref keptDataref(std::string name, ValueType type, std::size_t size, bool isW
     return out;
 }
 
-void addFlight(std::vector<Dataref>& out) {
-    for (const FlightBinding& binding : flightDatarefs()) {
+void addBound(std::span<const FlightBinding> bindings, std::vector<Dataref>& out) {
+    for (const FlightBinding& binding : bindings) {
         Dataref dataref;
         dataref.name = binding.name;
         dataref.type = binding.type;
@@ -254,17 +257,22 @@ void addNumbered(const char* format, std::size_t count, bool isAddOn, std::vecto
 
 } // namespace
 
-std::vector<Dataref> stockDatarefs(std::size_t atLeast) {
+std::vector<Dataref> stockDatarefs(const DatarefOptions& options) {
     std::vector<Dataref> out;
-    out.reserve(std::max<std::size_t>(atLeast, 1000));
-    addFlight(out);
+    out.reserve(std::max<std::size_t>(options.datarefs, 1000));
+    addBound(flightDatarefs(), out);
+    addBound(leverDatarefs(options.leverLists), out);
+    if (options.noFlapRatio) std::erase_if(out, [](const Dataref& each) { return each.name == flapRatio; });
     for (const Group& group : groups)
         addGroup(group, out);
     setKnownValues(out);
     addOddValues(out);
     addNumbered("addon/twin/systems_%zu/state_%02zu", addOnCount, true, out);
-    if (out.size() < atLeast)
-        addNumbered("sim/aircraft/padding/section_%03zu/value_%06zu", atLeast - out.size(), false, out);
+    if (out.size() < options.datarefs)
+        addNumbered("sim/aircraft/padding/section_%03zu/value_%06zu", options.datarefs - out.size(), false,
+                    out);
+    out.push_back(keptDataref(awkwardName, single, 1, true));
+    out.back().isAwkward = true;
     return out;
 }
 

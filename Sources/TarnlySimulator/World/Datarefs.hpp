@@ -27,17 +27,32 @@ struct Dataref {
     bool isWritable = false;
     /// Registered by an add-on, which may come late.
     bool isAddOn = false;
+    /// Its name is not UTF-8; it shows in an awkward catalogue only.
+    bool isAwkward = false;
     /// None: the value is just kept.
     const FlightBinding* binding = nullptr;
     Value kept = 0.0;
     std::int64_t id = 0;
 };
 
-/// Every dataref of the stand-in, without ids: those of the flight, a few hundred whose values are just kept,
-/// and those of an add-on; filled up to `atLeast` entries with numbered ones.
-std::vector<Dataref> stockDatarefs(std::size_t atLeast);
+/// What `stockDatarefs` may be asked for.
+struct DatarefOptions {
+    /// Fill up to so many entries with numbered ones.
+    std::size_t datarefs = 0;
+    /// The levers of all engines together are lists with an element for each engine rather than one number.
+    bool leverLists = false;
+    /// Leave out the flap lever's older name, `sim/cockpit2/controls/flap_ratio`.
+    bool noFlapRatio = false;
+};
 
-/// The datarefs behind which stands the flight.
+/// Every dataref of the stand-in, without ids: those of the flight, a few hundred whose values are just kept,
+/// those of an add-on, and an awkward one.
+std::vector<Dataref> stockDatarefs(const DatarefOptions& options);
+
+/// The datarefs behind which stands the flight, but for those of `leverDatarefs`.
 std::span<const FlightBinding> flightDatarefs();
+
+/// The levers of all engines together: each one number, or each a list.
+std::span<const FlightBinding> leverDatarefs(bool asLists);
 
 } // namespace tarnly::simulator

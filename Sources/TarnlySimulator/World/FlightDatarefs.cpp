@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
+#include <span>
 
 #include "TarnlySimulator/Flight/Globe.hpp"
 
@@ -21,9 +23,11 @@ Value array(const std::array<double, Count>& values) {
     return std::vector<double>(values.begin(), values.end());
 }
 
+/// What is written for engines that there are not is forgotten.
 template <std::size_t Count>
 void assignRatios(std::array<double, Count>& out, const Value& value) {
-    std::ranges::transform(std::get<std::vector<double>>(value), out.begin(), ratio);
+    const auto& numbers = std::get<std::vector<double>>(value);
+    std::ranges::transform(std::span(numbers).first(std::min(Count, numbers.size())), out.begin(), ratio);
 }
 
 using Flight = FlightModel;
@@ -69,6 +73,48 @@ Value trackAngle(const Flight& flight) {
 
 Value loadFactor(const Flight& flight) {
     return 1 / std::cos(radians(std::clamp(flight.state().bankDeg, -75.0, 75.0)));
+}
+
+using Levers = std::array<double, 2>;
+
+/// One number for the levers of all engines.
+template <Levers FlightState::*member>
+Value getTogether(const Flight& flight) {
+    const Levers& levers = flight.state().*member;
+    return std::midpoint(levers[0], levers[1]);
+}
+
+template <Levers FlightState::*member>
+Value getList(const Flight& flight) {
+    return array(flight.state().*member);
+}
+
+/// As many elements as the simulator has room for engines, whether there are any or not.
+template <Levers FlightState::*member>
+Value getEach(const Flight& flight) {
+    constexpr std::size_t roomForEngines = 16;
+    const Levers& levers = flight.state().*member;
+    std::vector<double> out(levers.begin(), levers.end());
+    out.resize(roomForEngines);
+    return out;
+}
+
+template <Levers FlightState::*member>
+void setTogether(Flight& flight, const Value& value) {
+    (flight.controls().*member).fill(ratio(number(value)));
+}
+
+template <Levers FlightState::*member>
+void setEach(Flight& flight, const Value& value) {
+    assignRatios(flight.controls().*member, value);
+}
+
+void setThrottleTogether(Flight& flight, const Value& value) {
+    flight.takeThrottle().throttle.fill(ratio(number(value)));
+}
+
+void setThrottleEach(Flight& flight, const Value& value) {
+    assignRatios(flight.takeThrottle().throttle, value);
 }
 
 /// Scaled from the levers, each engine with its own.
@@ -126,15 +172,14 @@ constexpr FlightBinding controls[] = {
      [](Flight& flight, const Value& value) { flight.controls().gearHandleDown = number(value) > 0.5; }},
     {"sim/flightmodel2/gear/deploy_ratio", singles,
      [](const Flight& flight) { return array(flight.state().gearDeployed); }, nullptr},
-    {"sim/cockpit2/engine/actuators/throttle_ratio_all", singles,
-     [](const Flight& flight) { return array(flight.state().throttle); },
-     [](Flight& flight, const Value& value) { assignRatios(flight.takeThrottle().throttle, value); }},
-    {"sim/cockpit2/engine/actuators/mixture_ratio_all", singles,
-     [](const Flight& flight) { return array(flight.state().mixture); },
-     [](Flight& flight, const Value& value) { assignRatios(flight.controls().mixture, value); }},
-    {"sim/cockpit2/engine/actuators/prop_ratio_all", singles,
-     [](const Flight& flight) { return array(flight.state().propeller); },
-     [](Flight& flight, const Value& value) { assignRatios(flight.controls().propeller, value); }},
+    {"sim/cockpit2/engine/actuators/throttle_ratio", singles, getEach<&FlightState::throttle>,
+     setThrottleEach},
+    {"sim/cockpit2/engine/actuators/mixture_ratio", singles, getEach<&FlightState::mixture>,
+     setEach<&FlightState::mixture>},
+    {"sim/cockpit2/engine/actuators/prop_ratio", singles, getEach<&FlightState::propeller>,
+     setEach<&FlightState::propeller>},
+    {"sim/cockpit2/controls/flap_handle_request_ratio", single, get<&FlightState::flapHandle>,
+     setLever<&FlightState::flapHandle>},
     {"sim/cockpit2/controls/flap_ratio", single, get<&FlightState::flapHandle>,
      setLever<&FlightState::flapHandle>},
     {"sim/flightmodel2/controls/flap_handle_deploy_ratio", single, get<&FlightState::flapsDeployed>, nullptr},
@@ -152,6 +197,24 @@ constexpr FlightBinding controls[] = {
     {"sim/flightmodel/weight/m_fuel_total", single,
      [](const Flight& flight) -> Value { return flight.state().fuelKg[0] + flight.state().fuelKg[1]; },
      nullptr},
+};
+
+constexpr FlightBinding leverNumbers[] = {
+    {"sim/cockpit2/engine/actuators/throttle_ratio_all", single, getTogether<&FlightState::throttle>,
+     setThrottleTogether},
+    {"sim/cockpit2/engine/actuators/mixture_ratio_all", single, getTogether<&FlightState::mixture>,
+     setTogether<&FlightState::mixture>},
+    {"sim/cockpit2/engine/actuators/prop_ratio_all", single, getTogether<&FlightState::propeller>,
+     setTogether<&FlightState::propeller>},
+};
+
+constexpr FlightBinding leverLists[] = {
+    {"sim/cockpit2/engine/actuators/throttle_ratio_all", singles, getList<&FlightState::throttle>,
+     setThrottleEach},
+    {"sim/cockpit2/engine/actuators/mixture_ratio_all", singles, getList<&FlightState::mixture>,
+     setEach<&FlightState::mixture>},
+    {"sim/cockpit2/engine/actuators/prop_ratio_all", singles, getList<&FlightState::propeller>,
+     setEach<&FlightState::propeller>},
 };
 
 constexpr FlightBinding clocks[] = {
@@ -177,5 +240,9 @@ constexpr auto all = [] {
 } // namespace
 
 std::span<const FlightBinding> flightDatarefs() { return all; }
+
+std::span<const FlightBinding> leverDatarefs(bool asLists) {
+    return asLists ? std::span<const FlightBinding>(leverLists) : leverNumbers;
+}
 
 } // namespace tarnly::simulator

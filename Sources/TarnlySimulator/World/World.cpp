@@ -46,16 +46,14 @@ Value changed(Value value, const CommandEffect& effect) {
 
 World::World(const WorldOptions& options)
     : quirks(options.quirks),
+      version_(options.version),
       speed_(options.speed),
       start_(options.start),
       flight_(options.seed, options.start),
-      datarefs_(stockDatarefs(options.datarefs)),
+      datarefs_(stockDatarefs(options)),
       commands_(stockCommands(options.commands)),
       paused_(datarefs_.named("sim/time/paused")) {
-    if (options.lateDatarefsAfter) {
-        quirks.lateDatarefs = true;
-        addOnsMissingS_ = std::chrono::duration<double>(*options.lateDatarefsAfter).count();
-    }
+    if (options.lateDatarefsAfter) changeAircraft(*options.lateDatarefsAfter);
     drawIds(options.idSeed ? *options.idSeed : randomSeed());
 }
 
@@ -63,6 +61,16 @@ void World::drawIds(std::uint64_t seed) {
     datarefs_.drawIds(seed);
     commands_.drawIds(mix(seed));
     ++idGeneration_;
+}
+
+void World::swapGearCommands() {
+    commands_.swapIds("sim/flight_controls/landing_gear_up", "sim/flight_controls/landing_gear_down");
+    ++idGeneration_;
+}
+
+void World::changeAircraft(std::chrono::milliseconds addOnsAfter) {
+    quirks.lateDatarefs = true;
+    addOnsMissingS_ = std::chrono::duration<double>(addOnsAfter).count();
 }
 
 void World::advance(double seconds) {
@@ -80,7 +88,8 @@ void World::awaitAddOns(double seconds) {
 }
 
 bool World::shows(const Dataref& dataref) const {
-    return !quirks.mainMenu && !(dataref.isAddOn && quirks.lateDatarefs);
+    if (quirks.mainMenu || (dataref.isAwkward && !quirks.awkwardCatalogue)) return false;
+    return !(dataref.isAddOn && quirks.lateDatarefs);
 }
 
 const Dataref* World::shownDataref(std::int64_t id) const {
@@ -132,6 +141,11 @@ void World::apply(const CommandEffect& effect) {
     }
     Dataref& dataref = *datarefs_.named(effect.dataref);
     assign(dataref, changed(read(dataref), effect));
+}
+
+void World::beginAnew() {
+    quirks.mainMenu = false;
+    flight_.begin(start_);
 }
 
 void World::loadSituation(std::string_view path) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "TarnlySimulator/Flight/FlightModel.hpp"
@@ -16,7 +17,9 @@
 namespace tarnly::simulator {
 
 /// How a world begins.
-struct WorldOptions {
+struct WorldOptions : DatarefOptions {
+    /// What the simulator says that its version is.
+    std::string version = "12.4.0";
     /// Shifts the route of the flight.
     std::uint64_t seed = 1;
     /// Ids are drawn from it; absent: other ids in every run, as in the real thing.
@@ -25,8 +28,7 @@ struct WorldOptions {
     /// Simulated seconds in one second.
     double speed = 1;
 
-    /// The catalogues are filled up to these sizes; they are never smaller than the built-in ones.
-    std::size_t datarefs = 0;
+    /// The command list is filled up to this size; it is never smaller than the built-in one.
     std::size_t commands = 0;
 
     Quirks quirks;
@@ -73,9 +75,19 @@ class World {
     /// Leaves the main menu and jumps to where the situation of that file begins.
     void loadSituation(std::string_view path);
 
+    /// Leaves the main menu and begins the flight as it began at first.
+    void beginAnew();
+
+    /// Takes away the datarefs of add-ons, which register them again after so long, under the same ids.
+    void changeAircraft(std::chrono::milliseconds addOnsAfter);
+
+    const std::string& version() const { return version_; }
+
     /// Gives everything a new id, as a restart does.
     void drawIds(std::uint64_t seed);
-    /// Counts the calls of `drawIds`.
+    /// Lets "landing gear up" and "landing gear down" have each other's id, while all else keeps its own.
+    void swapGearCommands();
+    /// Counts the calls of both.
     std::uint64_t idGeneration() const { return idGeneration_; }
 
   private:
@@ -83,6 +95,7 @@ class World {
     void assign(Dataref& dataref, const Value& value);
     void awaitAddOns(double seconds);
 
+    std::string version_;
     double speed_;
     FlightPhase start_;
     FlightModel flight_;

@@ -16,7 +16,7 @@ using test::numberOf;
 
 constexpr auto latitude = "sim/flightmodel/position/latitude";
 constexpr auto lights = "sim/cockpit2/switches/landing_lights_on";
-constexpr auto throttle = "sim/cockpit2/engine/actuators/throttle_ratio_all";
+constexpr auto throttle = "sim/cockpit2/engine/actuators/throttle_ratio";
 constexpr auto height = "sim/flightmodel/position/y_agl";
 const std::string good = R"({"req_id":1,"type":"result","success":true})";
 
@@ -96,8 +96,14 @@ TEST_F(ApiConversationTest, ASubscriptionToNothingSucceeds) {
     EXPECT_EQ(conversation.update(), "");
 }
 
-TEST_F(ApiConversationTest, UnknownIdsFailButTheOthersAreSubscribed) {
+TEST_F(ApiConversationTest, OneBadIdFailsTheWholeSubscription) {
     EXPECT_EQ(codeOf(subscribe(R"({"id":1},)" + entry(lights))), "invalid_dataref_id");
+    EXPECT_EQ(told(), Keys{});
+}
+
+TEST_F(ApiConversationTest, WithAResultForEachTheOthersAreSubscribed) {
+    world.quirks.resultPerDataref = true;
+    EXPECT_EQ(subscribe(R"({"id":1},)" + entry(lights)).size(), 2u);
     EXPECT_EQ(told(), Keys{idOf(lights)});
 }
 
@@ -124,12 +130,14 @@ TEST_F(ApiConversationTest, SettingAScalarAnElementAndAWholeArray) {
     EXPECT_EQ(numberOf(world, lights), 1);
     EXPECT_EQ(set(entry(throttle, R"(,"value":0.25)")), std::vector{good});
     EXPECT_EQ(set(entry(throttle, R"(,"value":0.75,"index":0)")), std::vector{good});
-    EXPECT_EQ(test::valueOf(world, throttle), Value(std::vector<double>{0.75, 0.25}));
+    const auto levers = std::get<std::vector<double>>(test::valueOf(world, throttle));
+    EXPECT_EQ(levers.at(0), 0.75);
+    EXPECT_EQ(levers.at(1), 0.25);
 }
 
 TEST_F(ApiConversationTest, ReadOnlyDatarefsAreRefused) {
     EXPECT_EQ(codeOf(set(entry(height, R"(,"value":1)"))), "dataref_is_readonly");
-    EXPECT_EQ(codeOf(set(entry(throttle, R"(,"value":1,"index":2)"))), "invalid_index");
+    EXPECT_EQ(codeOf(set(entry(throttle, R"(,"value":1,"index":16)"))), "invalid_index");
 }
 
 TEST_F(ApiConversationTest, OneResultForEachDatarefOnRequest) {
@@ -154,11 +162,11 @@ TEST_F(ApiConversationTest, CommandsCanBeActivated) {
     EXPECT_EQ(activate(""), "invalid_body");
 }
 
-TEST_F(ApiConversationTest, SilenceKeepsTheValuesBack) {
-    world.quirks.silent = true;
+TEST_F(ApiConversationTest, ValuesThatStopAreKeptBack) {
+    world.quirks.valuesStop = true;
     EXPECT_EQ(subscribe(entry(lights)), std::vector{good});
     EXPECT_EQ(conversation.update(), "");
-    world.quirks.silent = false;
+    world.quirks.valuesStop = false;
     EXPECT_EQ(told(), Keys{idOf(lights)});
 }
 

@@ -22,7 +22,8 @@ class ControlTest : public testing::Test {
     int dropped = 0;
     int restarted = 0;
     World world{test::standInOptions()};
-    Control control{world, {[this] { ++dropped; }, [this] { ++restarted; }}};
+    Orders orders{world, {[this] { ++dropped; }, [this](const Restart&) { ++restarted; }}};
+    Control control{world, orders};
 };
 
 TEST_F(ControlTest, FlipsEveryQuirkAndReportsIt) {
@@ -51,6 +52,13 @@ TEST_F(ControlTest, DropsAndRestarts) {
     EXPECT_EQ(send("POST", R"({"quirk":"restart","on":true})").status, 200u);
     EXPECT_EQ(dropped, 1);
     EXPECT_EQ(restarted, 1);
+}
+
+TEST_F(ControlTest, TakesEveryOrderAsALine) {
+    EXPECT_EQ(send("POST", R"({"order":"restart swapped"})").status, 200u);
+    EXPECT_EQ(restarted, 1);
+    EXPECT_EQ(parseJson(send("POST", R"({"order":"main_menu on"})").body).at("quirks").at("main-menu"), true);
+    EXPECT_EQ(send("POST", R"({"order":"dance"})").status, 400u);
 }
 
 TEST_F(ControlTest, RefusesWhatItDoesNotUnderstand) {

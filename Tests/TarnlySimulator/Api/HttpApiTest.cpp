@@ -54,7 +54,7 @@ TEST_F(HttpApiTest, ServesTheCataloguesInEveryVersion) {
     for (const char* version : {"v1", "v2", "v3"}) {
         const auto datarefs = get(std::string("/api/") + version + "/datarefs");
         EXPECT_EQ(datarefs.status, 200u);
-        EXPECT_EQ(parseJson(datarefs.body).at("data").as_array().size(), world.datarefs().entries().size());
+        EXPECT_EQ(parseJson(datarefs.body).at("data").as_array().size(), test::shownDatarefs(world));
     }
     const auto commands = get("/api/v2/commands");
     EXPECT_EQ(parseJson(commands.body).at("data").as_array().size(), world.commands().entries().size());
@@ -68,9 +68,49 @@ TEST_F(HttpApiTest, FiltersByNameAndCounts) {
     const auto command = parseJson(get(std::string("/api/v2/commands?filter[name]=") + toggle).body);
     EXPECT_EQ(command.at("data").at(0).at("id"), commandId(world, toggle));
     EXPECT_EQ(get("/api/v2/datarefs/count").body,
-              R"({"data":)" + std::to_string(world.datarefs().entries().size()) + "}");
+              R"({"data":)" + std::to_string(test::shownDatarefs(world)) + "}");
     EXPECT_EQ(get("/api/v2/commands/count").body,
               R"({"data":)" + std::to_string(world.commands().entries().size()) + "}");
+}
+
+TEST_F(HttpApiTest, TellsTheVersionThatItIsGiven) {
+    auto options = test::standInOptions();
+    options.version = "12.1.4-b\"1\"";
+    World other(options);
+    HttpRequest request;
+    request.target = "/api/capabilities";
+    const auto answer = parseJson(HttpApi(other).answer(request, false).value().body);
+    EXPECT_EQ(answer.at("x-plane").at("version").as_string(), options.version);
+}
+
+TEST_F(HttpApiTest, AnOldVersionHasItsOldInterfaceAlone) {
+    world.quirks.tooOld = true;
+    for (const char* path : {"/api/capabilities", "/api/v2/datarefs", "/api/v3/commands"}) {
+        EXPECT_EQ(get(path).status, 404u) << path;
+        EXPECT_EQ(get(path).contentType, "text/html") << path;
+    }
+    EXPECT_EQ(get("/api/v1/datarefs/count").status, 200u);
+    HttpRequest upgrade;
+    upgrade.target = "/api/v2";
+    EXPECT_EQ(http.answer(upgrade, true).value().status, 404u);
+}
+
+TEST_F(HttpApiTest, DisabledTrafficIsRefusedInJsonOrInPlainText) {
+    world.quirks.trafficDisabled = true;
+    EXPECT_EQ(get("/api/capabilities").status, 403u);
+    EXPECT_EQ(codeOf(get("/api/v2/datarefs")), "incoming_traffic_disabled");
+    world.quirks.trafficDisabledPlain = true;
+    EXPECT_EQ(get("/api/v2/datarefs").status, 403u);
+    EXPECT_EQ(get("/api/v2/datarefs").contentType, "text/plain");
+}
+
+TEST_F(HttpApiTest, ARefusedHandshakeRefusesNothingElse) {
+    HttpRequest upgrade;
+    upgrade.target = "/api/v2";
+    EXPECT_FALSE(http.answer(upgrade, true).has_value());
+    world.quirks.handshakeRefused = true;
+    EXPECT_EQ(http.answer(upgrade, true).value().status, 500u);
+    EXPECT_EQ(get("/api/capabilities").status, 200u);
 }
 
 TEST_F(HttpApiTest, AnUnknownPathIsAPageAndNotJson) {
@@ -89,10 +129,10 @@ TEST_F(HttpApiTest, ReadsAndWritesSingleValues) {
     EXPECT_EQ(get(valueTarget(lights)).body, R"({"data":0})");
     EXPECT_EQ(send("PATCH", valueTarget(lights), R"({"data":1})").status, 200u);
     EXPECT_EQ(get(valueTarget(lights)).body, R"({"data":1})");
-    const auto throttle = valueTarget("sim/cockpit2/engine/actuators/throttle_ratio_all");
+    const auto throttle = valueTarget("sim/cockpit2/engine/actuators/throttle_ratio");
     EXPECT_EQ(send("PATCH", throttle, R"({"data":[0.5,0.5]})").status, 200u);
     EXPECT_EQ(send("PATCH", throttle + "?index=1", R"({"data":0.25})").status, 200u);
-    EXPECT_EQ(get(throttle).body, R"({"data":[0.5,0.25]})");
+    EXPECT_TRUE(get(throttle).body.starts_with(R"({"data":[0.5,0.25,0,)"));
     EXPECT_EQ(get(valueTarget("standin/odd/infinite")).body, R"({"data":1e+9999})");
     EXPECT_EQ(get(valueTarget("standin/odd/not_a_number")).body, R"({"data":null})");
 }
@@ -170,7 +210,8 @@ TEST_F(HttpApiTest, TheMainMenuHasNoDatarefsButCommands) {
     world.quirks.mainMenu = true;
     EXPECT_EQ(get("/api/v2/datarefs").body, R"({"data":[]})");
     EXPECT_EQ(get("/api/v2/datarefs/count").body, R"({"data":0})");
-    EXPECT_EQ(get(std::string("/api/v2/datarefs?filter[name]=") + lights).body, R"({"data":[]})");
+    EXPECT_EQ(get(valueTarget(lights)).status, 404u);
+    EXPECT_EQ(codeOf(get(std::string("/api/v2/datarefs?filter[name]=") + lights)), "invalid_dataref_name");
     EXPECT_GT(parseJson(get("/api/v2/commands").body).at("data").as_array().size(), 100u);
 }
 

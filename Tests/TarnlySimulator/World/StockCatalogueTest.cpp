@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlySimulator/Api/CatalogueText.hpp"
 #include "TarnlySimulator/StandIn.hpp"
 #include "TarnlySimulator/World/Commands.hpp"
@@ -17,9 +18,9 @@ bool isPlain(const std::string& text) {
 
 TEST(StockCatalogue, NamesAreUniqueAndPlain) {
     std::set<std::string> names;
-    for (const Dataref& dataref : stockDatarefs(1000)) {
+    for (const Dataref& dataref : stockDatarefs({.datarefs = 1000})) {
         EXPECT_TRUE(names.insert(dataref.name).second) << dataref.name;
-        EXPECT_TRUE(isPlain(dataref.name)) << dataref.name;
+        EXPECT_NE(isPlain(dataref.name), dataref.isAwkward) << dataref.name;
     }
     for (const Command& command : stockCommands(400)) {
         EXPECT_TRUE(names.insert(command.name).second) << command.name;
@@ -29,7 +30,7 @@ TEST(StockCatalogue, NamesAreUniqueAndPlain) {
 
 TEST(StockCatalogue, ValuesAreOfTheKindThatTheCatalogueNames) {
     const FlightModel flight(1, FlightPhase::runway);
-    for (const Dataref& dataref : stockDatarefs(500)) {
+    for (const Dataref& dataref : stockDatarefs({.datarefs = 500})) {
         const Value value = dataref.binding != nullptr ? dataref.binding->read(flight) : dataref.kept;
         EXPECT_EQ(std::holds_alternative<std::vector<double>>(value), isArray(dataref.type)) << dataref.name;
         EXPECT_EQ(std::holds_alternative<std::string>(value), dataref.type == ValueType::data)
@@ -54,10 +55,14 @@ TEST(StockCatalogue, HasWhatACompanionReadsAndWrites) {
         {"sim/flightmodel/position/y_agl", single, false},
         {"sim/cockpit2/controls/gear_handle_down", integer, true},
         {"sim/flightmodel2/gear/deploy_ratio", singles, false},
-        {"sim/cockpit2/engine/actuators/throttle_ratio_all", singles, true},
-        {"sim/cockpit2/engine/actuators/mixture_ratio_all", singles, true},
-        {"sim/cockpit2/engine/actuators/prop_ratio_all", singles, true},
+        {"sim/cockpit2/engine/actuators/throttle_ratio_all", single, true},
+        {"sim/cockpit2/engine/actuators/mixture_ratio_all", single, true},
+        {"sim/cockpit2/engine/actuators/prop_ratio_all", single, true},
+        {"sim/cockpit2/engine/actuators/throttle_ratio", singles, true},
+        {"sim/cockpit2/engine/actuators/mixture_ratio", singles, true},
+        {"sim/cockpit2/engine/actuators/prop_ratio", singles, true},
         {"sim/cockpit2/controls/flap_ratio", single, true},
+        {"sim/cockpit2/controls/flap_handle_request_ratio", single, true},
         {"sim/flightmodel/position/phi", single, true},
         {"sim/flightmodel/position/theta", single, true},
         {"sim/flightmodel/position/psi", single, true},
@@ -78,10 +83,33 @@ TEST(StockCatalogue, HasWhatACompanionReadsAndWrites) {
     }
 }
 
+TEST(StockCatalogue, TheLeversOfAllEnginesCanBeLists) {
+    auto options = test::standInOptions();
+    options.leverLists = true;
+    const World world(options);
+    for (const char* lever : {"throttle_ratio_all", "mixture_ratio_all", "prop_ratio_all"}) {
+        const std::string name = std::string("sim/cockpit2/engine/actuators/") + lever;
+        EXPECT_EQ(world.datarefs().named(name)->type, ValueType::singles) << name;
+        EXPECT_EQ(std::get<std::vector<double>>(test::valueOf(world, name)).size(), 2u) << name;
+    }
+}
+
+TEST(StockCatalogue, TheFlapLeversOlderNameCanBeMissing) {
+    auto options = test::standInOptions();
+    options.noFlapRatio = true;
+    const World world(options);
+    EXPECT_EQ(world.datarefs().named("sim/cockpit2/controls/flap_ratio"), nullptr);
+    EXPECT_NE(world.datarefs().named("sim/cockpit2/controls/flap_handle_request_ratio"), nullptr);
+}
+
 TEST(StockCatalogue, IsFilledUpToTheSizeAskedFor) {
-    EXPECT_GT(stockDatarefs(0).size(), 400u);
-    EXPECT_EQ(stockDatarefs(7400).size(), 7400u);
-    EXPECT_EQ(stockDatarefs(10).size(), stockDatarefs(0).size());
+    EXPECT_GT(stockDatarefs({}).size(), 400u);
+    const auto shown = [](std::size_t atLeast) {
+        const auto datarefs = stockDatarefs({.datarefs = atLeast});
+        return std::ranges::count(datarefs, false, &Dataref::isAwkward);
+    };
+    EXPECT_EQ(shown(7400), 7400);
+    EXPECT_EQ(shown(10), shown(0));
     EXPECT_GT(stockCommands(0).size(), 150u);
     EXPECT_EQ(stockCommands(3170).size(), 3170u);
 }
@@ -111,7 +139,7 @@ TEST(CatalogueText, ListsEveryDatarefInOrder) {
     const auto json = parseJson(text.datarefs());
     const auto& data = json.at("data").as_array();
     const auto& entries = world.datarefs().entries();
-    ASSERT_EQ(data.size(), entries.size());
+    ASSERT_EQ(data.size(), test::shownDatarefs(world)); // what does not show stands at the end
     for (std::size_t at = 0; at < data.size(); ++at) {
         EXPECT_EQ(data[at].at("id").as_int64(), entries[at].id);
         EXPECT_EQ(data[at].at("name").as_string(), entries[at].name);
@@ -140,6 +168,28 @@ TEST(CatalogueText, IsMadeOnce) {
     CatalogueText text(world);
     const char* first = text.datarefs().data();
     EXPECT_EQ(text.datarefs().data(), first);
+}
+
+TEST(CatalogueText, AnAwkwardOneHasNamesThatAreNotUtf8AndEntriesThatAreNone) {
+    World world(test::standInOptions());
+    CatalogueText text(world);
+    world.quirks.awkwardCatalogue = true;
+    EXPECT_NE(text.datarefs().find("addon/caf\xE9/temperature"), std::string::npos);
+    for (const std::string& catalogue : {text.datarefs(), text.commands()}) {
+        const auto json = parseJson(wellFormedUtf8(catalogue));
+        const auto& data = json.at("data").as_array();
+        const auto isProper = [](const boost::json::value& entry) {
+            const auto* object = entry.if_object();
+            const auto* id = object == nullptr ? nullptr : object->if_contains("id");
+            const auto* name = object == nullptr ? nullptr : object->if_contains("name");
+            return id != nullptr && id->is_int64() && name != nullptr && name->is_string();
+        };
+        const auto awkward = std::ranges::count_if(data, [&](const auto& each) { return !isProper(each); });
+        EXPECT_EQ(awkward, 12);
+        EXPECT_TRUE(data.at(0).is_null());
+    }
+    world.quirks.mainMenu = true;
+    EXPECT_EQ(text.datarefs(), R"({"data":[]})");
 }
 
 TEST(CatalogueText, CommandsMayHaveNullAmongThem) {

@@ -78,10 +78,18 @@ TEST(World, WildPositionsAreBroughtOntoTheGlobe) {
 
 TEST(World, LeversAreWrittenAsAWholeOrOneByOneAndStayWithinTheirRange) {
     World world(standInOptions());
+    const auto engines = [&] {
+        auto numbers = std::get<Numbers>(valueOf(world, "sim/cockpit2/engine/actuators/throttle_ratio"));
+        EXPECT_EQ(numbers.size(), 16u);
+        numbers.resize(3);
+        return numbers;
+    };
     writeNumber(world, throttle, 0.4);
-    EXPECT_EQ(valueOf(world, throttle), Value(Numbers{0.4, 0.4}));
-    world.write(datarefId(world, throttle), 7, 1);
-    EXPECT_EQ(valueOf(world, throttle), Value(Numbers{0.4, 1}));
+    EXPECT_EQ(numberOf(world, throttle), 0.4);
+    EXPECT_EQ(engines(), (Numbers{0.4, 0.4, 0}));
+    world.write(datarefId(world, "sim/cockpit2/engine/actuators/throttle_ratio"), 7, 1);
+    EXPECT_EQ(engines(), (Numbers{0.4, 1, 0}));
+    EXPECT_EQ(numberOf(world, throttle), 0.7);
 }
 
 TEST(World, TheGearTakesItsTimeAfterTheHandle) {
@@ -188,6 +196,44 @@ TEST(World, AddOnDatarefsComeWhenTheirTimeHasCome) {
     EXPECT_EQ(world.shownDataref(id), nullptr);
     world.advance(0.1);
     EXPECT_NE(world.shownDataref(id), nullptr);
+}
+
+TEST(World, AnotherAircraftsAddOnsComeLateUnderTheirIds) {
+    World world(standInOptions());
+    const auto id = datarefId(world, "addon/twin/systems_0/state_07");
+    const auto handle = datarefId(world, gearHandle);
+    world.changeAircraft(2s);
+    EXPECT_EQ(world.shownDataref(id), nullptr);
+    EXPECT_NE(world.shownDataref(handle), nullptr);
+    world.advance(1.9);
+    EXPECT_EQ(world.shownDataref(id), nullptr);
+    world.advance(0.1);
+    EXPECT_NE(world.shownDataref(id), nullptr);
+}
+
+TEST(World, TheGearCommandsCanExchangeTheirIdsAlone) {
+    World world(standInOptions());
+    const auto generation = world.idGeneration();
+    const auto up = commandId(world, "sim/flight_controls/landing_gear_up");
+    const auto down = commandId(world, "sim/flight_controls/landing_gear_down");
+    const auto other = commandId(world, "sim/flight_controls/flaps_up");
+    const auto handle = datarefId(world, gearHandle);
+    world.swapGearCommands();
+    EXPECT_NE(world.idGeneration(), generation);
+    EXPECT_EQ(commandId(world, "sim/flight_controls/landing_gear_up"), down);
+    EXPECT_EQ(commandId(world, "sim/flight_controls/flaps_up"), other);
+    EXPECT_EQ(datarefId(world, gearHandle), handle);
+    world.activate(up);
+    EXPECT_EQ(numberOf(world, gearHandle), 1);
+}
+
+TEST(World, TheFlightCanBeginAnew) {
+    World world(standInOptions());
+    world.loadSituation("final.sit");
+    world.quirks.mainMenu = true;
+    world.beginAnew();
+    EXPECT_FALSE(world.quirks.mainMenu);
+    EXPECT_EQ(world.flight().phase(), FlightPhase::cruise);
 }
 
 TEST(World, ASituationLeavesTheMainMenuAndJumpsToItsPhase) {
