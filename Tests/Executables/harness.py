@@ -4,6 +4,7 @@ A program that leaves a sanitizer report or an unexpected exit status fails the 
 """
 
 import contextlib
+import itertools
 import json
 import os
 import re
@@ -187,15 +188,14 @@ class Programs:
         self.folder = folder
         self._running = []
         self._closeable = []
-        self._count = 0
+        self._count = itertools.count(1)
 
     def close_at_end(self, thing):
         self._closeable.append(thing)
         return thing
 
     def new_folder(self):
-        self._count += 1
-        folder = self.folder / f"{self._count}"
+        folder = self.folder / f"{next(self._count)}"
         folder.mkdir()
         return folder
 
