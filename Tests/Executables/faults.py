@@ -31,12 +31,19 @@ class StandIn:
         self.port = self._stack.enter_context(reserved_port())
         self._program = None
 
-    def start(self, *options):
-        self._program, _ = self._programs.simulator(*self._options, *options, port=self.port)
+    def start(self, *options, **more):
+        self._program, _ = self._programs.simulator(*self._options, *options, port=self.port, **more)
 
     def crash(self):
         self._program.expected_status = -signal.SIGKILL
         self._program.end(signal.SIGKILL)
+
+    def write(self, lines):
+        """Gives orders on standard input, where they are taken also while nobody listens on the port."""
+        self._program.write(lines)
+
+    def wait_for_line(self, pattern):
+        return self._program.wait_for_line(pattern)
 
     def order(self, *lines):
         for line in lines:
@@ -182,9 +189,9 @@ class Rig:
         self.companion = None
         self.learner = None
 
-    def start_companion(self):
+    def start_companion(self, *options):
         program = self._programs.start("tarnlyd", "--sim-port", self.stand_in.port, "--port", self._port,
-                                       "--data-dir", self.folder, "--no-advertise")
+                                       "--data-dir", self.folder, "--no-advertise", *options)
         self.companion = Companion(program, self._programs)
 
     def start_learner(self, *names):
