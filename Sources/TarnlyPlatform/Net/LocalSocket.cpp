@@ -12,6 +12,7 @@
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WithinLimit.hpp"
+#include "TarnlyPlatform/Net/AcceptLoop.hpp"
 #include "TarnlyPlatform/Net/LocalSocketFile.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
@@ -20,7 +21,6 @@ namespace {
 
 using boost::asio::local::stream_protocol;
 
-constexpr auto acceptPause = std::chrono::milliseconds(100);
 /// For one who asks, until he has the answer.
 constexpr auto servingPatience = std::chrono::seconds(5);
 constexpr auto asTuple = boost::asio::as_tuple(boost::asio::use_awaitable);
@@ -57,35 +57,11 @@ struct LocalListener::State {
     bool isCancelled = false;
     TaskGroup tasks;
 
-    static Task<> acceptAll(std::shared_ptr<State> state);
-    static Task<bool> acceptOne(std::shared_ptr<State> state);
-    static Task<> serve(std::shared_ptr<State> state, stream_protocol::socket socket);
+    static Task<> serveOne(std::shared_ptr<State> state, stream_protocol::socket socket);
     static Task<> tell(std::shared_ptr<State> state, std::shared_ptr<stream_protocol::socket> socket);
 };
 
-Task<> LocalListener::State::acceptAll(std::shared_ptr<State> state) {
-    while (!state->isCancelled) {
-        bool isAccepted = false;
-        try {
-            isAccepted = co_await acceptOne(state);
-        } catch (const std::exception&) {
-        }
-        if (isAccepted || state->isCancelled) continue;
-        // Out of descriptors or memory, who waits would wake us again at once.
-        co_await state->clock.sleepFor(acceptPause);
-    }
-}
-
-Task<bool> LocalListener::State::acceptOne(std::shared_ptr<State> state) {
-    state->thread.check();
-    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-    if (error || state->isCancelled) co_return false;
-    auto serving = serve(state, std::move(socket));
-    state->tasks.spawn(std::move(serving), dropFailure); // it costs this one its answer
-    co_return true;
-}
-
-Task<> LocalListener::State::serve(std::shared_ptr<State> state, stream_protocol::socket socket) {
+Task<> LocalListener::State::serveOne(std::shared_ptr<State> state, stream_protocol::socket socket) {
     auto told = tell(state, std::make_shared<stream_protocol::socket>(std::move(socket)));
     co_await withinLimit(state->clock, servingPatience, std::move(told));
 }
@@ -102,7 +78,7 @@ Task<> LocalListener::State::tell(std::shared_ptr<State> state,
 LocalListener::LocalListener(boost::asio::any_io_executor executor, Clock& clock,
                              const std::filesystem::path& file, Answer answer)
     : state_(std::make_shared<State>(std::move(executor), clock, file, std::move(answer))) {
-    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
+    state_->tasks.spawn(acceptAll(state_), dropFailure); // none leaves it
 }
 
 LocalListener::~LocalListener() {

@@ -1,15 +1,12 @@
 #include "TarnlyPlatform/Net/TcpAcceptor.hpp"
 
-#include <boost/asio/as_tuple.hpp>
 #include <boost/asio/ip/v6_only.hpp>
-#include <boost/asio/use_awaitable.hpp>
-#include <chrono>
-#include <exception>
 #include <string>
 #include <utility>
 
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
+#include "TarnlyPlatform/Net/AcceptLoop.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
@@ -18,9 +15,6 @@ namespace {
 namespace asio = boost::asio;
 using asio::ip::tcp;
 using boost::system::error_code;
-
-constexpr auto acceptPause = std::chrono::milliseconds(100);
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 /// One socket for both families where the system has IPv6, else IPv4 alone.
 void openFor(tcp::acceptor& acceptor, std::uint16_t port, Reach reach) {
@@ -58,31 +52,10 @@ struct TcpAcceptor::State {
     bool isCancelled = false;
     TaskGroup tasks;
 
-    static Task<> acceptAll(std::shared_ptr<State> state);
-    static Task<bool> acceptOne(std::shared_ptr<State> state);
-};
-
-Task<> TcpAcceptor::State::acceptAll(std::shared_ptr<State> state) {
-    while (!state->isCancelled) {
-        bool isAccepted = false;
-        try {
-            isAccepted = co_await acceptOne(state);
-        } catch (const std::exception&) {
-        }
-        if (isAccepted || state->isCancelled) continue;
-        // Out of descriptors or memory, the waiting peer would wake us again at once.
-        co_await state->clock.sleepFor(acceptPause);
+    static Task<> serveOne(std::shared_ptr<State> state, tcp::socket socket) {
+        return state->serve(std::move(socket));
     }
-}
-
-Task<bool> TcpAcceptor::State::acceptOne(std::shared_ptr<State> state) {
-    state->thread.check();
-    auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
-    if (error || state->isCancelled) co_return false;
-    auto serving = state->serve(std::move(socket));
-    state->tasks.spawn(std::move(serving), dropFailure); // it costs this peer its connection
-    co_return true;
-}
+};
 
 TcpAcceptor::TcpAcceptor(asio::any_io_executor executor, Clock& clock, std::uint16_t port, Reach reach,
                          Serve serve)
@@ -94,7 +67,7 @@ TcpAcceptor::TcpAcceptor(asio::any_io_executor executor, Clock& clock, std::uint
                            "port " + std::to_string(port) + ": " + error.code().message());
     }
     state_->port = state_->acceptor.local_endpoint().port();
-    state_->tasks.spawn(State::acceptAll(state_), dropFailure); // none leaves it
+    state_->tasks.spawn(acceptAll(state_), dropFailure); // none leaves it
 }
 
 TcpAcceptor::~TcpAcceptor() { cancel(); }
