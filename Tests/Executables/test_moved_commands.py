@@ -1,9 +1,11 @@
 """Commands and writes across restarts of the simulator, behind which an id may stand for another one."""
 
+import contextlib
+import socket
 import threading
 
 import pytest
-from faults import Rig
+from faults import Rig, StandIn
 from harness import wait_until
 
 GEAR_HANDLE = "sim/cockpit2/controls/gear_handle_down"
@@ -78,3 +80,62 @@ def test_a_write_behind_a_restart_reaches_its_dataref(rig):
         assert client.set({"name": FLAPS, "value": value}) == {"ok": True}
         wait_until(lambda: rig.stand_in.value(FLAPS) == value, "the flaps")
         rig.stand_in.order("restart")
+
+
+class Relay:
+    """A port that hands each connection on to another, and tells of each before that."""
+
+    def __init__(self, port, on_request):
+        self._there = ("127.0.0.1", port)
+        self._on_request = on_request
+        self._listener = socket.create_server(("127.0.0.1", 0))
+        self.port = self._listener.getsockname()[1]
+        threading.Thread(target=self._accept, daemon=True).start()
+
+    def _accept(self):
+        with contextlib.suppress(OSError):
+            while True:
+                client, _ = self._listener.accept()
+                threading.Thread(target=self._serve, args=[client], daemon=True).start()
+
+    def _serve(self, client):
+        with contextlib.suppress(OSError), client:
+            first = client.recv(65536)
+            self._on_request(first.decode(errors="replace").split("\r\n")[0])
+            with socket.create_connection(self._there) as server:
+                server.sendall(first)
+                back = threading.Thread(target=carry, args=[server, client], daemon=True)
+                back.start()
+                carry(client, server)
+                back.join()
+
+    def close(self):
+        with contextlib.suppress(OSError):
+            self._listener.shutdown(socket.SHUT_RDWR)
+        self._listener.close()
+
+
+def carry(giver, taker):
+    with contextlib.suppress(OSError):
+        while data := giver.recv(65536):
+            taker.sendall(data)
+    for each in (giver, taker):
+        with contextlib.suppress(OSError):
+            each.shutdown(socket.SHUT_RDWR)
+
+
+def test_a_restart_between_its_catalogues_is_found_out(programs):
+    stand_in = StandIn(programs)
+    stand_in.start()
+    restarts = []
+
+    def restart_once(line):
+        if line.startswith("GET /api/v2/commands ") and not restarts:
+            restarts.append(line)
+            stand_in.order("restart")
+
+    relay = programs.close_at_end(Relay(stand_in.port, restart_once))
+    client = programs.companion(sim_port=relay.port).client()
+    read = {"datarefs": [{"name": GEAR_HANDLE}]}
+    wait_until(lambda: client.request("dataref_subscribe_values", read)["type"] != "error", "a value")
+    assert restarts

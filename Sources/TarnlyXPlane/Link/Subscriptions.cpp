@@ -28,6 +28,11 @@ void Subscriptions::noteSent(std::int64_t reqId, Ids ids) {
     if (unanswered_.size() > mostUnanswered) unanswered_.erase(unanswered_.begin());
 }
 
+bool Subscriptions::asksForOne(std::int64_t reqId) const {
+    const auto request = unanswered_.find(reqId);
+    return request != unanswered_.end() && request->second.size() == 1;
+}
+
 Subscriptions::Ids Subscriptions::noteResult(std::int64_t reqId, bool isSuccess) {
     auto request = unanswered_.extract(reqId);
     if (request.empty() || isSuccess || request.mapped().size() < 2) return {};

@@ -30,6 +30,9 @@ class Subscriptions {
     /// `ids` have been asked for by the request of that number.
     void noteSent(std::int64_t reqId, Ids ids);
 
+    /// Whether that request, not answered yet, asks for one id alone.
+    bool asksForOne(std::int64_t reqId) const;
+
     /// The simulator's answer to a request; the ids to ask for one by one.
     Ids noteResult(std::int64_t reqId, bool isSuccess);
 

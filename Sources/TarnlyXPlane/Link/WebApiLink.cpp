@@ -194,8 +194,10 @@ Task<> WebApiLink::subscribe(std::vector<std::int64_t> ids) {
 
 Task<> WebApiLink::subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector<std::int64_t> ids) {
     for (const auto id : ids) {
+        const auto reqId = ++link->nextReqId_;
         auto wanted = entries({id});
-        co_await link->send(WebApiType::subscribeValues, std::move(wanted));
+        link->subscriptions_.noteSent(reqId, {id});
+        co_await link->sendNumbered(reqId, WebApiType::subscribeValues, std::move(wanted));
     }
 }
 
@@ -246,6 +248,18 @@ Task<> WebApiLink::refresh(Catalogue& catalogue) {
     co_await loading->wait();
 }
 
+/// The simulator does not know an id of its own: what it told may be of a run that ended before this link's
+/// socket was open, while its catalogue was being read.
+Task<> WebApiLink::doubtCatalogues(std::shared_ptr<WebApiLink> link) {
+    const auto stale = link->datarefs_.loadedAt() + Catalogue::staleAfter - link->clock_.now();
+    if (stale > Clock::Duration::zero()) {
+        co_await link->clock_.sleepFor(stale);
+    }
+    co_await link->refresh(link->datarefs_);
+    co_await link->refresh(link->commands_);
+    link->isDoubting_ = false;
+}
+
 Task<> WebApiLink::load(std::shared_ptr<WebApiLink> link, Catalogue& catalogue) {
     const bool isDatarefs = &catalogue == &link->datarefs_;
     const std::string name = isDatarefs ? "datarefs" : "commands";
@@ -278,8 +292,16 @@ Task<> WebApiLink::handleMessage(std::string text) {
         mismatches_ = 0;
     }
     if (!message.result) co_return;
+    const bool isRefused = !message.result->isSuccess && subscriptions_.asksForOne(message.result->reqId);
     auto singly = subscriptions_.noteResult(message.result->reqId, message.result->isSuccess);
-    if (singly.empty() || hasEnded_) co_return;
+    if (hasEnded_) co_return;
+    if (isRefused && !std::exchange(isDoubting_, true)) {
+        auto goOn = [weak = weak_from_this()](const std::exception_ptr&) {
+            if (const auto link = weak.lock()) link->isDoubting_ = false;
+        };
+        tasks_.spawn(doubtCatalogues(shared_from_this()), std::move(goOn));
+    }
+    if (singly.empty()) co_return;
     tasks_.spawn(subscribeSingly(shared_from_this(), std::move(singly)), closeOnFailure());
 }
 

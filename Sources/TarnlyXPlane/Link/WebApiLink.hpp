@@ -124,6 +124,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
                               std::shared_ptr<WebSocketConnection> webSocket);
     static Task<> load(std::shared_ptr<WebApiLink> link, Catalogue& catalogue);
     static Task<> confirm(std::shared_ptr<WebApiLink> link);
+    static Task<> doubtCatalogues(std::shared_ptr<WebApiLink> link);
 
     static Task<> keepWatch(std::shared_ptr<WebApiLink> link);
     static Task<> ask(std::shared_ptr<WebApiLink> link);
@@ -171,6 +172,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     bool hasEnded_ = false;
     bool wasSilent_ = false;
     bool isComparing_ = false;
+    bool isDoubting_ = false;
     bool isLookingForFlight_ = false;
     Clock::TimePoint menuPolledAt_{};
     int mismatches_ = 0;

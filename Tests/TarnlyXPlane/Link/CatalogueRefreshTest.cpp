@@ -199,6 +199,43 @@ TEST_F(CatalogueRefreshTest, WhatTheSimulatorRefusesAmongSeveralIsAskedForSingly
     EXPECT_EQ(sent().size(), 4U);
 }
 
+TEST_F(CatalogueRefreshTest, IdThatTheSimulatorDoesNotKnowHasItAskedForItsCataloguesAgain) {
+    connect();
+    transport->datarefs = {{"sim/x", 99}};
+    transport->commands = {{"sim/c", 900}};
+    run(link->subscribe({12}));
+    webSocket().deliver(R"({"req_id":1,"type":"result","success":false})");
+    advance(4999ms);
+    EXPECT_EQ(datarefCatalogues(), 1);
+    advance(1ms);
+    EXPECT_EQ(datarefId("sim/x"), 99);
+    EXPECT_EQ(run(findId(link, link->commands(), "sim/c")), 900);
+    EXPECT_EQ(datarefCatalogues(), 2);
+    EXPECT_EQ(commandCatalogues(), 2);
+}
+
+TEST_F(CatalogueRefreshTest, IdsThatTheSimulatorDoesNotKnowHaveThemAskedForOnce) {
+    connect();
+    run(link->subscribe({12, 13}));
+    for (int reqId = 1; reqId <= 3; ++reqId) {
+        webSocket().deliver(R"({"req_id":)" + std::to_string(reqId) + R"(,"type":"result","success":false})");
+        VirtualClock::settle(io);
+    }
+    advance(1h);
+    EXPECT_EQ(datarefCatalogues(), 2);
+    EXPECT_EQ(commandCatalogues(), 2);
+}
+
+TEST_F(CatalogueRefreshTest, WriteThatTheSimulatorRefusesSaysNothingOfTheIds) {
+    connect();
+    std::vector<DatarefEntry> entries(1);
+    entries.front().id = 12;
+    run(link->send(WebApiType::setValues, std::move(entries)));
+    webSocket().deliver(R"({"req_id":1,"type":"result","success":false})");
+    advance(1h);
+    EXPECT_EQ(datarefCatalogues(), 1);
+}
+
 TEST_F(CatalogueRefreshTest, ThousandsOfDatarefsAreSubscribedInFewMessages) {
     connect();
     std::vector<std::int64_t> ids;
