@@ -208,7 +208,7 @@ Task<LinkKeeper::Link> LinkKeeper::linkBy(Clock::TimePoint deadline) {
         if (left <= Clock::Duration::zero()) throw timedOut();
         if (attempt_) {
             const auto attempt = attempt_;
-            const bool isDecided = co_await withinLimit(clock_, left, attempt->wait());
+            const bool isDecided = co_await withinLimit(clock_, left, SharedAttempt::wait(attempt));
             if (!isDecided) throw timedOut();
             continue;
         }

@@ -152,7 +152,7 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
     link_->setSampleIds(ids, knownIds(link_->datarefs(), datarefs::positions));
     co_await link_->subscribe(ids);
     if (std::exchange(hasWaitedForSample_, true)) co_return;
-    for (int looks = 1; !hasAltitude() && looks < datarefLooks; ++looks) {
+    for (int looks = 1; !hasAltitude() && !link_->hasEnded() && looks < datarefLooks; ++looks) {
         co_await clock_.sleepFor(datarefLookInterval);
     }
 }

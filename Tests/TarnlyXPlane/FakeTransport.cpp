@@ -44,8 +44,8 @@ void FakeWebSocket::open() {
     changed_.notifyAll();
 }
 
-void FakeWebSocket::refuse(const std::string& reason) {
-    failure_.emplace(NetworkError::Case::connectionFailed, reason);
+void FakeWebSocket::refuse(const std::string& reason, NetworkError::Case which) {
+    failure_.emplace(which, reason);
     cancel();
 }
 

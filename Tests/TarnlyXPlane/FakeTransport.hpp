@@ -47,7 +47,7 @@ class FakeWebSocket final : public WebSocketConnection {
 
     /// The handshake is done, or fails.
     void open();
-    void refuse(const std::string& reason);
+    void refuse(const std::string& reason, NetworkError::Case which = NetworkError::Case::connectionFailed);
 
     bool isOpen() const { return isOpen_; }
 

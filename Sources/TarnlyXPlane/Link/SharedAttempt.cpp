@@ -13,12 +13,12 @@ void SharedAttempt::finish(std::exception_ptr failure) {
     finishedEvent_.notifyAll();
 }
 
-Task<> SharedAttempt::wait() {
-    thread_.check();
-    while (!finished_) {
-        co_await finishedEvent_.wait();
+Task<> SharedAttempt::wait(std::shared_ptr<SharedAttempt> attempt) {
+    attempt->thread_.check();
+    while (!attempt->finished_) {
+        co_await attempt->finishedEvent_.wait();
     }
-    if (failure_) std::rethrow_exception(failure_);
+    if (attempt->failure_) std::rethrow_exception(attempt->failure_);
 }
 
 } // namespace tarnly

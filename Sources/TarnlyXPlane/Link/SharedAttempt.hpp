@@ -2,6 +2,7 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <exception>
+#include <memory>
 
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -10,7 +11,7 @@
 namespace tarnly {
 
 /// One piece of work under way whose outcome any number of coroutines wait for. Belongs to the network
-/// thread; who waits keeps it alive.
+/// thread.
 class SharedAttempt {
   public:
     explicit SharedAttempt(const boost::asio::any_io_executor& executor);
@@ -18,7 +19,9 @@ class SharedAttempt {
     /// Ends all waits, which throw `failure` unless it is null.
     void finish(std::exception_ptr failure);
 
-    Task<> wait();
+    /// Returns when `attempt` has been finished. Keeps it alive, as whoever began to wait may be told to give
+    /// up, and gone, before this notices.
+    static Task<> wait(std::shared_ptr<SharedAttempt> attempt);
 
   private:
     OnOneThread thread_;

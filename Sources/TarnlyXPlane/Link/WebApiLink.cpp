@@ -46,7 +46,7 @@ Task<> WebApiLink::ensureConnected() {
     if (connected_) co_return;
     throwIfClosed();
     const auto attempt = attempt_ ? attempt_ : startAttempt();
-    co_await attempt->wait();
+    co_await SharedAttempt::wait(attempt);
 }
 
 std::shared_ptr<SharedAttempt> WebApiLink::startAttempt() {
@@ -241,11 +241,11 @@ Task<> WebApiLink::refresh(Catalogue& catalogue) {
         };
         const auto loading = catalogue.loading;
         tasks_.spawn(load(shared_from_this(), catalogue), std::move(tellWhoWaits));
-        co_await loading->wait();
+        co_await SharedAttempt::wait(loading);
         co_return;
     }
     const auto loading = catalogue.loading;
-    co_await loading->wait();
+    co_await SharedAttempt::wait(loading);
 }
 
 /// The simulator does not know an id of its own: what it told may be of a run that ended before this link's
