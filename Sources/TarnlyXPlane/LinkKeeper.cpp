@@ -111,10 +111,11 @@ Task<> LinkKeeper::stayConnected(Link link) {
     noteVersion();
     isConnected_ = false;
     // Until the next attempt knows more; most often that is at once.
-    stageWithoutLink_ = SimulatorStage();
+    stageWithoutLink_ = toldStage_.kind == Kind::silent ? toldStage_ : SimulatorStage();
     link->close();
     if (clock_.now() - begin < shortLife) {
         noteFailure(std::make_exception_ptr(closed()));
+        tellIfChanged();
     } else {
         pause_ = shortestPause;
     }
@@ -123,11 +124,13 @@ Task<> LinkKeeper::stayConnected(Link link) {
 void LinkKeeper::noteFailure(const std::exception_ptr& failure) {
     lastFailure_ = failure;
     lastFailureAt_ = clock_.now();
-    stageWithoutLink_ = SimulatorStage();
+    const auto before = std::exchange(stageWithoutLink_, SimulatorStage());
     try {
         std::rethrow_exception(failure);
     } catch (const LinkFailure& known) {
         stageWithoutLink_ = known.stage();
+        const bool isSilent = stageWithoutLink_.kind == Kind::silent;
+        if (isSilent) stageWithoutLink_.silentSince = before.silentSince.value_or(lastFailureAt_);
     } catch (const std::exception&) {
         // That tells nothing of the simulator.
     }
