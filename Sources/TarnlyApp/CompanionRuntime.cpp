@@ -93,8 +93,8 @@ void CompanionRuntime::openStatusSocket() {
     try {
         statusSocket_ = std::make_unique<LocalListener>(
             network_.get_executor(), clock_, statusSocketIn(folder), [this] { return answerStatus(); });
-    } catch (const NetworkError& error) {
-        remark("--status cannot tell of this companion: " + error.payload() +
+    } catch (const std::exception& error) {
+        remark(std::string("--status cannot tell of this companion: ") + error.what() +
                "; give each companion a --data-dir of its own, in which you may write");
     }
 }

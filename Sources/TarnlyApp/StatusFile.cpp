@@ -8,6 +8,7 @@
 
 #include "TarnlyApp/StatusReporter.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Base/WithinLimit.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 namespace tarnly {
@@ -91,7 +92,8 @@ Task<> StatusFile::finish(CompanionStatus last) {
     const bool isQuiet = co_await task_.join(clock_, patience);
     if (!isQuiet) co_return;
     auto write = [writer = writer_, status = std::move(last)]() mutable { writer->write(std::move(status)); };
-    co_await workers_.run(std::move(write));
+    auto writing = workers_.run(std::move(write));
+    co_await withinLimit(clock_, patience, std::move(writing));
 }
 
 } // namespace tarnly

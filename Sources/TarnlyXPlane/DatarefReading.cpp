@@ -60,7 +60,7 @@ Task<> waitForAll(WebApiLink& link, Clock& clock, std::vector<Wanted>& wanted) {
 Task<std::optional<std::int64_t>> findId(std::shared_ptr<WebApiLink> link, Catalogue& catalogue,
                                          std::string name) {
     auto id = catalogue.idOf(name);
-    if (id || link->hasEnded()) co_return id;
+    if (id) co_return id;
     co_await link->refresh(catalogue);
     co_return catalogue.idOf(name);
 }

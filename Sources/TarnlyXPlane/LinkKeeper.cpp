@@ -59,6 +59,7 @@ Task<> LinkKeeper::keepLink(std::shared_ptr<LinkKeeper> keeper) {
             co_await keeper->attempt();
         } catch (const std::exception&) {
             isBroken = true; // out of memory, say; or told to end
+            keeper->finishAttempt(std::current_exception());
         }
         if (isBroken && !keeper->isClosed_) {
             co_await keeper->clock_.sleepFor(longestWatchedPause);

@@ -76,7 +76,8 @@ Task<SimInfo> ReconnectingBackend::simInfo() {
 
 Task<std::vector<double>> ReconnectingBackend::getDatarefs(
     std::shared_ptr<const std::vector<std::string>> names) {
-    const auto first = names->empty() ? std::string() : names->front();
+    if (names->empty()) co_return std::vector<double>();
+    const auto first = names->front();
     auto read = [names = std::move(names)](XPlaneBackend& link) { return link.getDatarefs(names); };
     try {
         auto values = co_await onLink(requestLimit, std::move(read));

@@ -3,6 +3,7 @@
 #include <span>
 #include <utility>
 
+#include "TarnlyPlatform/Base/WithinLimit.hpp"
 #include "TarnlyXPlane/Attitude.hpp"
 #include "TarnlyXPlane/DatarefReading.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
@@ -17,6 +18,8 @@ using Case = XPlaneBackendError::Case;
 
 constexpr std::uint16_t commandPort = 49000;
 constexpr std::chrono::seconds settleDelay(2);
+/// After the sample's datarefs have been asked for.
+constexpr auto altitudePatience = (datarefLooks - 1) * datarefLookInterval;
 
 std::vector<std::int64_t> knownIds(const Catalogue& catalogue, std::span<const std::string_view> names) {
     std::vector<std::int64_t> known;
@@ -50,6 +53,7 @@ void XPlaneBackend::close() {
 
 Task<> XPlaneBackend::connect() {
     co_await link_->ensureConnected();
+    if (link_->hasEnded()) throw LinkEnded(NetworkError::Case::connectionClosed, link_->webSocketUrl());
     link_->watch([this] {
         if (tellStageChange_) tellStageChange_();
     });
@@ -86,8 +90,9 @@ Task<SimInfo> XPlaneBackend::simInfo() {
 
 Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::vector<std::string>> names) {
     thread_.check();
+    if (names->empty()) co_return std::vector<double>();
     co_await link_->ensureConnected();
-    if (!names->empty()) throwIfSilent(names->front());
+    throwIfSilent(names->front());
     auto values = co_await readDatarefs(link_, clock_, std::move(names));
     co_return values;
 }
@@ -117,9 +122,8 @@ Task<> XPlaneBackend::runCommand(std::string name) {
     thread_.check();
     co_await link_->ensureConnected();
     throwIfSilent(name);
-    const auto id = co_await findId(link_, link_->commands(), name);
-    if (!id) throw XPlaneBackendError(Case::unknownCommand, name);
-    const auto path = "command/" + std::to_string(*id) + "/activate";
+    const auto id = co_await commandId(name);
+    const auto path = "command/" + std::to_string(id) + "/activate";
     try {
         const auto response = co_await activate(path);
         if (isSuccess(response)) co_return;
@@ -127,6 +131,16 @@ Task<> XPlaneBackend::runCommand(std::string name) {
         if (error.which() != NetworkError::Case::invalidResponse) throw;
     }
     throw XPlaneBackendError(Case::commandFailed, name);
+}
+
+/// An activation may take long, finding its id may not.
+Task<std::int64_t> XPlaneBackend::commandId(std::string name) {
+    constexpr std::chrono::seconds limit(5);
+    auto finding = findId(link_, link_->commands(), name);
+    const auto found = co_await withinLimit(clock_, limit, std::move(finding));
+    if (!found) throw XPlaneBackendError(Case::timeout, name);
+    if (!*found) throw XPlaneBackendError(Case::unknownCommand, name);
+    co_return **found;
 }
 
 Task<HttpResponse> XPlaneBackend::activate(std::string path) {
@@ -149,10 +163,14 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
     const bool hasFlapRatio = link_->datarefIds().contains(std::string(datarefs::flapRatio));
     const auto standIn = link_->datarefs().idOf(std::string(datarefs::flapRequestRatio));
     if (!hasFlapRatio && standIn) ids.push_back(*standIn);
-    link_->setSampleIds(ids, knownIds(link_->datarefs(), datarefs::positions));
+    auto positions = knownIds(link_->datarefs(), datarefs::positions);
+    const bool lacksOne = positions.size() < datarefs::positions.size() ||
+                          !link_->datarefIds().contains(std::string(datarefs::indicatedAltitude));
+    if (lacksOne) link_->refreshAside(link_->datarefs()); // they may come late
+    link_->setPositionIds(std::move(positions));
     co_await link_->subscribe(ids);
-    if (std::exchange(hasWaitedForSample_, true)) co_return;
-    for (int looks = 1; !hasAltitude() && !link_->hasEnded() && looks < datarefLooks; ++looks) {
+    if (!altitudeWaitEnd_) altitudeWaitEnd_ = clock_.now() + altitudePatience;
+    while (!hasAltitude() && !link_->hasEnded() && clock_.now() < *altitudeWaitEnd_) {
         co_await clock_.sleepFor(datarefLookInterval);
     }
 }

@@ -103,6 +103,7 @@ class XPlaneBackend final : public SimBackend {
     Task<> ensureSampleRefsSubscribed();
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
+    Task<std::int64_t> commandId(std::string name);
     Task<HttpResponse> activate(std::string path);
     void throwIfSilent(const std::string& what) const;
     bool hasAltitude() const;
@@ -121,7 +122,8 @@ class XPlaneBackend final : public SimBackend {
     std::shared_ptr<std::string> version_ = std::make_shared<std::string>(unknownVersion);
     TaskGroup asking_;
     std::function<void()> tellStageChange_;
-    bool hasWaitedForSample_ = false;
+    /// Until when a sample waits for the altitude; absent before the first.
+    std::optional<Clock::TimePoint> altitudeWaitEnd_;
     Guarded<std::optional<std::string>> situationsDirectory_;
 };
 

@@ -315,6 +315,37 @@ TEST_F(ReconnectingBackendRequestsTest, SampleWaitsASecondForItsAltitudeOnEachLi
     EXPECT_TRUE(sample->isDone);
 }
 
+TEST_F(ReconnectingBackendRequestsTest, SampleThatWasCutShortLeavesTheRestOfTheSecondToTheNext) {
+    transport->latency = 900ms;
+    start();
+    const auto first = beginSample();
+    advance(2s);
+    EXPECT_EQ(first->failure(), timedOut);
+    transport->latency = 0ms;
+    const auto next = beginSample();
+    advance(500ms);
+    EXPECT_FALSE(next->isDone) << "nobody knows the altitude yet";
+    deliver(25, "3500");
+    advance(20ms);
+    EXPECT_TRUE(next->hasSucceeded());
+}
+
+TEST_F(ReconnectingBackendRequestsTest, NoNamesNeedNoSimulator) {
+    isAway = true;
+    start();
+    EXPECT_TRUE(beginRead({})->hasSucceeded());
+}
+
+TEST_F(ReconnectingBackendRequestsTest, NameOfACommandIsLookedForForFiveSecondsOnly) {
+    startAndConnect();
+    transport->latency = 1h;
+    const auto command = beginCommand("sim/new");
+    advance(4999ms);
+    EXPECT_FALSE(command->isDone);
+    advance(1ms);
+    EXPECT_EQ(command->failure(), R"(timeout("sim/new"))");
+}
+
 TEST_F(ReconnectingBackendRequestsTest, AtTheMainMenuNamesCannotBeKnown) {
     transport->datarefs.clear();
     answers["/api/v2/datarefs/count"] = httpResponse(200, R"({"data":0})");

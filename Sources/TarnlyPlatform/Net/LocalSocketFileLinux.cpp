@@ -85,13 +85,13 @@ Descriptor lockFor(const std::filesystem::path& file) {
     return lock;
 }
 
-/// Nobody can connect before `listen`, and by then the file is its owner's alone.
 Descriptor listenAt(const std::filesystem::path& file) {
     auto socket = newSocket(file);
     const FileAddress address(file);
     ::unlink(address.path()); // of one that was killed: the name is ours
+    // The file takes the socket's mode over.
+    if (::fchmod(socket.get(), S_IRUSR | S_IWUSR) != 0) fail(file);
     if (::bind(socket.get(), address.get(), FileAddress::size()) != 0) fail(file);
-    if (::chmod(address.path(), S_IRUSR | S_IWUSR) != 0) fail(file);
     if (::listen(socket.get(), SOMAXCONN) != 0) fail(file);
     return socket;
 }

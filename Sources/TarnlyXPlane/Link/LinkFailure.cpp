@@ -23,7 +23,8 @@ NetworkError withCure(const NetworkError& error, const std::string& cure) {
 
 LinkFailure failureOfConnecting(const NetworkError& error) {
     if (error.which() == Case::timedOut) return {error, stageOf(Kind::silent)};
-    auto stage = stageOf(Kind::notRunning);
+    const bool isAnswered = error.which() == Case::invalidResponse;
+    auto stage = stageOf(Kind::notRunning, isAnswered ? "something else answers on its port" : "");
     const bool isUnknownHost = error.payload().find("Host not found") != std::string::npos;
     const bool isConnecting = error.which() == Case::connectionFailed;
     std::string cure;

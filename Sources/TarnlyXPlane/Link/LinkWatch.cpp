@@ -16,6 +16,11 @@ constexpr unsigned forbidden = 403;
 constexpr double samePosition = 1e-6;
 /// One difference may be an aircraft that has just begun to move.
 constexpr int differencesThatCount = 2;
+/// Without a message for that long the simulator is asked whether its flight is still there, whatever else
+/// comes.
+constexpr std::chrono::seconds quietMessages(5);
+/// Who wakes later than that has been kept from running, and reads first what has come meanwhile.
+constexpr std::chrono::seconds lateWaking(2);
 /// Without values for that long, samples need another proof.
 constexpr std::chrono::milliseconds freshValues(300);
 
@@ -23,8 +28,8 @@ constexpr std::chrono::milliseconds freshValues(300);
 
 void WebApiLink::watch(std::function<void()> onChange) {
     thread_.check();
-    onChange_ = std::move(onChange);
     if (hasEnded_ || !webSocket_) return;
+    onChange_ = std::move(onChange);
     webSocket_->ping(); // whether pings are answered here
     tasks_.spawn(keepWatch(shared_from_this()), closeOnFailure());
 }
@@ -39,6 +44,10 @@ Task<> WebApiLink::keepWatch(std::shared_ptr<WebApiLink> link) {
         }
         const auto pause = next - now;
         co_await link->clock_.sleepFor(pause);
+        if (link->clock_.now() - next > lateWaking) {
+            link->webSocket_->ping();
+            co_await link->clock_.sleepFor(freshValues);
+        }
     }
 }
 
@@ -47,8 +56,10 @@ void WebApiLink::look() {
     noteSigns();
     const auto now = clock_.now();
     if (liveness_.isToBeReplaced(now)) return close();
-    if (liveness_.isToBeAsked(now)) {
+    const bool isQuiet = now - std::max(lastMessageAt_, askedAt_) >= quietMessages;
+    if (liveness_.isToBeAsked(now) || isQuiet) {
         liveness_.noteAsked(now);
+        askedAt_ = now;
         webSocket_->ping();
         tasks_.spawn(ask(shared_from_this()), dropFailure);
     }

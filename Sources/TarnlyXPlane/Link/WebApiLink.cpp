@@ -93,6 +93,7 @@ Task<> WebApiLink::openWebSocket(std::shared_ptr<WebApiLink> link) {
     }
     link->throwIfClosed();
     link->liveness_ = Liveness(link->clock_.now());
+    link->lastMessageAt_ = link->clock_.now();
     // A link whose receiving has failed brings no values any more.
     link->tasks_.spawn(receiveLoop(link, webSocket), link->closeOnFailure());
 }
@@ -159,24 +160,29 @@ TaskGroup::OnFailure WebApiLink::closeOnFailure() {
 
 Task<> WebApiLink::send(std::string_view type, std::vector<DatarefEntry> datarefs) {
     const auto reqId = ++nextReqId_;
-    return sendNumbered(reqId, type, std::move(datarefs));
+    queue(reqId, type, std::move(datarefs));
+    co_await drained();
 }
 
-Task<> WebApiLink::sendNumbered(std::int64_t reqId, std::string_view type,
-                                std::vector<DatarefEntry> datarefs) {
+void WebApiLink::queue(std::int64_t reqId, std::string_view type, std::vector<DatarefEntry> datarefs) {
     thread_.check();
     WebApiRequest request;
     request.type = type;
     request.reqId = reqId;
     request.params.datarefs = std::move(datarefs);
     auto text = encodeJson(request);
-    if (!webSocket_) co_return;
+    if (!webSocket_) return;
     throwIfEnded();
+    webSocket_->send(std::move(text), WebSocketConnection::Kind::awaited);
+}
+
+Task<> WebApiLink::drained() {
+    if (!webSocket_) co_return;
     const auto webSocket = webSocket_;
-    webSocket->send(std::move(text), WebSocketConnection::Kind::awaited);
     try {
         co_await webSocket->drained();
     } catch (const NetworkError& error) {
+        end(); // also where nobody has noticed yet: who tries again is to find the next link
         throw LinkEnded(error);
     }
 }
@@ -188,7 +194,10 @@ Task<> WebApiLink::subscribe(std::vector<std::int64_t> ids) {
         const auto reqId = ++nextReqId_;
         auto wanted = entries(message);
         subscriptions_.noteSent(reqId, std::move(message));
-        co_await sendNumbered(reqId, WebApiType::subscribeValues, std::move(wanted));
+        queue(reqId, WebApiType::subscribeValues, std::move(wanted));
+    }
+    if (!messages.empty()) {
+        co_await drained();
     }
 }
 
@@ -197,7 +206,8 @@ Task<> WebApiLink::subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector
         const auto reqId = ++link->nextReqId_;
         auto wanted = entries({id});
         link->subscriptions_.noteSent(reqId, {id});
-        co_await link->sendNumbered(reqId, WebApiType::subscribeValues, std::move(wanted));
+        link->queue(reqId, WebApiType::subscribeValues, std::move(wanted));
+        co_await link->drained();
     }
 }
 
@@ -285,7 +295,8 @@ Task<> WebApiLink::handleMessage(std::string text) {
     const auto size = text.size();
     auto parse = [text = std::move(text)]() mutable { return parseWebApiMessage(std::move(text)); };
     auto message = co_await workers_.runSized(size, std::move(parse));
-    const bool hasSample = message.update.hasAny(sampleIds_);
+    const bool hasSample = message.update.hasAny(positionIds_);
+    lastMessageAt_ = clock_.now();
     values_.apply(std::move(message.update));
     if (hasSample) {
         liveness_.noteValues(clock_.now());
@@ -305,9 +316,15 @@ Task<> WebApiLink::handleMessage(std::string text) {
     tasks_.spawn(subscribeSingly(shared_from_this(), std::move(singly)), closeOnFailure());
 }
 
-void WebApiLink::setSampleIds(std::vector<std::int64_t> all, std::vector<std::int64_t> position) {
-    sampleIds_ = std::move(all);
-    positionIds_ = std::move(position);
+void WebApiLink::setPositionIds(std::vector<std::int64_t> ids) { positionIds_ = std::move(ids); }
+
+void WebApiLink::refreshAside(Catalogue& catalogue) {
+    if (hasEnded_ || catalogue.loading || !catalogue.isStale(clock_.now())) return;
+    tasks_.spawn(refreshHolding(shared_from_this(), catalogue), dropFailure);
+}
+
+Task<> WebApiLink::refreshHolding(std::shared_ptr<WebApiLink> link, Catalogue& catalogue) {
+    co_await link->refresh(catalogue);
 }
 
 } // namespace tarnly

@@ -96,6 +96,9 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     /// Loads the catalogue again where it may know more names by now. Calls that overlap share one load.
     Task<> refresh(Catalogue& catalogue);
 
+    /// The same, without waiting for it.
+    void refreshAside(Catalogue& catalogue);
+
     Catalogue& datarefs() { return datarefs_; }
     Catalogue& commands() { return commands_; }
     const IdsByName& datarefIds() const { return datarefs_.ids(); }
@@ -106,8 +109,8 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
 
     // What samples stand on
 
-    /// Of which datarefs values prove a sample, and which of them tell the position.
-    void setSampleIds(std::vector<std::int64_t> all, std::vector<std::int64_t> position);
+    /// The datarefs of the position, whose values prove a sample: others may go on when these have stopped.
+    void setPositionIds(std::vector<std::int64_t> ids);
 
     /// When no values have come for a moment, has the simulator asked whether it lives and whether those of
     /// the position hold: values have been seen to stop without a word. The outcome shows in `isProven`.
@@ -141,7 +144,9 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     void throwIfClosed() const;
     void throwIfEnded() const;
     static Task<> subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector<std::int64_t> ids);
-    Task<> sendNumbered(std::int64_t reqId, std::string_view type, std::vector<DatarefEntry> datarefs);
+    void queue(std::int64_t reqId, std::string_view type, std::vector<DatarefEntry> datarefs);
+    Task<> drained();
+    static Task<> refreshHolding(std::shared_ptr<WebApiLink> link, Catalogue& catalogue);
     TaskGroup::OnFailure closeOnFailure();
 
     // Constant after construction
@@ -161,7 +166,6 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     Subscriptions subscriptions_;
     ValueCache values_;
     Liveness liveness_;
-    std::vector<std::int64_t> sampleIds_;
     std::vector<std::int64_t> positionIds_;
 
     std::shared_ptr<SharedAttempt> attempt_;
@@ -175,6 +179,8 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     bool isDoubting_ = false;
     bool isLookingForFlight_ = false;
     Clock::TimePoint menuPolledAt_{};
+    Clock::TimePoint lastMessageAt_{};
+    Clock::TimePoint askedAt_{};
     int mismatches_ = 0;
     std::int64_t nextReqId_ = 0;
 };

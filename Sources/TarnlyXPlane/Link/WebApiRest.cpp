@@ -1,6 +1,9 @@
 #include "TarnlyXPlane/Link/WebApiRest.hpp"
 
+#include <array>
+#include <charconv>
 #include <cstdlib>
+#include <system_error>
 #include <utility>
 
 #include "TarnlyXPlane/Link/LinkFailure.hpp"
@@ -11,6 +14,22 @@ namespace {
 constexpr unsigned ok = 200;
 constexpr unsigned forbidden = 403;
 constexpr unsigned notFound = 404;
+
+/// The first version with this web API.
+constexpr std::array oldestThatServes{12, 1, 4};
+
+/// Whether a version such as "12.1.3-r2" stands before another one, by its first three numbers.
+bool isOlder(const std::string& version, const std::array<int, 3>& than) {
+    std::array<int, 3> numbers{};
+    const char* at = version.data();
+    const char* const end = at + version.size();
+    for (auto& number : numbers) {
+        const auto [stop, error] = std::from_chars(at, end, number);
+        if (error != std::errc() || stop == end || *stop != '.') break;
+        at = stop + 1;
+    }
+    return numbers < than;
+}
 
 std::string apiTarget(const std::string& path) { return std::string(webApiPath) + "/" + path; }
 
@@ -48,6 +67,7 @@ Task<IdsByName> WebApiRest::catalogue(std::string name) {
     }
     if (isAnswer && status == notFound) {
         const auto found = co_await version();
+        if (found && !isOlder(*found, oldestThatServes)) throw failureOfConnecting(*failure);
         const NetworkError error(NetworkError::Case::connectionFailed, url + ": HTTP status 404");
         throw tooOld(error, found.value_or(""));
     }

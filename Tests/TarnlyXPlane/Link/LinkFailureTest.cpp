@@ -37,8 +37,13 @@ TEST(LinkFailure, OtherFailuresKeepTheirTextWithoutACure) {
     for (const auto which : {Case::connectionClosed, Case::invalidResponse, Case::sendFailed}) {
         const auto failure = failureOf(which, "127.0.0.1:8086: odd");
         EXPECT_EQ(failure, NetworkError(which, "127.0.0.1:8086: odd"));
-        EXPECT_EQ(failure.stage(), SimulatorStage());
+        EXPECT_EQ(failure.stage().kind, Kind::notRunning);
     }
+}
+
+TEST(LinkFailure, AnswerThatIsNoneIsSomebodyElses) {
+    EXPECT_EQ(failureOf(Case::invalidResponse, "odd").stage().detail, "something else answers on its port");
+    EXPECT_EQ(failureOf(Case::connectionClosed, "odd").stage().detail, "");
 }
 
 TEST(LinkFailure, RefusalHasTheSimulatorsOwnWordsAndTheCure) {

@@ -298,7 +298,7 @@ class StandstillTest : public LinkFixture {
     StandstillTest() {
         connect();
         watch();
-        link->setSampleIds({12, 13, 14}, {12, 13});
+        link->setPositionIds({12, 13});
         deliverValues({{12, "47.5"}, {13, "8.25"}, {14, "1"}});
         simulatorSays("47.5", "8.25");
         advance(1s);
@@ -338,8 +338,17 @@ TEST_F(StandstillTest, StandsForTenMinutesProvenByAskingAtEachBeat) {
     EXPECT_FALSE(link->hasEnded());
 }
 
-TEST_F(StandstillTest, FreshValuesNeedNoQuestion) {
+TEST_F(StandstillTest, OtherValuesThatGoOnProveNoPosition) {
     deliverValues({{14, "2"}});
+    EXPECT_FALSE(link->isProven(clock.now()));
+    simulatorSays("47.6", "8.25");
+    prove();
+    EXPECT_EQ(comparisons(), 1);
+    EXPECT_FALSE(link->isProven(clock.now()));
+}
+
+TEST_F(StandstillTest, FreshValuesNeedNoQuestion) {
+    deliverValues({{12, "47.5"}});
     advance(300ms);
     prove();
     EXPECT_EQ(comparisons(), 0);
@@ -466,7 +475,7 @@ TEST_F(StandstillTest, FlightThatHasGoneProvesNothingAndEndsTheLink) {
 }
 
 TEST_F(StandstillTest, WithoutAPositionTheSimulatorIsOnlyAskedWhetherItLives) {
-    link->setSampleIds({14}, {});
+    link->setPositionIds({});
     prove();
     EXPECT_EQ(comparisons(), 0);
     EXPECT_EQ(questions(), 1);
@@ -474,7 +483,7 @@ TEST_F(StandstillTest, WithoutAPositionTheSimulatorIsOnlyAskedWhetherItLives) {
 }
 
 TEST_F(StandstillTest, RefusalProvesNothingAndEndsTheLink) {
-    link->setSampleIds({14}, {});
+    link->setPositionIds({});
     answers["/api/v2/datarefs/count"] = httpResponse(403, "");
     prove();
     EXPECT_TRUE(link->hasEnded());

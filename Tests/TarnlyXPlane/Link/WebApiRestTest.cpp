@@ -84,6 +84,20 @@ TEST_F(WebApiRestTest, NoCatalogueAtAllIsTooOldWithTheVersionThatItTells) {
     EXPECT_EQ(failure.stage().detail, "12.1.2");
 }
 
+TEST_F(WebApiRestTest, OnlyVersionsWithoutTheWebApiAreTooOld) {
+    answerCatalogue(404, "<html></html>");
+    for (const std::string version : {"12.1.4", "12.1.10", "12.2", "13.0.0-b1"}) {
+        const auto body = R"({"x-plane":{"version":")" + version + "\"}}";
+        answers["/api/capabilities"] = httpResponse(200, body);
+        EXPECT_EQ(failureOfCatalogue().stage().kind, Kind::notRunning) << version;
+    }
+    for (const std::string version : {"12.1.3", "12.1.3-r2", "12.0.9", "11.55", "12"}) {
+        const auto body = R"({"x-plane":{"version":")" + version + "\"}}";
+        answers["/api/capabilities"] = httpResponse(200, body);
+        EXPECT_EQ(failureOfCatalogue().stage().kind, Kind::tooOld) << version;
+    }
+}
+
 TEST_F(WebApiRestTest, TooOldToTellItsVersionIsTooOldAllTheSame) {
     answerCatalogue(404, "<html></html>");
     EXPECT_EQ(failureOfCatalogue().stage().kind, Kind::tooOld);
