@@ -3,7 +3,6 @@
 import json
 import time
 
-import pytest
 from faults import FAULTS, Fault, Rig, side_by_side
 from harness import wait_until
 from lesson import Recorder
