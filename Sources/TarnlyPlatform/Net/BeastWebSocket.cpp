@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/compose.hpp>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/core/role.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/verb.hpp>
@@ -18,10 +18,22 @@
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
-#include "TarnlyPlatform/Net/FrameScanner.hpp"
+#include "TarnlyPlatform/Net/ScannedStream.hpp"
 #include "TarnlyPlatform/Net/TcpSockets.hpp"
 
 namespace tarnly {
+
+/// The library's last step. Its own version for TCP waits for the peer to hang up, for as long as the peer
+/// likes; the socket is closed right after this one. Found by argument-dependent lookup.
+template <typename Handler>
+void async_teardown(boost::beast::role_type, ScannedStream& stream, Handler&& handler) {
+    boost::system::error_code ignored;
+    stream.next_layer().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
+    boost::asio::post(stream.get_executor(), [handler = std::forward<Handler>(handler)]() mutable {
+        handler(boost::system::error_code{});
+    });
+}
+
 namespace {
 
 namespace asio = boost::asio;
@@ -39,127 +51,8 @@ constexpr auto closePatience = std::chrono::milliseconds(500);
 constexpr std::size_t largestBacklog = 8 * 1024 * 1024;
 constexpr std::size_t defaultMessageLimit = 64 * 1024 * 1024;
 constexpr std::size_t chunkSize = 64 * 1024;
-constexpr std::string_view headEnd = "\r\n\r\n";
 
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
-
-/// The TCP stream beneath the WebSocket library: shows incoming frames to a `FrameScanner`, and knows when
-/// the peer last took something.
-class ScannedStream {
-  public:
-    using executor_type = tcp::socket::executor_type;
-
-    ScannedStream(tcp::socket socket, const Clock& clock)
-        : socket_(std::move(socket)), clock_(clock), lastProgress_(clock.now()) {}
-
-    executor_type get_executor() { return socket_.get_executor(); }
-    tcp::socket& next_layer() { return socket_; }
-    FrameScanner& scanner() { return scanner_; }
-    Clock::TimePoint lastProgress() const { return lastProgress_; }
-    std::optional<Clock::TimePoint> lastByteAt() const { return lastByteAt_; }
-    void noteProgress() { lastProgress_ = clock_.now(); }
-
-    /// From here on the incoming bytes are frames; `received` are the first of them.
-    void startScanning(std::string received) {
-        headEndSeen_ = headEnd.size();
-        received_ = std::move(received);
-        scanFrames({reinterpret_cast<unsigned char*>(received_.data()), received_.size()});
-    }
-
-    template <typename Buffers, typename Token>
-    auto async_read_some(const Buffers& buffers, Token&& token) {
-        auto step = [this, buffers, isStarted = false](auto& self, error_code error = {},
-                                                       std::size_t size = 0) mutable {
-            if (!isStarted) {
-                isStarted = true;
-                if (received_.empty()) {
-                    socket_.async_read_some(buffers, std::move(self));
-                    return;
-                }
-                const auto taken = takeReceived(buffers);
-                asio::post(socket_.get_executor(),
-                           [self = std::move(self), taken]() mutable { self.complete(error_code{}, taken); });
-                return;
-            }
-            if (size > 0) scan(buffers, size);
-            self.complete(error, size);
-        };
-        return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
-    }
-
-    template <typename Buffers, typename Token>
-    auto async_write_some(const Buffers& buffers, Token&& token) {
-        auto step = [this, buffers, isStarted = false](auto& self, error_code error = {},
-                                                       std::size_t size = 0) mutable {
-            if (!isStarted) {
-                isStarted = true;
-                socket_.async_write_some(buffers, std::move(self));
-                return;
-            }
-            if (size > 0) noteProgress();
-            self.complete(error, size);
-        };
-        return asio::async_compose<Token, void(error_code, std::size_t)>(std::move(step), token, socket_);
-    }
-
-  private:
-    template <typename Buffers>
-    std::size_t takeReceived(const Buffers& buffers) {
-        const auto size = asio::buffer_copy(buffers, asio::buffer(received_));
-        received_.erase(0, size);
-        return size;
-    }
-
-    template <typename Buffers>
-    void scan(const Buffers& buffers, std::size_t size) {
-        const auto end = asio::buffer_sequence_end(buffers);
-        for (auto i = asio::buffer_sequence_begin(buffers); size > 0 && i != end; ++i) {
-            const asio::mutable_buffer piece(*i);
-            const std::span bytes(static_cast<unsigned char*>(piece.data()), std::min(size, piece.size()));
-            scanFrames(skipHead(bytes));
-            size -= bytes.size();
-        }
-    }
-
-    void scanFrames(std::span<unsigned char> bytes) {
-        if (bytes.empty()) return;
-        lastByteAt_ = clock_.now();
-        scanner_.scan(bytes);
-    }
-
-    /// What is left of the bytes behind the head of the opening handshake: frames may come in one packet with
-    /// it.
-    std::span<unsigned char> skipHead(std::span<unsigned char> bytes) {
-        while (headEndSeen_ < headEnd.size() && !bytes.empty()) {
-            const auto next = static_cast<char>(bytes.front());
-            if (next == headEnd[headEndSeen_]) {
-                ++headEndSeen_;
-            } else {
-                headEndSeen_ = next == headEnd.front() ? 1 : 0;
-            }
-            bytes = bytes.subspan(1);
-        }
-        return bytes;
-    }
-
-    tcp::socket socket_;
-    const Clock& clock_;
-    FrameScanner scanner_;
-    std::size_t headEndSeen_ = 0;
-    std::string received_;
-    Clock::TimePoint lastProgress_;
-    std::optional<Clock::TimePoint> lastByteAt_;
-};
-
-/// The library's last step. Its own version for TCP waits for the peer to hang up, for as long as the peer
-/// likes; the socket is closed right after this one. Found by argument-dependent lookup.
-template <typename Handler>
-void async_teardown(boost::beast::role_type, ScannedStream& stream, Handler&& handler) {
-    error_code ignored;
-    stream.next_layer().shutdown(tcp::socket::shutdown_send, ignored);
-    asio::post(stream.get_executor(),
-               [handler = std::forward<Handler>(handler)]() mutable { handler(error_code{}); });
-}
 
 class BeastWebSocket final : public WebSocketConnection, public std::enable_shared_from_this<BeastWebSocket> {
   public:
