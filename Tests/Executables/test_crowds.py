@@ -94,8 +94,9 @@ def test_300_clients_are_served_side_by_side(companion, fake):
         assert client.push() == {"sim/a": 1}
 
 
-def test_connections_that_come_and_go_leave_nothing_behind(companion):
-    companion.client()
+def test_connections_that_come_and_go_leave_nothing_behind(companion, fake):
+    fake.add("sim/a", 1)
+    companion.client().subscribe("sim/a")  # so that the link to the simulator stands
     before = companion.open_sockets()
     for number in range(100):
         raw = companion.raw(paired=number % 2 == 0)
