@@ -29,19 +29,22 @@ LinkFailure failureOfConnecting(const NetworkError& error) {
     const bool isConnecting = error.which() == Case::connectionFailed;
     std::string cure;
     if (isConnecting) cure = isUnknownHost ? "check the simulator's address" : stageAdvice(stage);
-    return {withCure(error, cure), std::move(stage)};
+    const auto told = withCure(error, cure);
+    return {told, std::move(stage)};
 }
 
 LinkFailure refusal(const std::string& what, const std::string& message) {
     auto stage = stageOf(Kind::refusing, message);
     const auto detail = message.empty() ? std::string() : ": " + message;
     const NetworkError error(Case::connectionFailed, what + detail);
-    return {withCure(error, stageAdvice(stage)), std::move(stage)};
+    const auto told = withCure(error, stageAdvice(stage));
+    return {told, std::move(stage)};
 }
 
 LinkFailure tooOld(const NetworkError& error, const std::string& version) {
     auto stage = stageOf(Kind::tooOld, version);
-    return {withCure(error, stageAdvice(stage)), std::move(stage)};
+    const auto told = withCure(error, stageAdvice(stage));
+    return {told, std::move(stage)};
 }
 
 } // namespace tarnly
