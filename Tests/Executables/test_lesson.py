@@ -22,8 +22,8 @@ def flight(fake):
 
 
 @pytest.fixture
-def companion(programs, flight):
-    return programs.companion(sim_port=flight.port)
+def companion(companion, flight):
+    return companion
 
 
 # Samples
