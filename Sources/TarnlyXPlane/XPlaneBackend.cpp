@@ -179,7 +179,10 @@ Task<SampleObservation> XPlaneBackend::getTrackSample() {
     thread_.check();
     co_await link_->ensureConnected();
     throwIfSilent("track sample");
-    if (link_->isAtMainMenu()) throw unknownName(*link_, Case::timeout, "track sample");
+    if (link_->isAtMainMenu()) {
+        link_->refreshAside(link_->datarefs()); // a recording waits for the flight
+        throw unknownName(*link_, Case::timeout, "track sample");
+    }
     co_await ensureSampleRefsSubscribed();
     if (link_->hasEnded()) throw LinkEnded(NetworkError::Case::connectionClosed, link_->webSocketUrl());
     auto seen = readTrackSample(link_->datarefIds(), link_->values());

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "TarnlyXPlane/BackendFixture.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
 
@@ -115,6 +117,17 @@ TEST_F(XPlaneBackendSampleTest, AtTheMainMenuThereIsNoFlightToSample) {
     transport->datarefs.clear();
     failureOf<XPlaneBackendError>(backend->getTrackSample());
     EXPECT_TRUE(sent().empty());
+}
+
+TEST_F(XPlaneBackendSampleTest, AtTheMainMenuEachBeatLooksForTheFlight) {
+    const auto flight = std::exchange(transport->datarefs, {});
+    failureOf<XPlaneBackendError>(backend->getTrackSample());
+    transport->datarefs = flight;
+    clock.advance(io, 500ms);
+    failureOf<XPlaneBackendError>(backend->getTrackSample());
+    clock.advance(io, 500ms);
+    run(backend->getTrackSample());
+    EXPECT_EQ(sent().size(), 1U);
 }
 
 TEST_F(XPlaneBackendSampleTest, FailedSubscriptionIsTriedAgain) {
