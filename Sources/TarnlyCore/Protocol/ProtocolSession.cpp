@@ -1,9 +1,6 @@
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 
 #include <algorithm>
-#include <boost/asio/post.hpp>
-#include <boost/asio/this_coro.hpp>
-#include <boost/asio/use_awaitable.hpp>
 #include <exception>
 #include <utility>
 

@@ -1,6 +1,5 @@
 #include "TarnlyXPlane/Link/ValueCache.hpp"
 
-#include <algorithm>
 #include <utility>
 
 namespace tarnly {
@@ -49,13 +48,6 @@ std::optional<double> ValueCache::element(std::int64_t id, std::int64_t index) c
     const bool isInside = 0 <= index && std::cmp_less(index, found->second.size());
     if (!isInside) return std::nullopt;
     return found->second[static_cast<std::size_t>(index)];
-}
-
-bool ValueCache::hasAny(std::span<const std::int64_t> ids) const {
-    thread_.check();
-    return std::ranges::any_of(ids, [this](std::int64_t id) {
-        return latestValues_.contains(id) || latestArrayValues_.contains(id);
-    });
 }
 
 } // namespace tarnly

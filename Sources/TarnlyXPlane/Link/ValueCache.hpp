@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -29,9 +28,6 @@ class ValueCache {
 
     /// Whether what came last was a number, or an array of numbers.
     bool isNumber(std::int64_t id) const;
-
-    /// Whether any of `ids` has a value of either kind.
-    bool hasAny(std::span<const std::int64_t> ids) const;
 
   private:
     OnOneThread thread_;

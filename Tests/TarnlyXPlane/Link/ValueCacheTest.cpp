@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <thread>
 
 namespace tarnly {
@@ -13,7 +12,6 @@ TEST(ValueCache, IsEmptyAtFirst) {
     EXPECT_EQ(cache.scalar(1), std::nullopt);
     EXPECT_EQ(cache.array(1), std::nullopt);
     EXPECT_EQ(cache.element(1, 0), std::nullopt);
-    EXPECT_FALSE(cache.hasAny(std::array<std::int64_t, 1>{1}));
 }
 
 TEST(ValueCache, ValuesReplaceEarlierOnesAndOthersStay) {
@@ -43,15 +41,6 @@ TEST(ValueCache, ElementsOutsideTheArrayAreAbsent) {
     EXPECT_EQ(cache.element(3, INT64_MIN), std::nullopt);
     EXPECT_EQ(cache.element(3, INT64_MAX), std::nullopt);
     EXPECT_EQ(cache.element(4, 0), std::nullopt);
-}
-
-TEST(ValueCache, HasAnyLooksAtBothKinds) {
-    ValueCache cache;
-    cache.apply({{{1, 10}}, {{2, {}}}});
-    EXPECT_TRUE(cache.hasAny(std::array<std::int64_t, 2>{9, 1}));
-    EXPECT_TRUE(cache.hasAny(std::array<std::int64_t, 2>{2, 9}));
-    EXPECT_FALSE(cache.hasAny(std::array<std::int64_t, 1>{9}));
-    EXPECT_FALSE(cache.hasAny({}));
 }
 
 #ifndef NDEBUG
