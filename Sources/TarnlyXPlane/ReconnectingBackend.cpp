@@ -66,12 +66,12 @@ std::invoke_result_t<Operation, XPlaneBackend&> ReconnectingBackend::onLink(Cloc
     }
 }
 
-Task<SimInfo> ReconnectingBackend::simInfo() {
+SimInfo ReconnectingBackend::simInfo() {
     thread_.check();
     SimInfo info;
     info.sim = "xplane";
     info.version = keeper_->version();
-    co_return info;
+    return info;
 }
 
 Task<std::vector<double>> ReconnectingBackend::getDatarefs(

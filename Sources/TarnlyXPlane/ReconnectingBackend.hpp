@@ -54,7 +54,7 @@ class ReconnectingBackend final : public SimBackend {
     void setSituationsDirectory(std::optional<std::string> path);
 
     /// The version is that of the simulator that was last there.
-    Task<SimInfo> simInfo() override;
+    SimInfo simInfo() override;
     Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override;
     Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;
     Task<> runCommand(std::string name) override;

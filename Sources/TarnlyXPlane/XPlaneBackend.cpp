@@ -81,11 +81,11 @@ void XPlaneBackend::throwIfSilent(const std::string& what) const {
     if (link_->isSilent()) throw XPlaneBackendError(Case::timeout, what);
 }
 
-Task<SimInfo> XPlaneBackend::simInfo() {
+SimInfo XPlaneBackend::simInfo() {
     SimInfo info;
     info.sim = "xplane";
     info.version = *version_;
-    co_return info;
+    return info;
 }
 
 Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::vector<std::string>> names) {

@@ -67,7 +67,7 @@ class XPlaneBackend final : public SimBackend {
     /// thread.
     void setSituationsDirectory(std::optional<std::string> path);
 
-    Task<SimInfo> simInfo() override;
+    SimInfo simInfo() override;
 
     /// A name may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers the
     /// last values that came; the first read of a dataref subscribes to it and waits for about a second.

@@ -32,9 +32,9 @@ class FakeBackend final : public SimBackend {
     Clock* clock = nullptr;
     Clock::Duration sampleDelay{};
 
-    Task<SimInfo> simInfo() override {
+    SimInfo simInfo() override {
         note("simInfo");
-        co_return SimInfo{"xplane", "unknown"};
+        return SimInfo{"xplane", "unknown"};
     }
 
     Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override {

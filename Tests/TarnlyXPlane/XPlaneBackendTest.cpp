@@ -41,7 +41,7 @@ class XPlaneBackendTest : public BackendFixture {
 };
 
 TEST_F(XPlaneBackendTest, SimInfoNeedsNoSimulator) {
-    const auto info = run(backend->simInfo());
+    const auto info = backend->simInfo();
     EXPECT_EQ(info.sim, "xplane");
     EXPECT_EQ(info.version, "unknown");
     EXPECT_TRUE(transport->exchanges.empty());

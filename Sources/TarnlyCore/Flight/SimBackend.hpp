@@ -61,7 +61,8 @@ class SimBackend {
   public:
     virtual ~SimBackend() = default;
 
-    virtual Task<SimInfo> simInfo() = 0;
+    /// What is known of the simulator; asks nobody.
+    virtual SimInfo simInfo() = 0;
 
     /// The current values of datarefs as numbers, in the order of `names`; they are waited for together. How
     /// names are spelled is the simulator's. Throws what the first name in the order fails with.

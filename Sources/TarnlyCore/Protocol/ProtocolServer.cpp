@@ -52,10 +52,18 @@ Task<bool> ProtocolServer::answerNext(std::shared_ptr<Connection> entry) {
     auto message = co_await entry->connection->receive();
     if (!message) co_return false;
     if (message->opcode != Opcode::text) co_return true; // dropped without an answer
-    auto reply = co_await entry->session->handleMessage(std::move(message->content));
-    if (!reply) co_return false;
+    auto answering = entry->session->handleMessage(std::move(message->content));
+    auto* answer = std::get_if<ProtocolSession::Answer>(&answering);
+    ProtocolSession::Answer later;
+    if (answer == nullptr) {
+        later = co_await std::move(std::get<Task<ProtocolSession::Answer>>(answering));
+        answer = &later;
+    }
+    if (!*answer) co_return false;
+    auto reply = std::move(**answer);
     if (entry->session->isPaired()) entry->connection->setMessageLimit(pairedMessageLimit);
-    const bool isDelivered = co_await deliver(entry->connection, std::move(*reply));
+    auto text = co_await entry->session->wholeText(std::move(reply));
+    const bool isDelivered = co_await deliver(entry->connection, std::move(text));
     co_return isDelivered;
 }
 

@@ -74,134 +74,171 @@ void ProtocolSession::addSubscriptions(const std::vector<std::string>& names) {
 }
 
 const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
+    using Session = ProtocolSession;
     static const std::vector<Entry> table{
-        {MessageType::pair, &ProtocolSession::pair},
-        {MessageType::simInfo, &ProtocolSession::simInfo},
-        {MessageType::listFlights, &ProtocolSession::listFlights},
-        {MessageType::loadFlight, &ProtocolSession::loadFlight},
-        {MessageType::loadScript, &ProtocolSession::loadScript},
-        {MessageType::recordingStart, &ProtocolSession::startRecording},
-        {MessageType::recordingStop, &ProtocolSession::stopRecording},
-        {MessageType::catchUp, &ProtocolSession::catchUp},
-        {MessageType::datarefSubscribeValues, &ProtocolSession::subscribeValues},
-        {MessageType::datarefSetValues, &ProtocolSession::setValues},
-        {MessageType::runCommand, &ProtocolSession::runCommand},
-        {MessageType::moveToPreservingAgl, &ProtocolSession::moveToPreservingAgl},
-        {MessageType::applyAttitude, &ProtocolSession::applyAttitude},
+        {MessageType::pair, &Session::pair},
+        {MessageType::simInfo, &Session::simInfo},
+        {MessageType::listFlights, &Session::later<&Session::listFlights>},
+        {MessageType::loadFlight, &Session::later<&Session::loadFlight>},
+        {MessageType::loadScript, &Session::later<&Session::loadScript>},
+        {MessageType::recordingStart, &Session::startRecording},
+        {MessageType::recordingStop, &Session::stopRecording},
+        {MessageType::catchUp, &Session::later<&Session::catchUp>},
+        {MessageType::datarefSubscribeValues, &Session::later<&Session::subscribeValues>},
+        {MessageType::datarefSetValues, &Session::later<&Session::setValues>},
+        {MessageType::runCommand, &Session::later<&Session::runCommand>},
+        {MessageType::moveToPreservingAgl, &Session::later<&Session::moveToPreservingAgl>},
+        {MessageType::applyAttitude, &Session::later<&Session::applyAttitude>},
     };
     return table;
 }
 
-Task<std::optional<std::string>> ProtocolSession::handleMessage(std::string text) {
+std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> ProtocolSession::handleMessage(
+    std::string text) {
+    if (text.size() > WorkerPool::longText) return handleLong(std::move(text));
+    const auto request = decode(std::move(text));
+    if (!admits(request)) return Answer();
+    auto handling = handle(request);
+    if (auto* reply = std::get_if<Reply>(&handling)) return Answer(std::move(*reply));
+    return finish(request, std::move(std::get<Task<Reply>>(handling)));
+}
+
+Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
     const auto size = text.size();
     auto decoding = [text = std::move(text)]() mutable { return decode(std::move(text)); };
     auto request = co_await workers_.runSized(size, std::move(decoding));
-    const bool isPairRequest = request && request->head.type == MessageType::pair;
-    if (!isPairRequest && !isPaired()) co_return std::nullopt;
-    if (!request) co_return errorReply(std::nullopt, "malformed message");
-    request->size = size;
-    auto reply = co_await answer(*request);
+    if (!admits(request)) co_return std::nullopt;
+    auto handling = handle(request);
+    Answer answer;
+    if (auto* reply = std::get_if<Reply>(&handling)) {
+        answer = std::move(*reply);
+    } else {
+        answer = co_await finish(request, std::move(std::get<Task<Reply>>(handling)));
+    }
     auto letGo = [request = std::move(request)] {}; // of a long one, that takes a while too
     co_await workers_.runSized(size, std::move(letGo));
-    co_return reply;
+    co_return answer;
 }
 
-std::optional<ProtocolSession::Request> ProtocolSession::decode(std::string text) {
+ProtocolSession::SharedRequest ProtocolSession::decode(std::string text) {
     try {
+        const auto size = text.size();
         auto json = parseJson(wellFormedUtf8(std::move(text)));
         auto head = decodeJson<TypeOnly>(json);
-        return Request{std::move(head), std::move(json)};
+        return std::make_shared<const Request>(Request{std::move(head), std::move(json), size});
     } catch (const JsonError&) {
-        return std::nullopt;
+        return nullptr;
     }
 }
 
-Task<std::string> ProtocolSession::answer(const Request& request) {
-    std::string failure;
-    try {
-        auto reply = co_await dispatch(request);
-        co_return reply;
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
-    co_return errorReply(request.head.reqId, std::move(failure));
+bool ProtocolSession::admits(const SharedRequest& request) const {
+    const bool isPairRequest = request && request->head.type == MessageType::pair;
+    return isPairRequest || isPaired();
 }
 
-Task<std::string> ProtocolSession::dispatch(const Request& request) {
+ProtocolSession::Handling ProtocolSession::handle(const SharedRequest& request) {
+    if (!request) return Reply{errorReply(std::nullopt, "malformed message"), {}};
     const auto& table = handlers();
-    const auto entry = std::ranges::find(table, request.head.type, &Entry::type);
+    const auto entry = std::ranges::find(table, request->head.type, &Entry::type);
     if (entry == table.end()) {
-        co_return errorReply(request.head.reqId, "unknown message type: " + request.head.type);
+        return Reply{errorReply(request->head.reqId, "unknown message type: " + request->head.type), {}};
     }
-    auto handling = (this->*entry->handle)(request);
-    auto reply = co_await std::move(handling);
-    co_return reply;
+    try {
+        return (this->*entry->handle)(request);
+    } catch (const std::exception& error) {
+        return failed(*request, error.what());
+    }
 }
 
-Task<std::string> ProtocolSession::pair(const Request& request) {
-    const auto params = findParams<PairRequest>(request.json).value_or(PairRequest{});
+Task<ProtocolSession::Answer> ProtocolSession::finish(SharedRequest request, Task<Reply> work) {
+    Answer answer;
+    try {
+        answer = co_await std::move(work);
+    } catch (const std::exception& error) {
+        answer = failed(*request, error.what());
+    }
+    co_return answer;
+}
+
+Task<std::string> ProtocolSession::wholeText(Reply reply) {
+    auto text = std::move(reply.text);
+    bool goesOn = reply.nextPiece != nullptr;
+    while (goesOn) {
+        auto work = reply.nextPiece;
+        const auto piece = co_await workers_.run(std::move(work));
+        text += piece;
+        goesOn = !piece.empty();
+    }
+    co_return text;
+}
+
+Reply ProtocolSession::failed(const Request& request, const char* why) {
+    return {errorReply(request.head.reqId, why), {}};
+}
+
+ProtocolSession::Handling ProtocolSession::pair(const SharedRequest& request) {
+    const auto params = findParams<PairRequest>(request->json).value_or(PairRequest{});
     const auto result = pairing_->attempt(params.password);
     if (result.accepted) {
         state_.with([&](State& state) { state.sessionToken = result.sessionToken; });
     }
     PairResponse response{result.accepted, result.sessionToken, result.reason};
-    co_return respond(request.head.type, request.head.reqId, std::move(response));
+    return replyTo(*request, std::move(response));
 }
 
-Task<std::string> ProtocolSession::simInfo(const Request& request) {
-    auto info = co_await backend_->simInfo();
-    co_return respond(request.head.type, request.head.reqId, std::move(info));
+ProtocolSession::Handling ProtocolSession::simInfo(const SharedRequest& request) {
+    return replyTo(*request, backend_->simInfo());
 }
 
-Task<std::string> ProtocolSession::listFlights(const Request& request) {
+Task<Reply> ProtocolSession::listFlights(SharedRequest request) {
     FlightsPayload payload;
     payload.flights = co_await backend_->listFlights();
-    co_return respond(request.head.type, request.head.reqId, std::move(payload));
+    co_return replyTo(*request, std::move(payload));
 }
 
-Task<std::string> ProtocolSession::loadFlight(const Request& request) {
-    auto params = requireParams<LoadFlightRequest>(request.json, "load_flight requires a path");
+Task<Reply> ProtocolSession::loadFlight(SharedRequest request) {
+    auto params = requireParams<LoadFlightRequest>(request->json, "load_flight requires a path");
     co_await backend_->loadFlight(std::move(params.path));
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    co_return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::loadScript(const Request& request) {
+Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
     // A script may be long, and the navigation database slow.
-    auto load = [this, &request] {
-        auto script = requireParams<LoadScriptRequest>(request.json, "load_script requires triggers");
+    auto load = [this, request] {
+        auto script = requireParams<LoadScriptRequest>(request->json, "load_script requires triggers");
         auto engine = makeEngine(std::move(script), fixResolver_);
         UnresolvedFixesPayload payload{engine.unresolvedFixes()};
         loadedScript_->set(std::move(engine));
-        return respond(request.head.type, request.head.reqId, std::move(payload));
+        return replyTo(*request, std::move(payload));
     };
     auto reply = co_await scriptWorkers_.run(load);
     co_return reply;
 }
 
-Task<std::string> ProtocolSession::startRecording(const Request& request) {
+ProtocolSession::Handling ProtocolSession::startRecording(const SharedRequest& request) {
     recording_->start(); // on the thread that records: never between a sample and its triggers
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::stopRecording(const Request& request) {
+ProtocolSession::Handling ProtocolSession::stopRecording(const SharedRequest& request) {
     recording_->stop();
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::catchUp(const Request& request) {
-    const auto params = findParams<CatchUpRequest>(request.json).value_or(CatchUpRequest{});
+Task<Reply> ProtocolSession::catchUp(SharedRequest request) {
+    const auto params = findParams<CatchUpRequest>(request->json).value_or(CatchUpRequest{});
     // The snapshot is taken on the thread that records, so that no client gets a sample without its triggers
     // and asks for what is after it. Ten hours of flight take a while to write: that is done aside.
-    auto encode = [&request, since = params.sinceElapsedSeconds, recorded = recording_->snapshot()] {
-        return respond(request.head.type, request.head.reqId, recorded.after(since));
+    auto encode = [request, since = params.sinceElapsedSeconds, recorded = recording_->snapshot()] {
+        return replyTo(*request, recorded.after(since));
     };
     auto reply = co_await workers_.run(std::move(encode));
     co_return reply;
 }
 
-Task<std::string> ProtocolSession::subscribeValues(const Request& request) {
-    auto subscribe = [this, &request] {
-        auto params = requireParams<DatarefNamesParams>(request.json,
+Task<Reply> ProtocolSession::subscribeValues(SharedRequest request) {
+    auto subscribe = [this, request] {
+        auto params = requireParams<DatarefNamesParams>(request->json,
                                                         "dataref_subscribe_values requires a datarefs array");
         Names names;
         for (auto& dataref : params.datarefs) {
@@ -210,40 +247,40 @@ Task<std::string> ProtocolSession::subscribeValues(const Request& request) {
         addSubscriptions(names);
         return std::make_shared<const Names>(std::move(names));
     };
-    auto names = co_await workers_.runSized(request.size, subscribe);
-    auto reply = co_await respondWithValues(request.head.reqId, std::move(names));
-    co_return reply;
+    auto names = co_await workers_.runSized(request->size, subscribe);
+    auto text = co_await respondWithValues(request->head.reqId, std::move(names));
+    co_return Reply{std::move(text), {}};
 }
 
-Task<std::string> ProtocolSession::setValues(const Request& request) {
-    auto read = [&request] {
-        return requireParams<DatarefSetParams>(request.json, "dataref_set_values requires a datarefs array");
+Task<Reply> ProtocolSession::setValues(SharedRequest request) {
+    auto read = [request] {
+        return requireParams<DatarefSetParams>(request->json, "dataref_set_values requires a datarefs array");
     };
-    const auto params = co_await workers_.runSized(request.size, read);
+    const auto params = co_await workers_.runSized(request->size, read);
     for (const auto& entry : params.datarefs) {
         co_await backend_->setDataref(entry.name, entry.value, entry.index);
     }
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    co_return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::runCommand(const Request& request) {
-    auto params = requireParams<RunCommandRequest>(request.json, "run_command requires a name");
+Task<Reply> ProtocolSession::runCommand(SharedRequest request) {
+    auto params = requireParams<RunCommandRequest>(request->json, "run_command requires a name");
     co_await backend_->runCommand(std::move(params.name));
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    co_return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::moveToPreservingAgl(const Request& request) {
+Task<Reply> ProtocolSession::moveToPreservingAgl(SharedRequest request) {
     const auto params =
-        requireParams<MoveToPreservingAglRequest>(request.json, "move_to_preserving_agl requires lat/lon");
+        requireParams<MoveToPreservingAglRequest>(request->json, "move_to_preserving_agl requires lat/lon");
     co_await backend_->moveToPreservingAgl(params.lat, params.lon);
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    co_return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::applyAttitude(const Request& request) {
+Task<Reply> ProtocolSession::applyAttitude(SharedRequest request) {
     const auto params =
-        requireParams<ApplyAttitudeRequest>(request.json, "apply_attitude requires pitch/bank/ias/throttle");
+        requireParams<ApplyAttitudeRequest>(request->json, "apply_attitude requires pitch/bank/ias/throttle");
     co_await backend_->applyAttitude(params.pitchDeg, params.bankDeg, params.iasKts, params.throttle);
-    co_return respond(request.head.type, request.head.reqId, OkPayload{});
+    co_return replyTo(*request, OkPayload{});
 }
 
 Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId,

@@ -3,11 +3,13 @@
 #include <array>
 #include <boost/json/value.hpp>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "TarnlyCore/Discovery/PairingManager.hpp"
@@ -31,6 +33,16 @@ struct ProtocolSessionErrorCases {
 };
 using ProtocolSessionError = Error<ProtocolSessionErrorCases>;
 
+/// The answer to one request, whole or in pieces: of a long one each piece is made when the one before has
+/// gone.
+struct Reply {
+    /// All of it, or the first piece.
+    std::string text;
+    /// The next piece; empty behind the last one. For a worker to call, one call at a time. Null: `text` is
+    /// all.
+    std::function<std::string()> nextPiece;
+};
+
 /// One connection's side of the protocol: text in, text out. Knows no sockets and no clock.
 ///
 /// Lets nothing but "pair" through until the connection has paired, hands requests to the simulator, the
@@ -47,10 +59,16 @@ class ProtocolSession {
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
     bool isPaired() const;
 
-    /// The reply to one text frame, in which bytes that are not UTF-8 count as U+FFFD. Absent when the
-    /// connection is to be closed without one: an unpaired client learns nothing but the answer to
-    /// "pair". Never fails; to be called for one frame at a time.
-    Task<std::optional<std::string>> handleMessage(std::string text);
+    /// Absent when the connection is to be closed without a word: an unpaired client learns nothing but the
+    /// answer to "pair".
+    using Answer = std::optional<Reply>;
+
+    /// The answer to one text frame, in which bytes that are not UTF-8 count as U+FFFD; the work that leads
+    /// to it where something has to be waited for. Neither fails; to be called for one frame at a time.
+    std::variant<Answer, Task<Answer>> handleMessage(std::string text);
+
+    /// The reply in one piece.
+    Task<std::string> wholeText(Reply reply);
 
     /// The present values of all subscribed datarefs, or absent when there are none. Throws what the
     /// first read that fails throws. May run beside `handleMessage`.
@@ -71,7 +89,10 @@ class ProtocolSession {
         std::size_t size = 0;
     };
     using Names = std::vector<std::string>;
-    using Handler = Task<std::string> (ProtocolSession::*)(const Request&);
+    using SharedRequest = std::shared_ptr<const Request>;
+    /// A reply that is there, or the work that leads to it.
+    using Handling = std::variant<Reply, Task<Reply>>;
+    using Handler = Handling (ProtocolSession::*)(const SharedRequest&);
     struct Entry {
         std::string_view type;
         Handler handle;
@@ -85,26 +106,40 @@ class ProtocolSession {
         std::shared_ptr<const Names> namesToPush;
     };
 
-    static std::optional<Request> decode(std::string text);
-    Task<std::string> answer(const Request& request);
-    Task<std::string> dispatch(const Request& request);
+    /// Null for what is no request.
+    static SharedRequest decode(std::string text);
+    Task<Answer> handleLong(std::string text);
+    /// Whether the session talks with the peer about it at all.
+    bool admits(const SharedRequest& request) const;
+    Handling handle(const SharedRequest& request);
+    static Task<Answer> finish(SharedRequest request, Task<Reply> work);
+    static Reply failed(const Request& request, const char* why);
+    template <typename Data>
+    static Reply replyTo(const Request& request, Data data) {
+        return {respond(request.head.type, request.head.reqId, std::move(data)), {}};
+    }
+
+    Handling pair(const SharedRequest& request);
+    Handling simInfo(const SharedRequest& request);
+    Handling startRecording(const SharedRequest& request);
+    Handling stopRecording(const SharedRequest& request);
+
+    template <Task<Reply> (ProtocolSession::*work)(SharedRequest)>
+    Handling later(const SharedRequest& request) {
+        return (this->*work)(request);
+    }
+    Task<Reply> listFlights(SharedRequest request);
+    Task<Reply> loadFlight(SharedRequest request);
+    Task<Reply> loadScript(SharedRequest request);
+    Task<Reply> catchUp(SharedRequest request);
+    Task<Reply> subscribeValues(SharedRequest request);
+    Task<Reply> setValues(SharedRequest request);
+    Task<Reply> runCommand(SharedRequest request);
+    Task<Reply> moveToPreservingAgl(SharedRequest request);
+    Task<Reply> applyAttitude(SharedRequest request);
     /// Throws what the first read that fails throws.
     Task<std::string> respondWithValues(std::optional<std::int64_t> reqId,
                                         std::shared_ptr<const Names> names);
-
-    Task<std::string> pair(const Request& request);
-    Task<std::string> simInfo(const Request& request);
-    Task<std::string> listFlights(const Request& request);
-    Task<std::string> loadFlight(const Request& request);
-    Task<std::string> loadScript(const Request& request);
-    Task<std::string> startRecording(const Request& request);
-    Task<std::string> stopRecording(const Request& request);
-    Task<std::string> catchUp(const Request& request);
-    Task<std::string> subscribeValues(const Request& request);
-    Task<std::string> setValues(const Request& request);
-    Task<std::string> runCommand(const Request& request);
-    Task<std::string> moveToPreservingAgl(const Request& request);
-    Task<std::string> applyAttitude(const Request& request);
 
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<SimBackend> backend_;
