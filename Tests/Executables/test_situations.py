@@ -55,6 +55,14 @@ def test_what_ends_in_sit_is_listed_and_nothing_else(client, situations):
     assert len(flights) == len(expected)
 
 
+def test_a_name_that_is_not_utf_8_is_shown_and_not_loaded(client, situations):
+    (situations / os.fsdecode(b"caf\xe9.sit")).touch()
+    assert listed(client)[0]["name"] == "caf\ufffd"
+    path = listed(client)[0]["path"]
+    assert path == f"{situations}/caf\ufffd.sit"
+    assert client.error("load_flight", {"path": path}) == f'flightNotFound("{path}")'
+
+
 @pytest.mark.parametrize("seconds, fraction", [
     (1_763_255_378, 0.123456789), (1_763_255_378, 0), (SECONDS_FROM_1970_TO_2001, 0.25), (946_684_800, 0.5),
     (0, 0), (4_102_444_800, 0.75)])

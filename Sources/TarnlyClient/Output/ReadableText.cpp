@@ -1,12 +1,12 @@
 #include "TarnlyClient/Output/ReadableText.hpp"
 
-#include <array>
-#include <charconv>
 #include <chrono>
 #include <iomanip>
 #include <locale>
 #include <optional>
 #include <sstream>
+
+#include "TarnlyPlatform/Base/NumberText.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -40,9 +40,9 @@ std::string gearText(std::optional<bool> isDown) {
 } // namespace
 
 std::string numberText(double value) {
-    std::array<char, 32> buffer{};
-    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return error == std::errc() ? std::string(buffer.data(), end) : std::string();
+    std::string text;
+    appendNumber(text, value);
+    return text;
 }
 
 std::string describe(const TrackSample& sample) {

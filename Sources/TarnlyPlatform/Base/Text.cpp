@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 
 namespace tarnly {
@@ -28,16 +29,17 @@ icu::UnicodeString decomposed(std::string_view text) {
     return result;
 }
 
-bool isWellFormed(std::string_view bytes) {
-    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
-    const auto length = static_cast<std::int64_t>(bytes.size());
-    std::int64_t i = 0;
-    while (i < length) {
-        UChar32 codePoint = 0;
-        U8_NEXT(data, i, length, codePoint);
-        if (codePoint < 0) return false;
+/// Where the next byte that is not ASCII may be, from `start` on: skips eight bytes at a time, which is most
+/// of what comes along.
+std::int64_t behindAscii(const std::uint8_t* data, std::int64_t start, std::int64_t length) {
+    constexpr auto wordSize = static_cast<std::int64_t>(sizeof(std::uint64_t));
+    constexpr std::uint64_t notAscii = 0x8080'8080'8080'8080;
+    std::uint64_t word = 0;
+    for (; length - start >= wordSize; start += wordSize) {
+        std::memcpy(&word, data + start, sizeof word);
+        if ((word & notAscii) != 0) break;
     }
-    return true;
+    return start;
 }
 
 } // namespace
@@ -55,8 +57,21 @@ std::string upperCased(std::string_view text) {
     return result;
 }
 
+bool isWellFormedUtf8(std::string_view bytes) {
+    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const auto length = static_cast<std::int64_t>(bytes.size());
+    std::int64_t i = behindAscii(data, 0, length);
+    while (i < length) {
+        UChar32 codePoint = 0;
+        U8_NEXT(data, i, length, codePoint);
+        if (codePoint < 0) return false;
+        if (codePoint < 0x80) i = behindAscii(data, i, length);
+    }
+    return true;
+}
+
 std::string wellFormedUtf8(std::string bytes) {
-    if (isWellFormed(bytes)) return bytes;
+    if (isWellFormedUtf8(bytes)) return bytes;
     constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
     const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
     const auto length = static_cast<std::int64_t>(bytes.size());

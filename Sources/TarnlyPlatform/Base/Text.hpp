@@ -14,6 +14,8 @@ bool canonicallyEqual(std::string_view a, std::string_view b);
 /// `text` in upper case by the full Unicode rules of the root locale: "ß" becomes "SS".
 std::string upperCased(std::string_view text);
 
+bool isWellFormedUtf8(std::string_view bytes);
+
 /// `bytes` as well-formed UTF-8: each maximal part of an ill-formed sequence is replaced by U+FFFD, as the
 /// Unicode Standard recommends (chapter 3.9, "Substitution of Maximal Subparts").
 std::string wellFormedUtf8(std::string bytes);

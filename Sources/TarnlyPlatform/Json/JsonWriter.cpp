@@ -1,19 +1,14 @@
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
 
-#include <array>
-#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <utility>
+
+#include "TarnlyPlatform/Base/NumberText.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {
-
-template <typename Number>
-void appendNumber(std::string& out, Number value) {
-    std::array<char, 32> digits; // the longest double, -2.2250738585072014e-308, has 24 characters
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    out.append(digits.data(), end);
-}
 
 void appendControl(std::string& out, unsigned char c) {
     constexpr std::string_view digits = "0123456789abcdef";
@@ -54,7 +49,50 @@ void appendEscaped(std::string& out, char c) {
     }
 }
 
-bool needsEscape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\' || c == '/'; }
+constexpr bool needsEscape(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\' || c == '/';
+}
+
+constexpr std::uint64_t eachByte(unsigned char byte) { return 0x0101'0101'0101'0101U * byte; }
+
+/// Whether one of the eight bytes of `word` is below `limit`, which is 128 at most: taking it away borrows.
+constexpr bool hasBelow(std::uint64_t word, unsigned char limit) {
+    return ((word - eachByte(limit)) & ~word & eachByte(0x80)) != 0;
+}
+
+constexpr bool hasByte(std::uint64_t word, char byte) {
+    return hasBelow(word ^ eachByte(static_cast<unsigned char>(byte)), 1);
+}
+
+/// How many bytes at the beginning stand for themselves: of ASCII, and without an escape. Looks at eight at a
+/// time as long as it can.
+std::size_t plainLength(std::string_view text) {
+    std::size_t length = 0;
+    for (; text.size() - length >= sizeof(std::uint64_t); length += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + length, sizeof word);
+        const bool isAscii = (word & eachByte(0x80)) == 0;
+        if (!isAscii || hasBelow(word, 0x20) || hasByte(word, '"') || hasByte(word, '\\') ||
+            hasByte(word, '/'))
+            break;
+    }
+    const auto isPlain = [](char c) { return static_cast<unsigned char>(c) < 0x80 && !needsEscape(c); };
+    while (length < text.size() && isPlain(text[length]))
+        ++length;
+    return length;
+}
+
+/// `text` must be well-formed.
+void appendWithEscapes(std::string& out, std::string_view text) {
+    std::size_t plain = 0; // where the run of characters that need no escape began
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!needsEscape(text[i])) continue;
+        out.append(text, plain, i - plain);
+        appendEscaped(out, text[i]);
+        plain = i + 1;
+    }
+    out.append(text, plain);
+}
 
 } // namespace
 
@@ -125,14 +163,14 @@ void JsonWriter::separate() {
 
 void JsonWriter::quote(std::string_view text) {
     out_ += '"';
-    std::size_t plain = 0; // where the run of characters that need no escape began
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!needsEscape(text[i])) continue;
-        out_.append(text, plain, i - plain);
-        appendEscaped(out_, text[i]);
-        plain = i + 1;
+    const auto plain = plainLength(text);
+    out_.append(text, 0, plain);
+    const auto rest = text.substr(plain);
+    if (isWellFormedUtf8(rest)) {
+        appendWithEscapes(out_, rest);
+    } else {
+        appendWithEscapes(out_, wellFormedUtf8(std::string(rest)));
     }
-    out_.append(text, plain);
     out_ += '"';
 }
 

@@ -10,8 +10,8 @@ namespace tarnly {
 
 /// Writes one compact JSON text onto a string, in the order of the calls.
 ///
-/// Doubles take the shortest form that reads back the same, `/` in strings is escaped. Strings must be
-/// well-formed UTF-8.
+/// Doubles are written as by `appendNumber`, and read back the same; `/` in strings is escaped. The text is
+/// well-formed UTF-8 whatever the strings hold: of a file's name, say, what is malformed becomes U+FFFD.
 class JsonWriter {
   public:
     void beginObject();

@@ -7,24 +7,18 @@
 #include <limits>
 #include <span>
 
+#include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlySimulator/World/WorldError.hpp"
 
 namespace tarnly::simulator {
 namespace {
 
-template <typename T>
-void appendDigits(std::string& out, T number) {
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, number).ptr;
-    out.append(text, end);
-}
-
 void appendInfinity(std::string& out, double sign) { out += sign < 0 ? "-1e+9999" : "1e+9999"; }
 
 void appendInteger(std::string& out, double number) {
     constexpr double exact = 9007199254740992; // 2^53
-    appendDigits(out, static_cast<std::int64_t>(std::clamp(std::trunc(number), -exact, exact)));
+    tarnly::appendNumber(out, static_cast<std::int64_t>(std::clamp(std::trunc(number), -exact, exact)));
 }
 
 void appendNumber(std::string& out, ValueType type, double number) {
@@ -38,9 +32,9 @@ void appendNumber(std::string& out, ValueType type, double number) {
     } else if (isInteger) {
         appendInteger(out, number);
     } else if (!isSingle) {
-        appendDigits(out, number);
+        tarnly::appendNumber(out, number);
     } else {
-        appendDigits(out, static_cast<float>(number));
+        tarnly::appendNumber(out, static_cast<float>(number));
     }
 }
 

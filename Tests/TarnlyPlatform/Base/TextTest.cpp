@@ -43,6 +43,19 @@ TEST(Text, WellFormedBytesStayAsTheyAre) {
     EXPECT_EQ(wellFormedUtf8(text), text);
 }
 
+TEST(Text, MalformedBytesAreFoundAtEachPlace) {
+    for (std::size_t before = 0; before < 20; ++before) {
+        for (std::size_t after = 0; after < 20; ++after) {
+            const std::string head(before, 'a');
+            const std::string tail(after, '~');
+            EXPECT_TRUE(isWellFormedUtf8(head + "\U0001F6E9" + tail));
+            EXPECT_FALSE(isWellFormedUtf8(head + "\xF0\x9F\x9B" + tail));
+            EXPECT_FALSE(isWellFormedUtf8(head + "\u00E9" + tail + "\xE9"));
+            EXPECT_EQ(wellFormedUtf8(head + "\x80" + tail), head + "\uFFFD" + tail);
+        }
+    }
+}
+
 TEST(Text, EachMaximalPartOfAnIllFormedSequenceBecomesOneReplacement) {
     EXPECT_EQ(wellFormedUtf8("a\xFFz"), "a\uFFFDz");
     EXPECT_EQ(wellFormedUtf8("\xC3"), "\uFFFD");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 namespace tarnly {
 namespace {
@@ -60,6 +61,36 @@ TEST(JsonWriter, StringsAreEscaped) {
     EXPECT_EQ(written("\b\f\n\r\t"), R"("\b\f\n\r\t")");
     EXPECT_EQ(written(std::string_view("\0\x1F\x7F", 3)), "\"\\u0000\\u001f\x7F\"");
     EXPECT_EQ(written("\u00E9\U0001F6E9"), "\"\u00E9\U0001F6E9\"");
+}
+
+TEST(JsonWriter, WholeDoublesAreDigits) {
+    EXPECT_EQ(written(100000.0), "100000");
+    EXPECT_EQ(written(-9999999999999998.0), "-9999999999999998");
+    EXPECT_EQ(written(-0.0), "-0");
+}
+
+TEST(JsonWriter, EscapesAreFoundAtEachPlaceOfAString) {
+    for (std::size_t before = 0; before < 20; ++before) {
+        for (std::size_t after = 0; after < 20; ++after) {
+            const std::string head(before, 'a');
+            const std::string tail(after, '~');
+            EXPECT_EQ(written(head + "/" + tail), '"' + head + "\\/" + tail + '"');
+            EXPECT_EQ(written(head + "\x1F" + tail), '"' + head + "\\u001f" + tail + '"');
+            EXPECT_EQ(written(head + "\u00E9" + tail), '"' + head + "\u00E9" + tail + '"');
+        }
+    }
+}
+
+TEST(JsonWriter, MalformedBytesBecomeReplacementCharacters) {
+    EXPECT_EQ(written("a\xFFz"), "\"a\uFFFDz\"");
+    EXPECT_EQ(written("sim/\xC3\x28/flights"), "\"sim\\/\uFFFD(\\/flights\"");
+    EXPECT_EQ(written("eight by\xF0\x9F\x9B"), "\"eight by\uFFFD\"");
+    JsonWriter writer;
+    writer.beginObject();
+    writer.key("\x80");
+    writer.integer(1);
+    writer.endObject();
+    EXPECT_EQ(writer.take(), "{\"\uFFFD\":1}");
 }
 
 TEST(JsonWriter, TakeLeavesTheWriterEmpty) {
