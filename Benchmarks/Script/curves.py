@@ -26,7 +26,7 @@ def by_clients(rig, plan):
     trip = Curve("clients_trip", "Round trip", "connections", "ms")
     memory = Curve("clients_memory", "Memory of the companion", "paired connections", "MiB")
     sim_port = rig.simulator()
-    for connections in plan.steps(1, 4, 16, 64, 256, 1024, 4096):
+    for connections in plan.connections(1, 4, 16, 64, 256, 1024, 4096):
         companion = rig.companion(sim_port)
         settle()
         for name, server in (("raw echo", rig.raw_echo()), ("tarnlyd", companion)):
@@ -44,7 +44,7 @@ def by_listeners(rig, plan):
     curve = Curve("listeners", "Pushes of 13 subscriptions each", "clients", "ms")
     sim_port = rig.simulator()
     names = rig.names(sim_port)
-    for clients in plan.steps(1, 10, 100, 1000, 4000):
+    for clients in plan.connections(1, 10, 100, 1000, 4000):
         companion = rig.companion(sim_port)
         settle()
         run = load("pushes", companion, clients=clients, names=names, name_count=13, seconds=plan.push_seconds)
@@ -58,7 +58,7 @@ def by_subscriptions(rig, plan):
     memory = Curve("subscriptions_memory", "Memory of the companion", "subscriptions", "MiB")
     sim_port = rig.simulator(datarefs=16_000)
     names = rig.names(sim_port)
-    for count in plan.steps(1, 10, 100, 1000, 10_000):
+    for count in plan.names(1, 10, 100, 1000, 10_000):
         companion = rig.companion(sim_port)
         settle()
         run = load("pushes", companion, names=names, name_count=count, seconds=plan.push_seconds)
@@ -118,5 +118,6 @@ def bend(points):
         cost = y / x
         if cheapest is not None and cost > 1.5 * cheapest:
             return x
-        cheapest = cost if cheapest is None else min(cheapest, cost)
+        if cost > 0:  # a line may begin too low to be seen
+            cheapest = cost if cheapest is None else min(cheapest, cost)
     return None

@@ -19,8 +19,11 @@ class Plan:
     benchmark_seconds: float = 0.5
     has_curves: bool = True
 
-    def steps(self, *counts):
-        return [count for count in counts if count <= max(self.most_connections, 1)]
+    def connections(self, *counts):
+        return [count for count in counts if count <= self.most_connections]
+
+    def names(self, *counts):
+        return [count for count in counts if count <= self.many_names]
 
     def sizes(self, *sizes):
         return [size for size in sizes if size <= self.most_bytes]

@@ -1,6 +1,7 @@
 """Figures and curves as JSON and as Markdown, beside those of an earlier run."""
 
 import json
+import math
 from pathlib import Path
 
 from curves import bend
@@ -10,9 +11,10 @@ TOLERANCE = 0.15
 
 
 def number(value):
+    """With three digits that say something."""
     if value == 0:
         return "0"
-    digits = max(0, 2 - len(str(int(abs(value)))) + 1)
+    digits = max(0, 2 - math.floor(math.log10(abs(value))))
     return f"{value:,.{digits}f}"
 
 
@@ -81,7 +83,8 @@ def read_baseline(file):
 
 
 def write_baseline(file, run, figures):
-    values = {figure.key: float(f"{figure.value:.5g}") for figure in figures}
+    """Figures that were not measured this time stay as they are."""
+    values = read_baseline(file) | {figure.key: float(f"{figure.value:.5g}") for figure in figures}
     text = json.dumps({"run": run["words"], "figures": values}, indent=1, ensure_ascii=False)
     Path(file).write_text(text + "\n")
 

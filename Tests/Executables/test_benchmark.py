@@ -59,12 +59,22 @@ def test_only_what_is_comparable_and_clearly_worse_is_marked(value, higher, comp
 def test_a_baseline_is_read_as_it_was_written(tmp_path):
     report.write_baseline(tmp_path / "baseline.json", {"words": "A run."}, [Figure("key", "Title", 0.25)])
     assert report.read_baseline(tmp_path / "baseline.json") == {"key": 0.25}
+    report.write_baseline(tmp_path / "baseline.json", {"words": "A run."}, [Figure("other", "Title", 2)])
+    assert report.read_baseline(tmp_path / "baseline.json") == {"key": 0.25, "other": 2}
     assert report.read_baseline(tmp_path / "none.json") == {}
+
+
+@pytest.mark.parametrize(("value", "text"), [
+    (0, "0"), (0.00123, "0.00123"), (0.25, "0.250"), (7.125, "7.12"), (72.5, "72.5"), (123_456, "123,456"),
+])
+def test_numbers_have_three_digits_that_say_something(value, text):
+    assert report.number(value) == text
 
 
 def test_the_bend_is_where_a_unit_becomes_dearer():
     assert bend([[1, 5], [10, 10], [100, 100], [1000, 1400]]) is None
     assert bend([[1, 5], [10, 10], [100, 100], [1000, 1600], [10_000, 20_000]]) == 1000
+    assert bend([[1, 0], [10, 10], [100, 100]]) is None
 
 
 def test_a_chart_has_a_line_for_each_series():
