@@ -4,7 +4,7 @@ import math
 from html import escape
 
 WIDTH, HEIGHT = 640, 340
-LEFT, RIGHT, TOP, BOTTOM = 70, 20, 62, 46
+LEFT, RIGHT, TOP, BOTTOM = 70, 30, 62, 46
 COLOURS = ["#0969da", "#bc4c00", "#1a7f37", "#8250df"]
 DARK_COLOURS = ["#58a6ff", "#f0883e", "#3fb950", "#bc8cff"]
 
@@ -19,7 +19,7 @@ class Axis:
         self.begin, self.end = begin, end
 
     def __call__(self, value):
-        share = (math.log10(max(value, 10**self.low)) - self.low) / (self.high - self.low)
+        share = (math.log10(value) - self.low) / (self.high - self.low)
         return self.begin + share * (self.end - self.begin)
 
     def ticks(self):
@@ -54,7 +54,7 @@ def grid(x_axis, y_axis):
 
 def lines(curve, x_axis, y_axis):
     for number, points in enumerate(curve.series.values()):
-        spots = [(x_axis(x), y_axis(y)) for x, y in sorted(points)]
+        spots = [(x_axis(x), y_axis(y)) for x, y in sorted(points) if y > 0]  # nothing has no place on such an axis
         path = " ".join(f"{x:.1f},{y:.1f}" for x, y in spots)
         yield f'<polyline class="l{number}" points="{path}"/>'
         yield from (f'<circle class="d{number}" cx="{x:.1f}" cy="{y:.1f}" r="3"/>' for x, y in spots)
