@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
+#include <boost/asio/post.hpp>
 #include <deque>
 #include <string>
 #include <utility>
@@ -20,11 +21,13 @@ class FakeConnection final : public WebSocketConnection {
         bool operator==(const Sent&) const = default;
     };
 
-    explicit FakeConnection(boost::asio::any_io_executor executor) : changed_(std::move(executor)) {}
+    explicit FakeConnection(boost::asio::any_io_executor executor)
+        : executor_(std::move(executor)), changed_(executor_) {}
 
     // The peer's side
 
     std::vector<Sent> sent;
+    std::vector<std::pair<std::string, bool>> parts;
     std::size_t backlogBytes = 0;
     std::size_t messageLimit = 0;
     bool isCancelled = false;
@@ -38,12 +41,16 @@ class FakeConnection final : public WebSocketConnection {
     void deliver(std::string text) { push({Opcode::text, std::move(text)}); }
     void deliverBinary() { push({Opcode::binary, {}}); }
     void close() {
-        hasEnded_ = true;
+        if (std::exchange(hasEnded_, true)) return;
         changed_.notifyAll();
+        boost::asio::post(executor_, [receiver = receiver_] {
+            if (const auto present = receiver.lock()) present->onEnd();
+        });
     }
     void readOn() {
         isRead = true;
         changed_.notifyAll();
+        handOn();
     }
     std::vector<std::string> texts(Kind kind) const {
         std::vector<std::string> result;
@@ -73,8 +80,22 @@ class FakeConnection final : public WebSocketConnection {
 
     SignsOfLife signsOfLife() const override { return signs; }
 
+    void setReceiver(std::weak_ptr<Receiver> receiver) override {
+        receiver_ = std::move(receiver);
+        resume();
+    }
+
+    void resume() override {
+        isReceiverReady_ = true;
+        boost::asio::post(executor_, [this] { handOn(); });
+    }
+
     void send(std::string text, Kind kind) override {
         if (!hasEnded_) sent.push_back({std::move(text), kind});
+    }
+
+    void sendPart(std::string text, bool isLast) override {
+        if (!hasEnded_) parts.emplace_back(std::move(text), isLast);
     }
 
     Task<> drained() override {
@@ -96,9 +117,26 @@ class FakeConnection final : public WebSocketConnection {
     void push(Message message) {
         incoming_.push_back(std::move(message));
         changed_.notifyAll();
+        handOn();
     }
 
+    /// A receiver that breaks ends the connection; answers that wait to be read hold up what follows.
+    void handOn() {
+        while (isReceiverReady_ && isRead && !incoming_.empty() && !hasEnded_) {
+            const auto receiver = receiver_.lock();
+            if (!receiver) return;
+            if (breaks) return cancel();
+            auto message = std::move(incoming_.front());
+            incoming_.pop_front();
+            isReceiverReady_ = false; // it may resume before it returns
+            if (receiver->onMessage(std::move(message))) isReceiverReady_ = true;
+        }
+    }
+
+    const boost::asio::any_io_executor executor_;
     std::deque<Message> incoming_;
+    std::weak_ptr<Receiver> receiver_;
+    bool isReceiverReady_ = false;
     bool hasEnded_ = false;
     Event changed_;
 };

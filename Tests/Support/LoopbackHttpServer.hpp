@@ -85,8 +85,7 @@ class LoopbackHttpServer {
             co_return;
         }
         std::string received(static_cast<const char*>(buffer.data().data()), buffer.size());
-        auto connection =
-            co_await acceptWebSocket(std::move(socket), state->clock, request, std::move(received));
+        auto connection = acceptWebSocket(std::move(socket), state->clock, request, std::move(received));
         if (connection) state->onConnection(std::move(connection));
     }
 

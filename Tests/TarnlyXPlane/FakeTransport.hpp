@@ -27,6 +27,9 @@ class FakeWebSocket final : public WebSocketConnection {
     SignsOfLife signsOfLife() const override { return signs_; }
 
     Task<std::optional<Message>> receive() override;
+    void setReceiver(std::weak_ptr<Receiver>) override {}
+    void resume() override {}
+    void sendPart(std::string, bool) override {}
     void send(std::string text, Kind kind) override;
     Task<> drained() override;
     std::size_t backlog() const override { return 0; }

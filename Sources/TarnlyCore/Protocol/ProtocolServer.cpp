@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <exception>
 #include <utility>
+#include <variant>
+
+#include "TarnlyPlatform/Base/Event.hpp"
 
 namespace tarnly {
 namespace {
 
 using Kind = WebSocketConnection::Kind;
-using Opcode = WebSocketConnection::Opcode;
+using Message = WebSocketConnection::Message;
 
 /// A password needs no more, and a stranger shall not fill the memory.
 constexpr std::size_t unpairedMessageLimit = 1024 * 1024;
@@ -19,110 +22,184 @@ constexpr std::size_t backlogLimit = 256 * 1024;
 
 } // namespace
 
+/// One connection and its session.
+///
+/// What can be answered at once is, where the message was read. For the rest there is one coroutine a
+/// connection, from its first such request on.
+class ProtocolServer::Client final : public WebSocketConnection::Receiver,
+                                     public std::enable_shared_from_this<Client> {
+  public:
+    Client(std::shared_ptr<WebSocketConnection> connection, std::shared_ptr<ProtocolSession> session,
+           std::weak_ptr<ProtocolServer> server, const boost::asio::any_io_executor& executor)
+        : connection_(std::move(connection)),
+          session_(std::move(session)),
+          server_(std::move(server)),
+          changed_(executor) {}
+
+    WebSocketConnection& connection() { return *connection_; }
+    const std::shared_ptr<ProtocolSession>& session() const { return session_; }
+    bool hasMessageUnderWay = false;
+
+    bool onMessage(Message message) override {
+        if (message.opcode != WebSocketConnection::Opcode::text) return true; // dropped without an answer
+        auto answering = session_->handleMessage(std::move(message.content));
+        auto* answer = std::get_if<ProtocolSession::Answer>(&answering);
+        if (answer != nullptr && isWhole(*answer)) return give(std::move(*answer));
+        underWay_.emplace(UnderWay{std::move(answering), std::move(message.room)});
+        startWorking();
+        return false;
+    }
+
+    void onEnd() override {
+        hasEnded_ = true;
+        changed_.notifyAll();
+        if (const auto server = server_.lock()) server->remove(*this);
+    }
+
+  private:
+    struct UnderWay {
+        std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> answering;
+        std::vector<ByteBudget::Lease> room;
+    };
+
+    static bool isWhole(const ProtocolSession::Answer& answer) { return !answer || !answer->nextPiece; }
+
+    /// Says whether the next request may come.
+    bool give(ProtocolSession::Answer answer) {
+        if (!answer) {
+            connection_->cancel();
+            return false;
+        }
+        noteIfPaired();
+        connection_->send(std::move(answer->text), Kind::awaited);
+        return true;
+    }
+
+    void noteIfPaired() {
+        if (std::exchange(isPaired_, session_->isPaired())) return;
+        if (isPaired_) connection_->setMessageLimit(pairedMessageLimit);
+    }
+
+    void startWorking() {
+        changed_.notifyAll();
+        const auto server = server_.lock();
+        if (!server || std::exchange(isWorking_, true)) return;
+        // Out of memory, say: that is the end of this connection, not of the companion.
+        auto endConnection = [self = shared_from_this()](const std::exception_ptr&) {
+            self->connection_->cancel();
+        };
+        server->tasks_.spawn(work(shared_from_this()), std::move(endConnection));
+    }
+
+    static Task<> work(std::shared_ptr<Client> self) {
+        while (!self->hasEnded_) {
+            if (self->underWay_) {
+                co_await self->finishRequest();
+            } else {
+                co_await self->changed_.wait();
+            }
+        }
+    }
+
+    Task<> finishRequest() {
+        auto answering = std::move(underWay_->answering);
+        ProtocolSession::Answer answer;
+        if (auto* task = std::get_if<Task<ProtocolSession::Answer>>(&answering)) {
+            answer = co_await std::move(*task);
+        } else {
+            answer = std::move(std::get<ProtocolSession::Answer>(answering));
+        }
+        if (answer && answer->nextPiece) {
+            noteIfPaired();
+            co_await giveInPieces(std::move(*answer));
+        } else if (!give(std::move(answer))) {
+            hasEnded_ = true;
+        }
+        underWay_.reset();
+        connection_->resume();
+    }
+
+    /// Each piece is made when the peer has taken the one before.
+    Task<> giveInPieces(Reply reply) {
+        while (!reply.text.empty() && !hasEnded_) {
+            auto next = co_await session_->makePiece(reply.nextPiece);
+            auto part = std::exchange(reply.text, std::move(next));
+            connection_->sendPart(std::move(part), reply.text.empty());
+            co_await connection_->drained();
+        }
+    }
+
+    const std::shared_ptr<WebSocketConnection> connection_;
+    const std::shared_ptr<ProtocolSession> session_;
+    const std::weak_ptr<ProtocolServer> server_;
+    bool isPaired_ = false;
+    std::optional<UnderWay> underWay_;
+    bool isWorking_ = false;
+    bool hasEnded_ = false;
+    Event changed_;
+};
+
 ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession)
-    : makeSession_(std::move(makeSession)), tasks_(std::move(executor)) {}
+    : executor_(std::move(executor)), makeSession_(std::move(makeSession)), tasks_(executor_) {}
+
+ProtocolServer::~ProtocolServer() = default;
 
 void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
     thread_.check();
     connection->setMessageLimit(unpairedMessageLimit);
-    const auto entry = std::make_shared<Connection>(Connection{std::move(connection), makeSession_()});
-    connections_[entry->connection.get()] = entry;
-    // Out of memory, say: that is the end of this connection, not of the companion.
-    auto endConnection = [server = weak_from_this(), entry](const std::exception_ptr&) {
-        finish(server, *entry);
-    };
-    tasks_.spawn(serve(weak_from_this(), entry), std::move(endConnection));
+    const auto client = std::make_shared<Client>(connection, makeSession_(), weak_from_this(), executor_);
+    clients_.emplace(client.get(), client);
+    connection->setReceiver(client);
 }
 
-Task<> ProtocolServer::serve(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry) {
-    bool goesOn = true;
-    while (goesOn) {
-        goesOn = co_await answerNext(entry);
-    }
-    finish(server, *entry);
-}
-
-void ProtocolServer::finish(const std::weak_ptr<ProtocolServer>& server, const Connection& entry) {
-    entry.connection->cancel();
-    if (const auto alive = server.lock()) alive->connections_.erase(entry.connection.get());
-}
-
-/// False when the connection has ended or is to be ended.
-Task<bool> ProtocolServer::answerNext(std::shared_ptr<Connection> entry) {
-    auto message = co_await entry->connection->receive();
-    if (!message) co_return false;
-    if (message->opcode != Opcode::text) co_return true; // dropped without an answer
-    auto answering = entry->session->handleMessage(std::move(message->content));
-    auto* answer = std::get_if<ProtocolSession::Answer>(&answering);
-    ProtocolSession::Answer later;
-    if (answer == nullptr) {
-        later = co_await std::move(std::get<Task<ProtocolSession::Answer>>(answering));
-        answer = &later;
-    }
-    if (!*answer) co_return false;
-    auto reply = std::move(**answer);
-    if (entry->session->isPaired()) entry->connection->setMessageLimit(pairedMessageLimit);
-    auto text = co_await entry->session->wholeText(std::move(reply));
-    const bool isDelivered = co_await deliver(entry->connection, std::move(text));
-    co_return isDelivered;
-}
-
-Task<bool> ProtocolServer::deliver(std::shared_ptr<WebSocketConnection> connection, std::string reply) {
-    connection->send(std::move(reply), Kind::awaited);
-    try {
-        co_await connection->drained();
-        co_return true;
-    } catch (const NetworkError&) {
-        co_return false;
-    }
-}
+void ProtocolServer::remove(const Client& client) { clients_.erase(&client); }
 
 void ProtocolServer::broadcast(BuildMessage build) {
     thread_.check();
-    for (const auto& entry : snapshot()) {
-        if (entry->hasMessageUnderWay || !entry->session->isPaired()) continue;
-        if (entry->connection->backlog() > backlogLimit) continue;
-        entry->hasMessageUnderWay = true;
+    for (const auto& client : snapshot()) {
+        if (client->hasMessageUnderWay || !client->session()->isPaired()) continue;
+        if (client->connection().backlog() > backlogLimit) continue;
+        client->hasMessageUnderWay = true;
         // It costs this session its message of this round.
-        auto skipRound = [entry](const std::exception_ptr&) { entry->hasMessageUnderWay = false; };
-        tasks_.spawn(push(entry, build), std::move(skipRound));
+        auto skipRound = [client](const std::exception_ptr&) { client->hasMessageUnderWay = false; };
+        tasks_.spawn(push(client, build), std::move(skipRound));
     }
 }
 
-Task<> ProtocolServer::push(std::shared_ptr<Connection> entry, BuildMessage build) {
-    auto building = build(entry->session);
+Task<> ProtocolServer::push(std::shared_ptr<Client> client, BuildMessage build) {
+    auto building = build(client->session());
     auto message = co_await std::move(building);
-    if (message) entry->connection->send(std::move(*message), Kind::unsolicited);
-    entry->hasMessageUnderWay = false;
+    if (message) client->connection().send(std::move(*message), Kind::unsolicited);
+    client->hasMessageUnderWay = false;
 }
 
 void ProtocolServer::cancelAll() {
     thread_.check();
-    for (const auto& entry : snapshot()) {
-        entry->connection->cancel();
+    for (const auto& client : snapshot()) {
+        client->connection().cancel();
     }
 }
 
 std::size_t ProtocolServer::connectionCount() const {
     thread_.check();
-    return connections_.size();
+    return clients_.size();
 }
 
 std::size_t ProtocolServer::pairedCount() const {
     thread_.check();
-    const auto count = std::ranges::count_if(
-        connections_, [](const auto& kept) { return kept.second->session->isPaired(); });
+    const auto count =
+        std::ranges::count_if(clients_, [](const auto& kept) { return kept.second->session()->isPaired(); });
     return static_cast<std::size_t>(count);
 }
 
 /// A connection may come to its end, and so leave the table, while the table is gone through.
-std::vector<std::shared_ptr<ProtocolServer::Connection>> ProtocolServer::snapshot() const {
-    std::vector<std::shared_ptr<Connection>> entries;
-    entries.reserve(connections_.size());
-    for (const auto& [key, entry] : connections_) {
-        entries.push_back(entry);
+std::vector<std::shared_ptr<ProtocolServer::Client>> ProtocolServer::snapshot() const {
+    std::vector<std::shared_ptr<Client>> clients;
+    clients.reserve(clients_.size());
+    for (const auto& [key, client] : clients_) {
+        clients.push_back(client);
     }
-    return entries;
+    return clients;
 }
 
 } // namespace tarnly

@@ -20,9 +20,10 @@ namespace tarnly {
 /// The companion's connection table: gives every connection a session, reads its text messages one at a time,
 /// and writes the session's answers back.
 ///
-/// The requests of one connection are answered in order, the next one being read when the last answer has
-/// left the queue; different connections go on side by side. What goes wrong with one connection ends that
-/// connection and nothing else. Belongs to the network thread; held by its tasks weakly. While that runs,
+/// The requests of one connection are answered in order, each when the last answer is on its way; different
+/// connections go on side by side. A request that needs no waiting is answered on the spot. What goes wrong
+/// with one connection ends that connection and nothing else, and one that has broken is gone at once,
+/// whatever is under way for it. Belongs to the network thread; held by its tasks weakly. While that runs,
 /// `cancelAll` and `join` come before its destruction.
 class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
@@ -31,6 +32,8 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
 
     /// `executor` runs the tasks of all connections.
     ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession);
+
+    ~ProtocolServer();
 
     /// Takes a new connection into the table, and serves it until it ends.
     void accept(std::shared_ptr<WebSocketConnection> connection);
@@ -55,23 +58,17 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     std::size_t pairedCount() const;
 
   private:
-    struct Connection {
-        std::shared_ptr<WebSocketConnection> connection;
-        std::shared_ptr<ProtocolSession> session;
-        bool hasMessageUnderWay = false;
-    };
-    using Table = std::map<const WebSocketConnection*, std::shared_ptr<Connection>>;
+    class Client;
+    using Table = std::map<const Client*, std::shared_ptr<Client>>;
 
-    static Task<> serve(std::weak_ptr<ProtocolServer> server, std::shared_ptr<Connection> entry);
-    static void finish(const std::weak_ptr<ProtocolServer>& server, const Connection& entry);
-    static Task<bool> answerNext(std::shared_ptr<Connection> entry);
-    static Task<bool> deliver(std::shared_ptr<WebSocketConnection> connection, std::string reply);
-    static Task<> push(std::shared_ptr<Connection> entry, BuildMessage build);
-    std::vector<std::shared_ptr<Connection>> snapshot() const;
+    static Task<> push(std::shared_ptr<Client> client, BuildMessage build);
+    void remove(const Client& client);
+    std::vector<std::shared_ptr<Client>> snapshot() const;
 
+    const boost::asio::any_io_executor executor_;
     const MakeSession makeSession_;
     OnOneThread thread_;
-    Table connections_;
+    Table clients_;
     TaskGroup tasks_;
 };
 

@@ -160,16 +160,9 @@ Task<ProtocolSession::Answer> ProtocolSession::finish(SharedRequest request, Tas
     co_return answer;
 }
 
-Task<std::string> ProtocolSession::wholeText(Reply reply) {
-    auto text = std::move(reply.text);
-    bool goesOn = reply.nextPiece != nullptr;
-    while (goesOn) {
-        auto work = reply.nextPiece;
-        const auto piece = co_await workers_.run(std::move(work));
-        text += piece;
-        goesOn = !piece.empty();
-    }
-    co_return text;
+Task<std::string> ProtocolSession::makePiece(std::function<std::string()> nextPiece) {
+    auto piece = co_await workers_.run(std::move(nextPiece));
+    co_return piece;
 }
 
 Reply ProtocolSession::failed(const Request& request, const char* why) {

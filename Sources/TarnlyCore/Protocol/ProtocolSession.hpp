@@ -67,8 +67,8 @@ class ProtocolSession {
     /// to it where something has to be waited for. Neither fails; to be called for one frame at a time.
     std::variant<Answer, Task<Answer>> handleMessage(std::string text);
 
-    /// The reply in one piece.
-    Task<std::string> wholeText(Reply reply);
+    /// The next piece of a reply, made where it disturbs nobody.
+    Task<std::string> makePiece(std::function<std::string()> nextPiece);
 
     /// The present values of all subscribed datarefs, or absent when there are none. Throws what the
     /// first read that fails throws. May run beside `handleMessage`.

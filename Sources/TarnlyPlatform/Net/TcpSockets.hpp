@@ -24,7 +24,7 @@ Task<ResolvedTcp> resolveTcp(Endpoint endpoint);
 /// Prepares a connection for small messages that shall not wait, and has a peer that vanished without a word,
 /// as a tablet does that leaves the Wi-Fi, noticed within a minute. A connection can do without: nothing here
 /// fails.
-void setConversationOptions(boost::asio::ip::tcp::socket& socket);
+void setConversationOptions(boost::asio::ip::tcp::socket::native_handle_type socket);
 
 /// Closes a socket when its time is over, so that whoever waits for the peer waits no longer.
 ///

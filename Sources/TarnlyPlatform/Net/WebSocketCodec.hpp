@@ -75,6 +75,9 @@ class WebSocketDecoder {
     /// How long the message under way is, as far as its frames have announced; 0 between messages.
     std::size_t announcedSize() const { return isInMessage_ ? messageSize_ : 0; }
 
+    /// Bytes that the present frame lacks still.
+    std::uint64_t payloadLeft() const { return payloadLeft_; }
+
   private:
     static constexpr std::size_t longestHeader = 14;
     static constexpr std::size_t longestControl = 125;

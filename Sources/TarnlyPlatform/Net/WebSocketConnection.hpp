@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "TarnlyPlatform/Base/ByteBudget.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
@@ -13,9 +16,9 @@ namespace tarnly {
 
 /// One WebSocket, of either side, as an ordered stream of messages.
 ///
-/// Fragments are joined. Pings are answered and the peer's close is noticed also while nobody receives: up to
-/// one chunk of the next message is read ahead for that, but nothing behind a message that waits to be
-/// received. Belongs to the network thread.
+/// Fragments are joined. Pings are answered and the peer's end is noticed also while nobody receives: some
+/// messages are read ahead for that (`WebSocketLimits`). What the peer has sent before it closed, or shut
+/// down its side, is received still; when its connection broke, nothing is. Belongs to the network thread.
 class WebSocketConnection {
   public:
     enum class Opcode { text, binary };
@@ -25,6 +28,23 @@ class WebSocketConnection {
         /// Of a text message, as it came: bytes that are not UTF-8 are no error here (see `wellFormedUtf8`).
         /// Empty for a binary message, whose content nobody here reads.
         std::string content;
+        /// Of a long message: its share of the bytes that may be decoded at once, until it has been dealt
+        /// with.
+        std::vector<ByteBudget::Lease> room{};
+    };
+
+    /// Who is handed the messages of a connection as they come, without a coroutine.
+    class Receiver {
+      public:
+        virtual ~Receiver() = default;
+
+        /// Says whether the next one may come; if not, it comes after `WebSocketConnection::resume`. May
+        /// send, and end the connection.
+        virtual bool onMessage(Message message) = 0;
+
+        /// The connection has ended, and no more messages come. Not called from within a call of the
+        /// receiver's own.
+        virtual void onEnd() = 0;
     };
 
     /// What the peer waits for, an answer or a request to it, may be of any size; an unsolicited message
@@ -50,12 +70,23 @@ class WebSocketConnection {
 
     virtual SignsOfLife signsOfLife() const = 0;
 
-    /// The next message, or absent once the connection has ended. One call at a time.
+    /// The next message, or absent once the connection has ended. One call at a time, and none where there is
+    /// a receiver.
     virtual Task<std::optional<Message>> receive() = 0;
 
-    /// Puts one text message in the outgoing queue and returns. The queue is sent in order; what is left in
-    /// it when the connection ends is lost.
+    /// From now on all messages go to `receiver`.
+    virtual void setReceiver(std::weak_ptr<Receiver> receiver) = 0;
+
+    /// The receiver takes the next message.
+    virtual void resume() = 0;
+
+    /// Sends one text message: at once, as far as the network takes it and nothing waits before it. What
+    /// waits is sent in order; what is left when the connection ends is lost.
     virtual void send(std::string text, Kind kind) = 0;
+
+    /// Sends one text message of kind `awaited` in several parts. What is sent otherwise, between the first
+    /// and the last, follows them.
+    virtual void sendPart(std::string text, bool isLast) = 0;
 
     /// Returns when all that was sent before has been handed to the network.
     /// Throws `NetworkError` when the connection ended first.

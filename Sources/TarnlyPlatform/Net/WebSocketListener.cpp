@@ -87,6 +87,7 @@ Task<> refuse(tcp::socket& peer, bool isRequest) {
 
 struct WebSocketListener::State {
     Clock& clock;
+    const WebSocketLimits limits;
     const ConnectionHandler onConnection;
     bool isCancelled = false;
 
@@ -110,18 +111,16 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
         co_return;
     }
     deadline.cancel();
-    auto request = upgradeFrom(head);
+    const auto request = upgradeFrom(head);
     auto rest = beast::buffers_to_string(received.data());
     auto connection =
-        co_await acceptWebSocket(std::move(*peer), state->clock, std::move(request), std::move(rest));
-    if (!connection) co_return;
-    if (state->isCancelled) co_return connection->cancel();
-    state->onConnection(std::move(connection));
+        acceptWebSocket(std::move(*peer), state->clock, request, std::move(rest), state->limits);
+    if (connection) state->onConnection(std::move(connection));
 }
 
 WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& clock, Options options,
                                      ConnectionHandler onConnection)
-    : state_(std::make_shared<State>(clock, std::move(onConnection))),
+    : state_(std::make_shared<State>(clock, options.limits, std::move(onConnection))),
       acceptor_(std::move(executor), clock, options.port, options.reach,
                 [state = state_](tcp::socket socket) { return State::serve(state, std::move(socket)); }) {}
 

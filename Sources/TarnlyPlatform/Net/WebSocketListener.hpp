@@ -8,6 +8,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Net/TcpAcceptor.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Net/WebSocketLimits.hpp"
 
 namespace tarnly {
 
@@ -25,6 +26,8 @@ class WebSocketListener {
         /// 0: a free port that the system chooses.
         std::uint16_t port = 0;
         Reach reach = Reach::everyInterface;
+        /// For those that have become WebSockets.
+        WebSocketLimits limits{};
     };
 
     /// Listens at once. Throws `NetworkError::listenFailed`, for example when the port is in use.

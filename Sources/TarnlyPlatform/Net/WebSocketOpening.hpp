@@ -6,11 +6,11 @@
 #include <string>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
-#include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
+#include "TarnlyPlatform/Net/WebSocketLimits.hpp"
 
-/// How a WebSocket begins, on either side.
+/// How a WebSocket begins, on either side (RFC 6455, section 4).
 namespace tarnly {
 
 /// Opens a WebSocket to ws://host:port + target, and returns at once.
@@ -19,12 +19,14 @@ namespace tarnly {
 /// queue. When they fail, the connection has ended: `receive` answers absent, `drained` throws, `failure`
 /// says why. `clock` must outlive the connection.
 std::shared_ptr<WebSocketConnection> openWebSocket(boost::asio::any_io_executor executor, Clock& clock,
-                                                   Endpoint endpoint, std::string target);
+                                                   Endpoint endpoint, std::string target,
+                                                   const WebSocketLimits& limits = {});
 
-/// Finishes the server's side of the opening handshake. `upgrade` is the peer's request for it, `received`
-/// what has already been read behind its head. Absent when the peer does not go through with it. `clock` must
-/// outlive the connection.
-Task<std::shared_ptr<WebSocketConnection>> acceptWebSocket(boost::asio::ip::tcp::socket socket, Clock& clock,
-                                                           HttpRequest upgrade, std::string received);
+/// Finishes the server's side of the opening handshake, without waiting. `upgrade` is the peer's request for
+/// it, `received` what has already been read behind its head. Null when the request is not one that can be
+/// granted; the peer has been told why. `clock` must outlive the connection.
+std::shared_ptr<WebSocketConnection> acceptWebSocket(boost::asio::ip::tcp::socket socket, Clock& clock,
+                                                     const HttpRequest& upgrade, std::string received,
+                                                     const WebSocketLimits& limits = {});
 
 } // namespace tarnly

@@ -81,8 +81,8 @@ struct ApiServer::State {
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
     static Task<bool> serveOne(std::shared_ptr<State> state, beast::tcp_stream& peer,
                                beast::flat_buffer& received);
-    static Task<> upgrade(std::shared_ptr<State> state, beast::tcp_stream& peer, HttpRequest request,
-                          std::string received);
+    static void upgrade(State& state, beast::tcp_stream& peer, const HttpRequest& request,
+                        std::string received);
 };
 
 /// Answers requests until the peer leaves, or becomes a WebSocket.
@@ -118,7 +118,7 @@ Task<bool> ApiServer::State::serveOne(std::shared_ptr<State> state, beast::tcp_s
     auto response = co_await state->onRequest(request, isUpgrade);
     if (!response && isUpgrade) {
         auto rest = beast::buffers_to_string(received.data());
-        co_await upgrade(state, peer, std::move(request), std::move(rest));
+        upgrade(*state, peer, request, std::move(rest));
         co_return false;
     }
     if (!response) response = plainText(426, "This port speaks WebSocket.\n");
@@ -127,13 +127,11 @@ Task<bool> ApiServer::State::serveOne(std::shared_ptr<State> state, beast::tcp_s
     co_return goesOn;
 }
 
-Task<> ApiServer::State::upgrade(std::shared_ptr<State> state, beast::tcp_stream& peer, HttpRequest request,
-                                 std::string received) {
-    auto connection = co_await acceptWebSocket(peer.release_socket(), state->clock, std::move(request),
-                                               std::move(received));
-    if (!connection) co_return;
-    if (state->isCancelled) co_return connection->cancel();
-    state->onConnection(std::move(connection));
+void ApiServer::State::upgrade(State& state, beast::tcp_stream& peer, const HttpRequest& request,
+                               std::string received) {
+    if (state.isCancelled) return;
+    auto connection = acceptWebSocket(peer.release_socket(), state.clock, request, std::move(received));
+    if (connection) state.onConnection(std::move(connection));
 }
 
 ApiServer::ApiServer(asio::any_io_executor executor, Clock& clock, std::uint16_t port,

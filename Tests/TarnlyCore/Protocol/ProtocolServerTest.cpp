@@ -113,17 +113,32 @@ TEST_F(ProtocolServerTest, CountsThePaired) {
     EXPECT_EQ(server->connectionCount(), 2U);
 }
 
-TEST_F(ProtocolServerTest, TheNextRequestWaitsUntilTheAnswerHasLeft) {
+TEST_F(ProtocolServerTest, TheNextRequestWaitsForTheAnswerToTheLast) {
+    backend->clock = &clock;
     const auto connection = connectPaired();
-    connection->isRead = false;
-    connection->deliver(R"({"type":"sim_info","req_id":1})");
+    connection->deliver(
+        R"({"type":"dataref_subscribe_values","req_id":1,"params":{"datarefs":[{"name":"missing"}]}})");
     connection->deliver(R"({"type":"sim_info","req_id":2})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(1));
+    EXPECT_THAT(connection->sent, IsEmpty());
     EXPECT_EQ(connection->waitingMessages(), 1U);
-    connection->readOn();
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_THAT(connection->texts(Kind::awaited),
+                ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
+}
+
+TEST_F(ProtocolServerTest, AConnectionThatBreaksIsGoneWhileItsRequestRuns) {
+    backend->clock = &clock;
+    const auto connection = connectPaired();
+    connection->deliver(R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(2));
+    connection->close();
+    settle();
+    EXPECT_EQ(clock.sleeping(), 1U); // the request goes on
+    EXPECT_EQ(server->connectionCount(), 0U);
+    EXPECT_EQ(server->pairedCount(), 0U);
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_THAT(connection->sent, IsEmpty());
 }
 
 TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {

@@ -27,7 +27,13 @@ Task<std::optional<std::string>> answerOf(std::shared_ptr<ProtocolSession> sessi
         answer = co_await std::move(std::get<Task<ProtocolSession::Answer>>(answering));
     }
     if (!answer) co_return std::nullopt;
-    auto text = co_await session->wholeText(std::move(*answer));
+    auto text = std::move(answer->text);
+    bool goesOn = answer->nextPiece != nullptr;
+    while (goesOn) {
+        const auto piece = co_await session->makePiece(answer->nextPiece);
+        text += piece;
+        goesOn = !piece.empty();
+    }
     co_return text;
 }
 

@@ -88,6 +88,7 @@ TEST_F(WebSocketTest, AMessageAboveTheLimitEndsTheConnection) { run(refuseLong(l
 Task<> closeInOrder(test::LoopbackListener& listener) {
     const auto client = listener.openClient();
     const auto server = co_await listener.accept();
+    co_await client->opened();
     client->send("last words", Kind::awaited);
     client->cancel();
     const auto words = co_await receiveText(server);
