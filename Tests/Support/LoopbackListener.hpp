@@ -14,11 +14,11 @@ namespace tarnly::test {
 /// A listener on a loopback port of its own, and a client for it.
 class LoopbackListener {
   public:
-    LoopbackListener(boost::asio::io_context& io, Clock& clock)
+    LoopbackListener(boost::asio::io_context& io, Clock& clock, const WebSocketLimits& limits = {})
         : io_(io),
           clock_(clock),
           accepted_(io.get_executor()),
-          listener_(io.get_executor(), clock_, options(),
+          listener_(io.get_executor(), clock_, options(limits),
                     [this](std::shared_ptr<WebSocketConnection> connection) {
                         connections_.push_back(std::move(connection));
                         accepted_.notifyAll();
@@ -42,8 +42,9 @@ class LoopbackListener {
     }
 
   private:
-    static WebSocketListener::Options options() {
+    static WebSocketListener::Options options(const WebSocketLimits& limits) {
         WebSocketListener::Options result;
+        result.limits = limits;
         result.reach = Reach::loopbackIPv4;
         return result;
     }

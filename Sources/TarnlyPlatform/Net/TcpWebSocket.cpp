@@ -334,7 +334,7 @@ void TcpWebSocket::writeOn(bool isProgress) {
         self->isWaitingToWrite_ = false;
         self->guarded([&] {
             self->flush();
-            if (!self->isWaitingToWrite_ && !self->isReading_ && !self->hasEnded()) self->work();
+            if (!self->isWaitingToWrite_ && !self->hasEnded()) self->work();
         });
     });
 }
