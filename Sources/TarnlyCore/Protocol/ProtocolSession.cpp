@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <span>
 #include <utility>
 
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
-#include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {
@@ -26,21 +29,44 @@ TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolve
     return TriggerEngine(std::move(armed), fixResolver);
 }
 
-/// Absent "params", null and anything that is not a `Params` all count as missing.
 template <typename Params>
-std::optional<Params> findParams(const boost::json::value& json) {
-    try {
-        return decodeJson<Envelope<Params>>(json).params;
-    } catch (const JsonError&) {
-        return std::nullopt;
-    }
-}
-
-template <typename Params>
-Params requireParams(const boost::json::value& json, const char* complaint) {
-    auto params = findParams<Params>(json);
+Params requireParams(Request& request, const char* complaint) {
+    auto params = request.take<Params>();
     if (!params) throw ProtocolSessionError(ProtocolSessionError::Case::missingParams, complaint);
     return std::move(*params);
+}
+
+/// The bytes of names, about; many of them count as much as long ones.
+std::size_t sizeOf(const std::vector<std::string>& names) {
+    constexpr std::size_t many = WorkerPool::longText / bytesPerValue;
+    std::size_t size = names.size() * bytesPerValue;
+    for (const auto& name : std::span(names).first(std::min(names.size(), many)))
+        size += name.size();
+    return size;
+}
+
+/// Values by name.
+struct ValuesPayload {
+    const std::vector<std::string>* names;
+    const std::vector<double>* values;
+};
+
+/// In the order of the names; of one that comes twice, the last value.
+void writeJson(JsonWriter& writer, const ValuesPayload& payload) {
+    const auto& names = *payload.names;
+    const bool isInOrder = std::ranges::adjacent_find(names, std::greater_equal<>()) == names.end();
+    std::map<std::string_view, double> byName;
+    writer.beginObject();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (isInOrder) {
+            writeField(writer, names[i], (*payload.values)[i]);
+        } else {
+            byName.insert_or_assign(names[i], (*payload.values)[i]);
+        }
+    }
+    for (const auto& [name, value] : byName)
+        writeField(writer, name, value);
+    writer.endObject();
 }
 
 std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
@@ -61,34 +87,46 @@ ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::s
       workers_(workers),
       scriptWorkers_(scriptWorkers) {}
 
-bool ProtocolSession::isPaired() const {
-    return state_.with([](const State& state) { return state.sessionToken.has_value(); });
-}
-
-void ProtocolSession::addSubscriptions(const std::vector<std::string>& names) {
-    state_.with([&](State& state) {
-        state.subscribedNames.insert(names.begin(), names.end());
-        state.namesToPush =
-            std::make_shared<const Names>(state.subscribedNames.begin(), state.subscribedNames.end());
-    });
+void ProtocolSession::addSubscriptions(Names names) {
+    std::ranges::sort(names);
+    bool isInForce = false;
+    while (!isInForce) {
+        const auto before = namesToPush_.copy();
+        Names all;
+        if (before) all.reserve(before->size() + names.size());
+        std::ranges::set_union(before ? *before : Names(), names, std::back_inserter(all));
+        const auto repeated = std::ranges::unique(all);
+        all.erase(repeated.begin(), repeated.end());
+        const auto size = sizeOf(all);
+        auto next = workers_.share(std::move(all), size);
+        // Nobody waits for the lock while all that is done; another addition may have come first.
+        isInForce = namesToPush_.with([&](SharedNames& present) {
+            if (present != before) return false;
+            present.swap(next);
+            return true;
+        });
+    }
 }
 
 const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
     using Session = ProtocolSession;
     static const std::vector<Entry> table{
-        {MessageType::pair, &Session::pair},
-        {MessageType::simInfo, &Session::simInfo},
-        {MessageType::listFlights, &Session::later<&Session::listFlights>},
-        {MessageType::loadFlight, &Session::later<&Session::loadFlight>},
-        {MessageType::loadScript, &Session::later<&Session::loadScript>},
-        {MessageType::recordingStart, &Session::startRecording},
-        {MessageType::recordingStop, &Session::stopRecording},
-        {MessageType::catchUp, &Session::later<&Session::catchUp>},
-        {MessageType::datarefSubscribeValues, &Session::later<&Session::subscribeValues>},
-        {MessageType::datarefSetValues, &Session::later<&Session::setValues>},
-        {MessageType::runCommand, &Session::later<&Session::runCommand>},
-        {MessageType::moveToPreservingAgl, &Session::later<&Session::moveToPreservingAgl>},
-        {MessageType::applyAttitude, &Session::later<&Session::applyAttitude>},
+        {MessageType::pair, readParams<PairRequest>, &Session::pair},
+        {MessageType::simInfo, nullptr, &Session::simInfo},
+        {MessageType::listFlights, nullptr, &Session::later<&Session::listFlights>},
+        {MessageType::loadFlight, readParams<LoadFlightRequest>, &Session::later<&Session::loadFlight>},
+        {MessageType::loadScript, readParams<LoadScriptRequest>, &Session::later<&Session::loadScript>},
+        {MessageType::recordingStart, nullptr, &Session::startRecording},
+        {MessageType::recordingStop, nullptr, &Session::stopRecording},
+        {MessageType::catchUp, readParams<CatchUpRequest>, &Session::later<&Session::catchUp>},
+        {MessageType::datarefSubscribeValues, readParams<DatarefNamesParams>,
+         &Session::later<&Session::subscribeValues>},
+        {MessageType::datarefSetValues, readParams<DatarefSetParams>, &Session::later<&Session::setValues>},
+        {MessageType::runCommand, readParams<RunCommandRequest>, &Session::later<&Session::runCommand>},
+        {MessageType::moveToPreservingAgl, readParams<MoveToPreservingAglRequest>,
+         &Session::later<&Session::moveToPreservingAgl>},
+        {MessageType::applyAttitude, readParams<ApplyAttitudeRequest>,
+         &Session::later<&Session::applyAttitude>},
     };
     return table;
 }
@@ -96,7 +134,7 @@ const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
 std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> ProtocolSession::handleMessage(
     std::string text) {
     if (text.size() > WorkerPool::longText) return handleLong(std::move(text));
-    const auto request = decode(std::move(text));
+    const auto request = decode(std::move(text), isPaired());
     if (!admits(request)) return Answer();
     auto handling = handle(request);
     if (auto* reply = std::get_if<Reply>(&handling)) return Answer(std::move(*reply));
@@ -105,7 +143,9 @@ std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> ProtocolSes
 
 Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
     const auto size = text.size();
-    auto decoding = [text = std::move(text)]() mutable { return decode(std::move(text)); };
+    auto decoding = [text = std::move(text), paired = isPaired()]() mutable {
+        return decode(std::move(text), paired);
+    };
     auto request = co_await workers_.runSized(size, std::move(decoding));
     if (!admits(request)) co_return std::nullopt;
     auto handling = handle(request);
@@ -120,12 +160,24 @@ Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
     co_return answer;
 }
 
-ProtocolSession::SharedRequest ProtocolSession::decode(std::string text) {
+ProtocolSession::SharedRequest ProtocolSession::decode(std::string text, bool isPaired) {
     try {
-        const auto size = text.size();
-        auto json = parseJson(wellFormedUtf8(std::move(text)));
-        auto head = decodeJson<TypeOnly>(json);
-        return std::make_shared<const Request>(Request{std::move(head), std::move(json), size});
+        auto request = std::make_shared<Decoded>();
+        request->size = text.size();
+        text = wellFormedUtf8(std::move(text));
+        auto& head = request->head;
+        head = decodeJsonText<TypeOnly>(text);
+        const bool goesOn = isPaired || head.type == MessageType::pair;
+        if (!goesOn) return request;
+        const auto& table = handlers();
+        const auto entry = std::ranges::find(table, head.type, &Entry::type);
+        if (entry == table.end()) {
+            request->refusal = errorReply(head.reqId, "unknown message type: " + head.type);
+        } else {
+            request->handle = entry->handle;
+            if (entry->read != nullptr) request->params = entry->read(text);
+        }
+        return request;
     } catch (const JsonError&) {
         return nullptr;
     }
@@ -138,26 +190,21 @@ bool ProtocolSession::admits(const SharedRequest& request) const {
 
 ProtocolSession::Handling ProtocolSession::handle(const SharedRequest& request) {
     if (!request) return Reply{errorReply(std::nullopt, "malformed message"), {}};
-    const auto& table = handlers();
-    const auto entry = std::ranges::find(table, request->head.type, &Entry::type);
-    if (entry == table.end()) {
-        return Reply{errorReply(request->head.reqId, "unknown message type: " + request->head.type), {}};
-    }
+    if (request->handle == nullptr) return Reply{std::move(request->refusal), {}};
     try {
-        return (this->*entry->handle)(request);
+        return (this->*request->handle)(request);
     } catch (const std::exception& error) {
-        return failed(*request, error.what());
+        return Reply{errorReply(request->head.reqId, error.what()), {}};
     }
 }
 
 Task<ProtocolSession::Answer> ProtocolSession::finish(SharedRequest request, Task<Reply> work) {
-    Answer answer;
     try {
-        answer = co_await std::move(work);
+        auto reply = co_await std::move(work);
+        co_return reply;
     } catch (const std::exception& error) {
-        answer = failed(*request, error.what());
+        co_return Reply{errorReply(request->head.reqId, error.what()), {}};
     }
-    co_return answer;
 }
 
 Task<std::string> ProtocolSession::makePiece(std::function<std::string()> nextPiece) {
@@ -165,16 +212,10 @@ Task<std::string> ProtocolSession::makePiece(std::function<std::string()> nextPi
     co_return piece;
 }
 
-Reply ProtocolSession::failed(const Request& request, const char* why) {
-    return {errorReply(request.head.reqId, why), {}};
-}
-
 ProtocolSession::Handling ProtocolSession::pair(const SharedRequest& request) {
-    const auto params = findParams<PairRequest>(request->json).value_or(PairRequest{});
+    const auto params = request->take<PairRequest>().value_or(PairRequest{});
     const auto result = pairing_->attempt(params.password);
-    if (result.accepted) {
-        state_.with([&](State& state) { state.sessionToken = result.sessionToken; });
-    }
+    if (result.accepted) isPaired_ = true;
     PairResponse response{result.accepted, result.sessionToken, result.reason};
     return replyTo(*request, std::move(response));
 }
@@ -190,7 +231,8 @@ Task<Reply> ProtocolSession::listFlights(SharedRequest request) {
 }
 
 Task<Reply> ProtocolSession::loadFlight(SharedRequest request) {
-    auto params = requireParams<LoadFlightRequest>(request->json, "load_flight requires a path");
+    auto params = requireParams<LoadFlightRequest>(*request, "load_flight requires a path");
+    cutName(params.path);
     co_await backend_->loadFlight(std::move(params.path));
     co_return replyTo(*request, OkPayload{});
 }
@@ -198,7 +240,7 @@ Task<Reply> ProtocolSession::loadFlight(SharedRequest request) {
 Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
     // A script may be long, and the navigation database slow.
     auto load = [this, request] {
-        auto script = requireParams<LoadScriptRequest>(request->json, "load_script requires triggers");
+        auto script = requireParams<LoadScriptRequest>(*request, "load_script requires triggers");
         auto engine = makeEngine(std::move(script), fixResolver_);
         UnresolvedFixesPayload payload{engine.unresolvedFixes()};
         loadedScript_->set(std::move(engine));
@@ -219,7 +261,7 @@ ProtocolSession::Handling ProtocolSession::stopRecording(const SharedRequest& re
 }
 
 Task<Reply> ProtocolSession::catchUp(SharedRequest request) {
-    const auto params = findParams<CatchUpRequest>(request->json).value_or(CatchUpRequest{});
+    const auto params = request->take<CatchUpRequest>().value_or(CatchUpRequest{});
     // The snapshot is taken on the thread that records, so that no client gets a sample without its triggers
     // and asks for what is after it. Ten hours of flight take a while to write: that is done aside.
     auto encode = [request, since = params.sinceElapsedSeconds, recorded = recording_->snapshot()] {
@@ -231,14 +273,17 @@ Task<Reply> ProtocolSession::catchUp(SharedRequest request) {
 
 Task<Reply> ProtocolSession::subscribeValues(SharedRequest request) {
     auto subscribe = [this, request] {
-        auto params = requireParams<DatarefNamesParams>(request->json,
-                                                        "dataref_subscribe_values requires a datarefs array");
+        auto params =
+            requireParams<DatarefNamesParams>(*request, "dataref_subscribe_values requires a datarefs array");
         Names names;
+        names.reserve(params.datarefs.size());
         for (auto& dataref : params.datarefs) {
+            cutName(dataref.name);
             names.push_back(std::move(dataref.name));
         }
         addSubscriptions(names);
-        return std::make_shared<const Names>(std::move(names));
+        const auto size = sizeOf(names);
+        return workers_.share(std::move(names), size);
     };
     auto names = co_await workers_.runSized(request->size, subscribe);
     auto text = co_await respondWithValues(request->head.reqId, std::move(names));
@@ -246,52 +291,53 @@ Task<Reply> ProtocolSession::subscribeValues(SharedRequest request) {
 }
 
 Task<Reply> ProtocolSession::setValues(SharedRequest request) {
-    auto read = [request] {
-        return requireParams<DatarefSetParams>(request->json, "dataref_set_values requires a datarefs array");
+    auto read = [this, request] {
+        auto params =
+            requireParams<DatarefSetParams>(*request, "dataref_set_values requires a datarefs array");
+        for (auto& entry : params.datarefs)
+            cutName(entry.name);
+        return workers_.share(std::move(params), request->size);
     };
     const auto params = co_await workers_.runSized(request->size, read);
-    for (const auto& entry : params.datarefs) {
+    for (const auto& entry : params->datarefs) {
         co_await backend_->setDataref(entry.name, entry.value, entry.index);
     }
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::runCommand(SharedRequest request) {
-    auto params = requireParams<RunCommandRequest>(request->json, "run_command requires a name");
+    auto params = requireParams<RunCommandRequest>(*request, "run_command requires a name");
+    cutName(params.name);
     co_await backend_->runCommand(std::move(params.name));
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::moveToPreservingAgl(SharedRequest request) {
     const auto params =
-        requireParams<MoveToPreservingAglRequest>(request->json, "move_to_preserving_agl requires lat/lon");
+        requireParams<MoveToPreservingAglRequest>(*request, "move_to_preserving_agl requires lat/lon");
     co_await backend_->moveToPreservingAgl(params.lat, params.lon);
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::applyAttitude(SharedRequest request) {
     const auto params =
-        requireParams<ApplyAttitudeRequest>(request->json, "apply_attitude requires pitch/bank/ias/throttle");
+        requireParams<ApplyAttitudeRequest>(*request, "apply_attitude requires pitch/bank/ias/throttle");
     co_await backend_->applyAttitude(params.pitchDeg, params.bankDeg, params.iasKts, params.throttle);
     co_return replyTo(*request, OkPayload{});
 }
 
-Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId,
-                                                     std::shared_ptr<const Names> names) {
+Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId, SharedNames names) {
     auto read = co_await backend_->getDatarefs(names);
-    const auto size = read.size() * bytesPerValue;
+    const auto size = sizeOf(*names);
     auto encode = [reqId, names = std::move(names), read = std::move(read)] {
-        std::map<std::string, double> values;
-        for (std::size_t i = 0; i < read.size(); ++i)
-            values.insert_or_assign((*names)[i], read[i]);
-        return respond(MessageType::datarefSubscribeValues, reqId, std::move(values));
+        return respond(MessageType::datarefSubscribeValues, reqId, ValuesPayload{names.get(), &read});
     };
     auto text = co_await workers_.runSized(size, std::move(encode));
     co_return text;
 }
 
 Task<std::optional<std::string>> ProtocolSession::buildSubscriptionPush() {
-    auto names = state_.with([](const State& state) { return state.namesToPush; });
+    auto names = namesToPush_.copy();
     if (!names || names->empty()) co_return std::nullopt;
     auto text = co_await respondWithValues(std::nullopt, std::move(names));
     co_return text;

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <array>
-#include <boost/json/value.hpp>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -15,6 +14,7 @@
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Protocol/Request.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Script/ArmedScript.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
@@ -57,7 +57,7 @@ class ProtocolSession {
                     FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers);
 
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
-    bool isPaired() const;
+    bool isPaired() const { return isPaired_; }
 
     /// Absent when the connection is to be closed without a word: an unpaired client learns nothing but the
     /// answer to "pair".
@@ -74,7 +74,8 @@ class ProtocolSession {
     /// first read that fails throws. May run beside `handleMessage`.
     Task<std::optional<std::string>> buildSubscriptionPush();
 
-    void addSubscriptions(const std::vector<std::string>& names);
+    /// From any thread; of very many names, best on a worker's.
+    void addSubscriptions(std::vector<std::string> names);
 
     /// The text of a response; the fixed "failed to encode response" error where `data` cannot be
     /// encoded.
@@ -82,38 +83,34 @@ class ProtocolSession {
     static std::string respond(std::string_view type, std::optional<std::int64_t> reqId, Data data);
 
   private:
-    struct Request {
-        TypeOnly head;
-        boost::json::value json;
-        /// Of the text, in bytes.
-        std::size_t size = 0;
-    };
+    struct Decoded;
     using Names = std::vector<std::string>;
-    using SharedRequest = std::shared_ptr<const Request>;
+    using SharedNames = std::shared_ptr<const Names>;
+    using SharedRequest = std::shared_ptr<Decoded>;
     /// A reply that is there, or the work that leads to it.
     using Handling = std::variant<Reply, Task<Reply>>;
     using Handler = Handling (ProtocolSession::*)(const SharedRequest&);
     struct Entry {
         std::string_view type;
+        /// Null where the kind has no parameters.
+        Request::Params (*read)(std::string_view text);
         Handler handle;
     };
     static const std::vector<Entry>& handlers();
 
-    struct State {
-        std::optional<std::string> sessionToken;
-        std::set<std::string> subscribedNames;
-        /// The same, shared with the pushes under way; null while there are none.
-        std::shared_ptr<const Names> namesToPush;
+    struct Decoded : Request {
+        /// Null: `refusal` is the answer.
+        Handler handle = nullptr;
+        std::string refusal;
     };
 
     /// Null for what is no request.
-    static SharedRequest decode(std::string text);
+    static SharedRequest decode(std::string text, bool isPaired);
     Task<Answer> handleLong(std::string text);
     /// Whether the session talks with the peer about it at all.
     bool admits(const SharedRequest& request) const;
     Handling handle(const SharedRequest& request);
     static Task<Answer> finish(SharedRequest request, Task<Reply> work);
-    static Reply failed(const Request& request, const char* why);
     template <typename Data>
     static Reply replyTo(const Request& request, Data data) {
         return {respond(request.head.type, request.head.reqId, std::move(data)), {}};
@@ -138,8 +135,7 @@ class ProtocolSession {
     Task<Reply> moveToPreservingAgl(SharedRequest request);
     Task<Reply> applyAttitude(SharedRequest request);
     /// Throws what the first read that fails throws.
-    Task<std::string> respondWithValues(std::optional<std::int64_t> reqId,
-                                        std::shared_ptr<const Names> names);
+    Task<std::string> respondWithValues(std::optional<std::int64_t> reqId, SharedNames names);
 
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<SimBackend> backend_;
@@ -148,7 +144,9 @@ class ProtocolSession {
     const FixResolver fixResolver_;
     WorkerPool& workers_;
     WorkerPool& scriptWorkers_;
-    Guarded<State> state_;
+    std::atomic<bool> isPaired_ = false;
+    /// In order, each once; shared with the pushes under way. Null while there are none.
+    Guarded<SharedNames> namesToPush_;
 };
 
 inline constexpr std::string_view failedToEncodeResponse =

@@ -3,10 +3,12 @@
 #include <boost/asio/bind_cancellation_slot.hpp>
 #include <boost/asio/cancellation_signal.hpp>
 #include <boost/asio/co_spawn.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/thread_pool.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <concepts>
 #include <cstddef>
+#include <memory>
 #include <type_traits>
 #include <utility>
 
@@ -19,14 +21,14 @@ namespace tarnly {
 /// The threads sleep while there is no work. Destruction waits for work under way and drops work that waits.
 class WorkerPool {
   public:
-    explicit WorkerPool(std::size_t threads = 2) : pool_(threads) {}
+    explicit WorkerPool(std::size_t threads = 2) : pool_(std::make_shared<Pool>(threads)) {}
 
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
     ~WorkerPool() {
-        pool_.stop();
-        pool_.join();
+        pool_->stop();
+        pool_->join();
     }
 
     /// Runs `work` on a worker thread and resumes the caller on its own executor with the result;
@@ -36,7 +38,7 @@ class WorkerPool {
         // Told to end, the caller notices when the work is done: the two are not on one thread.
         const boost::asio::cancellation_slot deaf;
         co_return co_await boost::asio::co_spawn(
-            pool_, invoke(std::move(work)),
+            *pool_, invoke(std::move(work)),
             boost::asio::bind_cancellation_slot(deaf, boost::asio::use_awaitable));
     }
 
@@ -48,16 +50,32 @@ class WorkerPool {
         co_return co_await run(std::move(work));
     }
 
+    /// Shares `value`, of about `size` bytes. A large one is destroyed on a worker thread, whoever lets it go
+    /// last, as long as there is the pool.
+    template <typename T>
+    std::shared_ptr<const T> share(T value, std::size_t size) {
+        if (size <= longText) return std::make_shared<const T>(std::move(value));
+        auto destroy = [pool = std::weak_ptr<Pool>(pool_)](const T* shared) {
+            auto owner = std::unique_ptr<const T>(shared);
+            if (const auto alive = pool.lock()) {
+                boost::asio::post(*alive, [owner = std::move(owner)] {});
+            }
+        };
+        return {new T(std::move(value)), std::move(destroy)};
+    }
+
     /// A longer text takes a millisecond or more.
     static constexpr std::size_t longText = 64 * 1024;
 
   private:
+    using Pool = boost::asio::thread_pool;
+
     template <typename Work>
     static Task<std::invoke_result_t<Work>> invoke(Work work) {
         co_return work();
     }
 
-    boost::asio::thread_pool pool_;
+    std::shared_ptr<Pool> pool_;
 };
 
 } // namespace tarnly

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <boost/json/storage_ptr.hpp>
 #include <boost/json/value.hpp>
-#include <cstdint>
-#include <optional>
 #include <string_view>
 
 #include "TarnlyPlatform/Json/JsonError.hpp"
+#include "TarnlyPlatform/Json/JsonShape.hpp"
 
 namespace tarnly {
 
@@ -20,13 +20,9 @@ enum class NonFinite { rejected, kept };
 /// limit included.
 boost::json::value parseJson(std::string_view text, NonFinite nonFinite = NonFinite::rejected);
 
-/// The value of a JSON number's text when it is a whole number in the 64-bit range, however it is written:
-/// 7, 7.0 and 0.7e1 are. Decided by the digits: a double cannot tell -9223372036854775809 from
-/// -9223372036854775808. Absent for -0, which a double can hold and an integer cannot.
-std::optional<std::int64_t> wholeNumber(std::string_view text);
-
-/// The double nearest to a JSON number's text; infinity for one beyond its range. `approximate` is any
-/// estimate that tells the tiny from the huge.
-double nearestDouble(std::string_view text, double approximate);
+/// The same of the whole text, but the value has only what is wanted of it, in `storage`. Where `elements` is
+/// given, it takes those of the lists within `wanted`, which stand in the value as `[]`.
+boost::json::value parseJson(std::string_view text, const JsonShape& wanted, JsonElements* elements,
+                             boost::json::storage_ptr storage);
 
 } // namespace tarnly

@@ -158,7 +158,8 @@ void writeJson(JsonWriter& writer, const T& record) {
 /// Throws `JsonError` when the value holds a number that is not finite.
 template <typename T>
 std::string encodeJson(const T& value) {
-    JsonWriter writer;
+    constexpr std::size_t usual = 256;
+    JsonWriter writer(usual);
     writeJson(writer, value);
     return writer.take();
 }

@@ -1,5 +1,6 @@
 #include "TarnlyPlatform/Json/JsonWriter.hpp"
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -64,6 +65,14 @@ constexpr bool hasByte(std::uint64_t word, char byte) {
     return hasBelow(word ^ eachByte(static_cast<unsigned char>(byte)), 1);
 }
 
+/// Of each byte, whether it is of ASCII and stands for itself.
+constexpr auto isPlain = [] {
+    std::array<bool, 256> table{};
+    for (std::size_t byte = 0; byte < 0x80; ++byte)
+        table[byte] = !needsEscape(static_cast<char>(byte));
+    return table;
+}();
+
 /// How many bytes at the beginning stand for themselves: of ASCII, and without an escape. Looks at eight at a
 /// time as long as it can.
 std::size_t plainLength(std::string_view text) {
@@ -76,8 +85,7 @@ std::size_t plainLength(std::string_view text) {
             hasByte(word, '/'))
             break;
     }
-    const auto isPlain = [](char c) { return static_cast<unsigned char>(c) < 0x80 && !needsEscape(c); };
-    while (length < text.size() && isPlain(text[length]))
+    while (length < text.size() && isPlain[static_cast<unsigned char>(text[length])])
         ++length;
     return length;
 }
@@ -92,6 +100,15 @@ void appendWithEscapes(std::string& out, std::string_view text) {
         plain = i + 1;
     }
     out.append(text, plain);
+}
+
+/// The rest of a text, from its first byte on that is not plain.
+void appendMixed(std::string& out, std::string_view text) {
+    if (isWellFormedUtf8(text)) {
+        appendWithEscapes(out, text);
+    } else {
+        appendWithEscapes(out, wellFormedUtf8(std::string(text)));
+    }
 }
 
 } // namespace
@@ -165,12 +182,7 @@ void JsonWriter::quote(std::string_view text) {
     out_ += '"';
     const auto plain = plainLength(text);
     out_.append(text, 0, plain);
-    const auto rest = text.substr(plain);
-    if (isWellFormedUtf8(rest)) {
-        appendWithEscapes(out_, rest);
-    } else {
-        appendWithEscapes(out_, wellFormedUtf8(std::string(rest)));
-    }
+    if (plain < text.size()) appendMixed(out_, text.substr(plain));
     out_ += '"';
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,6 +15,10 @@ namespace tarnly {
 /// well-formed UTF-8 whatever the strings hold: of a file's name, say, what is malformed becomes U+FFFD.
 class JsonWriter {
   public:
+    JsonWriter() = default;
+    /// For a text that is going to have about as many bytes.
+    explicit JsonWriter(std::size_t expected) { out_.reserve(expected); }
+
     void beginObject();
     void key(std::string_view name);
     void endObject();

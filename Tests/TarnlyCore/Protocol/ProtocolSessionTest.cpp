@@ -433,6 +433,41 @@ TEST_F(ProtocolSessionTest, AFailedNameStaysSubscribedAndCostsThePushes) {
     EXPECT_EQ(push(), R"({"type":"dataref_subscribe_values","data":{"bad":2,"good":1,"later":3}})");
 }
 
+TEST_F(ProtocolSessionTest, ANameThatIsTooLongIsCutBeforeItIsLookedFor) {
+    pair();
+    const std::string longest(longestName, 'x');
+    const std::string message = R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":")";
+    EXPECT_EQ(reply(message + longest + "y\"}]}}"), error("timeout(\\\"" + longest + "\\\")"));
+    EXPECT_EQ(reply(message + longest.substr(1) + "\u00E9\"}]}}"),
+              error("timeout(\\\"" + longest.substr(1) + "\\\")"));
+    backend->calls.clear();
+    reply(R"({"type":"run_command","params":{"name":")" + longest + "y\"}}");
+    reply(R"({"type":"load_flight","params":{"path":")" + longest + "y\"}}");
+    reply(R"({"type":"dataref_set_values","params":{"datarefs":[{"value":1,"name":")" + longest + "y\"}]}}");
+    EXPECT_THAT(backend->calls, ElementsAre("runCommand " + longest, "loadFlight " + longest,
+                                            "setDataref " + longest + " 1.000000"));
+}
+
+TEST_F(ProtocolSessionTest, SubscriptionsAddUpInOrder) {
+    pair();
+    backend->datarefs = {{"a", 1}, {"b", 2}, {"c", 3}};
+    session->addSubscriptions({"c", "a", "c"});
+    session->addSubscriptions({"b", "a"});
+    EXPECT_EQ(push(), R"({"type":"dataref_subscribe_values","data":{"a":1,"b":2,"c":3}})");
+}
+
+TEST_F(ProtocolSessionTest, ARequestIsReadFromAmongMuchElseHoweverLong) {
+    pair();
+    const std::string junk = R"("junk":[)" + std::string(100'000, ' ') + R"({"type":"x"},1],)";
+    EXPECT_EQ(reply("{" + junk + R"("params":{"name":"a","name":"b",)" + junk +
+                    R"("x":1},"type":"x","type":"run_command","req_id":1})"),
+              R"({"type":"run_command","req_id":1,"data":{"ok":true}})");
+    EXPECT_EQ(backend->calls.back(), "runCommand b");
+    EXPECT_EQ(reply("{" + junk + R"("type":"sim_info","req_id":[]})"), error("malformed message"));
+    EXPECT_EQ(reply("{" + junk + R"("type":"sim_info")"), error("malformed message"));
+    EXPECT_EQ(reply("{" + junk + R"("type":"nothing"})"), error("unknown message type: nothing"));
+}
+
 TEST_F(ProtocolSessionTest, AValueThatHasNoJsonFormFailsTheEncoding) {
     pair();
     backend->datarefs["a"] = std::numeric_limits<double>::infinity();

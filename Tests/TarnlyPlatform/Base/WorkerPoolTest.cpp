@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -50,6 +51,40 @@ TEST(WorkerPool, TakesWorkThatCanOnlyBeMoved) {
     boost::asio::io_context io;
     WorkerPool workers;
     EXPECT_EQ(test::runTask(io, moveThrough(workers)), "moved");
+}
+
+/// Notes on which thread it is destroyed.
+struct Witness {
+    std::shared_ptr<std::promise<std::thread::id>> destroyedOn;
+
+    explicit Witness(std::shared_ptr<std::promise<std::thread::id>> promise)
+        : destroyedOn(std::move(promise)) {}
+    Witness(Witness&&) = default;
+    ~Witness() {
+        if (destroyedOn) destroyedOn->set_value(std::this_thread::get_id());
+    }
+};
+
+TEST(WorkerPool, DestroysWhatIsLargeOnAWorker) {
+    const auto here = std::this_thread::get_id();
+    auto large = std::make_shared<std::promise<std::thread::id>>();
+    auto small = std::make_shared<std::promise<std::thread::id>>();
+    WorkerPool workers;
+    workers.share(Witness(large), WorkerPool::longText + 1).reset();
+    workers.share(Witness(small), WorkerPool::longText).reset();
+    EXPECT_NE(large->get_future().get(), here);
+    EXPECT_EQ(small->get_future().get(), here);
+}
+
+TEST(WorkerPool, WhatItSharesMayOutliveIt) {
+    auto large = std::make_shared<std::promise<std::thread::id>>();
+    std::shared_ptr<const Witness> kept;
+    {
+        WorkerPool workers;
+        kept = workers.share(Witness(large), WorkerPool::longText + 1);
+    }
+    kept.reset();
+    EXPECT_EQ(large->get_future().get(), std::this_thread::get_id());
 }
 
 TEST(WorkerPool, HandsFailuresToTheCaller) {

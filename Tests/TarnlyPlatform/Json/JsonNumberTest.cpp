@@ -1,4 +1,4 @@
-#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonNumber.hpp"
 
 #include <gtest/gtest.h>
 

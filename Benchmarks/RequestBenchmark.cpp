@@ -1,0 +1,55 @@
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "Support/FakeBackend.hpp"
+#include "Support/TemporaryFolder.hpp"
+#include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Protocol/ProtocolSession.hpp"
+
+/// What a session does for a plain request, from the text of the request to that of the reply.
+namespace tarnly {
+namespace {
+
+/// A paired session whose simulator answers at once.
+class Conversation {
+  public:
+    Conversation() { session_->handleMessage(R"({"type":"pair"})"); }
+
+    std::string reply(const std::string& request) {
+        auto answering = session_->handleMessage(request);
+        backend_->calls.clear();
+        return std::get<ProtocolSession::Answer>(answering).value().text;
+    }
+
+  private:
+    WorkerPool workers_{1};
+    test::TemporaryFolder folder_;
+    test::VirtualClock clock_;
+    std::shared_ptr<test::FakeBackend> backend_ = std::make_shared<test::FakeBackend>();
+    std::shared_ptr<ProtocolSession> session_ = std::make_shared<ProtocolSession>(
+        std::make_shared<PairingManager>(std::nullopt), backend_,
+        std::make_shared<FlightRecorder>(folder_.path(), clock_), std::make_shared<LoadedScript>(),
+        [](const std::string&) { return std::optional<Coordinate>(); }, workers_, workers_);
+};
+
+void answerRequest(benchmark::State& state, const std::string& request) {
+    Conversation conversation;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(conversation.reply(request));
+}
+
+void answerSimInfo(benchmark::State& state) {
+    answerRequest(state, R"({"type":"sim_info","req_id":100000})");
+}
+
+void answerUnknownType(benchmark::State& state) { answerRequest(state, R"({"type":"?","req_id":100000})"); }
+
+BENCHMARK(answerSimInfo);
+BENCHMARK(answerUnknownType);
+
+} // namespace
+} // namespace tarnly
