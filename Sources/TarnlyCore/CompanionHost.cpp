@@ -5,6 +5,9 @@
 namespace tarnly {
 namespace {
 
+/// Of messages that are decoded at once, or wait for that.
+constexpr std::size_t decodedAtOnce = std::size_t{128} * 1024 * 1024;
+
 /// A script with many fixes must not keep a host from stopping.
 FixResolver resolverFor(std::shared_ptr<NavDatabase> navDatabase,
                         std::shared_ptr<std::atomic<bool>> isStopping) {
@@ -37,6 +40,7 @@ std::function<void()> tellWatchedTo(std::shared_ptr<SimBackend> backend,
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                              std::shared_ptr<SimBackend> backend, Configuration configuration)
     : clock_(clock),
+      budget_(decodedAtOnce),
       instanceName_(std::move(configuration.instanceName)),
       simKind_(std::move(configuration.simKind)),
       appVersion_(std::move(configuration.appVersion)),
@@ -53,8 +57,11 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
                                                        workers, scriptWorkers);
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
-      sampling_(std::make_shared<SamplingLoop>(executor, clock, backend, recording_, loadedScript_,
-                                               pushThrough(server_), tellWatched_)),
+      sampling_(std::make_shared<SamplingLoop>(
+          executor, clock, backend, recording_, loadedScript_, pushThrough(server_), tellWatched_,
+          [server = server_, recording = recording_] {
+              return recording->isRecording() || server->connectionCount() > 0;
+          })),
       advertiser_(executor, clock, std::move(configuration.publish)) {}
 
 Task<> CompanionHost::start() {
@@ -68,10 +75,13 @@ Task<> CompanionHost::start() {
     service.appVersion = appVersion_;
     service.pairingRequired = pairing_->requiresPairing();
     WebSocketListener::ConnectionHandler onNewConnection =
-        [server = server_](std::shared_ptr<WebSocketConnection> connection) {
+        [server = server_, sampling = sampling_](std::shared_ptr<WebSocketConnection> connection) {
             server->accept(std::move(connection));
+            sampling->wake();
         };
-    co_await advertiser_.start(std::move(service), std::move(onNewConnection));
+    WebSocketLimits limits;
+    limits.budget = &budget_;
+    co_await advertiser_.start(std::move(service), std::move(onNewConnection), limits);
     sampling_->start();
 }
 

@@ -19,6 +19,7 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
+#include "TarnlyPlatform/Base/ByteBudget.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -86,6 +87,7 @@ class CompanionHost {
   private:
     OnOneThread thread_;
     Clock& clock_;
+    ByteBudget budget_;
     const std::string instanceName_;
     const std::string simKind_;
     const std::string appVersion_;

@@ -133,6 +133,7 @@ TEST_F(CompanionHostTest, TheBackendIsWatchedWhileARecordingRuns) {
     const auto host = newHost();
     start(*host);
     host->recording().start();
+    host->sampling().wake(); // as the client has, by whom it is started
     EXPECT_TRUE(comesToBeWatched(true));
     host->setStageWatched(false); // others' reasons stand
     EXPECT_TRUE(backend->isWatched);

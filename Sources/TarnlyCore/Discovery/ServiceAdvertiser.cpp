@@ -7,7 +7,8 @@ namespace tarnly {
 ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish)
     : executor_(std::move(executor)), clock_(clock), publish_(std::move(publish)) {}
 
-Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection) {
+Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
+                                WebSocketLimits limits) {
     thread_.check();
     if (listener_) throw ServiceAdvertiserError(ServiceAdvertiserError::Case::alreadyStarted);
     if (!onNewConnection) {
@@ -17,6 +18,7 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
     }
     WebSocketListener::Options options;
     options.port = service.port;
+    options.limits = limits;
     auto listener = std::make_unique<WebSocketListener>(executor_, clock_, std::move(options),
                                                         std::move(onNewConnection));
     const auto port = listener->port();

@@ -52,7 +52,8 @@ class ServiceAdvertiser {
     /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when
     /// there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`, or the
     /// `NetworkError` of a listener that cannot be made.
-    Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection);
+    Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
+                 WebSocketLimits limits = {});
 
     /// Withdraws the service and closes the port; connections that were handed over live on. May be
     /// started again.

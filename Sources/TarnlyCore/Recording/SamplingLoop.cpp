@@ -16,13 +16,15 @@ namespace asio = boost::asio;
 SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::shared_ptr<SimBackend> backend,
                            std::shared_ptr<FlightRecorder> recording,
                            std::shared_ptr<LoadedScript> loadedScript, PushSubscriptions onPushSubscriptions,
-                           TickBegins onTickBegins)
+                           TickBegins onTickBegins, IsNeeded isNeeded)
     : clock_(clock),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
       onPushSubscriptions_(std::move(onPushSubscriptions)),
       onTickBegins_(std::move(onTickBegins)),
+      isNeeded_(std::move(isNeeded)),
+      woken_(executor),
       task_(std::move(executor)) {}
 
 void SamplingLoop::start() {
@@ -48,8 +50,19 @@ Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
         } catch (const std::exception&) {
             // A tick that fails, for lack of memory say, is one tick lost.
         }
-        co_await clock.sleepFor(interval);
+        if (alive->isNeeded_ && !alive->isNeeded_()) {
+            co_await rest(alive);
+        } else {
+            co_await clock.sleepFor(interval);
+        }
     }
+}
+
+Task<> SamplingLoop::rest(std::shared_ptr<SamplingLoop> loop) { co_await loop->woken_.wait(); }
+
+void SamplingLoop::wake() {
+    thread_.check();
+    woken_.notifyAll();
 }
 
 Task<> SamplingLoop::tick() {

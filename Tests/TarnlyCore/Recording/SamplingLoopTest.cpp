@@ -343,6 +343,32 @@ TEST_F(SamplingLoopTest, StopEndsItAndMayBeRepeated) {
     EXPECT_EQ(pushes, 2);
 }
 
+TEST_F(SamplingLoopTest, RestsWhileNobodyNeedsIt) {
+    bool isNeeded = false;
+    loop = std::make_shared<SamplingLoop>(
+        io.get_executor(), clock, backend, recording, loadedScript, [this] { ++pushes; }, nullptr,
+        [&] { return isNeeded; });
+    loop->start();
+    clock.advance(io, 1h);
+    EXPECT_EQ(pushes, 1);
+    EXPECT_EQ(clock.sleeping(), 0U);
+    isNeeded = true;
+    loop->wake();
+    clock.settle(io);
+    EXPECT_EQ(pushes, 2);
+    clock.advance(io, 1s);
+    EXPECT_EQ(pushes, 4);
+    loop->wake(); // it does not rest
+    clock.settle(io);
+    EXPECT_EQ(pushes, 4);
+    isNeeded = false;
+    clock.advance(io, 1h);
+    EXPECT_EQ(pushes, 5);
+    loop->stop();
+    clock.settle(io);
+    EXPECT_EQ(loop.use_count(), 1);
+}
+
 TEST_F(SamplingLoopTest, EndsWhenTheLoopIsReleased) {
     loop->start();
     clock.settle(io);
