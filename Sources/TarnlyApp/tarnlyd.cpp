@@ -7,6 +7,7 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Settings.hpp"
+#include "TarnlyPlatform/Base/FreedMemory.hpp"
 
 namespace tarnly {
 namespace {
@@ -34,6 +35,7 @@ int runDaemon(const CompanionOptions& options) {
 
 int main(int argc, char** argv) {
     using tarnly::CompanionProgram;
+    tarnly::keepLittleFreedMemory();
     const auto parsed = tarnly::prepareRun(CompanionProgram::tarnlyd, argc, argv);
     if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
         (exit->status == 0 ? std::cout : std::cerr) << exit->text;

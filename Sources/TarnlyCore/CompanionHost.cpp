@@ -48,13 +48,17 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
       recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock)),
       loadedScript_(std::make_shared<LoadedScript>()),
+      freedMemory_(std::make_shared<FreedMemory>(executor, workers, clock)),
       server_(std::make_shared<ProtocolServer>(
           executor,
           [pairing = pairing_, backend, recording = recording_, loadedScript = loadedScript_,
            fixResolver = resolverFor(std::move(configuration.navDatabase), isStopping_), &workers,
-           &scriptWorkers = scriptWorkers_] {
+           &scriptWorkers = scriptWorkers_, freedMemory = std::weak_ptr(freedMemory_)] {
+              auto noteFreed = [freedMemory] {
+                  if (const auto alive = freedMemory.lock()) alive->note();
+              };
               return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver,
-                                                       workers, scriptWorkers);
+                                                       workers, scriptWorkers, std::move(noteFreed));
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
       sampling_(std::make_shared<SamplingLoop>(

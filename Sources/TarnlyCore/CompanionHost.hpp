@@ -22,6 +22,7 @@
 #include "TarnlyPlatform/Base/ByteBudget.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
+#include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 
@@ -97,7 +98,8 @@ class CompanionHost {
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
-    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_
+    const std::shared_ptr<FreedMemory> freedMemory_;
+    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);
     // depends-on: recording_, server_, isStageWatched_

@@ -11,6 +11,7 @@
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
+#include "TarnlyPlatform/Base/FreedMemory.hpp"
 
 namespace tarnly {
 namespace {
@@ -62,6 +63,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
 
 int main(int argc, char** argv) {
     using tarnly::CompanionProgram;
+    tarnly::keepLittleFreedMemory();
     const auto parsed = tarnly::prepareRun(CompanionProgram::tarnly, argc, argv);
     if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
         (exit->status == 0 ? std::cout : std::cerr) << exit->text;

@@ -78,14 +78,20 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                                  std::shared_ptr<FlightRecorder> recording,
                                  std::shared_ptr<LoadedScript> loadedScript, FixResolver fixResolver,
-                                 WorkerPool& workers, WorkerPool& scriptWorkers)
+                                 WorkerPool& workers, WorkerPool& scriptWorkers,
+                                 std::function<void()> onMuchFreed)
     : pairing_(std::move(pairing)),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
       fixResolver_(std::move(fixResolver)),
       workers_(workers),
-      scriptWorkers_(scriptWorkers) {}
+      scriptWorkers_(scriptWorkers),
+      onMuchFreed_(std::move(onMuchFreed)) {}
+
+ProtocolSession::~ProtocolSession() {
+    if (hadLongRequest_ && onMuchFreed_) onMuchFreed_();
+}
 
 void ProtocolSession::addSubscriptions(Names names) {
     std::ranges::sort(names);
@@ -142,11 +148,13 @@ std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> ProtocolSes
 }
 
 Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
+    hadLongRequest_ = true;
     const auto size = text.size();
     auto decoding = [text = std::move(text), paired = isPaired()]() mutable {
         return decode(std::move(text), paired);
     };
     auto request = co_await workers_.runSized(size, std::move(decoding));
+    if (onMuchFreed_) onMuchFreed_();
     if (!admits(request)) co_return std::nullopt;
     auto handling = handle(request);
     Answer answer;
@@ -157,6 +165,7 @@ Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
     }
     auto letGo = [request = std::move(request)] {}; // of a long one, that takes a while too
     co_await workers_.runSized(size, std::move(letGo));
+    if (onMuchFreed_) onMuchFreed_();
     co_return answer;
 }
 

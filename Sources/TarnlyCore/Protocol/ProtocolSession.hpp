@@ -51,10 +51,15 @@ struct Reply {
 class ProtocolSession {
   public:
     /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes
-    /// may take seconds.
+    /// may take seconds. `onMuchFreed` is called when the memory of a long request is let go.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                     std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
-                    FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers);
+                    FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers,
+                    std::function<void()> onMuchFreed = {});
+
+    ProtocolSession(const ProtocolSession&) = delete;
+    ProtocolSession& operator=(const ProtocolSession&) = delete;
+    ~ProtocolSession();
 
     /// Once true it stays true: neither a new password nor a later refused attempt unpairs.
     bool isPaired() const { return isPaired_; }
@@ -144,6 +149,8 @@ class ProtocolSession {
     const FixResolver fixResolver_;
     WorkerPool& workers_;
     WorkerPool& scriptWorkers_;
+    const std::function<void()> onMuchFreed_;
+    bool hadLongRequest_ = false;
     std::atomic<bool> isPaired_ = false;
     /// In order, each once; shared with the pushes under way. Null while there are none.
     Guarded<SharedNames> namesToPush_;
