@@ -10,7 +10,9 @@ target_compile_options(tarnly_options INTERFACE
 target_include_directories(tarnly_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 # The programs talk with the network: the table of the libraries' functions is written once, at the start.
 target_link_options(tarnly_options INTERFACE LINKER:-z,relro,-z,now)
-target_compile_definitions(tarnly_options INTERFACE TARNLY_VERSION="${PROJECT_VERSION}")
+target_compile_definitions(tarnly_options INTERFACE
+    TARNLY_VERSION="${PROJECT_VERSION}"
+    $<$<OR:$<CONFIG:Debug>,$<BOOL:${TARNLY_LOOP_WATCH}>>:TARNLY_LOOP_WATCH>)
 target_link_libraries(tarnly_options INTERFACE Threads::Threads)
 
 if(TARNLY_SANITIZE)

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
+#include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
@@ -112,10 +113,10 @@ void CompanionRuntime::makeStatusFile() {
 }
 
 void CompanionRuntime::run() {
-    network_.run();
+    LoopWatch::run(network_);
     network_.restart();
     boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
-    network_.run();
+    LoopWatch::run(network_);
 }
 
 Task<> CompanionRuntime::close() {

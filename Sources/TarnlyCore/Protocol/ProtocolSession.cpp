@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
+#include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -139,6 +140,7 @@ const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
 
 std::variant<ProtocolSession::Answer, Task<ProtocolSession::Answer>> ProtocolSession::handleMessage(
     std::string text) {
+    LoopWatch::note("a client's message");
     if (text.size() > WorkerPool::longText) return handleLong(std::move(text));
     const auto request = decode(std::move(text), isPaired());
     if (!admits(request)) return Answer();
@@ -154,6 +156,7 @@ Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
         return decode(std::move(text), paired);
     };
     auto request = co_await workers_.runSized(size, std::move(decoding));
+    LoopWatch::note("a client's long message");
     if (onMuchFreed_) onMuchFreed_();
     if (!admits(request)) co_return std::nullopt;
     auto handling = handle(request);
@@ -337,6 +340,7 @@ Task<Reply> ProtocolSession::applyAttitude(SharedRequest request) {
 
 Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId, SharedNames names) {
     auto read = co_await backend_->getDatarefs(names);
+    LoopWatch::note("values that have been read");
     const auto size = sizeOf(*names);
     auto encode = [reqId, names = std::move(names), read = std::move(read)] {
         return respond(MessageType::datarefSubscribeValues, reqId, ValuesPayload{names.get(), &read});
@@ -346,6 +350,7 @@ Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t>
 }
 
 Task<std::optional<std::string>> ProtocolSession::buildSubscriptionPush() {
+    LoopWatch::note("a push");
     auto names = namesToPush_.copy();
     if (!names || names->empty()) co_return std::nullopt;
     auto text = co_await respondWithValues(std::nullopt, std::move(names));

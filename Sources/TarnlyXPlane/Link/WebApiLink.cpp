@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyXPlane/Link/LinkFailure.hpp"
 
 namespace tarnly {
@@ -292,6 +293,7 @@ Task<> WebApiLink::load(std::shared_ptr<WebApiLink> link, Catalogue& catalogue) 
 // Messages
 
 Task<> WebApiLink::handleMessage(std::string text) {
+    LoopWatch::note("the simulator's message");
     const auto size = text.size();
     auto parse = [text = std::move(text)]() mutable { return parseWebApiMessage(std::move(text)); };
     auto message = co_await workers_.runSized(size, std::move(parse));
