@@ -1,5 +1,7 @@
 #include "TarnlyPlatform/Base/Error.hpp"
 
+#include <algorithm>
+
 namespace tarnly {
 namespace {
 
@@ -11,6 +13,8 @@ void appendHexadecimal(std::string& out, char c) {
     if (value >= 0x10) out += digits[value / 16];
     out += digits[value % 16];
 }
+
+bool needsEscape(char c) { return isControl(c) || c == '"' || c == '\\'; }
 
 void appendEscaped(std::string& out, char c) {
     switch (c) {
@@ -35,10 +39,6 @@ void appendEscaped(std::string& out, char c) {
         default:
             break;
     }
-    if (!isControl(c)) {
-        out += c;
-        return;
-    }
     out += "\\u{";
     appendHexadecimal(out, c);
     out += '}';
@@ -49,8 +49,13 @@ void appendEscaped(std::string& out, char c) {
 std::string quoted(std::string_view text) {
     std::string out = "\"";
     out.reserve(text.size() + 2);
-    for (const char c : text)
-        appendEscaped(out, c);
+    while (!text.empty()) {
+        const auto special = std::ranges::find_if(text, needsEscape);
+        const auto plain = static_cast<std::size_t>(special - text.begin());
+        out.append(text, 0, plain);
+        if (special != text.end()) appendEscaped(out, *special);
+        text.remove_prefix(std::min(plain + 1, text.size()));
+    }
     out += '"';
     return out;
 }
