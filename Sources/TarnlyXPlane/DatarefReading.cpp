@@ -65,6 +65,22 @@ Task<std::optional<std::int64_t>> findId(std::shared_ptr<WebApiLink> link, Catal
     co_return catalogue.idOf(name);
 }
 
+std::optional<std::vector<double>> presentValues(WebApiLink& link, const std::vector<std::string>& names) {
+    if (names.size() > namesAtOnce) return std::nullopt;
+    std::vector<double> values;
+    values.reserve(names.size());
+    for (const auto& name : names) {
+        auto next = wantedBy(name);
+        const auto id = link.datarefs().idOf(next.dataref);
+        if (!id) return std::nullopt;
+        next.id = *id;
+        next.look(link.values());
+        if (!next.value) return std::nullopt;
+        values.push_back(*next.value);
+    }
+    return values;
+}
+
 XPlaneBackendError unknownName(const WebApiLink& link, Case which, const std::string& name) {
     if (!link.isAtMainMenu()) return {which, name};
     SimulatorStage stage;

@@ -36,4 +36,7 @@ XPlaneBackendError unknownName(const WebApiLink& link, XPlaneBackendError::Case 
 Task<std::vector<double>> readDatarefs(std::shared_ptr<WebApiLink> link, Clock& clock,
                                        std::shared_ptr<const std::vector<std::string>> names);
 
+/// The same where each name is known and its value there already, and they are no more than are read at once.
+std::optional<std::vector<double>> presentValues(WebApiLink& link, const std::vector<std::string>& names);
+
 } // namespace tarnly

@@ -74,6 +74,13 @@ SimInfo ReconnectingBackend::simInfo() {
     return info;
 }
 
+std::optional<std::vector<double>> ReconnectingBackend::presentDatarefs(
+    const std::vector<std::string>& names) {
+    thread_.check();
+    const auto link = keeper_->present();
+    return link ? link->presentDatarefs(names) : std::nullopt;
+}
+
 Task<std::vector<double>> ReconnectingBackend::getDatarefs(
     std::shared_ptr<const std::vector<std::string>> names) {
     if (names->empty()) co_return std::vector<double>();

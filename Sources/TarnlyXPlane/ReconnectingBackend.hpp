@@ -55,6 +55,7 @@ class ReconnectingBackend final : public SimBackend {
 
     /// The version is that of the simulator that was last there.
     SimInfo simInfo() override;
+    std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;
     Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override;
     Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) override;
     Task<> runCommand(std::string name) override;

@@ -97,6 +97,12 @@ Task<std::vector<double>> XPlaneBackend::getDatarefs(std::shared_ptr<const std::
     co_return values;
 }
 
+std::optional<std::vector<double>> XPlaneBackend::presentDatarefs(const std::vector<std::string>& names) {
+    thread_.check();
+    if (!link_->isConnected() || link_->isSilent()) return std::nullopt;
+    return presentValues(*link_, names);
+}
+
 Task<double> XPlaneBackend::getDataref(std::string name) {
     std::vector<std::string> names;
     names.push_back(std::move(name));

@@ -68,6 +68,7 @@ class XPlaneBackend final : public SimBackend {
     void setSituationsDirectory(std::optional<std::string> path);
 
     SimInfo simInfo() override;
+    std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;
 
     /// A name may end in an index in brackets, "sim/a[3]", for one element of an array dataref. Answers the
     /// last values that came; the first read of a dataref subscribes to it and waits for about a second.

@@ -37,6 +37,19 @@ class FakeBackend final : public SimBackend {
         return SimInfo{"xplane", "unknown"};
     }
 
+    /// Whether values are at hand, so that nobody waits for them.
+    bool hasAllAtHand = false;
+
+    std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override {
+        if (!hasAllAtHand) return std::nullopt;
+        std::vector<double> values;
+        for (const auto& name : names) {
+            if (!datarefs.contains(name)) return std::nullopt;
+            values.push_back(datarefs.at(name));
+        }
+        return values;
+    }
+
     Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) override {
         std::vector<double> values;
         for (const auto& name : *names) {

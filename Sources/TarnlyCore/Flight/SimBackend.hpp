@@ -68,6 +68,10 @@ class SimBackend {
     /// names are spelled is the simulator's. Throws what the first name in the order fails with.
     virtual Task<std::vector<double>> getDatarefs(std::shared_ptr<const std::vector<std::string>> names) = 0;
 
+    /// What `getDatarefs` would answer, where all of it is at hand; absent where something has to be waited
+    /// for, or is wrong. Costs no coroutine: it is asked for each client twice a second.
+    virtual std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) = 0;
+
     /// Writes the dataref, or with `index` that element of an array dataref alone.
     virtual Task<> setDataref(std::string name, double value, std::optional<std::int64_t> index) = 0;
 

@@ -1,6 +1,9 @@
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
 
 #include <algorithm>
+#include <boost/asio/post.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <exception>
 #include <utility>
 #include <variant>
@@ -16,6 +19,9 @@ using Message = WebSocketConnection::Message;
 /// A password needs no more, and a stranger shall not fill the memory.
 constexpr std::size_t unpairedMessageLimit = 1024 * 1024;
 constexpr std::size_t pairedMessageLimit = 64 * 1024 * 1024;
+
+/// So many that others wait for a fraction of a millisecond.
+constexpr std::size_t pushesATurn = 32;
 
 /// A peer that owes more than this is passed over by broadcasts.
 constexpr std::size_t backlogLimit = 256 * 1024;
@@ -156,18 +162,38 @@ void ProtocolServer::remove(const Client& client) { clients_.erase(&client); }
 
 void ProtocolServer::broadcast(BuildMessage build) {
     thread_.check();
-    for (const auto& client : snapshot()) {
-        if (client->hasMessageUnderWay || !client->session()->isPaired()) continue;
-        if (client->connection().backlog() > backlogLimit) continue;
-        client->hasMessageUnderWay = true;
-        // It costs this session its message of this round.
-        auto skipRound = [client](const std::exception_ptr&) { client->hasMessageUnderWay = false; };
-        tasks_.spawn(push(client, build), std::move(skipRound));
+    // For lack of memory, say, this round is over.
+    tasks_.spawn(pushToAll(weak_from_this(), std::move(build)), dropFailure);
+}
+
+Task<> ProtocolServer::pushToAll(std::weak_ptr<ProtocolServer> server, BuildMessage build) {
+    std::vector<std::shared_ptr<Client>> clients;
+    if (const auto alive = server.lock()) clients = alive->snapshot();
+    std::size_t pushes = 0;
+    for (const auto& client : clients) {
+        if (const auto alive = server.lock()) alive->pushTo(client, build);
+        if (++pushes % pushesATurn != 0) continue;
+        auto executor = co_await boost::asio::this_coro::executor;
+        co_await boost::asio::post(executor, boost::asio::use_awaitable);
     }
 }
 
-Task<> ProtocolServer::push(std::shared_ptr<Client> client, BuildMessage build) {
-    auto building = build(client->session());
+void ProtocolServer::pushTo(const std::shared_ptr<Client>& client, const BuildMessage& build) {
+    if (client->hasMessageUnderWay || !client->session()->isPaired()) return;
+    if (client->connection().backlog() > backlogLimit) return;
+    auto push = build(client->session());
+    if (auto* text = std::get_if<std::optional<std::string>>(&push)) {
+        if (*text) client->connection().send(std::move(**text), Kind::unsolicited);
+        return;
+    }
+    client->hasMessageUnderWay = true;
+    // It costs this session its message of this round.
+    auto skipRound = [client](const std::exception_ptr&) { client->hasMessageUnderWay = false; };
+    auto building = std::move(std::get<Task<std::optional<std::string>>>(push));
+    tasks_.spawn(pushLater(client, std::move(building)), std::move(skipRound));
+}
+
+Task<> ProtocolServer::pushLater(std::shared_ptr<Client> client, Task<std::optional<std::string>> building) {
     auto message = co_await std::move(building);
     if (message) client->connection().send(std::move(*message), Kind::unsolicited);
     client->hasMessageUnderWay = false;

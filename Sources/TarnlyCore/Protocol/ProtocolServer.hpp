@@ -28,7 +28,7 @@ namespace tarnly {
 class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
     using MakeSession = std::function<std::shared_ptr<ProtocolSession>()>;
-    using BuildMessage = std::function<Task<std::optional<std::string>>(std::shared_ptr<ProtocolSession>)>;
+    using BuildMessage = std::function<ProtocolSession::Push(const std::shared_ptr<ProtocolSession>&)>;
 
     /// `executor` runs the tasks of all connections.
     ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession);
@@ -41,9 +41,10 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     /// Asks `build` for a message for every paired session and sends those that are present; a session whose
     /// build fails gets none.
     ///
-    /// The messages are built side by side and `broadcast` does not wait for them, so that a session whose
-    /// values are late delays nobody. A session has one message under way at most: while it has, and while
-    /// its peer is behind with reading, it is passed over; the next broadcast makes up for it.
+    /// The messages are built side by side, many sessions' in several turns, and `broadcast` does not wait
+    /// for them: a session whose values are late delays nobody. A session has one message under way at most:
+    /// while it has, and while its peer is behind with reading, it is passed over; the next broadcast makes
+    /// up for it.
     void broadcast(BuildMessage build);
 
     /// Tells all connections to end.
@@ -61,7 +62,9 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     class Client;
     using Table = std::map<const Client*, std::shared_ptr<Client>>;
 
-    static Task<> push(std::shared_ptr<Client> client, BuildMessage build);
+    static Task<> pushToAll(std::weak_ptr<ProtocolServer> server, BuildMessage build);
+    void pushTo(const std::shared_ptr<Client>& client, const BuildMessage& build);
+    static Task<> pushLater(std::shared_ptr<Client> client, Task<std::optional<std::string>> building);
     void remove(const Client& client);
     std::vector<std::shared_ptr<Client>> snapshot() const;
 

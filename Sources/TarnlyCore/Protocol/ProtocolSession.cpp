@@ -349,10 +349,16 @@ Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t>
     co_return text;
 }
 
-Task<std::optional<std::string>> ProtocolSession::buildSubscriptionPush() {
+ProtocolSession::Push ProtocolSession::buildSubscriptionPush() {
     LoopWatch::note("a push");
     auto names = namesToPush_.copy();
-    if (!names || names->empty()) co_return std::nullopt;
+    if (!names || names->empty()) return std::nullopt;
+    const auto present = backend_->presentDatarefs(*names);
+    if (!present || sizeOf(*names) > WorkerPool::longText) return buildPushLater(std::move(names));
+    return respond(MessageType::datarefSubscribeValues, std::nullopt, ValuesPayload{names.get(), &*present});
+}
+
+Task<std::optional<std::string>> ProtocolSession::buildPushLater(SharedNames names) {
     auto text = co_await respondWithValues(std::nullopt, std::move(names));
     co_return text;
 }

@@ -75,9 +75,12 @@ class ProtocolSession {
     /// The next piece of a reply, made where it disturbs nobody.
     Task<std::string> makePiece(std::function<std::string()> nextPiece);
 
-    /// The present values of all subscribed datarefs, or absent when there are none. Throws what the
+    /// A push that is there, or the work that leads to it.
+    using Push = std::variant<std::optional<std::string>, Task<std::optional<std::string>>>;
+
+    /// The present values of all subscribed datarefs, or absent when there are none. The work throws what the
     /// first read that fails throws. May run beside `handleMessage`.
-    Task<std::optional<std::string>> buildSubscriptionPush();
+    Push buildSubscriptionPush();
 
     /// From any thread; of very many names, best on a worker's.
     void addSubscriptions(std::vector<std::string> names);
@@ -140,6 +143,7 @@ class ProtocolSession {
     Task<Reply> moveToPreservingAgl(SharedRequest request);
     Task<Reply> applyAttitude(SharedRequest request);
     /// Throws what the first read that fails throws.
+    Task<std::optional<std::string>> buildPushLater(SharedNames names);
     Task<std::string> respondWithValues(std::optional<std::int64_t> reqId, SharedNames names);
 
     const std::shared_ptr<PairingManager> pairing_;
