@@ -211,8 +211,9 @@ class Programs:
         return dict(os.environ, HOME=str(self.folder), XDG_DATA_HOME=str(self.folder / "data"),
                     DBUS_SYSTEM_BUS_ADDRESS=nowhere) | more
 
-    def start(self, name, *arguments, descriptors=None, stdin=subprocess.DEVNULL, **environment):
-        command = [executable(name), *map(str, arguments)]
+    def start(self, name, *arguments, descriptors=None, stdin=subprocess.DEVNULL, prefix=(), **environment):
+        """`prefix` is a command that becomes the one after it."""
+        command = [*prefix, executable(name), *map(str, arguments)]
         if descriptors is not None:
             command = ["sh", "-c", f'ulimit -n {descriptors}; exec "$0" "$@"', *command]
         program = Program(name, command, self.folder, self.environment(**environment), stdin)
