@@ -43,6 +43,16 @@ class RawPeer {
         co_return bytes;
     }
 
+    /// What comes next; nothing once the other side has ended the connection.
+    Task<std::string> readSome() {
+        std::string bytes(64 * 1024, '\0');
+        const auto buffer = boost::asio::buffer(bytes);
+        constexpr auto token = boost::asio::as_tuple(boost::asio::use_awaitable);
+        auto [error, count] = co_await socket_.async_read_some(buffer, token);
+        bytes.resize(count);
+        co_return bytes;
+    }
+
     Task<std::string> readUntilEnd() {
         auto bytes = co_await read(16 * 1024 * 1024);
         co_return bytes;
@@ -71,6 +81,12 @@ class RawPeer {
             bytes += static_cast<char>(static_cast<unsigned char>(payload[i]) ^ mask[i % 4]);
         }
         return bytes;
+    }
+
+    /// Says that no more comes from here.
+    void endSending() {
+        boost::system::error_code ignored;
+        socket_.shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
     }
 
     boost::asio::ip::tcp::socket& socket() { return socket_; }

@@ -103,7 +103,9 @@ void TcpWebSocket::work() {
     isWorking_ = false;
     flush();
     if (hasEnded()) return;
-    const bool canDeliver = !incoming_.empty() && hasReceiver_ && isTakerIdle();
+    // The answers may just have left, and what waited for that is a message, or the end behind the last one.
+    const bool isWaiting = !incoming_.empty() || state_ == State::finishing;
+    const bool canDeliver = isWaiting && hasReceiver_ && isTakerIdle();
     if (steps == stepsATurn || canDeliver) return workLater();
     if (mayReadOn() && workedOn_ == received_) startReading();
 }

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 
+#include "Support/LoopbackListener.hpp"
+#include "Support/RawPeer.hpp"
+#include "Support/RunTask.hpp"
 #include "Support/WebSocketFrames.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "WebSocketCases.hpp"
 
@@ -28,12 +33,17 @@ TEST(WebSocketConformance, HasItsCasesInEachGroup) {
 /// How the bytes of a case are handed over.
 enum class Delivery { asGiven, whole, inPieces, byteByByte };
 
-Strings delivered(const WebSocketCase& one, Delivery delivery) {
-    if (delivery == Delivery::asGiven) return one.sent;
+std::string joined(const Strings& pieces) {
     std::string bytes;
-    for (const auto& piece : one.sent) {
+    for (const auto& piece : pieces) {
         bytes += piece;
     }
+    return bytes;
+}
+
+Strings delivered(const WebSocketCase& one, Delivery delivery) {
+    if (delivery == Delivery::asGiven) return one.sent;
+    const auto bytes = joined(one.sent);
     std::size_t size = bytes.size();
     if (delivery == Delivery::inPieces) size = size < 1000 ? 5 : 997;
     if (delivery == Delivery::byteByByte) size = 1;
@@ -42,6 +52,14 @@ Strings delivered(const WebSocketCase& one, Delivery delivery) {
         pieces.push_back(bytes.substr(at, size));
     }
     return pieces;
+}
+
+/// 0 before the end.
+unsigned closeCodeOf(const test::WebSocketLog& log) {
+    if (log.entries.empty()) return 0;
+    const auto& last = log.entries.back();
+    const bool isEnd = last.kind == Kind::close || last.kind == Kind::violation;
+    return isEnd ? static_cast<unsigned>(last.code) : 0;
 }
 
 struct Answers {
@@ -75,9 +93,8 @@ Answers answersOfDecoder(const Strings& pieces) {
     for (const auto& entry : log.entries) {
         if (entry.kind == Kind::textEnd) answers.texts.push_back(wellFormedUtf8(entry.bytes));
         if (entry.kind == Kind::ping) answers.pongs.push_back(entry.bytes);
-        const bool isEnd = entry.kind == Kind::close || entry.kind == Kind::violation;
-        if (isEnd) answers.closeCode = static_cast<unsigned>(entry.code);
     }
+    answers.closeCode = closeCodeOf(log);
     return answers;
 }
 
@@ -91,6 +108,109 @@ TEST(WebSocketConformance, OfTheDecoder) {
         }
     }
 }
+
+// Over a socket
+
+/// A server that returns each text.
+class Echo : public WebSocketConnection::Receiver {
+  public:
+    explicit Echo(std::shared_ptr<WebSocketConnection> connection) : connection_(std::move(connection)) {}
+
+    bool onMessage(WebSocketConnection::Message message) override {
+        if (message.opcode != WebSocketConnection::Opcode::text) return true;
+        connection_->send(wellFormedUtf8(std::move(message.content)), WebSocketConnection::Kind::awaited);
+        return true;
+    }
+    void onEnd() override {}
+
+  private:
+    std::shared_ptr<WebSocketConnection> connection_;
+};
+
+/// Writes the pieces, ends its side once it has been sent a close frame, and reads to the end.
+Task<Answers> converse(test::RawPeer& peer, Strings pieces) {
+    try {
+        for (auto& piece : pieces) {
+            co_await peer.write(std::move(piece));
+        }
+    } catch (const boost::system::system_error&) { // it has been hung up on, which does not stop its reading
+    }
+    WebSocketDecoder decoder(WebSocketSide::client, 1 << 20);
+    test::WebSocketLog log;
+    std::string bytes;
+    do {
+        const bool wasEnded = closeCodeOf(log) != 0;
+        bytes = co_await peer.readSome();
+        EXPECT_TRUE(bytes.empty() || !wasEnded) << "nothing follows the close frame";
+        if (!bytes.empty()) log.read(decoder, bytes, bytes.size());
+        if (!wasEnded && closeCodeOf(log) != 0) peer.endSending();
+    } while (!bytes.empty());
+    Answers answers;
+    for (const auto& entry : log.entries) {
+        EXPECT_NE(entry.kind, Kind::violation);
+        if (entry.kind == Kind::textEnd) answers.texts.push_back(entry.bytes);
+        if (entry.kind == Kind::pong) answers.pongs.push_back(entry.bytes);
+    }
+    answers.closeCode = closeCodeOf(log);
+    co_return answers;
+}
+
+struct WebSocketConformanceOnASocket : testing::TestWithParam<Delivery> {
+    boost::asio::io_context io;
+    SystemClock clock;
+    test::LoopbackListener listener{io, clock};
+};
+
+Task<Answers> answersOfConnection(WebSocketConformanceOnASocket& test, Strings pieces) {
+    test::RawPeer peer(test.io);
+    co_await peer.upgrade(test.listener.endpoint());
+    peer.socket().set_option(boost::asio::ip::tcp::no_delay(true));
+    const auto connection = co_await test.listener.accept();
+    const auto echo = std::make_shared<Echo>(connection);
+    connection->setReceiver(echo);
+    auto answers = co_await converse(peer, std::move(pieces));
+    co_return answers;
+}
+
+/// Of pings that came together only the last need be answered (RFC 6455, section 5.5.3).
+bool answersPings(const Strings& pongs, const Strings& pings) {
+    auto next = pings.begin();
+    for (const auto& pong : pongs) {
+        next = std::find(next, pings.end(), pong);
+        if (next == pings.end()) return false;
+        ++next;
+    }
+    return next == pings.end();
+}
+
+TEST_P(WebSocketConformanceOnASocket, IsAnswered) {
+    constexpr std::uint16_t normal = 1000;
+    const auto bye = test::WebSocketFrame{0x8, closePayload(WebSocketCloseCode{normal})}.bytes();
+    for (auto& one : test::webSocketCases()) {
+        const auto size = joined(one.sent).size();
+        if (GetParam() == Delivery::byteByByte && size > 5000) continue;
+        if (!one.closeCode) one.sent.push_back(bye); // what lives on is ended by its client
+        auto closeCode = one.closeCode.value_or(normal);
+        if (closeCode == static_cast<std::uint16_t>(WebSocketCloseCode::none)) closeCode = normal;
+
+        Answers answers;
+        auto task = answersOfConnection(*this, delivered(one, GetParam()));
+        ASSERT_NO_THROW(answers = test::runTask(io, std::move(task))) << "case " << one.name;
+        EXPECT_TRUE(answersPings(answers.pongs, one.pongs)) << "case " << one.name;
+        answers.pongs = one.pongs;
+        EXPECT_EQ(answers, (Answers{one.texts, one.pongs, closeCode})) << "case " << one.name;
+    }
+}
+
+std::string nameOf(const testing::TestParamInfo<Delivery>& delivery) {
+    constexpr std::array names{"AsGiven", "Whole", "InPieces", "ByteByByte"};
+    return names.at(static_cast<std::size_t>(delivery.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Delivered, WebSocketConformanceOnASocket,
+                         testing::Values(Delivery::asGiven, Delivery::whole, Delivery::inPieces,
+                                         Delivery::byteByByte),
+                         nameOf);
 
 } // namespace
 } // namespace tarnly
