@@ -15,15 +15,16 @@ using Case = XPlaneBackendError::Case;
 
 /// Names between which others get their turn.
 constexpr std::size_t namesAtOnce = 256;
+/// The same of names whose ids are known.
+constexpr std::size_t looksAtOnce = 4096;
 
 Task<> letOthersRun() {
     auto executor = co_await boost::asio::this_coro::executor;
     co_await boost::asio::post(executor, boost::asio::use_awaitable);
 }
 
-/// One name of a request.
+/// One name of a request. Small and plain: there may be a million.
 struct Wanted {
-    std::string dataref;
     std::optional<std::int64_t> index;
     std::int64_t id = 0;
     std::optional<double> value;
@@ -33,24 +34,36 @@ struct Wanted {
     }
 };
 
-Wanted wantedBy(const std::string& name) {
+/// The dataref that is meant: the name without its index.
+std::string datarefOf(const std::string& name) {
     auto indexed = parseIndexedName(name);
-    if (!indexed) return {name, std::nullopt, 0, std::nullopt};
-    return {std::move(indexed->base), indexed->index, 0, std::nullopt};
+    return indexed ? std::move(indexed->base) : name;
+}
+
+/// Absent for a name that the catalogue does not have.
+std::optional<Wanted> findWanted(WebApiLink& link, const std::string& name) {
+    const auto indexed = parseIndexedName(name);
+    const auto id = link.datarefs().idOf(indexed ? indexed->base : name);
+    if (!id) return std::nullopt;
+    Wanted wanted;
+    if (indexed) wanted.index = indexed->index;
+    wanted.id = *id;
+    wanted.look(link.values());
+    return wanted;
 }
 
 /// Looks until all have their values, or that has taken too long.
 Task<> waitForAll(WebApiLink& link, Clock& clock, std::vector<Wanted>& wanted) {
-    std::vector<Wanted*> missing;
-    for (auto& each : wanted) {
-        if (!each.value) missing.push_back(&each);
-    }
-    for (int looks = 1; !missing.empty(); ++looks) {
-        std::erase_if(missing, [&](Wanted* each) {
-            each->look(link.values());
-            return each->value.has_value();
-        });
-        if (missing.empty() || looks == datarefLooks || link.hasEnded()) co_return;
+    for (int looks = 1; looks <= datarefLooks && !link.hasEnded(); ++looks) {
+        std::size_t missing = 0;
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            wanted[i].look(link.values());
+            if (!wanted[i].value) ++missing;
+            if (i % looksAtOnce == looksAtOnce - 1) {
+                co_await letOthersRun();
+            }
+        }
+        if (missing == 0 || looks == datarefLooks || link.hasEnded()) co_return;
         co_await clock.sleepFor(datarefLookInterval);
     }
 }
@@ -70,13 +83,9 @@ std::optional<std::vector<double>> presentValues(WebApiLink& link, const std::ve
     std::vector<double> values;
     values.reserve(names.size());
     for (const auto& name : names) {
-        auto next = wantedBy(name);
-        const auto id = link.datarefs().idOf(next.dataref);
-        if (!id) return std::nullopt;
-        next.id = *id;
-        next.look(link.values());
-        if (!next.value) return std::nullopt;
-        values.push_back(*next.value);
+        const auto found = findWanted(link, name);
+        if (!found || !found->value) return std::nullopt;
+        values.push_back(*found->value);
     }
     return values;
 }
@@ -93,18 +102,17 @@ Task<std::vector<double>> readDatarefs(std::shared_ptr<WebApiLink> link, Clock& 
     std::vector<Wanted> wanted;
     wanted.reserve(names->size());
     std::vector<std::int64_t> missing;
-    std::optional<std::string> missed;
+    bool isOneUnknown = false;
     for (const auto& name : *names) {
-        auto next = wantedBy(name);
-        const auto id = co_await findId(link, link->datarefs(), next.dataref);
-        if (!id) {
-            missed = next.dataref;
-            break;
+        auto next = findWanted(*link, name);
+        if (!next) {
+            co_await link->refresh(link->datarefs());
+            next = findWanted(*link, name);
         }
-        next.id = *id;
-        next.look(link->values());
-        if (!next.value) missing.push_back(*id);
-        wanted.push_back(std::move(next));
+        isOneUnknown = !next;
+        if (isOneUnknown) break;
+        if (!next->value) missing.push_back(next->id);
+        wanted.push_back(*next);
         if (wanted.size() % namesAtOnce == 0) {
             co_await letOthersRun();
         }
@@ -119,10 +127,13 @@ Task<std::vector<double>> readDatarefs(std::shared_ptr<WebApiLink> link, Clock& 
         if (!each.value && link->hasEnded()) {
             throw LinkEnded(NetworkError::Case::connectionClosed, link->webSocketUrl());
         }
-        if (!each.value) throw XPlaneBackendError(Case::timeout, each.dataref);
+        if (!each.value) throw XPlaneBackendError(Case::timeout, datarefOf((*names)[values.size()]));
         values.push_back(*each.value);
+        if (values.size() % looksAtOnce == 0) {
+            co_await letOthersRun();
+        }
     }
-    if (missed) throw unknownName(*link, Case::unknownDataref, *missed);
+    if (isOneUnknown) throw unknownName(*link, Case::unknownDataref, datarefOf((*names)[wanted.size()]));
     co_return values;
 }
 

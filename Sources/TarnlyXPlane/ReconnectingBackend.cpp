@@ -84,8 +84,7 @@ std::optional<std::vector<double>> ReconnectingBackend::presentDatarefs(
 Task<std::vector<double>> ReconnectingBackend::getDatarefs(
     std::shared_ptr<const std::vector<std::string>> names) {
     if (names->empty()) co_return std::vector<double>();
-    const auto first = names->front();
-    auto read = [names = std::move(names)](XPlaneBackend& link) { return link.getDatarefs(names); };
+    auto read = [names](XPlaneBackend& link) { return link.getDatarefs(names); };
     try {
         auto values = co_await onLink(requestLimit, std::move(read));
         co_return values;
@@ -93,7 +92,7 @@ Task<std::vector<double>> ReconnectingBackend::getDatarefs(
         // Whoever reads is told the same, wherever the simulator has fallen silent.
         if (error.which() != NetworkError::Case::timedOut) throw;
     }
-    throw XPlaneBackendError(XPlaneBackendError::Case::timeout, first);
+    throw XPlaneBackendError(XPlaneBackendError::Case::timeout, names->front());
 }
 
 Task<> ReconnectingBackend::setDataref(std::string name, double value, std::optional<std::int64_t> index) {
