@@ -267,8 +267,8 @@ boost::json::value parse(std::string_view text, NonFinite nonFinite, const JsonS
 } // namespace
 
 boost::json::value parseJson(std::string_view text, const JsonShape& wanted, JsonElements* elements,
-                             boost::json::storage_ptr storage) {
-    return parse(text, NonFinite::rejected, wanted, elements, std::move(storage));
+                             boost::json::storage_ptr storage, NonFinite nonFinite) {
+    return parse(text, nonFinite, wanted, elements, std::move(storage));
 }
 
 boost::json::value parseJson(std::string_view text, NonFinite nonFinite) {

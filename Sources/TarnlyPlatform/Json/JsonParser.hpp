@@ -23,6 +23,6 @@ boost::json::value parseJson(std::string_view text, NonFinite nonFinite = NonFin
 /// The same of the whole text, but the value has only what is wanted of it, in `storage`. Where `elements` is
 /// given, it takes those of the lists within `wanted`, which stand in the value as `[]`.
 boost::json::value parseJson(std::string_view text, const JsonShape& wanted, JsonElements* elements,
-                             boost::json::storage_ptr storage);
+                             boost::json::storage_ptr storage, NonFinite nonFinite = NonFinite::rejected);
 
 } // namespace tarnly

@@ -23,6 +23,8 @@ using asio::ip::tcp;
 using boost::system::error_code;
 
 constexpr std::uint64_t largestResponse = 256 * 1024 * 1024;
+/// What is read at once. An empty buffer would be filled by 512 bytes at a time, however long the response.
+constexpr std::size_t readAtOnce = 64 * 1024;
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 /// One exchange, whose socket closes when its time is over.
@@ -57,6 +59,7 @@ class Exchange {
 
     Task<HttpResponse> receive() {
         boost::beast::flat_buffer buffer;
+        buffer.reserve(readAtOnce);
         http::response_parser<http::string_body> parser;
         parser.body_limit(largestResponse);
         auto [error, size] = co_await http::async_read(*socket_, buffer, parser, asTuple);

@@ -8,6 +8,7 @@
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Json/JsonText.hpp"
 
 namespace tarnly {
 namespace {
@@ -103,6 +104,34 @@ std::string beginningOf(const std::string& text) {
     return text.substr(0, size);
 }
 
+/// A catalogue around its entries.
+struct CatalogueBody {
+    std::vector<CatalogueEntry> data;
+
+    static constexpr auto fields() { return std::tuple(field("data", &CatalogueBody::data)); }
+};
+
+/// Takes a catalogue's entries as they are read: of a catalogue of many megabytes nothing else is kept.
+class CatalogueReader final : public JsonElements {
+  public:
+    void restart() override { ids_.clear(); }
+
+    void add(const json::value& element) override {
+        if (!element.is_object()) return;
+        try {
+            auto entry = decodeJson<CatalogueEntry>(element);
+            ids_.insert_or_assign(std::move(entry.name), entry.id);
+        } catch (const JsonError&) {
+            // The others are none the worse.
+        }
+    }
+
+    IdsByName take() { return std::move(ids_); }
+
+  private:
+    IdsByName ids_;
+};
+
 } // namespace
 
 bool DatarefUpdate::hasAny(std::span<const std::int64_t> ids) const {
@@ -110,30 +139,12 @@ bool DatarefUpdate::hasAny(std::span<const std::int64_t> ids) const {
         ids, [this](std::int64_t id) { return values.contains(id) || arrayValues.contains(id); });
 }
 
-std::vector<CatalogueEntry> parseCatalogue(std::string data) {
-    const auto body = parseJson(wellFormedUtf8(std::move(data)), NonFinite::kept);
-    const auto* list = jsonObject(body).if_contains("data");
-    if (list == nullptr) throwMissingKey("data");
-    const auto& array = jsonArray(*list);
-    std::vector<CatalogueEntry> entries;
-    entries.reserve(array.size());
-    for (const auto& entry : array) {
-        if (!entry.is_object()) continue;
-        try {
-            entries.push_back(decodeJson<CatalogueEntry>(entry));
-        } catch (const JsonError&) {
-            // The others are none the worse.
-        }
-    }
-    return entries;
-}
-
-IdsByName idsByName(std::vector<CatalogueEntry> entries) {
-    IdsByName ids;
-    ids.reserve(entries.size());
-    for (auto& entry : entries)
-        ids.insert_or_assign(std::move(entry.name), entry.id);
-    return ids;
+IdsByName parseCatalogue(std::string data) {
+    CatalogueReader reader;
+    const auto text = wellFormedUtf8(std::move(data));
+    const auto body = parseJson(text, ShapeOf<CatalogueBody>::shape, &reader, {}, NonFinite::kept);
+    decodeJson<CatalogueBody>(body);
+    return reader.take();
 }
 
 WebApiMessage parseWebApiMessage(std::string text) {

@@ -61,7 +61,6 @@ struct CatalogueEntry {
     std::int64_t id = 0;
     std::string name;
 
-    bool operator==(const CatalogueEntry&) const = default;
     static constexpr auto fields() {
         return std::tuple(field("id", &CatalogueEntry::id), field("name", &CatalogueEntry::name));
     }
@@ -69,14 +68,11 @@ struct CatalogueEntry {
 
 using IdsByName = std::unordered_map<std::string, std::int64_t>;
 
-/// The entries of a catalogue response, in their order. Bytes that are not UTF-8 count as U+FFFD. Passed over
-/// are entries that are no objects, as some versions of the simulator have null among their commands, and
-/// those whose id or name is missing or of another kind. Throws `JsonError` for a body that is not a
-/// catalogue.
-std::vector<CatalogueEntry> parseCatalogue(std::string data);
-
-/// Of entries with the same name the last counts.
-IdsByName idsByName(std::vector<CatalogueEntry> entries);
+/// The entries of a catalogue response; of those with the same name the last counts. Bytes that are not UTF-8
+/// count as U+FFFD. Passed over are entries that are no objects, as some versions of the simulator have null
+/// among their commands, and those whose id or name is missing or of another kind. Throws `JsonError` for a
+/// body that is not a catalogue.
+IdsByName parseCatalogue(std::string data);
 
 /// The values that one message of the simulator brings, by dataref id. All are finite.
 struct DatarefUpdate {

@@ -76,9 +76,7 @@ Task<IdsByName> WebApiRest::catalogue(std::string name) {
 
 Task<IdsByName> WebApiRest::parsed(std::string url, HttpResponse response) {
     const auto size = response.body.size();
-    auto parse = [body = std::move(response.body)]() mutable {
-        return idsByName(parseCatalogue(std::move(body)));
-    };
+    auto parse = [body = std::move(response.body)]() mutable { return parseCatalogue(std::move(body)); };
     try {
         auto ids = co_await workers_.runSized(size, std::move(parse));
         co_return ids;

@@ -5,26 +5,24 @@
 namespace tarnly {
 namespace {
 
-using Entries = std::vector<CatalogueEntry>;
-
-TEST(Catalogue, EntriesComeInTheirOrderAndOtherKeysAreIgnored) {
-    const auto entries = parseCatalogue(R"({"data":[
+TEST(Catalogue, HasTheIdsByNameAndOtherKeysAreIgnored) {
+    const auto ids = parseCatalogue(R"({"data":[
         {"id":40003472032,"is_writable":true,"name":"sim/b","value_type":"float"},
         {"name":"sim/a","id":-7}],"count":2})");
-    EXPECT_EQ(entries, (Entries{{40003472032, "sim/b"}, {-7, "sim/a"}}));
+    EXPECT_EQ(ids, (IdsByName{{"sim/b", 40003472032}, {"sim/a", -7}}));
 }
 
-TEST(Catalogue, MayBeEmpty) { EXPECT_EQ(parseCatalogue(R"({"data":[]})"), Entries{}); }
+TEST(Catalogue, MayBeEmpty) { EXPECT_EQ(parseCatalogue(R"({"data":[]})"), IdsByName{}); }
 
 TEST(Catalogue, EntriesThatAreNoObjectsArePassedOver) {
-    const auto entries = parseCatalogue(R"({"data":[null,{"id":1,"name":"a"},3,"x",[],true]})");
-    EXPECT_EQ(entries, (Entries{{1, "a"}}));
+    const auto ids = parseCatalogue(R"({"data":[null,{"id":1,"name":"a"},3,"x",[],true]})");
+    EXPECT_EQ(ids, (IdsByName{{"a", 1}}));
 }
 
 TEST(Catalogue, IdsAreIntegersOf64Bits) {
-    const auto entries =
+    const auto ids =
         parseCatalogue(R"({"data":[{"id":9223372036854775807,"name":"a"},{"id":7.0,"name":"b"}]})");
-    EXPECT_EQ(entries, (Entries{{INT64_MAX, "a"}, {7, "b"}}));
+    EXPECT_EQ(ids, (IdsByName{{"a", INT64_MAX}, {"b", 7}}));
 }
 
 TEST(Catalogue, EntriesWithoutAProperIdOrNameArePassedOver) {
@@ -33,14 +31,26 @@ TEST(Catalogue, EntriesWithoutAProperIdOrNameArePassedOver) {
           R"({"id":1.5,"name":"a"})", R"({"id":null,"name":"a"})", R"({"id":true,"name":"a"})",
           R"({"id":9223372036854775808,"name":"a"})", R"({"id":1,"name":null})"}) {
         const auto body = R"({"data":[{"id":5,"name":"b"},)" + std::string(entry) + "]}";
-        EXPECT_EQ(parseCatalogue(body), (Entries{{5, "b"}})) << entry;
+        EXPECT_EQ(parseCatalogue(body), (IdsByName{{"b", 5}})) << entry;
     }
 }
 
 TEST(Catalogue, MalformedBytesCountAsReplacementCharacters) {
-    const auto entries =
-        parseCatalogue("{\"data\":[{\"id\":1,\"name\":\"a\xff\"},{\"id\":2,\"name\":\"b\"}]}");
-    EXPECT_EQ(entries, (Entries{{1, "a\xEF\xBF\xBD"}, {2, "b"}}));
+    const auto ids = parseCatalogue("{\"data\":[{\"id\":1,\"name\":\"a\xff\"},{\"id\":2,\"name\":\"b\"}]}");
+    EXPECT_EQ(ids, (IdsByName{{"a\xEF\xBF\xBD", 1}, {"b", 2}}));
+}
+
+TEST(Catalogue, ANumberBeyondAllRangesSpoilsItsOwnEntryOnly) {
+    const auto ids = parseCatalogue(
+        R"({"data":[{"id":1e+9999,"name":"a"},{"id":2,"name":"b","x":1e+9999}],"y":[-1e+9999]})");
+    EXPECT_EQ(ids, (IdsByName{{"b", 2}}));
+}
+
+TEST(Catalogue, OfSeveralListsTheLastCounts) {
+    const auto ids =
+        parseCatalogue(R"({"data":[{"id":1,"name":"a"}],"data":[{"id":2,"name":"b"}],"other":[{"id":3}]})");
+    EXPECT_EQ(ids, (IdsByName{{"b", 2}}));
+    EXPECT_THROW(parseCatalogue(R"({"data":[{"id":1,"name":"a"}],"data":3})"), JsonError);
 }
 
 TEST(Catalogue, OtherBodiesFail) {
@@ -51,7 +61,8 @@ TEST(Catalogue, OtherBodiesFail) {
 }
 
 TEST(Catalogue, OfEntriesWithTheSameNameTheLastCounts) {
-    const auto ids = idsByName({{1, "a"}, {2, "b"}, {3, "a"}});
+    const auto ids =
+        parseCatalogue(R"({"data":[{"id":1,"name":"a"},{"id":2,"name":"b"},{"id":3,"name":"a"}]})");
     EXPECT_EQ(ids, (IdsByName{{"a", 3}, {"b", 2}}));
 }
 
