@@ -52,19 +52,25 @@ std::optional<Wanted> findWanted(WebApiLink& link, const std::string& name) {
     return wanted;
 }
 
-/// Looks until all have their values, or that has taken too long.
-Task<> waitForAll(WebApiLink& link, Clock& clock, std::vector<Wanted>& wanted) {
-    for (int looks = 1; looks <= datarefLooks && !link.hasEnded(); ++looks) {
+/// Looks until all have their values, or that has taken too long: at once when values come, but through long
+/// lists at intervals only.
+Task<> waitForAll(std::shared_ptr<WebApiLink> link, Clock& clock, std::vector<Wanted>& wanted) {
+    const auto deadline = clock.now() + datarefPatience;
+    while (!link->hasEnded()) {
         std::size_t missing = 0;
         for (std::size_t i = 0; i < wanted.size(); ++i) {
-            wanted[i].look(link.values());
+            wanted[i].look(link->values());
             if (!wanted[i].value) ++missing;
             if (i % looksAtOnce == looksAtOnce - 1) {
                 co_await letOthersRun();
             }
         }
-        if (missing == 0 || looks == datarefLooks || link.hasEnded()) co_return;
-        co_await clock.sleepFor(datarefLookInterval);
+        if (missing == 0 || clock.now() >= deadline || link->hasEnded()) co_return;
+        if (wanted.size() < looksAtOnce) {
+            co_await WebApiLink::moreValues(link, deadline);
+        } else {
+            co_await clock.sleepFor(datarefLookInterval);
+        }
     }
 }
 
@@ -119,7 +125,7 @@ Task<std::vector<double>> readDatarefs(std::shared_ptr<WebApiLink> link, Clock& 
     }
     if (!missing.empty()) {
         co_await link->subscribe(std::move(missing));
-        co_await waitForAll(*link, clock, wanted);
+        co_await waitForAll(link, clock, wanted);
     }
     std::vector<double> values;
     values.reserve(wanted.size());

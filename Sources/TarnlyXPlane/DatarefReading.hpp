@@ -14,8 +14,9 @@
 
 namespace tarnly {
 
-/// How often, and how far apart, the cache is looked at for a value that is to come.
-inline constexpr int datarefLooks = 50;
+/// How long a value that is to come is waited for, and how far apart the cache is looked at meanwhile where
+/// that takes long.
+inline constexpr std::chrono::milliseconds datarefPatience{980};
 inline constexpr std::chrono::milliseconds datarefLookInterval{20};
 
 /// The id of a dataref or, with its catalogue, of a command. A catalogue that may know more by now is loaded

@@ -19,7 +19,7 @@ using Case = XPlaneBackendError::Case;
 constexpr std::uint16_t commandPort = 49000;
 constexpr std::chrono::seconds settleDelay(2);
 /// After the sample's datarefs have been asked for.
-constexpr auto altitudePatience = (datarefLooks - 1) * datarefLookInterval;
+constexpr auto altitudePatience = datarefPatience;
 
 std::vector<std::int64_t> knownIds(const Catalogue& catalogue, std::span<const std::string_view> names) {
     std::vector<std::int64_t> known;
@@ -177,7 +177,7 @@ Task<> XPlaneBackend::ensureSampleRefsSubscribed() {
     co_await link_->subscribe(ids);
     if (!altitudeWaitEnd_) altitudeWaitEnd_ = clock_.now() + altitudePatience;
     while (!hasAltitude() && !link_->hasEnded() && clock_.now() < *altitudeWaitEnd_) {
-        co_await clock_.sleepFor(datarefLookInterval);
+        co_await WebApiLink::moreValues(link_, *altitudeWaitEnd_);
     }
 }
 

@@ -34,6 +34,7 @@ WebApiLink::WebApiLink(boost::asio::any_io_executor executor, Endpoint endpoint,
       connecting_(executor_),
       tasks_(executor_),
       endedEvent_(executor_),
+      valuesEvent_(executor_),
       liveness_(clock.now()) {}
 
 std::string WebApiLink::webSocketUrl() const {
@@ -124,6 +125,7 @@ void WebApiLink::throwIfEnded() const {
 void WebApiLink::end() {
     if (std::exchange(hasEnded_, true)) return;
     endedEvent_.notifyAll();
+    valuesEvent_.notifyAll();
 }
 
 Task<> WebApiLink::ended() {
@@ -300,6 +302,7 @@ Task<> WebApiLink::handleMessage(std::string text) {
     const bool hasSample = message.update.hasAny(positionIds_);
     lastMessageAt_ = clock_.now();
     values_.apply(std::move(message.update));
+    valuesEvent_.notifyAll();
     if (hasSample) {
         liveness_.noteValues(clock_.now());
         mismatches_ = 0;
@@ -316,6 +319,12 @@ Task<> WebApiLink::handleMessage(std::string text) {
     }
     if (singly.empty()) co_return;
     tasks_.spawn(subscribeSingly(shared_from_this(), std::move(singly)), closeOnFailure());
+}
+
+Task<> WebApiLink::moreValues(std::shared_ptr<WebApiLink> link, Clock::TimePoint deadline) {
+    const auto left = deadline - link->clock_.now();
+    if (link->hasEnded_ || left <= Clock::Duration::zero()) co_return;
+    co_await waitFor(link->valuesEvent_, link->clock_, left);
 }
 
 void WebApiLink::setPositionIds(std::vector<std::int64_t> ids) { positionIds_ = std::move(ids); }

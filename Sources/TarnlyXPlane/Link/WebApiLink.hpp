@@ -105,6 +105,9 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     const IdsByName& commandIds() const { return commands_.ids(); }
     const ValueCache& values() const { return values_; }
 
+    /// Waits until values may have come, or the link has ended, or until `deadline`.
+    static Task<> moreValues(std::shared_ptr<WebApiLink> link, Clock::TimePoint deadline);
+
     Task<std::optional<std::string>> version() { return rest_.version(); }
 
     // What samples stand on
@@ -160,6 +163,7 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     TaskGroup connecting_;
     TaskGroup tasks_;
     Event endedEvent_;
+    Event valuesEvent_;
 
     Catalogue datarefs_;
     Catalogue commands_;
