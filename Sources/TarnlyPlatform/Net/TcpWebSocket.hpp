@@ -4,6 +4,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -109,7 +110,13 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     [[noreturn]] void throwEnded() const;
 
     /// Out of memory, say, that is the end of this connection, and of no other.
-    void guarded(const auto& step);
+    void guarded(const auto& step) {
+        try {
+            step();
+        } catch (const std::exception&) {
+            fail(NetworkError::Case::connectionClosed, "the connection broke down");
+        }
+    }
 
     OnOneThread thread_;
     Clock& clock_;
