@@ -94,7 +94,8 @@ class CompanionHost {
     const std::string appVersion_;
     const std::uint16_t port_;
     const std::shared_ptr<std::atomic<bool>> isStopping_ = std::make_shared<std::atomic<bool>>(false);
-    WorkerPool scriptWorkers_{1};
+    /// Each loads one session's script at a time. As many as the navigation database answers side by side.
+    WorkerPool scriptWorkers_{NavDatabase::sideBySide};
     const std::shared_ptr<PairingManager> pairing_;
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;

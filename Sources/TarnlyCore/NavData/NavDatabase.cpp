@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -36,24 +38,55 @@ std::optional<Coordinate> find(sqlite3* connection, const char* sql, const std::
 
 void NavDatabase::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
 
+/// One connection for as long as it lives; waits for one that is free.
+class NavDatabase::Loan {
+  public:
+    explicit Loan(const NavDatabase& owner) : owner_(owner) {
+        owner_.available_.acquire();
+        connection_ = owner_.idle_.with([](auto& idle) {
+            auto last = std::move(idle.back());
+            idle.pop_back();
+            return last;
+        });
+    }
+    Loan(const Loan&) = delete;
+    Loan& operator=(const Loan&) = delete;
+    ~Loan() {
+        owner_.idle_.with([&](auto& idle) { idle.push_back(std::move(connection_)); });
+        owner_.available_.release();
+    }
+
+    sqlite3* connection() const { return connection_.get(); }
+
+  private:
+    const NavDatabase& owner_;
+    Connection connection_;
+};
+
 NavDatabase::NavDatabase(const std::string& path) {
-    connection_.with([&](auto& connection) {
-        sqlite3* opened = nullptr;
-        const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
-        connection.reset(opened);
-        if (result == SQLITE_OK) return;
-        const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
-        throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
+    idle_.with([&](auto& idle) {
+        for (std::size_t number = 0; number < sideBySide; ++number)
+            idle.push_back(open(path));
     });
+}
+
+NavDatabase::Connection NavDatabase::open(const std::string& path) {
+    sqlite3* opened = nullptr;
+    // Without a lock of its own: each is used by one thread at a time.
+    const int result =
+        sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+    Connection connection(opened);
+    if (result == SQLITE_OK) return connection;
+    const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
+    throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
 }
 
 std::optional<Coordinate> NavDatabase::resolve(const std::string& id) const {
     const auto key = upperCased(id);
-    return connection_.with([&](const auto& connection) {
-        auto found = find(connection.get(), fixQuery, key);
-        if (!found) found = find(connection.get(), navaidQuery, key);
-        return found;
-    });
+    const Loan loan(*this);
+    auto found = find(loan.connection(), fixQuery, key);
+    if (!found) found = find(loan.connection(), navaidQuery, key);
+    return found;
 }
 
 } // namespace tarnly

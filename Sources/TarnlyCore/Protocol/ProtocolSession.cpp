@@ -250,15 +250,20 @@ Task<Reply> ProtocolSession::loadFlight(SharedRequest request) {
 }
 
 Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
-    // A script may be long, and the navigation database slow.
-    auto load = [this, request] {
+    // A script may be long, and the navigation database slow. Meanwhile the client may go, and another one's
+    // later script be ready.
+    auto load = [request, place = loadedScript_->announce(), loadedScript = loadedScript_,
+                 fixResolver = fixResolver_, hasEnded = hasEnded_] {
         auto script = requireParams<LoadScriptRequest>(*request, "load_script requires triggers");
-        auto engine = makeEngine(std::move(script), fixResolver_);
+        const FixResolver whileWanted = [&](const std::string& ident) {
+            return *hasEnded ? std::nullopt : fixResolver(ident);
+        };
+        auto engine = makeEngine(std::move(script), whileWanted);
         UnresolvedFixesPayload payload{engine.unresolvedFixes()};
-        loadedScript_->set(std::move(engine));
+        if (!*hasEnded) loadedScript->set(std::move(engine), place);
         return replyTo(*request, std::move(payload));
     };
-    auto reply = co_await scriptWorkers_.run(load);
+    auto reply = co_await scriptWorkers_.run(std::move(load));
     co_return reply;
 }
 

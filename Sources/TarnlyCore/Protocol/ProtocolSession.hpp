@@ -72,6 +72,10 @@ class ProtocolSession {
     /// to it where something has to be waited for. Neither fails; to be called for one frame at a time.
     std::variant<Answer, Task<Answer>> handleMessage(std::string text);
 
+    /// The connection has gone: a script that is still being loaded does not come into force any more. Safe
+    /// from any thread.
+    void end() { *hasEnded_ = true; }
+
     /// The next piece of a reply, made where it disturbs nobody.
     Task<std::string> makePiece(std::function<std::string()> nextPiece);
 
@@ -155,6 +159,8 @@ class ProtocolSession {
     WorkerPool& scriptWorkers_;
     const std::function<void()> onMuchFreed_;
     bool hadLongRequest_ = false;
+    /// Shared with the scripts that are being loaded.
+    const std::shared_ptr<std::atomic<bool>> hasEnded_ = std::make_shared<std::atomic<bool>>(false);
     std::atomic<bool> isPaired_ = false;
     /// In order, each once; shared with the pushes under way. Null while there are none.
     Guarded<SharedNames> namesToPush_;

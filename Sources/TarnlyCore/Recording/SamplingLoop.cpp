@@ -120,8 +120,9 @@ void SamplingLoop::record(const SampleObservation& seen) {
         .aglFt = recorded->aglFt,
         .gearDown = recorded->gearDown,
         .link = seen.link};
-    for (const auto& fired : loadedScript_->evaluate(forTriggers)) {
-        recording_->recordFired({fired.triggerId, fired.elapsed, fired.actionKind});
+    const auto fired = loadedScript_->evaluate(forTriggers);
+    for (std::size_t place = 0; place < fired.size(); ++place) {
+        recording_->recordFired({fired.trigger(place).id, fired.elapsed(), fired.trigger(place).actionKind});
     }
 }
 

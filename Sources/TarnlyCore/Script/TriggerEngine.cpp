@@ -4,9 +4,11 @@
 #include <cmath>
 #include <compare>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <queue>
+#include <utility>
 
 namespace tarnly {
 namespace {
@@ -52,16 +54,14 @@ TriggerEngine::TriggerEngine(std::vector<ArmedTrigger> triggers, const FixResolv
     reset();
 }
 
-std::vector<FiredTrigger> TriggerEngine::evaluate(const TriggerSample& sample) {
-    const auto firedBefore = firings_.size();
+FiredTriggers TriggerEngine::evaluate(const TriggerSample& sample) {
     forgetOtherLink(sample);
     trackGear(sample);
-    walk(sample);
+    auto fired = walk(sample);
     previous_ = sample;
-    if (firings_.size() > firedBefore) {
-        std::erase_if(waiting_, [this](TriggerIndex index) { return hasFired(index); });
-    }
-    return firedFrom(firedBefore);
+    if (fired.empty()) return {};
+    std::erase_if(waiting_, [this](TriggerIndex index) { return hasFired(index); });
+    return firings_.emplace_back(script_, std::move(fired), sample);
 }
 
 std::vector<ArmedTrigger> TriggerEngine::waiting() const {
@@ -119,11 +119,13 @@ TriggerEngine::Moment TriggerEngine::momentOf(const TriggerSample& sample) const
             .gearDownSince = orNaN(gearDownSince_)};
 }
 
-void TriggerEngine::walk(const TriggerSample& sample) {
+std::vector<TriggerIndex> TriggerEngine::walk(const TriggerSample& sample) {
     const auto now = momentOf(sample);
+    std::vector<TriggerIndex> fired;
     Retests retests;
     for (const auto index : waiting_) {
         if (!fires(index, now)) continue;
+        fired.push_back(index);
         for (const auto dependent : script_->dependents(index)) {
             if (dependent < index) retests.push({2, dependent});
         }
@@ -134,17 +136,18 @@ void TriggerEngine::walk(const TriggerSample& sample) {
         const auto [walk, index] = retests.top();
         retests.pop();
         if (!fires(index, now)) continue;
+        fired.push_back(index);
         for (const auto dependent : script_->dependents(index)) {
             retests.push({dependent > index ? walk : walk + 1, dependent});
         }
     }
+    return fired;
 }
 
 bool TriggerEngine::fires(TriggerIndex index, const Moment& now) {
     const auto& test = script_->tests()[index];
     if (hasFired(index) || !holds(test, now)) return false;
     firedAt_[test.id] = now.sample.elapsed;
-    firings_.push_back({index, now.sample.elapsed, now.sample.lat, now.sample.lon});
     return true;
 }
 
@@ -166,15 +169,10 @@ bool TriggerEngine::holds(const TriggerTest& test, const Moment& now) const {
     return false;
 }
 
-std::vector<FiredTrigger> TriggerEngine::firedFrom(std::size_t first) const {
+std::vector<FiredTrigger> TriggerEngine::fired() const {
     std::vector<FiredTrigger> result;
-    result.reserve(firings_.size() - first);
-    for (auto i = first; i < firings_.size(); ++i) {
-        const auto& [index, elapsed, lat, lon] = firings_[i];
-        const auto& trigger = triggers()[index];
-        result.push_back(
-            {trigger.id, trigger.title(), trigger.actionKind, trigger.action, elapsed, lat, lon});
-    }
+    for (const auto& firing : firings_)
+        std::ranges::move(firing.described(), std::back_inserter(result));
     return result;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "TarnlyCore/Script/ArmedScript.hpp"
+#include "TarnlyCore/Script/FiredTriggers.hpp"
 #include "TarnlyCore/Script/Trigger.hpp"
 
 namespace tarnly {
@@ -29,7 +30,7 @@ class TriggerEngine {
     ///
     /// The first sample of another link only says where the aircraft is: what lies between it and the sample
     /// before is no crossing, and a period with the gear down has ended.
-    std::vector<FiredTrigger> evaluate(const TriggerSample& sample);
+    FiredTriggers evaluate(const TriggerSample& sample);
 
     /// In load order.
     std::vector<ArmedTrigger> waiting() const;
@@ -40,7 +41,7 @@ class TriggerEngine {
     /// In load order.
     const std::vector<ArmedTrigger>& triggers() const { return script_->triggers(); }
     /// All that have fired so far, in the order of firing.
-    std::vector<FiredTrigger> fired() const { return firedFrom(0); }
+    std::vector<FiredTrigger> fired() const;
     /// The fixes that were not found, in upper case, in the order in which they are first named.
     const std::vector<std::string>& unresolvedFixes() const { return script_->unresolvedFixes(); }
 
@@ -48,28 +49,24 @@ class TriggerEngine {
     static double distanceNm(double lat1, double lon1, double lat2, double lon2);
 
   private:
-    struct Firing {
-        TriggerIndex index;
-        double elapsed;
-        std::optional<double> lat;
-        std::optional<double> lon;
-    };
     struct Moment;
 
     void forgetOtherLink(const TriggerSample& sample);
     void trackGear(const TriggerSample& sample);
     Moment momentOf(const TriggerSample& sample) const;
-    void walk(const TriggerSample& sample);
+    /// What fires, in the order of firing.
+    std::vector<TriggerIndex> walk(const TriggerSample& sample);
+    /// Whether the trigger fires now, which is then noted.
     bool fires(TriggerIndex index, const Moment& now);
     bool holds(const TriggerTest& test, const Moment& now) const;
     bool hasFired(TriggerIndex index) const { return firedAt_[script_->tests()[index].id].has_value(); }
-    std::vector<FiredTrigger> firedFrom(std::size_t first) const;
 
     // Constant after construction
     std::shared_ptr<const ArmedScript> script_;
 
     // What has happened
-    std::vector<Firing> firings_;
+    /// Of each sample on which something fired.
+    std::vector<FiredTriggers> firings_;
     /// By id number.
     std::vector<std::optional<double>> firedAt_;
     /// In load order.

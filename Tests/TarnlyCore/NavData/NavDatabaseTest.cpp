@@ -163,12 +163,12 @@ TEST_F(NavDatabaseTest, FindsNothingWhileSomebodyWritesAndFindsItAfterwards) {
     EXPECT_EQ(database.resolve("KLO"), (Coordinate{1, 2}));
 }
 
-TEST_F(NavDatabaseTest, ServesSeveralThreadsAtOnce) {
+TEST_F(NavDatabaseTest, ServesMoreThreadsThanItHasConnections) {
     const auto database = with(
         "INSERT INTO enroute_fixes VALUES ('ABC', 1, 2);"
         "INSERT INTO navaids VALUES ('KLO', 3, 4);");
     std::vector<std::jthread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
+    for (std::size_t thread = 0; thread < NavDatabase::sideBySide + 4; ++thread) {
         threads.emplace_back([&] {
             for (int i = 0; i < 100; ++i) {
                 EXPECT_EQ(database.resolve("abc"), (Coordinate{1, 2}));

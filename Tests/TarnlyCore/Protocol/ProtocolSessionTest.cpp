@@ -341,6 +341,81 @@ TEST_F(ProtocolSessionTest, ANewScriptForgetsWhatTheLastHadFired) {
     EXPECT_EQ(loadedScript->evaluate({}).size(), 1U);
 }
 
+/// A navigation database in which one fix is found only when the test lets it.
+struct SlowFix {
+    std::promise<void> release;
+    std::promise<void> asked;
+    std::shared_future<void> released = release.get_future().share();
+
+    FixResolver resolver() {
+        return [this](const std::string& ident) -> std::optional<Coordinate> {
+            if (ident == "SLOW") {
+                asked.set_value();
+                released.wait();
+            }
+            return std::nullopt;
+        };
+    }
+};
+
+/// Two sessions, of which the first is loading a script that waits for its fix.
+struct ScriptsSideBySideTest : ProtocolSessionTest {
+    SlowFix slow;
+    WorkerPool scriptWorkers{2}; // depends-on: slow
+    std::shared_ptr<ProtocolSession> other = sessionWithSlowFix();
+    std::optional<std::string> firstAnswer;
+
+    std::shared_ptr<ProtocolSession> sessionWithSlowFix() {
+        return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, slow.resolver(),
+                                                 workers, scriptWorkers);
+    }
+
+    ScriptsSideBySideTest() {
+        session = sessionWithSlowFix();
+        test::runTask(io, answerOf(other, R"({"type":"pair"})"));
+        pair();
+        const auto first = trigger("first", "reaches_fix", R"({"fix":"slow","within_nm":2})") + "," +
+                           trigger("too", "reaches_fix", R"({"fix":"other","within_nm":2})");
+        auto keep = [this](const std::exception_ptr&, std::optional<std::string> text) {
+            firstAnswer = std::move(text);
+        };
+        boost::asio::co_spawn(io, answerOf(session, scriptOf(first)), std::move(keep));
+        auto asked = slow.asked.get_future();
+        auto isAsked = [&] { return asked.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
+        EXPECT_TRUE(test::runUntil(io, isAsked));
+    }
+
+    void letTheFirstFinish() {
+        slow.release.set_value();
+        EXPECT_TRUE(test::runUntil(io, [&] { return firstAnswer.has_value(); }));
+    }
+};
+
+TEST_F(ScriptsSideBySideTest, TheOneThatCameLaterWinsThoughTheEarlierTakesLonger) {
+    const auto second = scriptOf(trigger("second", "after_start", R"({"seconds":0})"));
+    EXPECT_EQ(test::runTask(io, answerOf(other, second)),
+              R"({"type":"load_script","req_id":1,"data":{"unresolved_fixes":[]}})");
+    EXPECT_FALSE(firstAnswer);
+    letTheFirstFinish();
+    EXPECT_EQ(firstAnswer,
+              R"({"type":"load_script","req_id":1,"data":{"unresolved_fixes":["SLOW","OTHER"]}})");
+    EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "second");
+}
+
+TEST_F(ScriptsSideBySideTest, ALaterScriptThatFailsLeavesTheWayToTheEarlier) {
+    test::runTask(io, answerOf(other, scriptOf(trigger("second", "after_landing", "{}"))));
+    letTheFirstFinish();
+    EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "first");
+}
+
+TEST_F(ScriptsSideBySideTest, TheScriptOfAConnectionThatHasGoneDoesNotComeIntoForce) {
+    session->end();
+    letTheFirstFinish();
+    EXPECT_FALSE(loadedScript->current());
+    test::runTask(io, answerOf(other, scriptOf("")));
+    EXPECT_TRUE(loadedScript->current());
+}
+
 // Recording
 
 TEST_F(ProtocolSessionTest, RecordingsAreStartedAndStopped) {

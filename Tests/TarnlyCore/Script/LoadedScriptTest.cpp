@@ -54,6 +54,25 @@ TEST(LoadedScript, ANewEngineReplacesTheOldAndAllThatItFired) {
     EXPECT_THAT(ids(script.evaluate(at(0))), ElementsAre("a", "b"));
 }
 
+TEST(LoadedScript, OfTwoTheOneOfTheLaterPlaceIsInForceWhicheverComesFirst) {
+    LoadedScript script;
+    const auto earlier = script.announce();
+    const auto later = script.announce();
+    script.set(TriggerEngine({armed("later", afterStart(0))}, noFix), later);
+    script.set(TriggerEngine({armed("earlier", afterStart(0))}, noFix), earlier);
+    EXPECT_THAT(ids(script.evaluate(at(0))), ElementsAre("later"));
+    script.set(TriggerEngine({armed("last", afterStart(0))}, noFix), script.announce());
+    EXPECT_THAT(ids(script.evaluate(at(0))), ElementsAre("last"));
+}
+
+TEST(LoadedScript, APlaceThatNobodyTakesKeepsNobodyOut) {
+    LoadedScript script;
+    const auto earlier = script.announce();
+    script.announce();
+    script.set(TriggerEngine({armed("earlier", afterStart(0))}, noFix), earlier);
+    EXPECT_THAT(ids(script.evaluate(at(0))), ElementsAre("earlier"));
+}
+
 TEST(LoadedScript, IsSafeFromManyThreads) {
     LoadedScript script;
     const TriggerEngine engine({armed("b", test::afterTrigger("a")), armed("a", afterStart(0))}, noFix);

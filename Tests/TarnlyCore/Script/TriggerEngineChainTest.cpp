@@ -119,7 +119,7 @@ TEST(TriggerEngineChain, OfTriggersThatShareAnIdOnlyTheFirstToFireFires) {
     later.name = "later";
     earlier.name = "earlier";
     TriggerEngine engine({later, earlier}, noFix);
-    const auto fired = engine.evaluate(at(1));
+    const auto fired = engine.evaluate(at(1)).described();
     ASSERT_THAT(ids(fired), ElementsAre("a"));
     EXPECT_EQ(fired.front().title, "earlier");
     EXPECT_THAT(engine.waiting(), IsEmpty());
@@ -132,7 +132,7 @@ TEST(TriggerEngineChain, OfTriggersThatShareAnIdTheFirstInTheScriptFiresWhenBoth
     first.name = "first";
     second.name = "second";
     TriggerEngine engine({first, second}, noFix);
-    const auto fired = engine.evaluate(at(0));
+    const auto fired = engine.evaluate(at(0)).described();
     ASSERT_EQ(fired.size(), 1U);
     EXPECT_EQ(fired.front().title, "first");
 }
@@ -162,7 +162,7 @@ TEST(TriggerEngineChain, ALongChainAgainstTheOrderOfTheScriptFiresOnOneSample) {
         script.push_back(armed(id(i), afterTrigger(id(i - 1))));
     script.push_back(armed(id(1), afterStart(0)));
     TriggerEngine engine(script, noFix);
-    const auto fired = engine.evaluate(at(0));
+    const auto fired = engine.evaluate(at(0)).described();
     ASSERT_EQ(fired.size(), script.size());
     for (std::size_t i = 0; i < fired.size(); ++i) {
         ASSERT_EQ(fired[i].triggerId, script[script.size() - 1 - i].id);
@@ -176,7 +176,7 @@ TEST(TriggerEngineChain, ManyTriggersBehindOneFireInLoadOrder) {
         script.push_back(armed(id(i), afterTrigger("start")));
     script.push_back(armed("start", afterStart(0)));
     TriggerEngine engine(script, noFix);
-    const auto fired = engine.evaluate(at(0));
+    const auto fired = engine.evaluate(at(0)).described();
     ASSERT_EQ(fired.size(), script.size());
     EXPECT_EQ(fired.front().triggerId, "start");
     for (std::size_t i = 1; i < fired.size(); ++i)

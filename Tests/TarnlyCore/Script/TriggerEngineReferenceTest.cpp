@@ -46,7 +46,7 @@ class Pair {
     }
 
     void evaluate(const TriggerSample& sample) {
-        const auto fired = engine_.evaluate(sample);
+        const auto fired = engine_.evaluate(sample).described();
         EXPECT_EQ(described(fired), described(reference_.evaluate(sample)));
         EXPECT_EQ(described(engine_.fired()), described(reference_.fired()));
         EXPECT_EQ(described(engine_.waiting()), described(reference_.waiting()));

@@ -66,7 +66,7 @@ TEST(TriggerEngine, ReportsTriggerSampleTimeAndPosition) {
     auto trigger = armed("a", afterStart(1));
     trigger.action = {{"text", {"Flaps up"}}, {"level", {2.0}}};
     TriggerEngine engine({trigger}, noFix);
-    const auto fired = engine.evaluate({.elapsed = 1.5, .lat = 47, .lon = 8});
+    const auto fired = engine.evaluate({.elapsed = 1.5, .lat = 47, .lon = 8}).described();
     EXPECT_THAT(fired, ElementsAre(FiredTrigger{"a", "say", "say", trigger.action, 1.5, 47, 8}));
     EXPECT_EQ(engine.fired(), fired);
 }
@@ -75,7 +75,7 @@ TEST(TriggerEngine, ReportsTheNameAsTitleAndNoPositionWithoutOne) {
     auto trigger = armed("a", afterStart(0));
     trigger.name = "Welcome";
     TriggerEngine engine({trigger}, noFix);
-    EXPECT_THAT(engine.evaluate(at(0)),
+    EXPECT_THAT(engine.evaluate(at(0)).described(),
                 ElementsAre(FiredTrigger{"a", "Welcome", "say", {}, 0, std::nullopt, std::nullopt}));
 }
 
@@ -120,7 +120,7 @@ TEST(TriggerEngine, ACopyGoesItsOwnWay) {
 
 TEST(TriggerEngine, AfterStartWithoutDelayFiresOnTheFirstSample) {
     TriggerEngine engine({armed("a", afterStart(0))}, noFix);
-    const auto fired = engine.evaluate(at(0.25));
+    const auto fired = engine.evaluate(at(0.25)).described();
     ASSERT_EQ(fired.size(), 1U);
     EXPECT_EQ(fired.front().elapsed, 0.25);
 }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlyCore/Script/FiredTriggers.hpp"
 #include "TarnlyCore/Script/Trigger.hpp"
 
 /// Short ways to write down triggers and what has fired.
@@ -43,6 +44,8 @@ inline std::vector<std::string> ids(const std::vector<FiredTrigger>& triggers) {
         result.push_back(trigger.triggerId);
     return result;
 }
+
+inline std::vector<std::string> ids(const FiredTriggers& triggers) { return ids(triggers.described()); }
 
 inline std::vector<std::string> ids(const std::vector<ArmedTrigger>& triggers) {
     std::vector<std::string> result;
