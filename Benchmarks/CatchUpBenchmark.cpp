@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <atomic>
@@ -7,9 +8,10 @@
 #include <thread>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyCore/Protocol/Messages.hpp"
-#include "TarnlyCore/Recording/FlightRecorder.hpp"
-#include "TarnlyCore/Recording/Recordings.hpp"
+#include "TarnlyCore/Protocol/CatchUpReply.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
+#include "TarnlyCore/Script/TriggerEngine.hpp"
+#include "TarnlyCore/Script/Triggers.hpp"
 
 /// What a long recording costs. What must hold: the reply to a catch-up of 72,000 samples, ten hours, is
 /// encoded within 150 ms, and a sample that comes meanwhile does not wait for it.
@@ -26,21 +28,26 @@ class Flight {
     Flight() : recording(folder_.path(), clock_) {
         recording.start();
         for (int i = 0; i < tenHours; ++i) {
-            recording.recordSample(test::fullSampleAt(0.5001 * i));
-            if (i % 36 == 0) recording.recordFired(test::firedAt(0.5001 * i));
+            test::record(recording, test::fullSampleAt(0.5001 * i),
+                         std::vector<std::string>(i % 36 == 0 ? 1 : 0, "gear-check"));
         }
     }
 
   private:
     const test::TemporaryFolder folder_;
-    const SystemClock clock_;
+    SystemClock clock_;
 
   public:
     FlightRecorder recording; // depends-on: folder_, clock_
 };
 
-std::string reply(RecordedFlight response) {
-    return encodeJson(ResponseEnvelope<RecordedFlight>{"catch_up", 7, std::move(response)});
+/// All pieces, of which one at a time is kept; how many bytes they have.
+std::size_t encodedSize(const FlightRecorder& recording, std::optional<double> since = std::nullopt) {
+    CatchUpReply reply({"catch_up", 7}, recording.snapshot(), since);
+    std::size_t size = 0;
+    while (!reply.isWhole())
+        size += reply.nextPiece().size();
+    return size;
 }
 
 void sampleIsRecorded(benchmark::State& state) {
@@ -65,38 +72,60 @@ void sampleIsRecordedWithoutAFile(benchmark::State& state) {
 
 /// What the lock is held for.
 void snapshotIsTaken(benchmark::State& state) {
-    GrowingList<TrackSample> samples;
-    for (int i = 0; i < tenHours; ++i)
-        samples.append(test::fullSampleAt(i));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(samples.snapshot());
-}
-
-void allIsCopied(benchmark::State& state) {
     const Flight flight;
     for (auto _ : state)
-        benchmark::DoNotOptimize(flight.recording.catchUp(std::nullopt));
-}
-
-void lastMinuteIsCopied(benchmark::State& state) {
-    const Flight flight;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(flight.recording.catchUp(0.5001 * (tenHours - 120)));
+        benchmark::DoNotOptimize(flight.recording.snapshot());
 }
 
 void allIsEncoded(benchmark::State& state) {
     const Flight flight;
-    const ResponseEnvelope<RecordedFlight> response{"catch_up", 7, flight.recording.catchUp(std::nullopt)};
     std::size_t bytes = 0;
     for (auto _ : state)
-        bytes = encodeJson(response).size();
+        bytes = encodedSize(flight.recording);
     state.counters["bytes"] = static_cast<double>(bytes);
 }
 
-void allIsCopiedAndEncoded(benchmark::State& state) {
+void lastMinuteIsEncoded(benchmark::State& state) {
     const Flight flight;
     for (auto _ : state)
-        benchmark::DoNotOptimize(reply(flight.recording.catchUp(std::nullopt)));
+        benchmark::DoNotOptimize(encodedSize(flight.recording, 0.5001 * (tenHours - 120)));
+}
+
+/// The counter is what malloc has given out for a day's samples, for each of them.
+void dayIsKept(benchmark::State& state) {
+    constexpr std::size_t day = 172'800;
+    for (auto _ : state) {
+        const auto before = mallinfo2();
+        SampleList samples;
+        for (std::size_t i = 0; i < day; ++i)
+            samples.append(test::fullSampleAt(0.5 * static_cast<double>(i)));
+        const auto after = mallinfo2();
+        state.counters["bytes_a_sample"] =
+            static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) /
+            static_cast<double>(day);
+    }
+}
+
+/// How long the heartbeat is held by a hundred thousand triggers that fire on one sample.
+void manyTriggersFireOnASample(benchmark::State& state) {
+    const test::TemporaryFolder folder;
+    SystemClock clock;
+    FlightRecorder recording(folder.path(), clock);
+    std::vector<ArmedTrigger> script;
+    for (int i = 0; i < 100'000; ++i)
+        script.push_back(test::armed("trigger-" + std::to_string(i), test::afterStart(0)));
+    TriggerEngine engine(script, [](const std::string&) { return std::nullopt; });
+    const auto fire = [&](const TrackSample& recorded) {
+        return engine.evaluate({.elapsed = recorded.elapsedSeconds});
+    };
+    for (auto _ : state) {
+        state.PauseTiming();
+        engine.reset();
+        recording.start();
+        test::waitUntilWritten(recording);
+        state.ResumeTiming();
+        recording.recordSample(test::fullSampleAt(1), std::nullopt, fire);
+    }
 }
 
 void longRecordingIsLetGo(benchmark::State& state) {
@@ -118,7 +147,7 @@ void sampleIsRecordedBesideCatchUps(benchmark::State& state) {
     std::atomic<bool> isDone = false;
     std::thread reader([&] {
         while (!isDone)
-            benchmark::DoNotOptimize(reply(flight.recording.catchUp(std::nullopt)));
+            benchmark::DoNotOptimize(encodedSize(flight.recording));
     });
     const auto sample = test::fullSampleAt(1234.5678);
     std::vector<double> microseconds;
@@ -137,10 +166,10 @@ void sampleIsRecordedBesideCatchUps(benchmark::State& state) {
 BENCHMARK(sampleIsRecorded)->Unit(benchmark::kMicrosecond);
 BENCHMARK(sampleIsRecordedWithoutAFile)->Unit(benchmark::kMicrosecond);
 BENCHMARK(snapshotIsTaken)->Unit(benchmark::kMicrosecond);
-BENCHMARK(allIsCopied)->Unit(benchmark::kMillisecond);
-BENCHMARK(lastMinuteIsCopied)->Unit(benchmark::kMillisecond);
 BENCHMARK(allIsEncoded)->Unit(benchmark::kMillisecond);
-BENCHMARK(allIsCopiedAndEncoded)->Unit(benchmark::kMillisecond);
+BENCHMARK(lastMinuteIsEncoded)->Unit(benchmark::kMicrosecond);
+BENCHMARK(dayIsKept)->Unit(benchmark::kMillisecond);
+BENCHMARK(manyTriggersFireOnASample)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK(longRecordingIsLetGo)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(sampleIsRecordedBesideCatchUps)->Unit(benchmark::kMicrosecond)->Iterations(2000);
 

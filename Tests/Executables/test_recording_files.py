@@ -7,12 +7,13 @@ import random
 import re
 import signal
 import stat
+import subprocess
 import time
 from datetime import datetime, timedelta, timezone
 from pathlib import Path
 
 import pytest
-from harness import Companion, executable
+from harness import Companion, executable, wait_until
 from lesson import SAMPLE, Recorder, add_sample_datarefs, trigger
 
 FILE_NAME = re.compile(r"session-(\d{4}-\d\d-\d\dT\d{6})Z\.jsonl")
@@ -61,6 +62,11 @@ def read_log(path):
     return [json.loads(line) for line in text.splitlines()]
 
 
+def whole_records(path):
+    """The records of a log that is being written."""
+    return [json.loads(line) for line in path.read_bytes().split(b"\n")[:-1]]
+
+
 def of_kind(kind, records):
     return [record[kind] for record in records if record["kind"] == kind]
 
@@ -96,6 +102,7 @@ def test_the_log_says_what_catch_up_says(companion, data):
 def test_lines_are_compact_and_their_keys_in_order(companion, data):
     recorder = start(companion.client(), trigger("a/b", "after_start", "ü/✈", seconds=0))
     recorder.wait_for_samples(2)
+    recorder.client.data("recording_stop")
     [log] = logs(data)
     lines = log.read_text(encoding="utf-8").splitlines()
     elapsed = [json.loads(line)["sample"]["elapsed_s"] for line in (lines[0], lines[2])]
@@ -129,18 +136,24 @@ def test_what_is_missing_has_no_key(programs, fake, data):
     fake.add("sim/flightmodel/misc/h_ind", 1200)
     recorder = start(start_companion(programs, fake, data).client())
     recorder.wait_for_samples(1)
+    recorder.client.data("recording_stop")
     record = read_log(logs(data)[0])[0]
     assert record == {"kind": "sample", "sample": {
         "elapsed_s": recorder.samples[0]["elapsed_s"], "alt_ft": 1200}}
 
 
-def test_every_line_is_on_the_disk_as_soon_as_a_client_can_see_it(companion, data):
+def test_what_a_client_can_see_is_on_the_disk_a_moment_later(companion, data):
     recorder = start(companion.client(), *(trigger(f"{n}", "after_start", seconds=n / 4) for n in range(8)))
+    [log] = logs(data)
+
+    def is_written():
+        records = whole_records(log)
+        return (of_kind("sample", records)[:len(recorder.samples)] == recorder.samples
+                and of_kind("fired", records)[:len(recorder.fired)] == recorder.fired)
+
     for _ in range(5):
         recorder.wait_for_samples(1)
-        records = read_log(logs(data)[0])
-        assert of_kind("sample", records)[:len(recorder.samples)] == recorder.samples
-        assert of_kind("fired", records)[:len(recorder.fired)] == recorder.fired
+        wait_until(is_written, "what the client has seen")
 
 
 def test_after_the_stop_the_log_grows_no_more(companion, data):
@@ -251,12 +264,70 @@ def test_names_that_are_taken_by_folders_leave_recordings_in_memory(companion, d
     assert logs(data) == taken and all(folder.is_dir() for folder in taken)
 
 
-# The companion's end
+# A slow disk
 
 
 def is_instrumented():
     program = Path(executable("tarnlyd")).read_bytes()
     return b"__asan_init" in program or b"__tsan_init" in program
+
+
+SLOW_WRITE = """
+#include <dlfcn.h>
+#include <unistd.h>
+#include <cstdio>
+#include <cstring>
+
+extern "C" ssize_t write(int file, const void* bytes, size_t size) {
+    char link[64];
+    char path[4096];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+    const ssize_t length = readlink(link, path, sizeof path);
+    if (length > 6 && std::memcmp(path + length - 6, ".jsonl", 6) == 0) usleep(3000000);
+    static const auto next = reinterpret_cast<ssize_t (*)(int, const void*, size_t)>(dlsym(RTLD_NEXT, "write"));
+    return next(file, bytes, size);
+}
+"""
+
+
+@pytest.fixture
+def slow_disk(tmp_path):
+    """A library on which each write to a log takes three seconds."""
+    if is_instrumented():
+        pytest.skip("a sanitizer has to be loaded first")
+    source, library = tmp_path / "slow.cpp", tmp_path / "slow.so"
+    source.write_text(SLOW_WRITE)
+    subprocess.run(["c++", "-D_GNU_SOURCE", "-shared", "-fPIC", "-o", library, source, "-ldl"], check=True)
+    return library
+
+
+def test_nobody_waits_for_a_slow_disk_but_who_ends_the_recording(programs, flight, data, slow_disk):
+    companion = start_companion(programs, flight, data, LD_PRELOAD=slow_disk)
+    client, other = companion.client(), companion.client()
+    recorder = start(client, trigger("now", "after_start", seconds=0))
+    longest = 0
+    begin = time.monotonic()
+    while time.monotonic() < begin + 7:  # more than two writes
+        asked = time.monotonic()
+        other.data("sim_info")
+        longest = max(longest, time.monotonic() - asked)
+    recorder.catch_up()
+    assert len(recorder.samples) >= 8
+    assert longest < 1.5, f"an answer took {longest:.2f} s"
+    client.data("recording_stop")
+    assert_log_holds(logs(data)[0], client.data("catch_up"))
+
+
+def test_the_end_of_the_program_waits_for_a_slow_disk(programs, flight, data, slow_disk):
+    companion = start_companion(programs, flight, data, LD_PRELOAD=slow_disk)
+    recorder = start(companion.client())
+    recorder.wait_for_samples(3)
+    assert companion.program.end() == 0
+    records = read_log(logs(data)[0])
+    assert of_kind("sample", records)[:len(recorder.samples)] == recorder.samples
+
+
+# The companion's end
 
 
 def records_of_a_torn_log(path):
@@ -269,7 +340,7 @@ def records_of_a_torn_log(path):
 
 
 @pytest.mark.parametrize("number", range(10))
-def test_a_kill_loses_no_line_that_a_client_has_seen(programs, flight, number):
+def test_a_kill_costs_the_last_beats_at_most(programs, flight, number):
     """Ten companions a round, each killed while it writes: many triggers fire on every sample."""
     side_by_side = 2 if is_instrumented() else 10
     chance = random.Random(number)
@@ -288,8 +359,12 @@ def test_a_kill_loses_no_line_that_a_client_has_seen(programs, flight, number):
         records = records_of_a_torn_log(log)
         samples, fired = of_kind("sample", records), of_kind("fired", records)
         assert len(records) == len(samples) + len(fired)
-        assert samples[:len(recorder.samples)] == recorder.samples
-        assert [event for event in recorder.fired if event not in fired] == []
+        # The writing is behind by less than a beat, or a little more while the machine is busy.
+        assert len(samples) >= len(recorder.samples) - 2
+        common = min(len(samples), len(recorder.samples))
+        assert samples[:common] == recorder.samples[:common]
+        begun = samples[-1]["elapsed_s"] if samples else 0
+        assert [event for event in recorder.fired if event["elapsed_s"] < begun and event not in fired] == []
 
 
 def test_a_signal_to_end_leaves_a_whole_log(companion, data):

@@ -85,7 +85,8 @@ def test_the_status_file_follows_clients_and_a_recording(told, status_file):
     client = told.client()
     status_file.wait_for(lambda status: status["clients"] == {"paired": 1, "connected": 2}, "two clients")
     client.data("recording_start")
-    recording = status_file.wait_for(lambda status: "recording" in status, "a recording")["recording"]
+    recording = status_file.wait_for(lambda status: status.get("recording", {}).get("file"),
+                                     "a recording with its file")["recording"]
     assert re.fullmatch(r".*/Recordings/session-\d{4}-\d\d-\d\dT\d{6}Z\.jsonl", recording["file"])
     assert os.path.exists(recording["file"])
     status_file.wait_for(lambda status: status["recording"]["running_for_s"] > recording["running_for_s"],

@@ -80,6 +80,7 @@ TEST_F(StatusReporterTest, FollowsTheStage) {
 
 TEST_F(StatusReporterTest, FollowsARecording) {
     host.recording().start();
+    test::runTask(io, host.recording().written());
     clock.advance(io, 5s);
     auto recording = reporter.collect().recording;
     EXPECT_EQ(recordingSentence(recording), "Recording for 0:05, no samples yet.");

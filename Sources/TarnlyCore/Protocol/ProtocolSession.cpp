@@ -1,6 +1,7 @@
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <iterator>
@@ -8,6 +9,7 @@
 #include <span>
 #include <utility>
 
+#include "TarnlyCore/Protocol/CatchUpReply.hpp"
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
@@ -17,6 +19,10 @@ namespace {
 
 /// What a value takes on the wire, about.
 constexpr std::size_t bytesPerValue = 64;
+
+/// How long a client waits for its recording's file: whoever looks for it then finds it, and a disk that
+/// hangs does not keep the recording from beginning.
+constexpr auto fileLimit = std::chrono::milliseconds(250);
 
 /// The engine of a script as the client sent it. Throws `MappingError`.
 TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
@@ -123,8 +129,8 @@ const std::vector<ProtocolSession::Entry>& ProtocolSession::handlers() {
         {MessageType::listFlights, nullptr, &Session::later<&Session::listFlights>},
         {MessageType::loadFlight, readParams<LoadFlightRequest>, &Session::later<&Session::loadFlight>},
         {MessageType::loadScript, readParams<LoadScriptRequest>, &Session::later<&Session::loadScript>},
-        {MessageType::recordingStart, nullptr, &Session::startRecording},
-        {MessageType::recordingStop, nullptr, &Session::stopRecording},
+        {MessageType::recordingStart, nullptr, &Session::later<&Session::startRecording>},
+        {MessageType::recordingStop, nullptr, &Session::later<&Session::stopRecording>},
         {MessageType::catchUp, readParams<CatchUpRequest>, &Session::later<&Session::catchUp>},
         {MessageType::datarefSubscribeValues, readParams<DatarefNamesParams>,
          &Session::later<&Session::subscribeValues>},
@@ -267,25 +273,31 @@ Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
     co_return reply;
 }
 
-ProtocolSession::Handling ProtocolSession::startRecording(const SharedRequest& request) {
+Task<Reply> ProtocolSession::startRecording(SharedRequest request) {
     recording_->start(); // on the thread that records: never between a sample and its triggers
-    return replyTo(*request, OkPayload{});
+    co_await recording_->written(fileLimit);
+    co_return replyTo(*request, OkPayload{});
 }
 
-ProtocolSession::Handling ProtocolSession::stopRecording(const SharedRequest& request) {
+Task<Reply> ProtocolSession::stopRecording(SharedRequest request) {
     recording_->stop();
-    return replyTo(*request, OkPayload{});
+    co_await recording_->written();
+    co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::catchUp(SharedRequest request) {
     const auto params = request->take<CatchUpRequest>().value_or(CatchUpRequest{});
     // The snapshot is taken on the thread that records, so that no client gets a sample without its triggers
     // and asks for what is after it. Ten hours of flight take a while to write: that is done aside.
-    auto encode = [request, since = params.sinceElapsedSeconds, recorded = recording_->snapshot()] {
-        return replyTo(*request, recorded.after(since));
+    auto reply =
+        std::make_shared<CatchUpReply>(request->head, recording_->snapshot(), params.sinceElapsedSeconds);
+    auto encode = [reply] {
+        auto text = reply->nextPiece();
+        return reply->isWhole() ? Reply{std::move(text), {}}
+                                : Reply{std::move(text), [reply] { return reply->nextPiece(); }};
     };
-    auto reply = co_await workers_.run(std::move(encode));
-    co_return reply;
+    auto first = co_await workers_.run(std::move(encode));
+    co_return first;
 }
 
 Task<Reply> ProtocolSession::subscribeValues(SharedRequest request) {

@@ -130,8 +130,6 @@ class ProtocolSession {
 
     Handling pair(const SharedRequest& request);
     Handling simInfo(const SharedRequest& request);
-    Handling startRecording(const SharedRequest& request);
-    Handling stopRecording(const SharedRequest& request);
 
     template <Task<Reply> (ProtocolSession::*work)(SharedRequest)>
     Handling later(const SharedRequest& request) {
@@ -140,6 +138,8 @@ class ProtocolSession {
     Task<Reply> listFlights(SharedRequest request);
     Task<Reply> loadFlight(SharedRequest request);
     Task<Reply> loadScript(SharedRequest request);
+    Task<Reply> startRecording(SharedRequest request);
+    Task<Reply> stopRecording(SharedRequest request);
     Task<Reply> catchUp(SharedRequest request);
     Task<Reply> subscribeValues(SharedRequest request);
     Task<Reply> setValues(SharedRequest request);

@@ -1,13 +1,13 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 
-#include <cstddef>
+#include <boost/asio/this_coro.hpp>
 #include <exception>
 #include <limits>
-#include <system_error>
 #include <utility>
-#include <vector>
 
 #include "TarnlyCore/Recording/FiniteSample.hpp"
+#include "TarnlyPlatform/Base/Signal.hpp"
+#include "TarnlyPlatform/Base/WithinLimit.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 
 namespace tarnly {
@@ -18,55 +18,58 @@ void increase(std::atomic<std::int64_t>& counter) {
     ++counter;
 }
 
-/// Empty where the system cannot tell.
-std::string absoluteText(const std::filesystem::path& file) {
-    std::error_code error;
-    return std::filesystem::absolute(file, error).string();
-}
-
-/// Looks at every element: the times need not ascend.
-template <typename Snapshot>
-auto copyAfter(std::optional<double> since, const Snapshot& recorded) {
-    std::vector<std::decay_t<decltype(recorded[0])>> result;
-    if (!since) result.reserve(recorded.size());
-    for (std::size_t i = 0; i < recorded.size(); ++i) {
-        if (!since || recorded[i].elapsedSeconds > *since) result.push_back(recorded[i]);
-    }
-    return result;
-}
-
 } // namespace
 
 std::chrono::sys_seconds FlightRecorder::systemTime() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-FlightRecorder::FlightRecorder(std::filesystem::path directory, const Clock& clock, WallClock wallClock)
-    : directory_(std::move(directory)), clock_(clock), wallClock_(std::move(wallClock)) {
+FlightRecorder::FlightRecorder(std::filesystem::path directory, Clock& clock, WallClock wallClock,
+                               RecordingWriter::OpenLog openLog)
+    : directory_(std::move(directory)),
+      clock_(clock),
+      wallClock_(std::move(wallClock)),
+      writer_(std::move(openLog)) {
     createPrivateFolders(directory_);
 }
 
+// Here and below the writer is handed its work while the lock is held: the order of the log is the order in
+// memory. That takes no longer than to append to a queue.
+
 void FlightRecorder::start() {
-    Track previous; // goes after the lock: to let go of ten hours takes milliseconds
+    auto file = directory_ / RecordingLog::fileName(wallClock_());
+    auto name = std::make_shared<Guarded<std::string>>();
+    auto track = std::make_shared<Track>();
     state_.with([&](State& state) {
         increase(generation_);
-        std::swap(previous, state.track);
-        state.log.reset();
-        const auto file = directory_ / RecordingLog::fileName(wallClock_());
-        state.log = RecordingLog::create(file);
-        state.file = state.log ? absoluteText(file) : std::string();
+        state.track.swap(track);
+        state.file = name;
         state.startTime = clock_.now();
         state.lastSampleTime.reset();
         isRecording_ = true;
+        writer_.begin(std::move(file), std::move(name));
     });
+    writer_.letGo(std::move(track));
 }
 
 void FlightRecorder::stop() {
     state_.with([&](State& state) {
         isRecording_ = false;
         state.startTime.reset();
-        state.log.reset();
+        writer_.end();
     });
+}
+
+Task<> FlightRecorder::written() {
+    const auto executor = co_await boost::asio::this_coro::executor;
+    Signal signal(executor);
+    writer_.notify(signal.raiser());
+    co_await signal.wait();
+}
+
+Task<> FlightRecorder::written(Clock::Duration limit) {
+    auto writing = written();
+    co_await withinLimit(clock_, limit, std::move(writing));
 }
 
 std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
@@ -76,45 +79,36 @@ std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
 }
 
 std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
-    return state_.with([&](const State& state) -> std::optional<Progress> {
+    RecordingWriter::FileName file;
+    auto progress = state_.with([&](const State& state) -> std::optional<Progress> {
         if (!state.startTime) return std::nullopt;
+        file = state.file;
         const auto now = clock_.now();
-        Progress result{state.file, now - *state.startTime, state.track.samples.size(), std::nullopt};
+        Progress result{{}, now - *state.startTime, state.track->samples.size(), std::nullopt};
         if (state.lastSampleTime) result.lastSampleAge = now - *state.lastSampleTime;
         return result;
     });
+    if (progress) progress->file = file->copy();
+    return progress;
 }
 
-std::optional<TrackSample> FlightRecorder::recordSample(TrackSample sample,
-                                                        std::optional<Clock::TimePoint> takenAt) {
-    if (!isRecording_) return std::nullopt;
+void FlightRecorder::recordSample(TrackSample sample, std::optional<Clock::TimePoint> takenAt,
+                                  const Fire& fire) {
+    if (!isRecording_) return;
     sample = withoutNonFinite(std::move(sample));
+    auto fired = fire ? fire(sample) : FiredTriggers();
     state_.with([&](State& state) {
         state.lastSampleTime = takenAt ? *takenAt : clock_.now();
-        state.track.samples.append(sample);
-        if (state.log) state.log->append(LogLine::of(sample));
-    });
-    return sample;
-}
-
-void FlightRecorder::recordFired(FiredTriggerEvent event) {
-    state_.with([&](State& state) {
-        state.track.events.append(event);
-        if (state.log) state.log->append(LogLine::of(std::move(event)));
+        auto kept = state.track->samples.append(sample);
+        if (!fired.empty()) state.track->fired.append(fired);
+        writer_.write({std::move(kept), std::move(fired)});
     });
 }
 
 FlightRecorder::Snapshot FlightRecorder::snapshot() const {
     return state_.with([](const State& state) {
-        Snapshot result;
-        result.samples_ = state.track.samples.snapshot();
-        result.events_ = state.track.events.snapshot();
-        return result;
+        return Snapshot{state.track->samples.snapshot(), state.track->fired.snapshot()};
     });
-}
-
-RecordedFlight FlightRecorder::Snapshot::after(std::optional<double> since) const {
-    return {copyAfter(since, samples_), copyAfter(since, events_)};
 }
 
 } // namespace tarnly

@@ -6,14 +6,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
-#include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyCore/Recording/RecordingWriter.hpp"
+#include "TarnlyCore/Recording/SampleList.hpp"
+#include "TarnlyCore/Script/FiredTriggers.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
 
@@ -21,7 +25,8 @@ namespace tarnly {
 /// reconnect, and line by line in a log file.
 ///
 /// One per host, shared by the sessions and the sampling loop. Safe from any thread. The order of the log is
-/// the order in memory. Nothing here fails: a recording whose file cannot be written goes on in memory.
+/// the order in memory; the recorder thread writes it, behind which nobody here waits. Nothing here fails: a
+/// recording whose file cannot be written goes on in memory.
 class FlightRecorder {
   public:
     /// Tells the time in UTC.
@@ -31,7 +36,8 @@ class FlightRecorder {
 
     /// Creates `directory`, with the folders above it, for its owner only where they are missing.
     /// `clock` tells for how long a recording has been running; it outlives the recorder.
-    FlightRecorder(std::filesystem::path directory, const Clock& clock, WallClock wallClock = systemTime);
+    FlightRecorder(std::filesystem::path directory, Clock& clock, WallClock wallClock = systemTime,
+                   RecordingWriter::OpenLog openLog = RecordingLog::createFile);
 
     FlightRecorder(const FlightRecorder&) = delete;
     FlightRecorder& operator=(const FlightRecorder&) = delete;
@@ -43,32 +49,29 @@ class FlightRecorder {
     /// What was recorded stays until the next start.
     void stop();
 
-    /// What was recorded of the sample: all of it but values that are not finite numbers. Outside a recording
-    /// nothing is, and the answer is absent. `takenAt` is now when it is absent.
-    std::optional<TrackSample> recordSample(TrackSample sample,
-                                            std::optional<Clock::TimePoint> takenAt = std::nullopt);
+    /// Waits until all that was recorded so far stands in its file; for `limit` at most. The recorder
+    /// outlives the waiting.
+    Task<> written();
+    Task<> written(Clock::Duration limit);
 
-    /// Outside a recording the event is kept in memory only.
-    void recordFired(FiredTriggerEvent event);
+    /// Tells what fires on a sample.
+    using Fire = std::function<FiredTriggers(const TrackSample& recorded)>;
 
-    /// What stood recorded at one moment. May be read by any thread while the recording goes on.
-    class Snapshot {
-      public:
-        /// Copies of the samples and events whose time is after `since`, in seconds, strictly; of all when it
-        /// is absent. Of ten hours that is some milliseconds' work.
-        RecordedFlight after(std::optional<double> since) const;
+    /// Records the sample, all of it but values that are not finite numbers, with what `fire` tells of it.
+    /// Outside a recording nothing is, and `fire` is not asked. `takenAt` is now when it is absent.
+    void recordSample(TrackSample sample, std::optional<Clock::TimePoint> takenAt = std::nullopt,
+                      const Fire& fire = nullptr);
 
-      private:
-        friend class FlightRecorder;
-        GrowingList<TrackSample>::Snapshot samples_;
-        GrowingList<FiredTriggerEvent>::Snapshot events_;
+    /// What stood recorded at one moment: never a sample without the triggers that fired on it. May be read
+    /// by any thread while the recording goes on.
+    struct Snapshot {
+        SampleList::Snapshot samples;
+        /// Of each sample on which something fired.
+        GrowingList<FiredTriggers>::Snapshot fired;
     };
 
-    /// Takes microseconds, however long the recording. Taken on the thread that records, it never has a
-    /// sample without the triggers that fired on it.
+    /// Takes microseconds, however long the recording.
     Snapshot snapshot() const;
-
-    RecordedFlight catchUp(std::optional<double> since) const { return snapshot().after(since); }
 
     bool isRecording() const { return isRecording_; }
 
@@ -77,7 +80,7 @@ class FlightRecorder {
 
     /// How the running recording gets on.
     struct Progress {
-        /// The absolute path of the log; empty when none could be made.
+        /// The absolute path of the log; empty when none could be made, or has not been yet.
         std::string file;
         std::chrono::nanoseconds runningFor;
         std::size_t samples;
@@ -95,25 +98,26 @@ class FlightRecorder {
 
   private:
     struct Track {
-        GrowingList<TrackSample> samples;
-        GrowingList<FiredTriggerEvent> events;
+        SampleList samples;
+        GrowingList<FiredTriggers> fired;
     };
 
     struct State {
-        Track track;
-        /// Absent outside a recording, and when the file could not be created.
-        std::optional<RecordingLog> log;
+        /// Never null.
+        std::shared_ptr<Track> track = std::make_shared<Track>();
         /// Absent outside a recording.
         std::optional<Clock::TimePoint> startTime;
-        /// The log's path; empty where there is no log.
-        std::string file;
+        /// Of the present or the last recording.
+        RecordingWriter::FileName file;
         /// When the last sample was taken.
         std::optional<Clock::TimePoint> lastSampleTime;
     };
 
     const std::filesystem::path directory_;
-    const Clock& clock_;
+    Clock& clock_;
     const WallClock wallClock_;
+    RecordingWriter writer_;
+    // depends-on: writer_
     Guarded<State> state_;
     // Written with the lock of `state_` held, read without: a sample that arrives during a start or a stop
     // may be taken or dropped.

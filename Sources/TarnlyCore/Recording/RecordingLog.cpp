@@ -5,19 +5,23 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Files/File.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
 namespace {
 
-std::optional<std::string> encoded(const LogLine& line) {
-    try {
-        return encodeJson(line);
-    } catch (const JsonError&) {
-        return std::nullopt;
-    }
-}
+class FileSink final : public LogSink {
+  public:
+    explicit FileSink(File file) : file_(std::move(file)) {}
+
+    std::size_t write(std::string_view text) override { return file_.write(text); }
+    void flush() override { file_.flushContent(); }
+
+  private:
+    const File file_;
+};
 
 std::optional<LogLine> parse(std::string_view text) {
     try {
@@ -55,24 +59,21 @@ std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
-std::optional<RecordingLog> RecordingLog::create(const std::filesystem::path& file) {
+std::unique_ptr<LogSink> RecordingLog::createFile(const std::filesystem::path& file) {
     auto created = createFreshPrivateFile(file);
-    if (!created.isOpen()) return std::nullopt;
-    return RecordingLog(std::move(created));
+    if (!created.isOpen()) return nullptr;
+    return std::make_unique<FileSink>(std::move(created));
 }
 
-// One write of the line together with its line feed: between two writes a kill would leave a line that lacks
-// its end.
-void RecordingLog::append(const LogLine& line) {
-    const auto text = encoded(line);
-    if (!text) return;
-    // A line that was cut short stays alone, lest it spoil this one.
-    const std::string_view lineStart = endsWithLineFeed_ ? "" : "\n";
-    write(std::string(lineStart).append(*text).append("\n"));
+void RecordingLog::append(std::string_view lines) {
+    if (lines.empty()) return;
+    if (endsWithLineFeed_) return write(lines);
+    // A line that was cut short stays alone, lest it spoil these.
+    write(std::string("\n").append(lines));
 }
 
 void RecordingLog::write(std::string_view text) {
-    const auto written = file_.write(text);
+    const auto written = sink_->write(text);
     if (written > 0) endsWithLineFeed_ = text[written - 1] == '\n';
 }
 

@@ -1,15 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <istream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
-#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 
@@ -35,30 +36,45 @@ struct LogLine {
     }
 };
 
+/// Where a log is written to: the file, or what a test puts in its place.
+class LogSink {
+  public:
+    virtual ~LogSink() = default;
+
+    /// How many bytes of `text` it took: fewer than all when the disk is full or fails.
+    virtual std::size_t write(std::string_view text) = 0;
+
+    /// Waits until the disk has what was written.
+    virtual void flush() = 0;
+};
+
 /// The log file of one recording, open for writing: JSON lines, as docs/recording-format.md describes them.
 ///
-/// Nothing is buffered here: a line has left the process when `append` returns, so that whatever ends the
-/// process afterwards cannot take it back. Belongs to the recording, which serialises its use.
+/// Nothing is buffered here: lines have left the process when `append` returns, so that whatever ends the
+/// process afterwards cannot take them back. Belongs to the recorder thread.
 class RecordingLog {
   public:
     /// For example "session-2026-11-16T010938Z.jsonl": the time in UTC, without the colons, which not every
     /// file system takes.
     static std::string fileName(std::chrono::sys_seconds startTime);
 
-    /// A new empty file, for its owner only, in place of whatever file was there; absent when that is not
+    /// A new empty file, for its owner only, in place of whatever file was there; null when that is not
     /// possible.
-    static std::optional<RecordingLog> create(const std::filesystem::path& file);
+    static std::unique_ptr<LogSink> createFile(const std::filesystem::path& file);
 
-    /// Writes the line and its line feed. A line that has no JSON form (a number in it is not finite) is left
-    /// out; a disk that is full or fails costs this line and no other.
-    void append(const LogLine& line);
+    /// `sink` is not null.
+    explicit RecordingLog(std::unique_ptr<LogSink> sink) : sink_(std::move(sink)) {}
+
+    /// Writes whole lines, each with its line feed, by one write: between two a kill would tear them apart. A
+    /// disk that is full or fails costs these lines and no others.
+    void append(std::string_view lines);
+
+    void flush() { sink_->flush(); }
 
   private:
-    explicit RecordingLog(File file) : file_(std::move(file)) {}
-
     void write(std::string_view text);
 
-    File file_;
+    std::unique_ptr<LogSink> sink_;
     /// False while the end of the file is a line that could not be written to its end.
     bool endsWithLineFeed_ = true;
 };

@@ -110,20 +110,17 @@ void SamplingLoop::record(const SampleObservation& seen) {
     auto sample = seen.sample;
     sample.elapsedSeconds = elapsedSeconds(seen.takenAt);
     const bool isAltitudeKnown = seen.isAltitudeKnown && std::isfinite(sample.altitudeFt);
-    const auto recorded = recording_->recordSample(std::move(sample), seen.takenAt);
-    if (!recorded) return;
-    const TriggerSample forTriggers{
-        .elapsed = recorded->elapsedSeconds,
-        .lat = recorded->lat,
-        .lon = recorded->lon,
-        .altFt = isAltitudeKnown ? std::optional(recorded->altitudeFt) : std::nullopt,
-        .aglFt = recorded->aglFt,
-        .gearDown = recorded->gearDown,
-        .link = seen.link};
-    const auto fired = loadedScript_->evaluate(forTriggers);
-    for (std::size_t place = 0; place < fired.size(); ++place) {
-        recording_->recordFired({fired.trigger(place).id, fired.elapsed(), fired.trigger(place).actionKind});
-    }
+    const auto fire = [&](const TrackSample& recorded) {
+        return loadedScript_->evaluate(
+            {.elapsed = recorded.elapsedSeconds,
+             .lat = recorded.lat,
+             .lon = recorded.lon,
+             .altFt = isAltitudeKnown ? std::optional(recorded.altitudeFt) : std::nullopt,
+             .aglFt = recorded.aglFt,
+             .gearDown = recorded.gearDown,
+             .link = seen.link});
+    };
+    recording_->recordSample(std::move(sample), seen.takenAt, fire);
 }
 
 void SamplingLoop::restartForNewRecording() {

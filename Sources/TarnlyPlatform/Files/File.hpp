@@ -48,6 +48,9 @@ class File {
     /// Waits until the disk has what was written; says whether it has.
     bool flush() const;
 
+    /// The same for what a reader needs, whatever becomes of the file's dates.
+    bool flushContent() const;
+
     /// Takes other people's access away; says whether nobody else has any now.
     bool closeToOthers() const;
 

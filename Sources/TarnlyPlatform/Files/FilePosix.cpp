@@ -76,6 +76,8 @@ bool File::truncate(std::size_t size) const { return ::ftruncate(handle_, static
 
 bool File::flush() const { return ::fsync(handle_) == 0; }
 
+bool File::flushContent() const { return ::fdatasync(handle_) == 0; }
+
 bool File::closeToOthers() const {
     struct stat status {};
     if (::fstat(handle_, &status) != 0) return false;

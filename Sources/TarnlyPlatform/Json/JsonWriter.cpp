@@ -170,8 +170,10 @@ void JsonWriter::string(std::string_view value) {
 
 std::string JsonWriter::take() {
     needsComma_ = false;
-    return std::exchange(out_, {});
+    return takePiece();
 }
+
+std::string JsonWriter::takePiece() { return std::exchange(out_, {}); }
 
 void JsonWriter::separate() {
     if (needsComma_) out_ += ',';

@@ -36,6 +36,12 @@ class JsonWriter {
     /// The text so far; leaves the writer empty.
     std::string take();
 
+    /// The text so far, as a piece: what is written next goes on where it ends.
+    std::string takePiece();
+
+    /// Of the text so far, in bytes, without the pieces that were taken.
+    std::size_t size() const { return out_.size(); }
+
   private:
     void separate();
     void quote(std::string_view text);

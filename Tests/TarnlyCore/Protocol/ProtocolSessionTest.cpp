@@ -10,6 +10,7 @@
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly {
@@ -443,11 +444,10 @@ TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
               R"({"type":"catch_up","req_id":1,"data":{"samples":[],"fired":[]}})");
     recording->start();
     recording->recordSample(sampleAt(0.5));
-    recording->recordSample(sampleAt(1));
-    recording->recordFired({"a", 1, "say"});
+    test::record(*recording, sampleAt(1), {"a"});
     const std::string all =
         R"({"type":"catch_up","data":{"samples":[{"elapsed_s":0.5,"alt_ft":0},{"elapsed_s":1,"alt_ft":0}],)"
-        R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"say"}]}})";
+        R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"speak"}]}})";
     for (const char* params :
          {"", R"(,"params":null)", R"(,"params":{})", R"(,"params":7)",
           R"(,"params":{"since_elapsed_s":"1"})", R"(,"params":{"since_elapsed_s":null})"}) {
@@ -455,7 +455,7 @@ TEST_F(ProtocolSessionTest, CatchingUpWorksBeforeDuringAndAfterARecording) {
     }
     EXPECT_EQ(reply(R"({"type":"catch_up","params":{"since_elapsed_s":0.5}})"),
               R"({"type":"catch_up","data":{"samples":[{"elapsed_s":1,"alt_ft":0}],)"
-              R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"say"}]}})");
+              R"("fired":[{"trigger_id":"a","elapsed_s":1,"action_kind":"speak"}]}})");
     EXPECT_EQ(reply(R"({"type":"catch_up","params":{"since_elapsed_s":1}})"),
               R"({"type":"catch_up","data":{"samples":[],"fired":[]}})");
     recording->stop();

@@ -5,7 +5,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
-#include "TarnlyCore/Recording/Recordings.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
 
 /// What holds while several threads use one recording; of most worth under ThreadSanitizer.
 namespace tarnly {
@@ -21,7 +21,8 @@ class FlightRecorderConcurrency : public testing::Test {
     SystemClock clock;
     FlightRecorder recording{folder.path(), clock, midnight};
 
-    RecordedFlight readBack() const {
+    RecordedFlight readBack() {
+        test::waitUntilWritten(recording);
         const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));
         EXPECT_EQ(log.unreadableLines, 0U);
         EXPECT_FALSE(log.hasTornEnd);
@@ -41,13 +42,12 @@ TEST_F(FlightRecorderConcurrency, OrderOfTheLogIsTheOrderInMemory) {
         for (int writer = 0; writer < 3; ++writer) {
             writers.emplace_back([this, writer] {
                 for (int i = 0; i < perThread; ++i) {
-                    recording.recordSample(test::fullSampleAt(writer * perThread + i));
-                    recording.recordFired(test::firedAt(writer * perThread + i));
+                    test::record(recording, test::fullSampleAt(writer * perThread + i));
                 }
             });
         }
     }
-    const auto inMemory = recording.catchUp(std::nullopt);
+    const auto inMemory = test::catchUp(recording);
     EXPECT_EQ(inMemory.samples.size(), 3U * perThread);
     EXPECT_EQ(inMemory.fired.size(), 3U * perThread);
     EXPECT_EQ(readBack(), inMemory);
@@ -66,7 +66,7 @@ TEST_F(FlightRecorderConcurrency, CatchUpSeesNoGapWhileOthersRecordAndRestart) {
     std::atomic<std::size_t> seen = 0;
     const auto catchUpAgainAndAgain = [&] {
         while (!isDone) {
-            const auto track = recording.catchUp(std::nullopt);
+            const auto track = test::catchUp(recording);
             expectWithoutGap(track.samples);
             seen += track.samples.size();
         }
@@ -89,10 +89,10 @@ TEST_F(FlightRecorderConcurrency, CatchUpSeesNoGapWhileOthersRecordAndRestart) {
         isDone = true;
     }
     EXPECT_GT(recording.generation(), 0);
-    EXPECT_EQ(readBack(), recording.catchUp(std::nullopt));
+    EXPECT_EQ(readBack(), test::catchUp(recording));
 }
 
-TEST_F(FlightRecorderConcurrency, LogIsFinishedWhenStopHasReturned) {
+TEST_F(FlightRecorderConcurrency, LogIsFinishedWhenTheStopIsWritten) {
     std::atomic<bool> isDone = false;
     const std::jthread writer([&] {
         for (int i = 0; !isDone; ++i)
@@ -103,7 +103,7 @@ TEST_F(FlightRecorderConcurrency, LogIsFinishedWhenStopHasReturned) {
         recording.stop();
         // A sample that was let in before may come yet, but into memory only.
         auto logged = readBack().samples;
-        auto inMemory = recording.catchUp(std::nullopt).samples;
+        auto inMemory = test::catchUp(recording).samples;
         ASSERT_LE(logged.size(), inMemory.size());
         inMemory.resize(logged.size());
         EXPECT_EQ(logged, inMemory);

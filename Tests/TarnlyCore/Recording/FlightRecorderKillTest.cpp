@@ -12,10 +12,10 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
-#include "TarnlyCore/Recording/Recordings.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
 
-/// A process that is killed while it records leaves a log that can be read, with all in it that a call had
-/// returned for.
+/// A process that is killed while it records leaves a log that can be read, with all in it that was written
+/// by then, in order.
 namespace tarnly {
 namespace {
 
@@ -50,26 +50,25 @@ class SharedCounter {
     void* memory_;
 };
 
-/// The line with this number. Every third spans several pages, so that the kill may well come amid its
+/// The sample with this number. Every other one spans several pages, so that the kill may well come amid its
 /// write.
-LogLine numberedLine(std::size_t number) {
-    const auto time = static_cast<double>(number);
-    if (number % 3 == 2) return LogLine::of(test::firedAt(time));
-    auto sample = test::fullSampleAt(time);
-    if (number % 3 == 1) sample.throttleRatio = std::vector<double>(2000, 0.6512500047683716);
-    return LogLine::of(sample);
+TrackSample numberedSample(std::size_t number) {
+    auto sample = test::fullSampleAt(static_cast<double>(number));
+    if (number % 2 == 1) sample.throttleRatio = std::vector<double>(2000, 0.6512500047683716);
+    return sample;
 }
 
-[[noreturn]] void recordUntilKilled(const std::filesystem::path& folder, std::atomic<std::size_t>& recorded) {
+/// `written` counts the samples whose write the process has waited for.
+[[noreturn]] void recordUntilKilled(const std::filesystem::path& folder, std::atomic<std::size_t>& written) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     SystemClock clock;
     FlightRecorder recording(folder, clock, midnight);
     recording.start();
-    for (;;) {
-        const auto line = numberedLine(recorded);
-        if (line.sample) recording.recordSample(*line.sample);
-        if (line.fired) recording.recordFired(*line.fired);
-        ++recorded;
+    for (std::size_t number = 0;; ++number) {
+        test::record(recording, numberedSample(number));
+        if (number % 3 != 2) continue;
+        test::waitUntilWritten(recording);
+        written = number + 1;
     }
 }
 
@@ -80,7 +79,7 @@ bool waitUntilAtLeast(const std::atomic<std::size_t>& recorded, std::size_t coun
     return recorded >= count;
 }
 
-/// Lets a child record `count` lines and kills it during the next ones. How many calls had returned by then.
+/// Lets a child record `count` samples and kills it during the next ones. How many were written by then.
 std::size_t recordAndKill(const std::filesystem::path& folder, std::size_t count) {
     SharedCounter recorded;
     const pid_t child = fork();
@@ -94,15 +93,19 @@ std::size_t recordAndKill(const std::filesystem::path& folder, std::size_t count
     return recorded.value();
 }
 
-void expectNothingLost(const test::ReadLog& log, std::size_t recorded) {
+/// Each sample is followed by what fired on it, as far as the log goes.
+void expectNothingLost(const test::ReadLog& log, std::size_t written) {
     EXPECT_EQ(log.unreadableLines, 0U);
-    EXPECT_GE(log.lines.size(), recorded);
-    EXPECT_LE(log.lines.size(), recorded + 1);
-    for (std::size_t i = 0; i < log.lines.size(); ++i)
-        ASSERT_EQ(log.lines[i], numberedLine(i)) << i;
+    EXPECT_GE(log.lines.size(), 2 * written);
+    for (std::size_t i = 0; i < log.lines.size(); ++i) {
+        const auto number = i / 2;
+        const auto line = i % 2 == 0 ? LogLine::of(numberedSample(number))
+                                     : LogLine::of(test::firedAt(static_cast<double>(number)));
+        ASSERT_EQ(log.lines[i], line) << i;
+    }
 }
 
-TEST(FlightRecorderKill, EveryLineForWhichACallReturnedIsThere) {
+TEST(FlightRecorderKill, EveryLineThatWasWrittenIsThere) {
     int tornEnds = 0;
     for (std::size_t round = 0; round < kills; ++round) {
         const test::TemporaryFolder folder;

@@ -6,7 +6,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
-#include "TarnlyCore/Recording/Recordings.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
 
 namespace tarnly {
 namespace {
@@ -14,7 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using test::firedAt;
-using test::readLogFile;
 using test::sampleAt;
 
 class FlightRecorderTest : public testing::Test {
@@ -35,6 +34,17 @@ class FlightRecorderTest : public testing::Test {
             std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()));
     }
 
+    /// What stands in a log once all is written.
+    test::ReadLog readLogFile(const fs::path& log) {
+        test::waitUntilWritten(recording);
+        return test::readLogFile(log);
+    }
+
+    std::string contentOf(const fs::path& log) {
+        test::waitUntilWritten(recording);
+        return test::contentOf(log);
+    }
+
     static fs::perms mode(const fs::path& path) { return fs::status(path).permissions(); }
 };
 
@@ -49,7 +59,7 @@ TEST_F(FlightRecorderTest, BeginsIdle) {
     EXPECT_FALSE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 0);
     EXPECT_EQ(recording.directory(), folder.path());
-    EXPECT_EQ(recording.catchUp(std::nullopt), RecordedFlight());
+    EXPECT_EQ(test::catchUp(recording), RecordedFlight());
     EXPECT_EQ(fileCount(), 0U);
 }
 
@@ -57,51 +67,41 @@ TEST_F(FlightRecorderTest, StartCreatesAnEmptyLogOfTheTime) {
     recording.start();
     EXPECT_TRUE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 1);
-    EXPECT_EQ(fs::file_size(file), 0U);
+    EXPECT_EQ(contentOf(file), "");
     EXPECT_EQ(mode(file), fs::perms(0600));
 }
 
 TEST_F(FlightRecorderTest, KeepsAndLogsWhatItIsTold) {
     const auto sample = test::fullSampleAt(0.25);
     recording.start();
-    recording.recordSample(sample);
-    recording.recordFired(firedAt(0.25));
+    test::record(recording, sample);
     recording.recordSample(sampleAt(0.75));
-    EXPECT_EQ(recording.catchUp(std::nullopt), (RecordedFlight{{sample, sampleAt(0.75)}, {firedAt(0.25)}}));
+    EXPECT_EQ(test::catchUp(recording), (RecordedFlight{{sample, sampleAt(0.75)}, {firedAt(0.25)}}));
     EXPECT_EQ(readLogFile(file).lines,
               (std::vector{LogLine::of(sample), LogLine::of(firedAt(0.25)), LogLine::of(sampleAt(0.75))}));
 }
 
-TEST_F(FlightRecorderTest, LineIsCompleteWhenTheCallReturns) {
+TEST_F(FlightRecorderTest, LinesAreCompleteOnceTheyAreWritten) {
     recording.start();
     recording.recordSample(sampleAt(1));
-    EXPECT_EQ(test::contentOf(file), "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":1,\"alt_ft\":2500}}\n");
-    recording.recordFired(firedAt(1));
-    EXPECT_EQ(readLogFile(file).lines.size(), 2U);
-    EXPECT_EQ(test::contentOf(file).back(), '\n');
+    EXPECT_EQ(contentOf(file), "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":1,\"alt_ft\":2500}}\n");
+    test::record(recording, sampleAt(2));
+    EXPECT_EQ(readLogFile(file).lines.size(), 3U);
+    EXPECT_EQ(contentOf(file).back(), '\n');
 }
 
-TEST_F(FlightRecorderTest, SamplesOutsideARecordingAreDropped) {
-    EXPECT_FALSE(recording.recordSample(sampleAt(1)));
+TEST_F(FlightRecorderTest, SamplesOutsideARecordingAreDroppedAndNothingFires) {
+    const auto neverAsked = [](const TrackSample&) {
+        ADD_FAILURE();
+        return FiredTriggers();
+    };
+    recording.recordSample(sampleAt(1), std::nullopt, neverAsked);
     recording.start();
-    EXPECT_EQ(recording.recordSample(sampleAt(2)), sampleAt(2));
+    recording.recordSample(sampleAt(2));
     recording.stop();
-    EXPECT_FALSE(recording.recordSample(sampleAt(3)));
-    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{2.0});
+    recording.recordSample(sampleAt(3), std::nullopt, neverAsked);
+    EXPECT_EQ(times(test::catchUp(recording).samples), std::vector{2.0});
     EXPECT_EQ(readLogFile(file).lines.size(), 1U);
-}
-
-TEST_F(FlightRecorderTest, FiredTriggersOutsideARecordingAreKeptInMemoryOnly) {
-    recording.recordFired(firedAt(1));
-    EXPECT_EQ(recording.catchUp(std::nullopt).fired, std::vector{firedAt(1)});
-    EXPECT_EQ(fileCount(), 0U);
-    recording.start();
-    EXPECT_TRUE(recording.catchUp(std::nullopt).fired.empty());
-    recording.recordFired(firedAt(2));
-    recording.stop();
-    recording.recordFired(firedAt(3));
-    EXPECT_EQ(recording.catchUp(std::nullopt).fired, (std::vector{firedAt(2), firedAt(3)}));
-    EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(firedAt(2))});
 }
 
 TEST_F(FlightRecorderTest, StopKeepsTheRecording) {
@@ -110,9 +110,9 @@ TEST_F(FlightRecorderTest, StopKeepsTheRecording) {
     recording.stop();
     EXPECT_FALSE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 1);
-    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
+    EXPECT_EQ(times(test::catchUp(recording).samples), std::vector{1.0});
     recording.stop();
-    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), std::vector{1.0});
+    EXPECT_EQ(times(test::catchUp(recording).samples), std::vector{1.0});
 }
 
 TEST_F(FlightRecorderTest, TellsForHowLongItHasBeenRunning) {
@@ -131,6 +131,7 @@ TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
     EXPECT_FALSE(recording.progress());
     for (int i = 0; i < 2; ++i) { // the second start begins anew
         recording.start();
+        test::waitUntilWritten(recording);
         clock.advance(io, 5s);
         auto progress = recording.progress();
         ASSERT_TRUE(progress);
@@ -140,8 +141,7 @@ TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
         EXPECT_FALSE(progress->lastSampleAge);
         recording.recordSample(sampleAt(5));
         clock.advance(io, 500ms);
-        recording.recordSample(sampleAt(5.5));
-        recording.recordFired(firedAt(5.5));
+        test::record(recording, sampleAt(5.5));
         clock.advance(io, 2s);
         progress = recording.progress();
         ASSERT_TRUE(progress);
@@ -173,14 +173,13 @@ TEST_F(FlightRecorderTest, StopBeforeAnyStartIsHarmless) {
 
 TEST_F(FlightRecorderTest, StartWhileRecordingStartsOverInANewFile) {
     recording.start();
-    recording.recordSample(sampleAt(1));
-    recording.recordFired(firedAt(1));
+    test::record(recording, sampleAt(1));
     now += 1s;
     recording.start();
     recording.recordSample(sampleAt(0.5));
     EXPECT_TRUE(recording.isRecording());
     EXPECT_EQ(recording.generation(), 2);
-    EXPECT_EQ(recording.catchUp(std::nullopt), (RecordedFlight{{sampleAt(0.5)}, {}}));
+    EXPECT_EQ(test::catchUp(recording), (RecordedFlight{{sampleAt(0.5)}, {}}));
     EXPECT_EQ(readLogFile(file).lines.size(), 2U);
     const auto next = folder.path() / "session-2026-11-16T010939Z.jsonl";
     EXPECT_EQ(readLogFile(next).lines, std::vector{LogLine::of(sampleAt(0.5))});
@@ -191,6 +190,7 @@ TEST_F(FlightRecorderTest, SecondStartWithinTheSecondTakesTheFile) {
     recording.recordSample(sampleAt(1));
     recording.recordSample(sampleAt(2));
     recording.start();
+    test::waitUntilWritten(recording);
     EXPECT_EQ(fs::file_size(file), 0U);
     recording.recordSample(sampleAt(0.5));
     EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(sampleAt(0.5))});
@@ -200,21 +200,19 @@ TEST_F(FlightRecorderTest, SecondStartWithinTheSecondTakesTheFile) {
 TEST_F(FlightRecorderTest, CatchUpReturnsWhatLiesStrictlyAfter) {
     recording.start();
     for (const double time : {9.9, 10.0, 10.1}) {
-        recording.recordSample(sampleAt(time));
-        recording.recordFired(firedAt(time));
+        test::record(recording, sampleAt(time));
     }
-    EXPECT_EQ(recording.catchUp(10.0), (RecordedFlight{{sampleAt(10.1)}, {firedAt(10.1)}}));
-    EXPECT_EQ(recording.catchUp(10.1), RecordedFlight());
-    EXPECT_EQ(recording.catchUp(-1.0), recording.catchUp(std::nullopt));
+    EXPECT_EQ(test::catchUp(recording, 10.0), (RecordedFlight{{sampleAt(10.1)}, {firedAt(10.1)}}));
+    EXPECT_EQ(test::catchUp(recording, 10.1), RecordedFlight());
+    EXPECT_EQ(test::catchUp(recording, -1.0), test::catchUp(recording));
 }
 
 TEST_F(FlightRecorderTest, CatchUpDoesNotAssumeAnOrder) {
     recording.start();
     for (const double time : {5.0, 1.0, 4.0, 2.0, 3.0}) {
-        recording.recordSample(sampleAt(time));
-        recording.recordFired(firedAt(time));
+        test::record(recording, sampleAt(time));
     }
-    const auto late = recording.catchUp(2.0);
+    const auto late = test::catchUp(recording, 2.0);
     EXPECT_EQ(times(late.samples), (std::vector{5.0, 4.0, 3.0}));
     EXPECT_EQ(late.fired, (std::vector{firedAt(5), firedAt(4), firedAt(3)}));
 }
@@ -226,8 +224,8 @@ TEST_F(FlightRecorderTest, CatchUpOfALongRecordingIsWhole) {
         all.push_back(i * 0.5);
         recording.recordSample(sampleAt(all.back()));
     }
-    EXPECT_EQ(times(recording.catchUp(std::nullopt).samples), all);
-    EXPECT_EQ(times(recording.catchUp(498.5).samples), (std::vector{499.0, 499.5}));
+    EXPECT_EQ(times(test::catchUp(recording).samples), all);
+    EXPECT_EQ(times(test::catchUp(recording, 498.5).samples), (std::vector{499.0, 499.5}));
 }
 
 TEST_F(FlightRecorderTest, ValuesThatAreNotFiniteAreLeftOutOfTheirSample) {
@@ -241,9 +239,14 @@ TEST_F(FlightRecorderTest, ValuesThatAreNotFiniteAreLeftOutOfTheirSample) {
     expected.throttleRatio.reset();
     recording.start();
     recording.recordSample(sampleAt(1));
-    EXPECT_EQ(recording.recordSample(odd), expected);
+    std::optional<TrackSample> seenByTriggers;
+    recording.recordSample(odd, std::nullopt, [&](const TrackSample& recorded) {
+        seenByTriggers = recorded;
+        return FiredTriggers();
+    });
+    EXPECT_EQ(seenByTriggers, expected);
     recording.recordSample(sampleAt(3));
-    const auto caughtUp = recording.catchUp(std::nullopt);
+    const auto caughtUp = test::catchUp(recording);
     EXPECT_EQ(caughtUp.samples, (std::vector{sampleAt(1), expected, sampleAt(3)}));
     EXPECT_NO_THROW(encodeJson(caughtUp));
     const auto log = readLogFile(file);
@@ -270,11 +273,10 @@ TEST_F(FlightRecorderTest, RecordsInMemoryWhereTheFolderCannotBe) {
     FlightRecorder other(plainFile / "Recordings", clock, wallClock);
     other.start();
     EXPECT_TRUE(other.isRecording());
-    other.recordSample(sampleAt(1));
-    other.recordFired(firedAt(1));
-    EXPECT_EQ(other.catchUp(std::nullopt), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
+    test::record(other, sampleAt(1));
+    EXPECT_EQ(test::catchUp(other), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
     other.stop();
-    EXPECT_EQ(other.catchUp(0.5), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
+    EXPECT_EQ(test::catchUp(other, 0.5), (RecordedFlight{{sampleAt(1)}, {firedAt(1)}}));
     EXPECT_EQ(test::contentOf(plainFile), "");
 }
 
@@ -295,6 +297,7 @@ TEST_F(FlightRecorderTest, WithoutAClockOfItsOwnItGoesByTheSystems) {
     const auto before = RecordingLog::fileName(FlightRecorder::systemTime());
     other.start();
     const auto after = RecordingLog::fileName(FlightRecorder::systemTime());
+    test::waitUntilWritten(other);
     const auto name = fs::directory_iterator(folder.path())->path().filename().string();
     EXPECT_LE(before, name);
     EXPECT_LE(name, after);

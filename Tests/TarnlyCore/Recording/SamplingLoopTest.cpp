@@ -8,6 +8,7 @@
 #include "Support/FakeBackend.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Recording/Recorders.hpp"
 
 namespace tarnly {
 namespace {
@@ -48,13 +49,13 @@ struct SamplingLoopTest : testing::Test {
                                         [](const std::string&) { return std::optional<Coordinate>(); }));
     }
 
-    std::vector<FiredTriggerEvent> fired() const { return recording->catchUp(std::nullopt).fired; }
+    std::vector<FiredTriggerEvent> fired() const { return test::catchUp(*recording).fired; }
 
     int samplesAsked() const { return backend->count("getTrackSample"); }
 
     std::vector<double> sampleTimes() const {
         std::vector<double> times;
-        for (const auto& sample : recording->catchUp(std::nullopt).samples) {
+        for (const auto& sample : test::catchUp(*recording).samples) {
             times.push_back(sample.elapsedSeconds);
         }
         return times;
@@ -91,7 +92,7 @@ TEST_F(SamplingLoopTest, ARecordingIsSampledOnItsOwnClock) {
     recording->start();
     clock.advance(io, 1500ms);
     EXPECT_THAT(sampleTimes(), ElementsAre(0, 0.5, 1));
-    const auto sample = recording->catchUp(std::nullopt).samples.front();
+    const auto sample = test::catchUp(*recording).samples.front();
     EXPECT_EQ(sample.altitudeFt, 1200);
     EXPECT_EQ(sample.aglFt, 300);
     recording->stop();
@@ -128,7 +129,7 @@ TEST_F(SamplingLoopTest, TriggersFireInOrderAndAreRecorded) {
     clock.advance(io, 1s);
     const std::vector<FiredTriggerEvent> expected{
         {"first", 0.5, "say first"}, {"second", 0.5, "say second"}, {"late", 1, "say late"}};
-    EXPECT_EQ(recording->catchUp(std::nullopt).fired, expected);
+    EXPECT_EQ(test::catchUp(*recording).fired, expected);
 }
 
 TEST_F(SamplingLoopTest, TriggersSeeTheSample) {
@@ -255,7 +256,7 @@ TEST_F(SamplingLoopTest, AnUnknownAltitudeIsRecordedAsZeroAndCrossesNothing) {
     backend->sample.altitudeFt = 3000;
     clock.advance(io, 500ms);
     ASSERT_THAT(sampleTimes(), ElementsAre(0, 0.5));
-    EXPECT_EQ(recording->catchUp(std::nullopt).samples.front().altitudeFt, 0);
+    EXPECT_EQ(test::catchUp(*recording).samples.front().altitudeFt, 0);
     EXPECT_TRUE(fired().empty());
 }
 
@@ -267,7 +268,7 @@ TEST_F(SamplingLoopTest, AnAltitudeThatIsNotFiniteIsUnknown) {
     clock.settle(io);
     backend->sample.altitudeFt = 3000;
     clock.advance(io, 500ms);
-    EXPECT_EQ(recording->catchUp(std::nullopt).samples.front().altitudeFt, 0);
+    EXPECT_EQ(test::catchUp(*recording).samples.front().altitudeFt, 0);
     EXPECT_TRUE(fired().empty());
 }
 

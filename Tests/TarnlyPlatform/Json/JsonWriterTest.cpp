@@ -101,5 +101,18 @@ TEST(JsonWriter, TakeLeavesTheWriterEmpty) {
     EXPECT_EQ(writer.take(), "2");
 }
 
+TEST(JsonWriter, PiecesMakeOneText) {
+    JsonWriter writer;
+    writer.beginArray();
+    writer.integer(1);
+    EXPECT_EQ(writer.size(), 2U);
+    auto text = writer.takePiece();
+    EXPECT_EQ(writer.size(), 0U);
+    writer.integer(2);
+    writer.endArray();
+    text += writer.takePiece();
+    EXPECT_EQ(text, "[1,2]");
+}
+
 } // namespace
 } // namespace tarnly
