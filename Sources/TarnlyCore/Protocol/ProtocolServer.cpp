@@ -58,6 +58,7 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
 
     void onEnd() override {
         hasEnded_ = true;
+        session_->end();
         changed_.notifyAll();
         if (const auto server = server_.lock()) server->remove(*this);
     }

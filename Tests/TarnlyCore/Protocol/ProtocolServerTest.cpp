@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/asio/detached.hpp>
+#include <future>
+
 #include "Support/FakeBackend.hpp"
 #include "Support/FakeConnection.hpp"
 #include "Support/TemporaryFolder.hpp"
@@ -25,10 +28,11 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
     test::TemporaryFolder folder;
     std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path(), clock);
+    std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
         sessions.push_back(std::make_shared<ProtocolSession>(
-            pairing, backend, recording, std::make_shared<LoadedScript>(),
+            pairing, backend, recording, loadedScript,
             [](const std::string&) { return std::optional<Coordinate>(); }, workers, workers));
         return sessions.back();
     });
@@ -125,6 +129,21 @@ TEST_F(ProtocolServerTest, TheNextRequestWaitsForTheAnswerToTheLast) {
     clock.advance(io, std::chrono::seconds(1));
     EXPECT_THAT(connection->texts(Kind::awaited),
                 ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
+}
+
+TEST_F(ProtocolServerTest, TheScriptOfAConnectionThatBreaksDoesNotComeIntoForce) {
+    const auto connection = connectPaired();
+    std::promise<void> release;
+    auto wait = [released = release.get_future().share()] { released.wait(); };
+    boost::asio::co_spawn(io, workers.run(std::move(wait)), boost::asio::detached);
+    connection->deliver(R"({"type":"load_script","params":{"triggers":[]}})");
+    settle();
+    connection->close();
+    settle();
+    release.set_value();
+    io.restart();
+    io.run();
+    EXPECT_FALSE(loadedScript->current());
 }
 
 TEST_F(ProtocolServerTest, AConnectionThatBreaksIsGoneWhileItsRequestRuns) {
