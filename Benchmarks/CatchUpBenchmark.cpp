@@ -60,6 +60,19 @@ void sampleIsRecorded(benchmark::State& state) {
         recording.recordSample(sample);
 }
 
+/// What a kill can cost: the time until the recorder thread has written a sample.
+void sampleIsWritten(benchmark::State& state) {
+    const test::TemporaryFolder folder;
+    SystemClock clock;
+    FlightRecorder recording(folder.path(), clock);
+    recording.start();
+    const auto sample = test::fullSampleAt(1234.5678);
+    for (auto _ : state) {
+        recording.recordSample(sample);
+        test::waitUntilWritten(recording);
+    }
+}
+
 void sampleIsRecordedWithoutAFile(benchmark::State& state) {
     const test::TemporaryFolder folder;
     SystemClock clock;
@@ -164,6 +177,7 @@ void sampleIsRecordedBesideCatchUps(benchmark::State& state) {
 }
 
 BENCHMARK(sampleIsRecorded)->Unit(benchmark::kMicrosecond);
+BENCHMARK(sampleIsWritten)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(sampleIsRecordedWithoutAFile)->Unit(benchmark::kMicrosecond);
 BENCHMARK(snapshotIsTaken)->Unit(benchmark::kMicrosecond);
 BENCHMARK(allIsEncoded)->Unit(benchmark::kMillisecond);
