@@ -85,6 +85,7 @@ Task<> CompanionHost::start() {
         };
     WebSocketLimits limits;
     limits.budget = &budget_;
+    limits.shortMessage = ProtocolServer::unpairedMessageLimit; // strangers take none of it
     co_await advertiser_.start(std::move(service), std::move(onNewConnection), limits);
     sampling_->start();
 }

@@ -37,7 +37,8 @@ struct Wanted {
 /// The dataref that is meant: the name without its index.
 std::string datarefOf(const std::string& name) {
     auto indexed = parseIndexedName(name);
-    return indexed ? std::move(indexed->base) : name;
+    if (!indexed) return name;
+    return std::move(indexed->base);
 }
 
 /// Absent for a name that the catalogue does not have.

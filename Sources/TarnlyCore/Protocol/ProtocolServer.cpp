@@ -16,8 +16,6 @@ namespace {
 using Kind = WebSocketConnection::Kind;
 using Message = WebSocketConnection::Message;
 
-/// A password needs no more, and a stranger shall not fill the memory.
-constexpr std::size_t unpairedMessageLimit = 1024 * 1024;
 constexpr std::size_t pairedMessageLimit = 64 * 1024 * 1024;
 
 /// So many that others wait for a fraction of a millisecond.
@@ -147,7 +145,10 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
 };
 
 ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession)
-    : executor_(std::move(executor)), makeSession_(std::move(makeSession)), tasks_(executor_) {}
+    : executor_(std::move(executor)),
+      makeSession_(std::move(makeSession)),
+      changed_(executor_),
+      tasks_(executor_) {}
 
 ProtocolServer::~ProtocolServer() = default;
 
@@ -159,7 +160,22 @@ void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
     connection->setReceiver(client);
 }
 
-void ProtocolServer::remove(const Client& client) { clients_.erase(&client); }
+void ProtocolServer::remove(const Client& client) {
+    clients_.erase(&client);
+    changed_.notifyAll();
+}
+
+Task<bool> ProtocolServer::join(Clock& clock, Clock::Duration limit) {
+    const auto self = shared_from_this();
+    const auto deadline = clock.now() + limit;
+    while (!clients_.empty() && clock.now() < deadline) {
+        const auto left = deadline - clock.now();
+        co_await waitFor(changed_, clock, left);
+    }
+    const auto left = deadline - clock.now();
+    const bool haveEnded = co_await tasks_.join(clock, left);
+    co_return haveEnded&& clients_.empty();
+}
 
 void ProtocolServer::broadcast(BuildMessage build) {
     thread_.check();

@@ -10,6 +10,7 @@
 
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
@@ -29,6 +30,9 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
     using MakeSession = std::function<std::shared_ptr<ProtocolSession>()>;
     using BuildMessage = std::function<ProtocolSession::Push(const std::shared_ptr<ProtocolSession>&)>;
+
+    /// A password needs no more, in bytes, and a stranger shall not fill the memory.
+    static constexpr std::size_t unpairedMessageLimit = std::size_t{1024} * 1024;
 
     /// `executor` runs the tasks of all connections.
     ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession);
@@ -51,7 +55,7 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     void cancelAll();
 
     /// Waits until all connections and pushes have ended, for `limit` at most; says whether it came to that.
-    Task<bool> join(Clock& clock, Clock::Duration limit) { return tasks_.join(clock, limit); }
+    Task<bool> join(Clock& clock, Clock::Duration limit);
 
     std::size_t connectionCount() const;
 
@@ -72,6 +76,7 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     const MakeSession makeSession_;
     OnOneThread thread_;
     Table clients_;
+    Event changed_;
     TaskGroup tasks_;
 };
 

@@ -90,10 +90,12 @@ class RecordingWriter::Room {
         while (auto orders = next()) {
             for (auto& order : *orders)
                 tryTo(order);
-            writeLines();
-            flushWhenDue();
+            attempt([this] {
+                writeLines();
+                flushWhenDue();
+            });
         }
-        closeLog();
+        attempt([this] { closeLog(); });
         const std::lock_guard lock(mutex_);
         hasEnded_ = true;
         changed_.notify_all();
@@ -111,6 +113,14 @@ class RecordingWriter::Room {
         }
         if (isClosing_ && orders_.empty()) return std::nullopt;
         return std::exchange(orders_, {});
+    }
+
+    /// A step that fails, for lack of memory say, ends neither thread nor program.
+    static void attempt(const auto& step) {
+        try {
+            step();
+        } catch (const std::exception&) {
+        }
     }
 
     /// What fails, for lack of memory say, is lost alone.
@@ -137,8 +147,12 @@ class RecordingWriter::Room {
     }
     void carryOut(const End&) { isLogEnding_ = true; }
     void carryOut(const Notify& order) {
-        writeLines();
-        order.done();
+        try {
+            writeLines();
+        } catch (const std::exception&) {
+            lines_.clear();
+        }
+        order.done(); // somebody waits for it
     }
     void carryOut(LetGo& order) { order.memory.reset(); }
 

@@ -51,6 +51,7 @@ Task<> SamplingLoop::run(std::weak_ptr<SamplingLoop> loop, Clock& clock) {
             // A tick that fails, for lack of memory say, is one tick lost.
         }
         if (alive->isNeeded_ && !alive->isNeeded_()) {
+            if (alive->onTickBegins_) alive->onTickBegins_(); // who was there may have left meanwhile
             co_await rest(alive);
         } else {
             co_await clock.sleepFor(interval);

@@ -48,8 +48,12 @@ Task<> TcpWebSocket::opened() {
 
 // The limits of time
 
+void TcpWebSocket::expectMore() {
+    expectingSince_ = clock_.now();
+    watchForStalls();
+}
+
 void TcpWebSocket::watchForStalls() {
-    if (isReading_) readingSince_ = clock_.now();
     if (std::exchange(isStallWatched_, true)) return;
     tasks_.spawn(watch(shared_from_this()), endOnFailure());
 }
@@ -57,8 +61,8 @@ void TcpWebSocket::watchForStalls() {
 /// When the peer will have done nothing for too long; absent while nothing is expected of it.
 std::optional<Clock::TimePoint> TcpWebSocket::stallsAt() const {
     std::optional<Clock::TimePoint> since;
-    if (isReading_ && !rooms_.empty()) since = readingSince_;
-    if (isWaitingToWrite_) since = since ? std::min(*since, lastProgress_) : lastProgress_;
+    if ((isReading_ || isWaitingForRoom_) && !rooms_.empty()) since = expectingSince_;
+    if (isWaitingToWrite_) since = since ? std::min(*since, *lastProgress_) : *lastProgress_;
     if (since) *since += limits_.stall;
     return since;
 }
@@ -101,8 +105,11 @@ void TcpWebSocket::cancel() {
 /// The peer says no more. What it has asked is answered first.
 void TcpWebSocket::finish(const error_code& error) {
     if (error) isAtEnd_ = true;
-    if (state_ == State::closing) return end();
     hasPeerClosed_ = true;
+    if (state_ == State::closing) { // what was sent before goes out first
+        if (outgoing_.isEmpty()) end();
+        return;
+    }
     if (state_ == State::open && error)
         lastWord_.emplace(NetworkError::Case::connectionClosed, error.message());
     state_ = State::finishing;

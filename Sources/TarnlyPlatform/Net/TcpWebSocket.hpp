@@ -98,6 +98,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     void noteDrained();
 
     // The limits of time
+    void expectMore();
     void watchForStalls();
     std::optional<Clock::TimePoint> stallsAt() const;
     static Task<> watch(std::shared_ptr<TcpWebSocket> self);
@@ -137,7 +138,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     std::size_t received_ = 0;
     bool isReading_ = false;
     bool isAtEnd_ = false;
-    Clock::TimePoint readingSince_{};
+    Clock::TimePoint expectingSince_{};
     bool isWorking_ = false;
     bool isWorkPosted_ = false;
     std::string content_;
@@ -159,7 +160,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     std::size_t heldBytes_ = 0;
     std::uint64_t pingEndsAt_ = 0;
     bool isWaitingToWrite_ = false;
-    Clock::TimePoint lastProgress_{};
+    std::optional<Clock::TimePoint> lastProgress_; // absent while all has gone
     bool isStallWatched_ = false;
 
     Event changed_;

@@ -38,7 +38,7 @@ void TcpWebSocket::startReading() {
     const auto room = decoder_.payloadLeft() > shortRead ? longRead : shortRead;
     if (buffer_.size() != room) buffer_ = std::vector<char>(room);
     isReading_ = true;
-    if (!rooms_.empty()) watchForStalls();
+    if (!rooms_.empty()) expectMore();
     socket_.async_read_some(asio::buffer(buffer_),
                             [self = shared_from_this()](const error_code& error, std::size_t size) {
                                 self->guarded([&] { self->noteRead(error, size); });
@@ -63,13 +63,16 @@ void TcpWebSocket::work() {
     while (steps < stepsATurn && workOnce())
         ++steps;
     isWorking_ = false;
+    const bool wasHeldUp = !mayReadOn();
     flush();
     if (hasEnded()) return;
     // The answers may just have left, and what waited for that is a message, or the end behind the last one.
-    const bool isWaiting = !incoming_.empty() || state_ == State::finishing;
+    const bool isWaiting = state_ == State::finishing || (state_ == State::open && !incoming_.empty());
     const bool canDeliver = isWaiting && hasReceiver_ && isTakerIdle();
     if (steps == stepsATurn || canDeliver) return workLater();
-    if (mayReadOn() && workedOn_ == received_) startReading();
+    if (!mayReadOn()) return;
+    if (wasHeldUp || workedOn_ < received_) return workLater();
+    startReading();
 }
 
 /// One step: a message handed on, or an event read. False when there is nothing to do.
@@ -155,6 +158,8 @@ void TcpWebSocket::takeRoom() {
         self->isWaitingForRoom_ = false;
         if (!self->isWorking_) self->workLater();
     });
+    // Who holds room and waits for more may be what others wait for.
+    if (isWaitingForRoom_) expectMore();
 }
 
 void TcpWebSocket::noteMessage(Opcode opcode) {

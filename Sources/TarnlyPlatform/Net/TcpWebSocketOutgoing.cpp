@@ -89,7 +89,7 @@ void TcpWebSocket::flush() {
 
 /// The rest goes when the network takes more.
 void TcpWebSocket::writeOn(bool isProgress) {
-    if (isProgress || !isStallWatched_) lastProgress_ = clock_.now();
+    if (isProgress || !lastProgress_) lastProgress_ = clock_.now();
     if (isProgress) changed_.notifyAll();
     isWaitingToWrite_ = true;
     watchForStalls();
@@ -103,6 +103,7 @@ void TcpWebSocket::writeOn(bool isProgress) {
 }
 
 void TcpWebSocket::noteDrained() {
+    lastProgress_.reset();
     changed_.notifyAll();
     if (state_ == State::closing && hasPeerClosed_) return end();
 }

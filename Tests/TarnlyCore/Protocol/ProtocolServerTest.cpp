@@ -271,7 +271,9 @@ TEST_F(ProtocolServerTest, AnExceptionEndsThatConnectionAlone) {
 TEST_F(ProtocolServerTest, JoiningWaitsUntilAllConnectionsHaveEnded) {
     connectPaired();
     server->cancelAll();
+    EXPECT_EQ(server->connectionCount(), 1U);
     EXPECT_TRUE(clock.run(io, server->join(clock, std::chrono::seconds(1))));
+    EXPECT_EQ(server->connectionCount(), 0U);
 }
 
 TEST_F(ProtocolServerTest, JoiningGivesUpOnARequestThatTakesTooLong) {

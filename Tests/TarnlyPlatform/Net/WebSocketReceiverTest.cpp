@@ -298,6 +298,50 @@ TEST_F(WebSocketReceiverTest, WhoHoldsRoomAndSendsNothingForFifteenSecondsIsCut)
     EXPECT_EQ(budget.taken(), 0U);
 }
 
+TEST_F(WebSocketReceiverTest, WhoHoldsRoomAndWaitsForMoreInVainIsCut) {
+    ByteBudget budget(100'000);
+    limits.budget = &budget;
+    limits.shortMessage = 100;
+    connect();
+    const std::string part(40'000, 'x');
+    write(std::string("\x01\xFE\x9C\x40\0\0\0\0", 8) + part);
+    until([&] { return budget.taken() == part.size(); });
+    const auto room = budget.tryTake(50'000);
+    write(std::string("\x80\xFE\x9C\x40\0\0\0\0", 8) + part);
+    until([&] { return budget.waiting() == 1; });
+    clock.advance(io, 15s);
+    ASSERT_TRUE(connection->failure());
+    EXPECT_EQ(budget.taken(), 50'000U);
+}
+
+TEST_F(WebSocketReceiverTest, AnEndWithMessagesReadAheadIsWaitedForInPeace) {
+    beBusy();
+    connect();
+    write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, "2"));
+    until([this] { return !receiver->taken.empty(); });
+    connection->cancel();
+    connection->resume();
+    EXPECT_EQ(read(4), std::string("\x88\x02\x03\xE8", 4));
+    io.restart();
+    EXPECT_LT(io.run_for(50ms), 10U); // handlers: no busy loop
+    write(RawPeer::frame(closing, std::string("\x03\xE8", 2)));
+    until([this] { return receiver->ends == 1; });
+    EXPECT_THAT(receiver->taken, ElementsAre("1"));
+}
+
+TEST_F(WebSocketReceiverTest, AMessageBehindAnAnswerThatHeldItUpIsReadOn) {
+    limits.unsentAnswers = 10;
+    limits.readAheadBytes = 100;
+    echo();
+    connect();
+    const std::string text(60, 'x');
+    std::string bytes;
+    for (int i = 0; i < 20; ++i)
+        bytes += RawPeer::frame(finalText, text);
+    write(bytes);
+    EXPECT_THAT(read(20 * 62), SizeIs(20 * 62));
+}
+
 TEST_F(WebSocketReceiverTest, ABreachIsToldAndNothingBehindItIsRead) {
     limits.message = 100;
     for (const auto& [bytes, code] :
