@@ -55,8 +55,8 @@ def test_pings_between_fragments_are_answered_before_the_message_is_whole(lonely
 
 def test_pings_are_answered_while_a_request_waits(companion, fake):
     fake.add("sim/x", 1)
-    raw = companion.raw()
     with fake.holding(DATAREFS):
+        raw = companion.raw()
         raw.send_text(SUBSCRIBE)
         fake.wait_for(lambda: DATAREFS in fake.lines(), "the request for the catalogue")
         for payload in (b"one", b"two"):
@@ -137,8 +137,8 @@ def test_a_close_frame_is_answered_and_the_connection_ends(lonely):
 
 def test_a_close_frame_while_a_request_waits_lets_it_be_answered_first(companion, fake):
     fake.add("sim/x", 1)
-    raw, other = companion.raw(), companion.client()
     with fake.holding(DATAREFS):
+        raw, other = companion.raw(), companion.client()
         raw.send_text(SUBSCRIBE)
         fake.wait_for(lambda: DATAREFS in fake.lines(), "the request for the catalogue")
         raw.send_frame(CLOSE, b"\x03\xe8")
