@@ -146,8 +146,8 @@ class ProtocolSession {
     Task<Reply> runCommand(SharedRequest request);
     Task<Reply> moveToPreservingAgl(SharedRequest request);
     Task<Reply> applyAttitude(SharedRequest request);
-    /// Throws what the first read that fails throws.
     Task<std::optional<std::string>> buildPushLater(SharedNames names);
+    /// Throws what the first read that fails throws.
     Task<std::string> respondWithValues(std::optional<std::int64_t> reqId, SharedNames names);
 
     const std::shared_ptr<PairingManager> pairing_;

@@ -147,11 +147,7 @@ class RecordingWriter::Room {
     }
     void carryOut(const End&) { isLogEnding_ = true; }
     void carryOut(const Notify& order) {
-        try {
-            writeLines();
-        } catch (const std::exception&) {
-            lines_.clear();
-        }
+        attempt([this] { writeLines(); });
         order.done(); // somebody waits for it
     }
     void carryOut(LetGo& order) { order.memory.reset(); }

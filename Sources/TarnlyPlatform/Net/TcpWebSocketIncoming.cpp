@@ -130,7 +130,6 @@ void TcpWebSocket::note(const WebSocketEvent& event) {
             signs_.lastPongAt = clock_.now();
             return;
         case close:
-            hasPeerClosed_ = true;
             if (event.code != WebSocketCloseCode::none) peersCode_ = event.code;
             return finish({});
         case violation:

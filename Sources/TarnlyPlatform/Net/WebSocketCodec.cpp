@@ -148,7 +148,7 @@ WebSocketEvent WebSocketDecoder::closeEvent(std::string_view payload) {
         code = static_cast<WebSocketCloseCode>(number);
         payload.remove_prefix(codeSize);
     }
-    if (wellFormedUtf8(std::string(payload)) != payload) return violation(WebSocketCloseCode::notUtf8);
+    if (!isWellFormedUtf8(payload)) return violation(WebSocketCloseCode::notUtf8);
     state_ = State::done;
     return {WebSocketEvent::Kind::close, payload, code};
 }
