@@ -1,7 +1,9 @@
 #include "TarnlyApp/CompanionRuntime.hpp"
 
+#include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/this_coro.hpp>
 #include <iostream>
 #include <utility>
 
@@ -17,6 +19,10 @@ namespace {
 /// Time for the last answers and the closing handshakes at the end.
 constexpr auto closingPatience = std::chrono::milliseconds(300);
 
+/// The DNS-SD daemon asks the network whether the name is free before it answers; who waits for the port is
+/// told after this at the latest.
+constexpr auto publicationPatience = std::chrono::seconds(1);
+
 std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
     if (!options.navigationDatabase) return nullptr;
     return std::make_shared<NavDatabase>(options.navigationDatabase->string());
@@ -26,6 +32,22 @@ std::string nameOf(const CompanionOptions& options) { return options.name.value_
 
 /// What is worth knowing and no reason to give up.
 void remark(const std::string& text) { std::cerr << "Tarnly: " + text + "\n" << std::flush; }
+
+std::string advertisingText(const std::optional<PublicationState>& publication) {
+    const std::string negation = "not advertised";
+    if (!publication) return negation;
+    switch (publication->kind) {
+        case PublicationState::Kind::published:
+            return "advertising as \"" + publication->text + "\"";
+        case PublicationState::Kind::publishing:
+            return negation + " yet";
+        case PublicationState::Kind::noDaemon:
+            return negation + ": no DNS-SD daemon";
+        case PublicationState::Kind::refused:
+            break;
+    }
+    return negation + ": refused by the DNS-SD daemon";
+}
 
 std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
     return std::filesystem::absolute(dataFolder(options));
@@ -50,11 +72,10 @@ void CompanionRuntime::start() {
     }
     boost::asio::post(network_, [backend = backend_] { backend->start(); });
     boost::asio::post(network_, [this] { tellStatus(); });
-    const bool passwordRequired = host_->pairing().requiresPairing();
-    boost::asio::co_spawn(network_, host_->start(),
-                          [this, passwordRequired](const std::exception_ptr& failure) {
-                              failure ? announceFailure(failure) : announceStart(passwordRequired);
-                          });
+    boost::asio::co_spawn(network_, host_->start(), [this](const std::exception_ptr& failure) {
+        if (failure) return announceFailure(failure);
+        publicationTask_.spawn(tellHowItListens(), dropFailure);
+    });
 }
 
 void CompanionRuntime::build() {
@@ -120,6 +141,7 @@ void CompanionRuntime::run() {
 }
 
 Task<> CompanionRuntime::close() {
+    publicationTask_.cancel();
     statusSocket_.reset();
     co_await closeStatusFile();
     if (!host_) co_return;
@@ -162,10 +184,21 @@ void CompanionRuntime::setStatusShown(bool isShown) {
     });
 }
 
-void CompanionRuntime::announceStart(bool passwordRequired) {
-    const auto published = options_.advertises ? std::optional(nameOf(options_)) : std::nullopt;
-    announce(State::listening,
-             listeningText(host_->advertiser().advertisedPort(), published, passwordRequired));
+Task<> CompanionRuntime::tellHowItListens() {
+    for (;;) {
+        co_await host_->advertiser().publicationSettled(publicationPatience);
+        const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+        if (cancellation.cancelled() != boost::asio::cancellation_type::none) co_return;
+        announceListening();
+        co_await host_->advertiser().publicationChange();
+    }
+}
+
+void CompanionRuntime::announceListening() {
+    const auto& advertiser = host_->advertiser();
+    auto text = listeningText(advertiser.advertisedPort(), advertiser.publicationState(),
+                              host_->pairing().requiresPairing());
+    if (state_ != State::listening || text != statusText()) announce(State::listening, std::move(text));
 }
 
 void CompanionRuntime::announceFailure(const std::exception_ptr& failure) {
@@ -187,12 +220,11 @@ void CompanionRuntime::handOnPassword() {
     if (host_) host_->pairing().setPassword(settingsStore_.current().password);
 }
 
-std::string listeningText(std::optional<std::uint16_t> port, const std::optional<std::string>& instanceName,
-                          bool passwordRequired) {
+std::string listeningText(std::optional<std::uint16_t> port,
+                          const std::optional<PublicationState>& publication, bool passwordRequired) {
     const auto portText = port ? std::to_string(*port) : "?";
-    const auto nameText = instanceName ? ", advertising as \"" + *instanceName + "\"" : ", not advertised";
     const auto pairingText = passwordRequired ? ", pairing password required." : ", pairing open.";
-    return "Listening on port " + portText + nameText + pairingText;
+    return "Listening on port " + portText + ", " + advertisingText(publication) + pairingText;
 }
 
 std::string failureText(const std::string& error) { return "Failed to start: " + error; }

@@ -18,6 +18,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/LocalSocket.hpp"
 #include "TarnlyXPlane/ReconnectingBackend.hpp"
@@ -50,7 +51,7 @@ class CompanionRuntime {
     /// From any thread, also before `run`.
     void end();
 
-    /// "Starting…", then how the companion can be reached, or why it failed. From any thread.
+    /// "Starting…", then how the companion can be reached at present, or why it failed. From any thread.
     std::string statusText() const;
     State state() const { return state_; }
 
@@ -80,7 +81,8 @@ class CompanionRuntime {
     void makeStatusFile();
     Task<> close();
     Task<> closeStatusFile();
-    void announceStart(bool passwordRequired);
+    Task<> tellHowItListens();
+    void announceListening();
     void announceFailure(const std::exception_ptr& failure);
     void announce(State state, std::string text);
     void handOnPassword();
@@ -104,14 +106,16 @@ class CompanionRuntime {
     // depends-on: clock_, network_, workers_, reporter_
     std::optional<StatusFile> statusFile_;
     std::unique_ptr<LocalListener> statusSocket_;
+    // depends-on: clock_, network_, host_
+    TaskGroup publicationTask_{network_.get_executor()};
 };
 
 /// The line that tells the person how the companion can be reached.
 ///
-/// `port` is shown as "?" when unknown; `instanceName` is the configured one, absent when nothing is
-/// published.
-std::string listeningText(std::optional<std::uint16_t> port, const std::optional<std::string>& instanceName,
-                          bool passwordRequired);
+/// `port` is shown as "?" when unknown; `publication` is absent when nothing is published. It names what the
+/// DNS-SD daemon has confirmed, and claims nothing else.
+std::string listeningText(std::optional<std::uint16_t> port,
+                          const std::optional<PublicationState>& publication, bool passwordRequired);
 
 /// The line after a start that failed.
 std::string failureText(const std::string& error);

@@ -12,6 +12,7 @@ import pytest
 from desktop import Desktop, Network, Portal, Rectangle, Tarnly
 from desktop.picture import read_png
 from desktop.tarnly import ADDRESSES, BUTTON, LABEL, LIST_ITEM, MENU_ITEM, PANEL, SETTINGS
+from dnssd import PrivateDnssd
 from harness import wait_until
 
 CHECK_BOX = "check box"
@@ -42,6 +43,12 @@ def desktop(request):
         yield started
 
 
+@pytest.fixture(scope="module")
+def dnssd():
+    with PrivateDnssd() as running:
+        yield running
+
+
 @pytest.fixture
 def network():
     with Network("192.168.1.20/24", "fd42:6c1e::20/64") as made:
@@ -49,9 +56,10 @@ def network():
 
 
 @pytest.fixture
-def start(desktop, programs, network):
+def start(desktop, programs, network, dnssd):
     """A function that starts the program."""
     def start(prefix=network.prefix, **options):
+        options["DBUS_SYSTEM_BUS_ADDRESS"] = dnssd.address
         return Tarnly(desktop, programs, "--name", "rig42", prefix=prefix, scale=desktop.scale, **options)
     return start
 

@@ -7,6 +7,7 @@ import socket
 import pytest
 from desktop import Desktop, Tarnly
 from desktop.tarnly import ADDRESSES, BUTTON, LABEL, MENU_ITEM, PANEL, SETTINGS
+from dnssd import PrivateDnssd
 from harness import wait_until
 
 WIDTH, PADDING = 280, 12
@@ -24,6 +25,12 @@ def desktop():
 @pytest.fixture
 def tarnly(desktop, programs):
     return Tarnly(desktop, programs, "--name", "rig42")
+
+
+@pytest.fixture
+def dnssd():
+    with PrivateDnssd() as running:
+        yield running
 
 
 def test_it_starts_as_an_icon_without_a_window(tarnly):
@@ -64,7 +71,7 @@ def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
     shown = panel.showing(LABEL, BUTTON, "frame")
     assert [(element.role, element.name) for element in shown] == [
         (LABEL, "Tarnly"),
-        (LABEL, f'Listening on port {port}, advertising as "rig42", pairing open.'),
+        (LABEL, f"Listening on port {port}, not advertised: no DNS-SD daemon, pairing open."),
         (LABEL, simulator),
         (LABEL, "No client is paired."),
         (LABEL, "No recording is running."),
@@ -234,9 +241,9 @@ def test_a_failed_start_is_told_and_the_program_stays(desktop, programs):
         tarnly.view(SETTINGS)
 
 
-def test_a_long_name_is_told_whole(desktop, programs):
+def test_a_long_name_is_told_whole(desktop, programs, dnssd):
     name = "thesimulatorinthehangarbehindtheoldtowerofthesmallairfield"
-    tarnly = Tarnly(desktop, programs, "--name", name)
+    tarnly = Tarnly(desktop, programs, "--name", name, DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
     icon = tarnly.icon()
     panel = tarnly.open_panel()
     tarnly.wait_for_text(f'^Listening on port .*, advertising as "{name}", pairing open\\.$')

@@ -6,6 +6,7 @@ import stat
 import pytest
 from desktop import Desktop, Tarnly
 from desktop.tarnly import LABEL, SETTINGS
+from dnssd import PrivateDnssd
 from gi.repository import Gio, GLib
 from harness import executable, wait_until
 
@@ -26,6 +27,12 @@ def desktop():
 @pytest.fixture
 def tarnly(desktop, programs):
     return Tarnly(desktop, programs)
+
+
+@pytest.fixture
+def dnssd():
+    with PrivateDnssd() as running:
+        yield running
 
 
 def settings_of(tarnly):
@@ -202,8 +209,8 @@ def test_the_keyboard_switches_the_start_at_login(tarnly):
     wait_until(lambda: not tarnly.autostart_entry.exists(), "the end of the entry")
 
 
-def test_the_desktop_starts_it_at_login_in_the_background_with_its_options(desktop, programs):
-    tarnly = Tarnly(desktop, programs, "--name", 'two "words" 100% $HOME')
+def test_the_desktop_starts_it_at_login_in_the_background_with_its_options(desktop, programs, dnssd):
+    tarnly = Tarnly(desktop, programs, "--name", 'two "words" 100% $HOME', DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
     settings = tarnly.open_settings()
     tarnly.click(tarnly.element(settings, CHECK_BOX, AT_LOGIN).area)
     wait_until(tarnly.autostart_entry.exists, "the entry")

@@ -42,7 +42,7 @@ def test_the_panel_is_an_ordinary_window(tarnly):
     port = tarnly.port()
     simulator = tarnly.wait_for_text(r"^Simulator: .*").group()
     assert panel.names(LABEL, BUTTON) == [
-        "Tarnly", f'Listening on port {port}, advertising as "rig42", pairing open.', simulator,
+        "Tarnly", f'Listening on port {port}, not advertised: no DNS-SD daemon, pairing open.', simulator,
         "No client is paired.", "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"]
     tarnly.client(port)
     tarnly.wait_for_text(r"^1 client is paired\.$")

@@ -4,6 +4,7 @@ import json
 import re
 import signal
 import subprocess
+import time
 from dataclasses import dataclass
 
 import pytest
@@ -11,6 +12,9 @@ from dnssd import PrivateDnssd
 from harness import wait_until
 
 OPEN = ["pairing=open", "sim=xplane", "ver=0.1"]
+NO_DAEMON = "not advertised: no DNS-SD daemon"
+# Seconds after the daemon is there; it asks the network for one whether the name is free.
+BACK_WITHIN = 5
 REQUIRED = ["pairing=required", "sim=xplane", "ver=0.1"]
 
 
@@ -53,16 +57,15 @@ def advertised(programs, dnssd, name, **options):
     return programs.companion("--name", name, advertise=True, **options)
 
 
-def published(programs, companion):
-    """What the companion itself tells about it, once that is settled."""
+def wait_for_line(companion, advertising):
+    companion.program.wait_for_line(f"^Listening on port {companion.port}, {re.escape(advertising)}, pairing open\\.$")
+
+
+def told(programs, companion):
+    """What the companion itself tells."""
     arguments = companion.program.process.args
     folder = arguments[arguments.index("--data-dir") + 1]
-
-    def ask():
-        told = json.loads(programs.run("tarnlyd", "--status", "--data-dir", folder).output)["published"]
-        return told["state"] != "publishing" and told
-
-    return wait_until(ask, "what is published")
+    return json.loads(programs.run("tarnlyd", "--status", "--data-dir", folder).output)
 
 
 def tool(programs, dnssd, *arguments):
@@ -71,7 +74,7 @@ def tool(programs, dnssd, *arguments):
 
 def test_the_service_stands_with_its_port_and_exactly_three_keys(programs, daemon):
     companion = advertised(programs, daemon, "rig42")
-    assert companion.status_line.endswith(', advertising as "rig42", pairing open.')
+    wait_for_line(companion, 'advertising as "rig42"')
     wait_for_services(daemon, Service("rig42", companion.port, tuple(OPEN)))
 
 
@@ -92,10 +95,10 @@ def test_a_name_that_is_taken_gets_the_next_free_form(programs, daemon):
     first = advertised(programs, daemon, "rig42")
     wait_for_services(daemon, Service("rig42", first.port, tuple(OPEN)))
     second = advertised(programs, daemon, "rig42")
-    assert second.status_line == f'Listening on port {second.port}, advertising as "rig42", pairing open.'
+    wait_for_line(second, 'advertising as "rig42 (2)"')
     both = [Service("rig42", first.port, tuple(OPEN)), Service("rig42 (2)", second.port, tuple(OPEN))]
     wait_for_services(daemon, *both)
-    assert published(programs, second) == {"state": "published", "name": "rig42 (2)"}
+    assert told(programs, second)["published"] == {"state": "published", "name": "rig42 (2)"}
     third = advertised(programs, daemon, "rig42")
     wait_for_services(daemon, *both, Service("rig42 (3)", third.port, tuple(OPEN)))
 
@@ -113,7 +116,7 @@ def test_any_name_may_be_published(programs, daemon, name):
 ], ids=["ASCII", "cut before ü", "planes"])
 def test_a_long_name_is_cut_between_two_characters(programs, daemon, name, published):
     companion = advertised(programs, daemon, name)
-    assert f'advertising as "{name}"' in companion.status_line
+    wait_for_line(companion, f'advertising as "{published}"')
     wait_for_services(daemon, Service(published, companion.port, tuple(OPEN)))
 
 
@@ -123,28 +126,45 @@ def test_without_advertising_nothing_is_published(programs, daemon):
     wait_for_services(daemon, Service("seen", seen.port, tuple(OPEN)))
 
 
-def test_the_daemon_may_come_later(programs):
+@pytest.mark.parametrize("is_bus_there", [True, False], ids=["the daemon", "even the bus"])
+def test_the_daemon_may_come_later(programs, is_bus_there):
     dnssd = PrivateDnssd()
     try:
-        dnssd.start_bus()
+        if is_bus_there:
+            dnssd.start_bus()
         companion = advertised(programs, dnssd, "rig42")
+        assert companion.status_line == f"Listening on port {companion.port}, {NO_DAEMON}, pairing open."
         assert companion.client().data("sim_info")["sim"] == "xplane"
+        if not is_bus_there:
+            dnssd.start_bus()
         dnssd.start_daemon()
+        ready = time.monotonic()
+        wait_for_line(companion, 'advertising as "rig42"')
+        assert time.monotonic() - ready < BACK_WITHIN
         wait_for_services(dnssd, Service("rig42", companion.port, tuple(OPEN)))
     finally:
         dnssd.close()
 
 
-def test_even_the_bus_may_come_later(programs):
-    dnssd = PrivateDnssd()
-    try:
-        companion = advertised(programs, dnssd, "rig42")
-        assert companion.client().data("sim_info")["sim"] == "xplane"
-        dnssd.start_bus()
-        dnssd.start_daemon()
-        wait_for_services(dnssd, Service("rig42", companion.port, tuple(OPEN)))
-    finally:
-        dnssd.close()
+def test_a_daemon_that_goes_is_told_on_a_new_line_and_in_the_status(programs, daemon):
+    companion = advertised(programs, daemon, "rig42")
+    wait_for_line(companion, 'advertising as "rig42"')
+    last = companion.program.output()[-1]
+    daemon.stop_daemon()
+    wait_for_line(companion, NO_DAEMON)
+    assert told(programs, companion)["words"] == companion.program.output()[-1]
+    daemon.start_daemon()
+    wait_until(lambda: companion.program.output()[-1] == last, "the line that was last before")
+    assert told(programs, companion)["words"] == companion.program.output()[-1]
+
+
+def test_clients_are_served_before_a_daemon_that_hangs_has_answered(programs, daemon):
+    daemon.signal_daemon(signal.SIGSTOP)
+    companion = advertised(programs, daemon, "rig42")
+    assert companion.status_line == f"Listening on port {companion.port}, not advertised yet, pairing open."
+    assert companion.client().data("sim_info")["sim"] == "xplane"
+    daemon.signal_daemon(signal.SIGCONT)
+    wait_for_line(companion, 'advertising as "rig42"')
 
 
 @pytest.mark.parametrize("what", ["restart_daemon", "restart"], ids=["the daemon", "the bus too"])

@@ -219,14 +219,27 @@ TEST_F(CompanionRuntimeTest, LetsGoOfTheSettingsAtItsEnd) {
 }
 
 TEST(StatusText, SaysHowTheCompanionCanBeReached) {
-    EXPECT_EQ(listeningText(41234, "rig42", false),
-              R"(Listening on port 41234, advertising as "rig42", pairing open.)");
-    EXPECT_EQ(listeningText(1, "a", true),
-              R"(Listening on port 1, advertising as "a", pairing password required.)");
+    const PublicationState published{PublicationState::Kind::published, "rig42 (2)"};
+    EXPECT_EQ(listeningText(41234, published, false),
+              "Listening on port 41234, advertising as \"rig42 (2)\", pairing open.");
+    EXPECT_EQ(listeningText(1, published, true),
+              "Listening on port 1, advertising as \"rig42 (2)\", pairing password required.");
     EXPECT_EQ(listeningText(41234, std::nullopt, false),
               "Listening on port 41234, not advertised, pairing open.");
-    EXPECT_EQ(listeningText(std::nullopt, "a", false),
-              R"(Listening on port ?, advertising as "a", pairing open.)");
+    EXPECT_EQ(listeningText(std::nullopt, published, false),
+              "Listening on port ?, advertising as \"rig42 (2)\", pairing open.");
+}
+
+TEST(StatusText, ClaimsNothingThatTheDaemonHasNotConfirmed) {
+    const auto text = [](PublicationState::Kind kind) {
+        return listeningText(1, PublicationState{kind, "why; and what to do"}, false);
+    };
+    EXPECT_EQ(text(PublicationState::Kind::publishing),
+              "Listening on port 1, not advertised yet, pairing open.");
+    EXPECT_EQ(text(PublicationState::Kind::noDaemon),
+              "Listening on port 1, not advertised: no DNS-SD daemon, pairing open.");
+    EXPECT_EQ(text(PublicationState::Kind::refused),
+              "Listening on port 1, not advertised: refused by the DNS-SD daemon, pairing open.");
 }
 
 TEST(StatusText, SaysWhyAStartFailed) {

@@ -22,6 +22,7 @@ using testing::SizeIs;
 class FakePublication final : public Publication {
   public:
     PublicationState state() const override { return present; }
+    void onChange(std::function<void()>) override {}
     PublicationState present;
 };
 
@@ -64,7 +65,7 @@ TEST_F(StatusReporterTest, FollowsThePublication) {
     EXPECT_EQ(reporter.collect().published->state, "publishing");
     publication->present = {PublicationState::Kind::published, "rig42 (2)"};
     EXPECT_EQ(reporter.collect().published->name, "rig42 (2)");
-    publication->present = {PublicationState::Kind::notPublished, "no daemon"};
+    publication->present = {PublicationState::Kind::noDaemon, "no daemon"};
     EXPECT_EQ(reporter.collect().published->reason, "no daemon");
     host.stop();
 }

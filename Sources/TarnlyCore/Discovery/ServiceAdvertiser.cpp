@@ -1,11 +1,17 @@
 #include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
 
+#include <boost/asio/post.hpp>
 #include <utility>
+
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
 
 namespace tarnly {
 
 ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish)
-    : executor_(std::move(executor)), clock_(clock), publish_(std::move(publish)) {}
+    : executor_(std::move(executor)),
+      clock_(clock),
+      publish_(std::move(publish)),
+      publicationChanged_(std::make_shared<Event>(executor_)) {}
 
 Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
                                 WebSocketLimits limits) {
@@ -28,10 +34,20 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
         published.txt.emplace_back("ver", std::move(service.appVersion));
         published.txt.emplace_back("pairing", service.pairingRequired ? "required" : "open");
         publication_ = publish_(std::move(published));
+        followPublication();
     }
     listener_ = std::move(listener);
     advertisedPort_.with([&](auto& advertised) { advertised = port; });
     co_return;
+}
+
+void ServiceAdvertiser::followPublication() {
+    if (!publication_) return;
+    publication_->onChange([executor = executor_, changed = std::weak_ptr(publicationChanged_)] {
+        boost::asio::post(executor, [changed] {
+            if (const auto alive = changed.lock()) alive->notifyAll();
+        });
+    });
 }
 
 void ServiceAdvertiser::stop() {
@@ -47,6 +63,21 @@ std::optional<PublicationState> ServiceAdvertiser::publicationState() const {
     thread_.check();
     if (!publication_) return std::nullopt;
     return publication_->state();
+}
+
+Task<> ServiceAdvertiser::publicationSettled(Clock::Duration limit) const {
+    const auto deadline = clock_.now() + limit;
+    for (;;) {
+        const auto state = publicationState();
+        const auto left = deadline - clock_.now();
+        if (!state || state->kind != PublicationState::Kind::publishing || left <= left.zero()) co_return;
+        co_await waitFor(*publicationChanged_, clock_, left);
+    }
+}
+
+Task<> ServiceAdvertiser::publicationChange() const {
+    thread_.check();
+    co_await publicationChanged_->wait();
 }
 
 std::shared_ptr<Publication> publishBySystemDaemon(PublishedService service) {

@@ -11,6 +11,7 @@
 
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
@@ -65,12 +66,23 @@ class ServiceAdvertiser {
     /// How the publication stands; absent while there is none.
     std::optional<PublicationState> publicationState() const;
 
+    /// Waits while the publication is under way, for `limit` at most. Returns at once when there is none.
+    Task<> publicationSettled(Clock::Duration limit) const;
+
+    /// Waits for the next change of the publication, and may return without one. Where there is none to
+    /// change, it waits until its task is told to end.
+    Task<> publicationChange() const;
+
   private:
+    void followPublication();
+
     OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const Publish publish_;
     std::unique_ptr<WebSocketListener> listener_;
+    /// Told by whatever thread the publication has.
+    const std::shared_ptr<Event> publicationChanged_;
     std::shared_ptr<Publication> publication_;
     Guarded<std::optional<std::uint16_t>> advertisedPort_;
 };

@@ -63,7 +63,8 @@ PublicationStatus PublicationStatus::of(const std::optional<PublicationState>& p
             return {"publishing", {}, {}};
         case PublicationState::Kind::published:
             return {"published", text, {}};
-        case PublicationState::Kind::notPublished:
+        case PublicationState::Kind::noDaemon:
+        case PublicationState::Kind::refused:
             break;
     }
     return {"not_published", {}, text};

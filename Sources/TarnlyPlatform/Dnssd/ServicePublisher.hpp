@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -30,14 +31,15 @@ std::string nextServiceName(const std::string& name);
 /// How a publication stands. A plain value.
 struct PublicationState {
     enum class Kind {
-        publishing,   ///< under way
-        published,    ///< found by whoever looks
-        notPublished, ///< something is in the way; it is tried again and again
+        publishing, ///< under way
+        published,  ///< found by whoever looks
+        noDaemon,   ///< there is no daemon to publish it; it is waited for
+        refused,    ///< the daemon does not take it; it is tried again and again
     };
 
     Kind kind = Kind::publishing;
-    /// `published`: the name under which the service stands. `notPublished`: why not and what to do about it,
-    /// a clause for people.
+    /// `published`: the name under which the service stands. `noDaemon`, `refused`: why not and what to do
+    /// about it, a clause for people. Else empty.
     std::string text;
 
     bool operator==(const PublicationState&) const = default;
@@ -50,6 +52,10 @@ class Publication {
 
     /// Safe from any thread.
     virtual PublicationState state() const = 0;
+
+    /// Has `tell` called, from any thread, when the state has changed, until the publication's end. `tell`
+    /// must not wait, nor ask the publication anything.
+    virtual void onChange(std::function<void()> tell) = 0;
 };
 
 /// Publishes one service through the system's DNS-SD daemon for as long as it lives.
@@ -70,6 +76,7 @@ class ServicePublisher final : public Publication {
     ~ServicePublisher() override;
 
     PublicationState state() const override;
+    void onChange(std::function<void()> tell) override;
 
     /// The name under which the service stands now; empty while it is not published. Safe from any thread.
     std::string publishedName() const;

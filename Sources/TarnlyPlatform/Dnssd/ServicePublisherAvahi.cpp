@@ -77,9 +77,9 @@ std::string refused(int error) {
 
 } // namespace
 
-/// The talk with the daemon: everything but `stop`, `hasEnded` and `state` belongs to the one thread
-/// that runs it. Where the daemon refuses something or is gone, it begins again with a new client after a
-/// while.
+/// The talk with the daemon: everything but `stop`, `hasEnded`, `state` and `onChange` belongs to the one
+/// thread that runs it. Where the daemon refuses something or is gone, it begins again with a new client
+/// after a while.
 class ServicePublisher::Worker {
   public:
     explicit Worker(PublishedService service)
@@ -106,6 +106,11 @@ class ServicePublisher::Worker {
 
     PublicationState state() const { return state_.copy(); }
 
+    /// When it returns, what was to be called before is called no more.
+    void onChange(std::function<void()> tell) {
+        tell_.with([&](auto& told) { told = std::move(tell); });
+    }
+
   private:
     using Kind = PublicationState::Kind;
 
@@ -128,7 +133,7 @@ class ServicePublisher::Worker {
         const auto* api = avahi_simple_poll_get(poll_.get());
         int error = AVAHI_OK;
         client_.reset(avahi_client_new(api, AVAHI_CLIENT_NO_FAIL, onClientState, this, &error));
-        if (!client_) retryLater(unreachable(error));
+        if (!client_) retryLater(Kind::noDaemon, unreachable(error));
     }
 
     /// Freeing the client withdraws the service.
@@ -140,8 +145,8 @@ class ServicePublisher::Worker {
         client_.reset();
     }
 
-    void retryLater(std::string reason) {
-        setState(Kind::notPublished, std::move(reason));
+    void retryLater(Kind kind, std::string reason) {
+        setState(kind, std::move(reason));
         retryAt_ = SteadyClock::now() + retryInterval;
     }
 
@@ -162,10 +167,10 @@ class ServicePublisher::Worker {
                 withdraw();
                 break;
             case AVAHI_CLIENT_FAILURE:
-                retryLater(unreachable(avahi_client_errno(client)));
+                retryLater(Kind::noDaemon, unreachable(avahi_client_errno(client)));
                 break;
             case AVAHI_CLIENT_CONNECTING:
-                setState(Kind::notPublished, unreachable(AVAHI_ERR_NO_DAEMON));
+                setState(Kind::noDaemon, unreachable(AVAHI_ERR_NO_DAEMON));
                 break;
         }
     }
@@ -180,7 +185,7 @@ class ServicePublisher::Worker {
                 publish(avahi_entry_group_get_client(group));
                 break;
             case AVAHI_ENTRY_GROUP_FAILURE:
-                retryLater(refused(avahi_client_errno(avahi_entry_group_get_client(group))));
+                retryLater(Kind::refused, refused(avahi_client_errno(avahi_entry_group_get_client(group))));
                 break;
             case AVAHI_ENTRY_GROUP_UNCOMMITED:
             case AVAHI_ENTRY_GROUP_REGISTERING:
@@ -197,12 +202,12 @@ class ServicePublisher::Worker {
     void publish(AvahiClient* client) {
         withdraw();
         if (group_ == nullptr) group_ = avahi_entry_group_new(client, onGroupState, this);
-        if (group_ == nullptr) return retryLater(refused(avahi_client_errno(client)));
+        if (group_ == nullptr) return retryLater(Kind::refused, refused(avahi_client_errno(client)));
         int result = addService();
         for (; result == AVAHI_ERR_COLLISION; result = addService())
             name_ = nextServiceName(name_);
         if (result == AVAHI_OK) result = avahi_entry_group_commit(group_);
-        if (result != AVAHI_OK) retryLater(refused(result));
+        if (result != AVAHI_OK) retryLater(Kind::refused, refused(result));
     }
 
     int addService() {
@@ -213,7 +218,12 @@ class ServicePublisher::Worker {
     }
 
     void setState(Kind kind, std::string text = {}) {
-        state_.with([&](PublicationState& state) { state = {kind, std::move(text)}; });
+        PublicationState next{kind, std::move(text)};
+        if (next == state_.copy()) return;
+        state_.with([&](PublicationState& state) { state = std::move(next); });
+        tell_.with([](const auto& tell) {
+            if (tell) tell();
+        });
     }
 
     // Constant after construction
@@ -223,6 +233,7 @@ class ServicePublisher::Worker {
     StopEvent stop_;
     std::promise<void> ended_;
     Guarded<PublicationState> state_;
+    Guarded<std::function<void()>> tell_;
 
     // The thread's own
     std::string name_;
@@ -237,6 +248,7 @@ ServicePublisher::ServicePublisher(PublishedService service)
     : worker_(std::make_shared<Worker>(std::move(service))), thread_([worker = worker_] { worker->run(); }) {}
 
 ServicePublisher::~ServicePublisher() {
+    worker_->onChange(nullptr);
     worker_->stop();
     if (worker_->hasEnded(withdrawalPatience)) {
         thread_.join();
@@ -246,6 +258,8 @@ ServicePublisher::~ServicePublisher() {
 }
 
 PublicationState ServicePublisher::state() const { return worker_->state(); }
+
+void ServicePublisher::onChange(std::function<void()> tell) { worker_->onChange(std::move(tell)); }
 
 std::string ServicePublisher::publishedName() const {
     auto present = state();

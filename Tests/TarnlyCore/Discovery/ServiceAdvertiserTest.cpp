@@ -3,19 +3,34 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <memory>
+
 #include "Support/RunTask.hpp"
+#include "Support/VirtualClock.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::Pair;
 
 class FakePublication final : public Publication {
   public:
     PublicationState state() const override { return present; }
+    void onChange(std::function<void()> tell) override { tell_ = std::move(tell); }
+
+    void become(PublicationState state) {
+        present = std::move(state);
+        tell_();
+    }
+
     PublicationState present{PublicationState::Kind::published, "rig42 (2)"};
+
+  private:
+    std::function<void()> tell_;
 };
 
 struct ServiceAdvertiserTest : testing::Test {
@@ -70,7 +85,7 @@ TEST_F(ServiceAdvertiserTest, TellsHowThePublicationStands) {
     start({"rig42", 0, "xplane", "0.1", false});
     const PublicationState renamed{PublicationState::Kind::published, "rig42 (2)"};
     EXPECT_EQ(advertiser.publicationState(), renamed);
-    const PublicationState failed{PublicationState::Kind::notPublished, "no daemon"};
+    const PublicationState failed{PublicationState::Kind::noDaemon, "no daemon"};
     publication.lock()->present = failed;
     EXPECT_EQ(advertiser.publicationState(), failed);
     advertiser.stop();
@@ -96,6 +111,72 @@ TEST_F(ServiceAdvertiserTest, APortInUseFailsAndPublishesNothing) {
     ServiceAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
     EXPECT_THROW(test::runTask(io, second.start(service, {})), NetworkError);
     EXPECT_FALSE(second.advertisedPort());
+}
+
+/// A publication that is under way, and time that the test lets pass.
+struct PublicationUnderWayTest : testing::Test {
+    using Kind = PublicationState::Kind;
+
+    PublicationUnderWayTest() {
+        publication->present = {Kind::publishing, ""};
+        clock.run(io, advertiser.start({"rig42", 0, "xplane", "0.1", false}, {}));
+    }
+
+    /// Has a task wait, and tells whether it has come to its end.
+    std::shared_ptr<bool> isOver(Task<> task) {
+        auto over = std::make_shared<bool>(false);
+        boost::asio::co_spawn(io, std::move(task), [over](const std::exception_ptr&) { *over = true; });
+        clock.settle(io);
+        return over;
+    }
+
+    boost::asio::io_context io;
+    test::VirtualClock clock;
+    std::shared_ptr<FakePublication> publication = std::make_shared<FakePublication>();
+    ServiceAdvertiser advertiser{io.get_executor(), clock,
+                                 [this](const PublishedService&) { return publication; }};
+};
+
+TEST_F(PublicationUnderWayTest, IsSettledOnceTheDaemonHasAnswered) {
+    const auto settled = isOver(advertiser.publicationSettled(1s));
+    clock.advance(io, 900ms);
+    EXPECT_FALSE(*settled);
+    publication->become({Kind::published, "rig42 (2)"});
+    clock.settle(io);
+    EXPECT_TRUE(*settled);
+    EXPECT_TRUE(*isOver(advertiser.publicationSettled(1s)));
+}
+
+TEST_F(PublicationUnderWayTest, AChangeThatSettlesNothingIsWaitedOver) {
+    const auto settled = isOver(advertiser.publicationSettled(1s));
+    publication->become({Kind::publishing, ""});
+    clock.settle(io);
+    EXPECT_FALSE(*settled);
+    publication->become({Kind::noDaemon, "none"});
+    clock.settle(io);
+    EXPECT_TRUE(*settled);
+}
+
+TEST_F(PublicationUnderWayTest, NobodyWaitsForItLongerThanTheLimit) {
+    const auto settled = isOver(advertiser.publicationSettled(1s));
+    clock.advance(io, 1s - 1ns);
+    EXPECT_FALSE(*settled);
+    clock.advance(io, 1ns);
+    EXPECT_TRUE(*settled);
+}
+
+TEST_F(PublicationUnderWayTest, ItsChangesAreTold) {
+    const auto changed = isOver(advertiser.publicationChange());
+    clock.advance(io, 24h);
+    EXPECT_FALSE(*changed);
+    publication->become({Kind::refused, "too many"});
+    clock.settle(io);
+    EXPECT_TRUE(*changed);
+}
+
+TEST_F(PublicationUnderWayTest, WhatIsWithdrawnIsSettled) {
+    advertiser.stop();
+    EXPECT_TRUE(*isOver(advertiser.publicationSettled(1s)));
 }
 
 Task<bool> isClosedAtOnce(boost::asio::io_context& io, Clock& clock, std::uint16_t port) {

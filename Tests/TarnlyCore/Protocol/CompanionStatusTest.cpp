@@ -20,7 +20,7 @@ CompanionStatus wholeStatus() {
     CompanionStatus status;
     status.version = "0.1";
     status.isRunning = true;
-    status.words = "Listening on port 41234, advertising as \"rig42\", pairing open.";
+    status.words = "Listening on port 41234, advertising as \"rig42 (2)\", pairing open.";
     status.port = 41234;
     status.addresses = {"ws://192.168.1.20:41234", "ws://[fd42::20]:41234"};
     status.published = {"published", "rig42 (2)", {}};
@@ -33,7 +33,7 @@ CompanionStatus wholeStatus() {
 
 constexpr auto wholeStatusJson =
     R"-({"version":"0.1","running":true,)-"
-    R"-("words":"Listening on port 41234, advertising as \"rig42\", pairing open.",)-"
+    R"-("words":"Listening on port 41234, advertising as \"rig42 (2)\", pairing open.",)-"
     R"-("port":41234,"addresses":["ws:\/\/192.168.1.20:41234","ws:\/\/[fd42::20]:41234"],)-"
     R"-("published":{"state":"published","name":"rig42 (2)"},)-"
     R"-("stage":{"name":"silent","words":"Simulator: silent for 7 s",)-"
@@ -82,7 +82,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
 
 TEST(CompanionStatus, TellsItAllToPeople) {
     EXPECT_THAT(statusLines(wholeStatus()),
-                ElementsAre("Listening on port 41234, advertising as \"rig42\", pairing open.",
+                ElementsAre("Listening on port 41234, advertising as \"rig42 (2)\", pairing open.",
                             "Published by DNS-SD as \"rig42 (2)\".",
                             "Addresses: ws://192.168.1.20:41234 ws://[fd42::20]:41234",
                             "Simulator: silent for 7 s. Look at the simulator, and restart it if it does not "
@@ -125,8 +125,10 @@ TEST(PublicationStatus, HasAllItsStates) {
               (PublicationStatus{"publishing", {}, {}}));
     EXPECT_EQ(PublicationStatus::of(PublicationState{State::published, "rig"}),
               (PublicationStatus{"published", "rig", {}}));
-    EXPECT_EQ(PublicationStatus::of(PublicationState{State::notPublished, "no daemon"}),
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::noDaemon, "no daemon"}),
               (PublicationStatus{"not_published", {}, "no daemon"}));
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::refused, "too many"}),
+              (PublicationStatus{"not_published", {}, "too many"}));
 }
 
 TEST(PublicationStatus, HasItsWords) {

@@ -47,7 +47,8 @@ std::string describe(const PublicationState& state) {
             return "publishing";
         case PublicationState::Kind::published:
             return "published: " + state.text;
-        case PublicationState::Kind::notPublished:
+        case PublicationState::Kind::noDaemon:
+        case PublicationState::Kind::refused:
             return "not published: " + state.text;
     }
     return "?";
