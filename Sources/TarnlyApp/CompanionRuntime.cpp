@@ -4,9 +4,9 @@
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/this_coro.hpp>
-#include <iostream>
 #include <utility>
 
+#include "TarnlyApp/Remark.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
@@ -29,9 +29,6 @@ std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
 }
 
 std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
-
-/// What is worth knowing and no reason to give up.
-void remark(const std::string& text) { std::cerr << "Tarnly: " + text + "\n" << std::flush; }
 
 std::string advertisingText(const std::optional<PublicationState>& publication) {
     const std::string negation = "not advertised";
@@ -62,9 +59,23 @@ CompanionRuntime::CompanionRuntime(SettingsStore& settingsStore, CompanionOption
 
 CompanionRuntime::~CompanionRuntime() { settingsStore_.onPasswordChange = nullptr; }
 
+void CompanionRuntime::warn(std::string sentence) {
+    thread_.check();
+    lastingWarnings_.push_back(std::move(sentence));
+}
+
+// From any thread, once the start has begun.
+std::vector<std::string> CompanionRuntime::warnings() const {
+    auto all = lastingWarnings_;
+    if (auto problem = settingsStore_.problem()) all.push_back(std::move(*problem));
+    return all;
+}
+
 void CompanionRuntime::start() {
     thread_.check();
     if (std::exchange(started_, true)) return;
+    for (const auto& warning : warnings())
+        remark(warning);
     try {
         build();
     } catch (const std::exception&) {
@@ -98,7 +109,8 @@ void CompanionRuntime::build() {
     backend_->onStageChange([this] {
         if (onStageChange) onStageChange();
     });
-    StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); }};
+    StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
+                                [this] { return warnings(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/Settings.hpp"
@@ -40,6 +41,10 @@ class CompanionRuntime {
     CompanionRuntime(const CompanionRuntime&) = delete;
     CompanionRuntime& operator=(const CompanionRuntime&) = delete;
     ~CompanionRuntime();
+
+    /// Has the status tell for good what is not as it should be, in a whole sentence with the cure. To be
+    /// called before `start`, which says it on standard error as well.
+    void warn(std::string sentence);
 
     /// Builds the companion and has it started by `run`. A failure becomes the status; the second call does
     /// nothing.
@@ -75,6 +80,7 @@ class CompanionRuntime {
 
   private:
     void build();
+    std::vector<std::string> warnings() const;
     void tellStatus();
     void openStatusSocket();
     Task<std::string> answerStatus();
@@ -93,6 +99,8 @@ class CompanionRuntime {
     Guarded<std::string> statusText_;
     std::atomic<State> state_{State::starting};
     bool started_ = false;
+    /// Constant after the start.
+    std::vector<std::string> lastingWarnings_;
 
     SystemClock clock_;
     boost::asio::io_context network_{1};

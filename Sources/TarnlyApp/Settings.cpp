@@ -4,32 +4,33 @@
 #include <iostream>
 #include <utility>
 
-#include "TarnlyPlatform/Files/PrivateFiles.hpp"
-#include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyApp/Remark.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 
-std::filesystem::path AppSettings::fileIn(const std::filesystem::path& dataFolder) {
-    return dataFolder / "settings.json";
+namespace {
+
+std::string unreadableText(const SettingsFile& file) {
+    return "The settings could not be read, and no password is asked for: " +
+           printable(file.path().string()) +
+           " cannot be read, or is not a settings file. Set the password anew, or mend the file and start "
+           "again; "
+           "the file is kept as " +
+           file.keptPath().filename().string() + " before anything is saved over it.";
 }
 
-AppSettings AppSettings::load(const std::filesystem::path& file) {
-    const auto text = readPrivateFile(file);
-    if (!text) return {};
-    try {
-        return decodeJson<AppSettings>(parseJson(*text));
-    } catch (const JsonError&) {
-        return {};
-    }
+std::string unsavedText(const SettingsFile& file, const std::exception& error) {
+    return "The settings could not be saved: " + printable(file.path().string()) + ": " + error.what() +
+           ". They hold until Tarnly ends; make the folder one that you may write to, with some space on its "
+           "disk, and set them again.";
 }
 
-void AppSettings::save(const std::filesystem::path& file) const {
-    createPrivateFolders(file.parent_path());
-    overwritePrivateFile(file, encodeJson(*this));
-}
+} // namespace
 
 SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginItem> loginItem)
-    : file_(std::move(file)), loginItem_(std::move(loginItem)), settings_(AppSettings::load(file_)) {
+    : file_(std::move(file)), loginItem_(std::move(loginItem)), settings_(file_.initial()) {
+    if (file_.isUnreadable()) problem_.with([&](auto& problem) { problem = unreadableText(file_); });
     if (settings_.password == "") settings_.password.reset();
     applyStartAtLogin();
 }
@@ -37,15 +38,26 @@ SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginIt
 void SettingsStore::setPassword(std::string password) {
     thread_.check();
     settings_.password = password.empty() ? std::nullopt : std::optional(std::move(password));
-    settings_.save(file_);
+    save();
     if (onPasswordChange) onPasswordChange();
 }
 
 void SettingsStore::setStartAtLogin(bool startAtLogin) {
     thread_.check();
     settings_.startAtLogin = startAtLogin;
-    settings_.save(file_);
+    save();
     applyStartAtLogin();
+}
+
+void SettingsStore::save() {
+    std::optional<std::string> failure;
+    try {
+        file_.save(settings_);
+    } catch (const std::exception& error) {
+        failure = unsavedText(file_, error);
+    }
+    const auto before = problem_.with([&](auto& problem) { return std::exchange(problem, failure); });
+    if (failure && failure != before) remark(*failure);
 }
 
 void SettingsStore::applyStartAtLogin() {

@@ -16,6 +16,8 @@ CompanionStatus StatusReporter::collect() const {
     status.version = TARNLY_VERSION;
     status.isRunning = true;
     status.words = wellFormedUtf8(facts_.words());
+    for (const auto& warning : facts_.warnings())
+        status.warn(warning);
     status.port = host_.advertiser().advertisedPort();
     status.published = PublicationStatus::of(host_.advertiser().publicationState());
     status.stage = StageStatus::of(backend_.stage(), clock_.now());

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
@@ -16,6 +17,8 @@ class StatusReporter {
         std::string dataFolder;
         /// The line that the program prints. Safe from any thread.
         std::function<std::string()> words;
+        /// What else is not as it should be, in whole sentences.
+        std::function<std::vector<std::string>()> warnings;
     };
 
     /// What is given outlives the reporter.

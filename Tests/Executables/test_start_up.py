@@ -1,9 +1,11 @@
 """Starting, refusing to start, and ending."""
 
+import json
 import re
 import signal
 import socket
 import time
+from pathlib import Path
 
 import pytest
 from dnssd import PrivateDnssd
@@ -42,6 +44,31 @@ def test_it_prints_the_status_line_and_nothing_else(programs):
     companion.program.end()
     assert companion.program.output() == [companion.status_line]
     assert companion.program.errors() == ""
+
+
+def test_settings_that_cannot_be_read_are_said_everywhere_and_kept(programs):
+    companion = programs.companion(settings="{garbled")
+    folder = settings_folder(companion)
+    assert companion.status_line.endswith(", pairing open.")
+    [line] = companion.program.errors().splitlines()
+    warning = line.removeprefix("Tarnly: ")
+    assert warning.startswith("The settings could not be read, and no password is asked for: ")
+    status = json.loads(programs.run("tarnlyd", "--status", "--data-dir", folder).output)
+    assert status["warnings"] == [warning]
+    assert warning in programs.run("tarnly-client", "status", "--data-dir", folder).output.splitlines()
+    assert (folder / "settings.json").read_text() == "{garbled"
+
+
+def test_a_byte_order_mark_before_the_settings_is_no_fault(programs):
+    companion = programs.companion(settings=b'\xef\xbb\xbf{"password":"x","startAtLogin":false}')
+    assert companion.status_line.endswith(", pairing password required.")
+    status = json.loads(programs.run("tarnlyd", "--status", "--data-dir", settings_folder(companion)).output)
+    assert "warnings" not in status and companion.program.errors() == ""
+
+
+def settings_folder(companion):
+    arguments = companion.program.process.args
+    return Path(arguments[arguments.index("--data-dir") + 1])
 
 
 def test_a_port_may_be_chosen(programs):

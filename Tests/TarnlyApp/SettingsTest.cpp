@@ -4,9 +4,13 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
+#include "Support/FullDisk.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
@@ -15,30 +19,143 @@ namespace tarnly {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 AppSettings loaded(const std::string& content) {
     const test::TemporaryFolder folder;
-    return AppSettings::load(folder.write("settings.json", content));
+    const SettingsFile file(folder.write("settings.json", content));
+    EXPECT_FALSE(file.isUnreadable()) << content;
+    return file.initial();
 }
 
 TEST(AppSettings, AreReadFromTheFile) {
     EXPECT_EQ(loaded(R"({"password":"abc","startAtLogin":true})"), (AppSettings{"abc", true}));
     EXPECT_EQ(loaded(R"({"startAtLogin":false,"unknown":[1]})"), (AppSettings{std::nullopt, false}));
     EXPECT_EQ(loaded(R"({"password":null,"startAtLogin":true})"), (AppSettings{std::nullopt, true}));
+    EXPECT_EQ(loaded("\xEF\xBB\xBF{\"startAtLogin\":true}\r\n"), (AppSettings{std::nullopt, true}));
 }
 
-TEST(AppSettings, AFileThatIsNoneMeansTheDefaults) {
-    for (const char* content : {"", "{", R"({"password":"abc"})", R"({"password":1,"startAtLogin":true})",
-                                R"({"startAtLogin":"true"})", "[]", "\xFF\xFE"}) {
-        EXPECT_EQ(loaded(content), AppSettings{}) << content;
+constexpr std::array unreadable{"",
+                                "{",
+                                R"({"password":"abc"})",
+                                R"({"password":1,"startAtLogin":true})",
+                                R"({"startAtLogin":"true"})",
+                                "[]",
+                                "\xFF\xFE",
+                                "\xEF\xBB\xBF\xEF\xBB\xBF{\"startAtLogin\":true}"};
+
+TEST(AppSettings, AFileThatIsNoneMeansTheDefaultsAndIsKnown) {
+    const test::TemporaryFolder folder;
+    for (const char* content : unreadable) {
+        const SettingsFile file(folder.write("settings.json", content));
+        EXPECT_EQ(file.initial(), AppSettings{}) << content;
+        EXPECT_TRUE(file.isUnreadable()) << content;
     }
+    const SettingsFile taken(folder.path());
+    EXPECT_EQ(taken.initial(), AppSettings{}) << "a folder in its place";
+    EXPECT_TRUE(taken.isUnreadable());
 }
 
 TEST(AppSettings, AMissingFileMeansTheDefaults) {
     const test::TemporaryFolder folder;
-    EXPECT_EQ(AppSettings::load(folder.path() / "settings.json"), AppSettings{});
-    EXPECT_EQ(AppSettings::load(folder.path()), AppSettings{}) << "a folder in its place";
+    const SettingsFile missing(folder.path() / "settings.json");
+    EXPECT_EQ(missing.initial(), AppSettings{});
+    EXPECT_FALSE(missing.isUnreadable());
+}
+
+TEST(SettingsFile, WhatCouldNotBeUnderstoodIsKeptOnce) {
+    for (const std::string content : unreadable) {
+        const test::TemporaryFolder folder;
+        SettingsFile file(folder.write("settings.json", content));
+        EXPECT_FALSE(std::filesystem::exists(file.keptPath()));
+        for (const char* password : {"a", "ab"})
+            file.save({password, false});
+        EXPECT_FALSE(file.isUnreadable());
+        EXPECT_EQ(SettingsFile(file.path()).initial().password, "ab");
+        EXPECT_EQ(file.keptPath(), folder.path() / "settings.json.unreadable");
+        EXPECT_EQ(test::contentOf(file.keptPath()), content);
+    }
+}
+
+TEST(SettingsFile, WhatWasKeptBeforeStays) {
+    const test::TemporaryFolder folder;
+    for (const char* content : {"first", "second", "third"})
+        SettingsFile(folder.write("settings.json", content)).save({});
+    EXPECT_EQ(test::contentOf(folder.path() / "settings.json.unreadable"), "first");
+    EXPECT_EQ(test::contentOf(folder.path() / "settings.json.unreadable-2"), "second");
+    EXPECT_EQ(test::contentOf(folder.path() / "settings.json.unreadable-3"), "third");
+}
+
+TEST(SettingsFile, AFolderInItsPlaceIsKeptToo) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.path() / "settings.json";
+    std::filesystem::create_directory(path);
+    SettingsFile(path).save({"a", true});
+    EXPECT_EQ(SettingsFile(path).initial(), (AppSettings{"a", true}));
+    EXPECT_TRUE(std::filesystem::is_directory(SettingsFile(path).keptPath()));
+}
+
+TEST(SettingsFile, KeysOfOthersStay) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.write(
+        "settings.json",
+        R"({"later":{"a":[1,-2.5,1e300,null,true,"\u00fc/"],"b":{}},"startAtLogin":false,"note":"x"})");
+    SettingsFile(path).save({"abc", true});
+    const auto expected = parseJson(R"({"password":"abc","startAtLogin":true,)"
+                                    R"("later":{"a":[1,-2.5,1e300,null,true,"\u00fc/"],"b":{}},"note":"x"})");
+    EXPECT_EQ(parseJson(test::contentOf(path)), expected);
+    SettingsFile(path).save({});
+    EXPECT_EQ(parseJson(test::contentOf(path)).as_object().at("note"), "x");
+}
+
+TEST(SettingsFile, ALinkIsWrittenThrough) {
+    const test::TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "elsewhere");
+    const auto path = folder.path() / "settings.json";
+    for (const std::string content : {R"({"startAtLogin":true})", "garbled"}) {
+        const auto target = folder.write("elsewhere/real.json", content);
+        std::filesystem::remove(path);
+        std::filesystem::create_symlink(target, path);
+        SettingsFile file(path);
+        file.save({"abc", false});
+        EXPECT_TRUE(std::filesystem::is_symlink(path));
+        EXPECT_EQ(SettingsFile(target).initial().password, "abc");
+        EXPECT_EQ(std::filesystem::exists(file.keptPath()), content == "garbled");
+    }
+    EXPECT_EQ(test::contentOf(SettingsFile(path).keptPath()), "garbled");
+}
+
+/// Whoever reads meanwhile sees the old ones or the new ones.
+TEST(SettingsFile, IsNeverSeenHalfWritten) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.path() / "settings.json";
+    SettingsFile file(path);
+    file.save({"0", false});
+    std::atomic<bool> isDone = false;
+    std::thread writer([&] {
+        for (std::size_t round = 0; round < 100; ++round)
+            file.save({std::string(round % 2 == 0 ? 100'000 : 1, 'x'), false});
+        isDone = true;
+    });
+    while (!isDone)
+        EXPECT_FALSE(SettingsFile(path).isUnreadable());
+    writer.join();
+}
+
+TEST(SettingsFile, WhatCannotBeSavedLeavesTheFileAsItWas) {
+    const test::TemporaryFolder folder;
+    SettingsFile file(folder.write("settings.json", "garbled"));
+    const auto longText = std::string(1'000'000, 'x');
+    {
+        const test::FullDisk full(1000);
+        EXPECT_THROW(file.save({longText, false}), std::system_error);
+    }
+    EXPECT_TRUE(file.isUnreadable());
+    EXPECT_EQ(test::contentOf(file.path()), "garbled");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+    file.save({"a", false});
+    EXPECT_EQ(test::contentOf(file.keptPath()), "garbled");
 }
 
 /// As a version after this one might have them.
@@ -57,7 +174,7 @@ struct LaterSettings {
 TEST(AppSettings, AFileOfTodayKeepsItsPasswordWhenASettingIsAdded) {
     const test::TemporaryFolder folder;
     const auto file = folder.path() / "settings.json";
-    AppSettings{"abc", true}.save(file);
+    SettingsFile(file).save({"abc", true});
     const auto later = decodeJson<LaterSettings>(parseJson(readPrivateFile(file).value()));
     EXPECT_EQ(later.password, "abc");
     EXPECT_TRUE(later.startAtLogin);
@@ -186,6 +303,34 @@ TEST_F(SettingsStoreTest, WhatCannotBeSavedStaysInMemory) {
     store().setPassword("kept");
     EXPECT_EQ(store().current().password, "kept");
     EXPECT_TRUE(isTold);
+}
+
+TEST_F(SettingsStoreTest, SettingsThatCannotBeReadAreAProblemUntilTheyAreSaved) {
+    EXPECT_EQ(store().problem(), std::nullopt);
+    store_.reset();
+    saved("garbled");
+    const auto problem = store().problem().value();
+    EXPECT_THAT(problem, HasSubstr("The settings could not be read, and no password is asked for: "));
+    EXPECT_THAT(problem, HasSubstr(file_.string()));
+    EXPECT_THAT(problem, HasSubstr("settings.json.unreadable"));
+    EXPECT_EQ(file(), "garbled") << "the file is not rewritten at start";
+    store().setPassword("a");
+    EXPECT_EQ(store().problem(), std::nullopt);
+}
+
+TEST_F(SettingsStoreTest, SettingsThatCannotBeSavedAreToldOnceAndUntilTheyAre) {
+    folder_.write("taken", "");
+    file_ = folder_.path() / "taken" / "settings.json";
+    testing::internal::CaptureStderr();
+    store().setPassword("a");
+    store().setPassword("ab");
+    const auto told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ("Tarnly: " + store().problem().value() + "\n", told);
+    EXPECT_THAT(told, HasSubstr("The settings could not be saved: " + file_.string()));
+    std::filesystem::remove(folder_.path() / "taken");
+    store().setPassword("abc");
+    EXPECT_EQ(store().problem(), std::nullopt);
+    EXPECT_EQ(file(), R"({"password":"abc","startAtLogin":false})");
 }
 
 TEST_F(SettingsStoreTest, TheStartAtLoginIsRegisteredAndUnregistered) {

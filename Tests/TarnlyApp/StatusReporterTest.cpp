@@ -45,7 +45,9 @@ struct StatusReporterTest : testing::Test {
     std::shared_ptr<FakePublication> publication = std::make_shared<FakePublication>();
     CompanionHost host{io.get_executor(), workers, clock, backend, configuration()};
     std::string words = "Listening";
-    StatusReporter reporter{host, *backend, clock, {"/d\xFF", [this] { return words; }}};
+    std::vector<std::string> warnings;
+    StatusReporter reporter{
+        host, *backend, clock, {"/d\xFF", [this] { return words; }, [this] { return warnings; }}};
 };
 
 TEST_F(StatusReporterTest, TellsWhatIsKnownBeforeTheStart) {
@@ -57,6 +59,12 @@ TEST_F(StatusReporterTest, TellsWhatIsKnownBeforeTheStart) {
     EXPECT_FALSE(status.port);
     EXPECT_EQ(status.published->state, "off");
     EXPECT_FALSE(status.recording);
+}
+
+TEST_F(StatusReporterTest, FollowsTheWarnings) {
+    EXPECT_FALSE(reporter.collect().warnings);
+    warnings = {"One.", "Another."};
+    EXPECT_EQ(reporter.collect().warnings, warnings);
 }
 
 TEST_F(StatusReporterTest, FollowsThePublication) {

@@ -41,6 +41,7 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
 Panel::Panel(RuntimeModel& runtime)
     : runtime_(runtime),
       status_(new CaptionLabel),
+      warnings_(new CaptionLabel),
       simulator_(new CaptionLabel),
       clients_(new CaptionLabel),
       recording_(new CaptionLabel),
@@ -56,6 +57,7 @@ Panel::Panel(RuntimeModel& runtime)
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
     layout->addWidget(status_);
+    layout->addWidget(warnings_);
     layout->addWidget(simulator_);
     layout->addWidget(clients_);
     layout->addWidget(recording_);
@@ -113,6 +115,9 @@ void Panel::showStatus() {
 
 void Panel::showActivity() {
     const auto& activity = runtime_.activity();
+    const auto warnings = QString::fromStdString(warningSentences(activity));
+    warnings_->setVisible(!warnings.isEmpty());
+    warnings_->showText(warnings);
     // Before the start nobody knows of a simulator.
     simulator_->setVisible(activity.stage.has_value());
     if (activity.stage) simulator_->showText(QString::fromStdString(stageSentences(*activity.stage)));
@@ -124,7 +129,7 @@ void Panel::showActivity() {
 void Panel::contentChanged() {
     fitContent(*this, panelWidth);
     QStringList spoken;
-    for (const auto* label : {status_, simulator_, clients_, recording_}) {
+    for (const auto* label : {status_, warnings_, simulator_, clients_, recording_}) {
         if (!label->accessibleName().isEmpty()) spoken += label->accessibleName();
     }
     setAccessibleDescription(spoken.join(u' '));

@@ -38,6 +38,7 @@ class Panel : public QWidget {
     RuntimeModel& runtime_;
     // Owned by this widget, as Qt does it
     CaptionLabel* const status_;
+    CaptionLabel* const warnings_;
     CaptionLabel* const simulator_;
     CaptionLabel* const clients_;
     CaptionLabel* const recording_;

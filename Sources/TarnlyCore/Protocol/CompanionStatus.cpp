@@ -79,6 +79,11 @@ RecordingStatus RecordingStatus::of(const FlightRecorder::Progress& progress) {
     return status;
 }
 
+void CompanionStatus::warn(std::string_view sentence) {
+    if (!warnings) warnings.emplace();
+    warnings->push_back(wellFormedUtf8(std::string(sentence)));
+}
+
 std::string stageSentences(const StageStatus& stage) {
     const auto first = stage.words + ".";
     return stage.advice.empty() ? first : first + " " + sentence(stage.advice);
@@ -102,8 +107,16 @@ std::string recordingSentence(const std::optional<RecordingStatus>& recording) {
     return duration + (recording->samples == 0 ? ", no samples yet." : ".");
 }
 
+std::string warningSentences(const CompanionStatus& status) {
+    std::string text;
+    for (const auto& warning : status.warnings.value_or(std::vector<std::string>()))
+        text.append(text.empty() ? "" : " ").append(warning);
+    return text;
+}
+
 std::vector<std::string> statusLines(const CompanionStatus& status) {
     std::vector<std::string> lines{status.words};
+    if (status.warnings) lines.insert(lines.end(), status.warnings->begin(), status.warnings->end());
     if (status.isRunning) {
         if (status.published) lines.push_back(publicationSentence(*status.published));
         if (status.port) lines.push_back(addressesSentence(status.addresses));

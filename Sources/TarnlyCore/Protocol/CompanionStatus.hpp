@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TarnlyCore/Flight/SimulatorStage.hpp"
@@ -88,6 +89,8 @@ struct CompanionStatus {
     bool isRunning = false;
     /// How it can be reached, or why it could not start: the line that it prints.
     std::string words;
+    /// What is not as it should be, and the cure: whole sentences. Absent while all is well.
+    std::optional<std::vector<std::string>> warnings;
     /// Absent until it listens.
     std::optional<std::int64_t> port;
     /// As clients enter them: "ws://192.168.1.20:41234".
@@ -100,14 +103,17 @@ struct CompanionStatus {
     /// An absolute path.
     std::string dataFolder;
 
+    /// Adds to the warnings.
+    void warn(std::string_view sentence);
+
     bool operator==(const CompanionStatus&) const = default;
     static constexpr auto fields() {
         return std::tuple(
             field("version", &CompanionStatus::version), field("running", &CompanionStatus::isRunning),
-            field("words", &CompanionStatus::words), field("port", &CompanionStatus::port),
-            field("addresses", &CompanionStatus::addresses), field("published", &CompanionStatus::published),
-            field("stage", &CompanionStatus::stage), field("clients", &CompanionStatus::clients),
-            field("recording", &CompanionStatus::recording),
+            field("words", &CompanionStatus::words), field("warnings", &CompanionStatus::warnings),
+            field("port", &CompanionStatus::port), field("addresses", &CompanionStatus::addresses),
+            field("published", &CompanionStatus::published), field("stage", &CompanionStatus::stage),
+            field("clients", &CompanionStatus::clients), field("recording", &CompanionStatus::recording),
             field("data_folder", &CompanionStatus::dataFolder));
     }
 };
@@ -123,6 +129,9 @@ std::string clientsSentence(const ClientsStatus& clients);
 
 /// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05."
 std::string recordingSentence(const std::optional<RecordingStatus>& recording);
+
+/// What is not as it should be, all in one; empty while all is well.
+std::string warningSentences(const CompanionStatus& status);
 
 /// All of it for people, a line each, without line feeds.
 std::vector<std::string> statusLines(const CompanionStatus& status);

@@ -17,8 +17,6 @@ class File {
     enum class Mode {
         /// For reading what is there.
         read,
-        /// For writing over what is there, from its start on. Made for its owner only where it is missing.
-        overwrite,
         /// For writing to the end of a new file, made for its owner only. What is there is left alone, and is
         /// a failure.
         createAndAppend
@@ -41,9 +39,6 @@ class File {
 
     /// All that is left to read; absent when that is more than `limit` bytes or cannot be read.
     std::optional<std::string> readUpTo(std::size_t limit) const;
-
-    /// Cuts off what the file has beyond `size` bytes; says whether that was possible.
-    bool truncate(std::size_t size) const;
 
     /// Waits until the disk has what was written; says whether it has.
     bool flush() const;
@@ -74,6 +69,9 @@ struct NewFile {
 
 /// Makes the folder for its owner only; nothing where it is there already or cannot be made.
 void createPrivateFolder(const std::filesystem::path& folder);
+
+/// Waits until the disk has the names in `folder`, where it can.
+void flushFolder(const std::filesystem::path& folder);
 
 /// Removes a file or a link, never a folder. No error where there is none.
 std::error_code removeFile(const std::filesystem::path& file);

@@ -15,8 +15,6 @@ int flagsFor(File::Mode mode) {
     switch (mode) {
         case File::Mode::read:
             return O_RDONLY;
-        case File::Mode::overwrite:
-            return O_WRONLY | O_CREAT;
         case File::Mode::createAndAppend:
             return O_WRONLY | O_CREAT | O_EXCL | O_APPEND;
     }
@@ -72,8 +70,6 @@ std::optional<std::string> File::readUpTo(std::size_t limit) const {
     return content;
 }
 
-bool File::truncate(std::size_t size) const { return ::ftruncate(handle_, static_cast<off_t>(size)) == 0; }
-
 bool File::flush() const { return ::fsync(handle_) == 0; }
 
 bool File::flushContent() const { return ::fdatasync(handle_) == 0; }
@@ -93,6 +89,14 @@ NewFile NewFile::beside(const std::filesystem::path& target) {
 }
 
 void createPrivateFolder(const std::filesystem::path& folder) { ::mkdir(folder.c_str(), S_IRWXU); }
+
+void flushFolder(const std::filesystem::path& folder) {
+    const auto* const path = folder.empty() ? "." : folder.c_str();
+    const int handle = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) return;
+    ::fsync(handle);
+    ::close(handle);
+}
 
 std::error_code removeFile(const std::filesystem::path& file) {
     if (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return {};

@@ -59,18 +59,12 @@ std::optional<std::string> readPrivateFile(const std::filesystem::path& file) {
     return opened.readUpTo(largestFile);
 }
 
-bool overwritePrivateFile(const std::filesystem::path& file, std::string_view text) {
-    const auto opened = File::open(file, File::Mode::overwrite);
-    if (!opened.isOpen() || !opened.closeToOthers()) return false;
-    // Cut off behind the text, not emptied before it: a disk that has become full takes nothing away.
-    return opened.write(text) == text.size() && opened.truncate(text.size());
-}
-
 void replaceFile(const std::filesystem::path& file, std::string_view content, Lasting lasting) {
     createPrivateFolders(file.parent_path());
     Replacement replacement(file);
     replacement.write(content, lasting);
     replacement.moveTo(file);
+    if (lasting == Lasting::yes) flushFolder(file.parent_path());
 }
 
 } // namespace tarnly

@@ -22,10 +22,6 @@ File createFreshPrivateFile(const std::filesystem::path& file);
 /// or has more than 1 MiB.
 std::optional<std::string> readPrivateFile(const std::filesystem::path& file);
 
-/// Gives a file of its owner only the content `text`, in place; says whether that was possible. A full disk
-/// leaves the former content, and what others could read is not written to.
-bool overwritePrivateFile(const std::filesystem::path& file, std::string_view text);
-
 /// Whether a file has to be on the disk when it is said to be written, for which that may have to wake up.
 enum class Lasting { yes, no };
 

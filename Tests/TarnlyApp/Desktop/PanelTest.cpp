@@ -7,6 +7,8 @@
 #include <QLayout>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTest>
+#include <thread>
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyApp/Desktop/Widgets.hpp"
@@ -110,6 +112,28 @@ TEST_F(PanelTest, AFailedStartIsShownInFull) {
     for (const auto* child : failingPanel.findChildren<QWidget*>()) {
         EXPECT_TRUE(child->isHidden() || failingPanel.rect().contains(child->geometry()));
     }
+}
+
+TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
+    EXPECT_EQ(test::textsFromTop(panel).size(), 7U);
+    SettingsStore unreadable{folder.write("settings.json", "garbled"), nullptr};
+    CompanionOptions options;
+    options.dataFolder = folder.path();
+    options.simulator.port = 1; // nobody is there
+    options.advertises = false;
+    CompanionRuntime warning{unreadable, options};
+    RuntimeModel warningModel{warning};
+    Panel warningPanel{warningModel};
+    warningPanel.show();
+    warning.start();
+    std::thread network([&] { warning.run(); });
+    const auto isWarned = [&] { return warningModel.activity().warnings.has_value(); };
+    EXPECT_TRUE(QTest::qWaitFor(isWarned, 60'000));
+    const auto texts = test::textsFromTop(warningPanel);
+    EXPECT_EQ(texts.at(2), unreadable.problem());
+    EXPECT_TRUE(warningPanel.accessibleDescription().contains(QString::fromStdString(texts.at(2))));
+    warning.end();
+    network.join();
 }
 
 } // namespace

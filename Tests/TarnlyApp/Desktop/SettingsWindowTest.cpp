@@ -47,7 +47,7 @@ TEST_F(SettingsWindowTest, EveryKeystrokeGoesToTheStore) {
     password->insert("ü");
     password->backspace();
     EXPECT_THAT(told, ElementsAre("a", "aü", "a"));
-    EXPECT_EQ(AppSettings::load(file).password, "a");
+    EXPECT_EQ(SettingsFile(file).initial().password, "a");
 }
 
 TEST_F(SettingsWindowTest, SaysWhetherAPasswordIsSet) {
@@ -55,7 +55,7 @@ TEST_F(SettingsWindowTest, SaysWhetherAPasswordIsSet) {
     EXPECT_THAT(test::textsFromTop(window), testing::Contains("Set."));
     password->clear();
     EXPECT_THAT(test::textsFromTop(window), testing::Contains("Not set — open pairing."));
-    EXPECT_EQ(AppSettings::load(file).password, std::nullopt);
+    EXPECT_EQ(SettingsFile(file).initial().password, std::nullopt);
 }
 
 TEST_F(SettingsWindowTest, TheToggleGoesToTheStore) {

@@ -21,6 +21,8 @@ CompanionStatus wholeStatus() {
     status.version = "0.1";
     status.isRunning = true;
     status.words = "Listening on port 41234, advertising as \"rig42 (2)\", pairing open.";
+    status.warn("The settings could not be read.");
+    status.warn("The disk is \xFF.");
     status.port = 41234;
     status.addresses = {"ws://192.168.1.20:41234", "ws://[fd42::20]:41234"};
     status.published = {"published", "rig42 (2)", {}};
@@ -34,6 +36,7 @@ CompanionStatus wholeStatus() {
 constexpr auto wholeStatusJson =
     R"-({"version":"0.1","running":true,)-"
     R"-("words":"Listening on port 41234, advertising as \"rig42 (2)\", pairing open.",)-"
+    R"-("warnings":["The settings could not be read.","The disk is �."],)-"
     R"-("port":41234,"addresses":["ws:\/\/192.168.1.20:41234","ws:\/\/[fd42::20]:41234"],)-"
     R"-("published":{"state":"published","name":"rig42 (2)"},)-"
     R"-("stage":{"name":"silent","words":"Simulator: silent for 7 s",)-"
@@ -72,7 +75,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
     status.published->reason = "x";
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
-    EXPECT_EQ(keys.size(), 24U);
+    EXPECT_EQ(keys.size(), 25U);
     const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "status.md");
     // The table does not list `clients` itself.
     std::erase(keys, "clients");
@@ -83,6 +86,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
 TEST(CompanionStatus, TellsItAllToPeople) {
     EXPECT_THAT(statusLines(wholeStatus()),
                 ElementsAre("Listening on port 41234, advertising as \"rig42 (2)\", pairing open.",
+                            "The settings could not be read.", "The disk is �.",
                             "Published by DNS-SD as \"rig42 (2)\".",
                             "Addresses: ws://192.168.1.20:41234 ws://[fd42::20]:41234",
                             "Simulator: silent for 7 s. Look at the simulator, and restart it if it does not "
@@ -93,14 +97,20 @@ TEST(CompanionStatus, TellsItAllToPeople) {
 TEST(CompanionStatus, OfOneThatDoesNotRunOnlyThatIsTold) {
     auto status = wholeStatus();
     status.isRunning = false;
+    status.warnings.reset();
     status.words = "Failed to start: listenFailed(\"port 41234: Address already in use\")";
     EXPECT_THAT(statusLines(status), ElementsAre(status.words, "Data folder: /d"));
+}
+
+TEST(CompanionStatus, HasItsWarningsInOne) {
+    EXPECT_EQ(warningSentences(CompanionStatus()), "");
+    EXPECT_EQ(warningSentences(wholeStatus()), "The settings could not be read. The disk is �.");
 }
 
 TEST(CompanionStatus, WithoutANetworkThereIsAnAdvice) {
     auto status = wholeStatus();
     status.addresses.clear();
-    EXPECT_EQ(statusLines(status).at(2), "No address: connect this computer to a network.");
+    EXPECT_EQ(statusLines(status).at(4), "No address: connect this computer to a network.");
 }
 
 TEST(StageStatus, IsTheStagesWordsAndItsAdvice) {

@@ -1,11 +1,9 @@
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
-
+#include "Support/FullDisk.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
@@ -14,26 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-
-/// As long as it lives, files of this process grow to `size` bytes and no further: the disk is full.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) throw std::runtime_error("no file size limit");
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
 
 class RecordingLogTest : public testing::Test {
   protected:
@@ -51,7 +29,7 @@ class RecordingLogTest : public testing::Test {
         RecordingLog log(RecordingLog::createFile(file));
         log.append(text(first));
         {
-            const FullDisk full(text(first).size() + taken);
+            const test::FullDisk full(text(first).size() + taken);
             log.append(text(second));
         }
         log.append(text(third));
@@ -133,7 +111,7 @@ TEST_F(RecordingLogTest, LineThatLacksItsLineFeedOnlyGetsItFromTheNext) {
 TEST_F(RecordingLogTest, DiskThatStaysFullDoesNotAddToTheCutLine) {
     RecordingLog log(RecordingLog::createFile(file));
     {
-        const FullDisk full(5);
+        const test::FullDisk full(5);
         for (int i = 0; i < 3; ++i)
             log.append(text(first));
     }
