@@ -9,6 +9,7 @@
 #include "TarnlyApp/Remark.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
@@ -44,6 +45,22 @@ std::string advertisingText(const std::optional<PublicationState>& publication) 
             break;
     }
     return negation + ": refused by the DNS-SD daemon";
+}
+
+/// Runs the loop to its end. What a handler throws, for lack of memory say, costs what it was about and
+/// nothing else; it is told once a second.
+void runThrough(boost::asio::io_context& loop) {
+    std::optional<std::chrono::steady_clock::time_point> told;
+    while (!loop.stopped()) {
+        try {
+            LoopWatch::run(loop);
+        } catch (const std::exception& error) {
+            const auto now = std::chrono::steady_clock::now();
+            if (told && now - *told < std::chrono::seconds(1)) continue;
+            told = now;
+            std::cerr << "Tarnly: a connection or a request was given up: " << error.what() << std::endl;
+        }
+    }
 }
 
 std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
@@ -90,6 +107,7 @@ void CompanionRuntime::start() {
 }
 
 void CompanionRuntime::build() {
+    prepareText();
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
         executor, options_.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
@@ -146,10 +164,10 @@ void CompanionRuntime::makeStatusFile() {
 }
 
 void CompanionRuntime::run() {
-    LoopWatch::run(network_);
+    runThrough(network_);
     network_.restart();
     boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
-    LoopWatch::run(network_);
+    runThrough(network_);
 }
 
 Task<> CompanionRuntime::close() {

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/asio/post.hpp>
 #include <future>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -134,6 +136,14 @@ TEST_F(CompanionRuntimeTest, ASecondStartDoesNothing) {
     EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":true)"));
     EXPECT_EQ(runtime->port(), port);
     EXPECT_EQ(statusChanges, 1);
+}
+
+TEST_F(CompanionRuntimeTest, WhatAHandlerThrowsEndsNothingElse) {
+    start();
+    const auto client = connect();
+    boost::asio::post(runtime->executor(), [] { throw std::bad_alloc(); });
+    EXPECT_THAT(ask(client, pairAsking), HasSubstr(R"("accepted":true)"));
+    EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":true)"));
 }
 
 TEST_F(CompanionRuntimeTest, SaysWhyTheStartFailedAndDoesNotRetry) {

@@ -62,17 +62,16 @@ int runApplication(const CompanionOptions& options, const char* program) {
 } // namespace tarnly
 
 int main(int argc, char** argv) {
-    using tarnly::CompanionProgram;
-    tarnly::keepLittleFreedMemory();
-    const auto parsed = tarnly::prepareRun(CompanionProgram::tarnly, argc, argv);
-    if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
-        (exit->status == 0 ? std::cout : std::cerr) << exit->text;
-        return exit->status;
-    }
     try {
+        tarnly::keepLittleFreedMemory();
+        const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnly, argc, argv);
+        if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
+            (exit->status == 0 ? std::cout : std::cerr) << exit->text;
+            return exit->status;
+        }
         return tarnly::runApplication(std::get<tarnly::CompanionOptions>(parsed), argv[0]);
     } catch (const std::exception& error) {
-        std::cerr << tarnly::failureText(error.what()) << std::endl;
+        std::cerr << "Failed to start: " << error.what() << std::endl; // there may be no memory for more
         return 1;
     }
 }

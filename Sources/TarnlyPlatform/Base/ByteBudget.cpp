@@ -61,7 +61,8 @@ void ByteBudget::Lease::release() noexcept {
 ByteBudget::ByteBudget(std::size_t bytes) : state_(std::make_shared<State>(bytes)) {}
 
 ByteBudget::~ByteBudget() {
-    const auto dropped = std::exchange(state_->takers, {}); // what they hold may hold leases
+    state_->isGranting = true; // what they hold may hold leases
+    state_->takers.clear();
 }
 
 std::optional<ByteBudget::Lease> ByteBudget::tryTake(std::size_t bytes) {

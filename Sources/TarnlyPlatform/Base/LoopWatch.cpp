@@ -43,13 +43,20 @@ class Watch {
     }
 
   private:
+    struct Forget {
+        Forget() = default;
+        Forget(const Forget&) = delete;
+        Forget& operator=(const Forget&) = delete;
+        ~Forget() { present = nullptr; }
+    };
+
     template <typename Run>
     bool turn(const Run& run, bool isReady) {
         Turn turn;
         if (isReady) turn.begin.emplace();
         present = &turn;
+        const Forget forget; // a handler may throw
         const bool hasRun = run();
-        present = nullptr;
         if (hasRun && turn.begin) judge(turn);
         return hasRun;
     }

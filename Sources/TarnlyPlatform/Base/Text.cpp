@@ -1,6 +1,7 @@
 #include "TarnlyPlatform/Base/Text.hpp"
 
-#include <unicode/locid.h>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 
 namespace tarnly {
@@ -16,8 +18,10 @@ namespace {
 constexpr std::size_t largestRatio = 16;
 
 icu::UnicodeString toUnicode(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(
-        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    auto result =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    if (result.isBogus()) throw std::bad_alloc();
+    return result;
 }
 
 icu::UnicodeString decomposed(std::string_view text) {
@@ -53,8 +57,19 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
 
 std::string upperCased(std::string_view text) {
     std::string result;
-    toUnicode(text).toUpper(icu::Locale::getRoot()).toUTF8String(result);
+    icu::StringByteSink<std::string> sink(&result);
+    UErrorCode status = U_ZERO_ERROR;
+    const char* const noLanguage = "";
+    icu::CaseMap::utf8ToUpper(noLanguage, 0,
+                              icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink,
+                              nullptr, status);
+    if (U_FAILURE(status)) throw std::runtime_error("ICU cannot write a text in capitals");
     return result;
+}
+
+void prepareText() {
+    static_cast<void>(canonicallyEqual("\u00E9", "e\u0301"));
+    static_cast<void>(upperCased("\u00DF"));
 }
 
 bool isWellFormedUtf8(std::string_view bytes) {

@@ -14,6 +14,10 @@ bool canonicallyEqual(std::string_view a, std::string_view b);
 /// `text` in upper case by the full Unicode rules of the root locale: "ß" becomes "SS".
 std::string upperCased(std::string_view text);
 
+/// Has the libraries' tables ready, so that the first use of them asks for no memory and no file in the middle of
+/// a lesson. Throws where they cannot be had.
+void prepareText();
+
 bool isWellFormedUtf8(std::string_view bytes);
 
 /// `bytes` as well-formed UTF-8: each maximal part of an ill-formed sequence is replaced by U+FFFD, as the
