@@ -63,9 +63,10 @@ class Outcome:
 class Learner:
     """A client that does what a person would have it do: it comes back when it is cut off, and asks again."""
 
-    def __init__(self, port, outcome):
+    def __init__(self, port, outcome, is_alive):
         self._port = port
         self._outcome = outcome
+        self._is_alive = is_alive
         self._client = None
 
     def _connected(self):
@@ -90,6 +91,8 @@ class Learner:
             except CUT:
                 self._outcome.cut += 1
                 self.close()
+            if not self._is_alive():
+                raise Wrong(f"the end in {type_}")
             if time.monotonic() > deadline:
                 raise Wrong(f"{type_} fails again and again: {self._outcome.told[-1:]}")
             time.sleep(0.2)
@@ -113,9 +116,9 @@ class Learner:
 class Watcher:
     """A second client, which only looks on: how far its pushes are apart."""
 
-    def __init__(self, port, outcome):
+    def __init__(self, port, outcome, is_alive):
         self.gap = 0.0
-        self._learner = Learner(port, outcome)
+        self._learner = Learner(port, outcome, is_alive)
         self._is_over = False
         self._outcome = outcome
         self._thread = threading.Thread(target=self._run, daemon=True)
@@ -221,8 +224,11 @@ class Lesson:
         port = self._port()
         if port is None:
             return
-        learner = Learner(port, self.outcome)
-        watcher = Watcher(port, self.outcome)
+        def is_alive():
+            return self._program.process.poll() is None
+
+        learner = Learner(port, self.outcome, is_alive)
+        watcher = Watcher(port, self.outcome, is_alive)
         try:
             self._learn(learner)
         finally:
