@@ -1,10 +1,14 @@
 #include "TarnlyApp/Desktop/CompanionThread.hpp"
 
+#include <chrono>
+#include <future>
 #include <memory>
 #include <stdexcept>
 
 namespace tarnly {
 namespace {
+
+constexpr std::chrono::milliseconds answerPatience{500};
 
 /// Absent where the system does not tell where it would be, for example for a person without a home folder.
 std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
@@ -27,6 +31,17 @@ void CompanionThread::start() {
     thread_.check();
     runtime_.start();
     network_ = std::thread([this] { runtime_.run(); });
+}
+
+bool CompanionThread::isInUse() {
+    thread_.check();
+    if (runtime_.state() != CompanionRuntime::State::listening) return false;
+    const auto answer = std::make_shared<std::promise<bool>>();
+    auto inUse = answer->get_future();
+    runtime_.askStatus([answer](const CompanionStatus& status) {
+        answer->set_value(status.clients.paired > 0 || status.recording.has_value());
+    });
+    return inUse.wait_for(answerPatience) != std::future_status::ready || inUse.get();
 }
 
 void CompanionThread::stop() {

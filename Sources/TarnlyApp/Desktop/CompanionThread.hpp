@@ -30,6 +30,10 @@ class CompanionThread {
     /// Starts the companion. To be called once.
     void start();
 
+    /// Whether a client is paired or a recording runs, or nobody can tell just now. Waits for the network
+    /// thread, for half a second at most.
+    bool isInUse();
+
     /// Ends the companion; when it returns, nobody is called any more. Harmless when repeated.
     void stop();
 

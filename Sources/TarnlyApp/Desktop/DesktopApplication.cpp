@@ -2,11 +2,22 @@
 
 #include <QApplication>
 #include <QScopeGuard>
+#include <chrono>
+#include <iostream>
 
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
+namespace {
+
+// How long nobody needs the companion before it ends without a display.
+constexpr std::chrono::seconds lookInterval{1};
+constexpr int looksBeforeEnd = 5;
+
+void remark(const char* text) { std::cerr << "Tarnly: " << text << std::endl; }
+
+} // namespace
 
 DesktopApplication::DesktopApplication(const CompanionOptions& options)
     : companion_(options),
@@ -14,7 +25,8 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
       panel_(runtime_),
       addresses_(runtime_),
       settings_(companion_.settingsStore()),
-      trayIcon_(panel_, runtime_, options.startsInBackground) {
+      trayIcon_(panel_, runtime_, options.startsInBackground),
+      displayLoss_([this] { finishLesson(); }) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
     connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
     // `quit` would ask the windows first.
@@ -29,6 +41,21 @@ int DesktopApplication::run() {
     QApplication::setQuitOnLastWindowClosed(false);
     companion_.start();
     return QApplication::exec();
+}
+
+/// The display has gone: the companion does not need it. A client whose connection breaks comes back.
+void DesktopApplication::finishLesson() {
+    if (companion_.isInUse()) {
+        remark(
+            "the display has gone; the companion goes on without windows, until no client is paired and no "
+            "recording runs");
+        companion_.runtime().setStatusShown(false);
+        for (int looks = 0; looks < looksBeforeEnd && !QuitSignals::wait(lookInterval);) {
+            looks = companion_.isInUse() ? 0 : looks + 1;
+        }
+    }
+    companion_.stop();
+    remark("the display has gone, and the companion has ended");
 }
 
 void DesktopApplication::showPanel(const QByteArray& activationToken) {

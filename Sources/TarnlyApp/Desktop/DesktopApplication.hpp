@@ -6,6 +6,7 @@
 #include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
 #include "TarnlyApp/Desktop/CompanionThread.hpp"
+#include "TarnlyApp/Desktop/DisplayLoss.hpp"
 #include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
@@ -32,6 +33,8 @@ class DesktopApplication : public QObject {
     void showPanel(const QByteArray& activationToken);
 
   private:
+    void finishLesson();
+
     OnOneThread thread_;
     CompanionThread companion_;
     ColorScheme colorScheme_;
@@ -45,6 +48,8 @@ class DesktopApplication : public QObject {
     SettingsWindow settings_;
     // depends-on: panel_
     TrayIcon trayIcon_;
+    // depends-on: companion_
+    DisplayLoss displayLoss_;
 };
 
 } // namespace tarnly

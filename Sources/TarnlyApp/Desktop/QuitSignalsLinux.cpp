@@ -26,6 +26,15 @@ int openSignals() {
 void QuitSignals::block() {
     const auto set = quitSignals();
     ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    std::signal(SIGHUP, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+bool QuitSignals::wait(std::chrono::milliseconds patience) {
+    const auto set = quitSignals();
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(patience);
+    const timespec limit{seconds.count(), std::chrono::nanoseconds(patience - seconds).count()};
+    return ::sigtimedwait(&set, nullptr, &limit) > 0;
 }
 
 QuitSignals::QuitSignals() : signals_(openSignals()), notifier_(signals_, QSocketNotifier::Read) {
