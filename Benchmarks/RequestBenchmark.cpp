@@ -33,7 +33,8 @@ class Conversation {
     std::shared_ptr<ProtocolSession> session_ = std::make_shared<ProtocolSession>(
         std::make_shared<PairingManager>(std::nullopt), backend_,
         std::make_shared<FlightRecorder>(folder_.path(), clock_), std::make_shared<LoadedScript>(),
-        [](const std::string&) { return std::optional<Coordinate>(); }, workers_, workers_);
+        [](const auto&) { return [](const std::string&) { return std::optional<Coordinate>(); }; }, workers_,
+        workers_);
 };
 
 void answerRequest(benchmark::State& state, const std::string& request) {

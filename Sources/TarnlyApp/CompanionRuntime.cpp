@@ -24,11 +24,6 @@ constexpr auto closingPatience = std::chrono::milliseconds(300);
 /// told after this at the latest.
 constexpr auto publicationPatience = std::chrono::seconds(1);
 
-std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
-    if (!options.navigationDatabase) return nullptr;
-    return std::make_shared<NavDatabase>(options.navigationDatabase->string());
-}
-
 std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
 
 std::string advertisingText(const std::optional<PublicationState>& publication) {
@@ -61,6 +56,11 @@ void runThrough(boost::asio::io_context& loop) {
             std::cerr << "Tarnly: a connection or a request was given up: " << error.what() << std::endl;
         }
     }
+}
+
+std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
+    if (!options.navigationDatabase) return nullptr;
+    return std::make_shared<NavDatabase>(options.navigationDatabase->string(), remark);
 }
 
 std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {

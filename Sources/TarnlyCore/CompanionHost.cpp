@@ -8,14 +8,18 @@ namespace {
 /// Of messages that are decoded at once, or wait for that.
 constexpr std::size_t decodedAtOnce = std::size_t{128} * 1024 * 1024;
 
-/// A script with many fixes must not keep a host from stopping.
-FixResolver resolverFor(std::shared_ptr<NavDatabase> navDatabase,
+/// A script must not keep a host from stopping, however slow its fixes are to find.
+MakeFixResolver fixesIn(std::shared_ptr<NavDatabase> navDatabase, const Clock& clock,
                         std::shared_ptr<std::atomic<bool>> isStopping) {
-    return
-        [navDatabase = std::move(navDatabase), isStopping = std::move(isStopping)](const std::string& ident) {
-            if (!navDatabase || *isStopping) return std::optional<Coordinate>();
-            return navDatabase->resolve(ident);
+    using Lookup = NavDatabase::Lookup;
+    return [=, &clock](std::function<bool()> isScriptWanted) -> FixResolver {
+        if (!navDatabase) return [](const std::string&) { return std::nullopt; };
+        auto isWanted = [isStopping, isScriptWanted = std::move(isScriptWanted)] {
+            return !*isStopping && isScriptWanted();
         };
+        auto lookup = std::make_shared<Lookup>(*navDatabase, clock, std::move(isWanted));
+        return [navDatabase, lookup](const std::string& ident) { return lookup->resolve(ident); };
+    };
 }
 
 SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> server) {
@@ -52,13 +56,14 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       server_(std::make_shared<ProtocolServer>(
           executor,
           [pairing = pairing_, backend, recording = recording_, loadedScript = loadedScript_,
-           fixResolver = resolverFor(std::move(configuration.navDatabase), isStopping_), &workers,
+           makeFixResolver = fixesIn(std::move(configuration.navDatabase), clock, isStopping_), &workers,
            &scriptWorkers = scriptWorkers_, freedMemory = std::weak_ptr(freedMemory_)] {
               auto noteFreed = [freedMemory] {
                   if (const auto alive = freedMemory.lock()) alive->note();
               };
-              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, fixResolver,
-                                                       workers, scriptWorkers, std::move(noteFreed));
+              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript,
+                                                       makeFixResolver, workers, scriptWorkers,
+                                                       std::move(noteFreed));
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
       sampling_(std::make_shared<SamplingLoop>(

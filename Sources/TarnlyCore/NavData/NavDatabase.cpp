@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "TarnlyPlatform/Base/Text.hpp"
@@ -14,56 +16,34 @@ constexpr const char* navaidQuery = "SELECT lat, lon FROM navaids WHERE nav_id =
 
 constexpr int toItsNul = -1;
 
-struct Finalize {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+/// Steps of SQLite's machine between two looks at the time: less than a millisecond.
+constexpr int stepsBetweenLooks = 1000;
+/// How long to leave a file alone that somebody writes.
+constexpr auto writersTurn = std::chrono::milliseconds(10);
 
-/// Null when the table is missing or the file is no database.
-Statement prepare(sqlite3* connection, const char* sql) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(connection, sql, toItsNul, &statement, nullptr);
-    return Statement(statement);
+// A row has a few dozen bytes. What takes more is no such row, and a single step over it may take as long as
+// it likes.
+constexpr int longestValue = 100'000;
+constexpr sqlite3_int64 mostMemory = 32 * 1024 * 1024;
+
+/// Nothing in the file is to be trusted, and no file is to be something else by its name: SQLite may be built
+/// to read a path that begins with "file:" as a URI, and knows ":memory:".
+void distrust(sqlite3* connection) {
+    sqlite3_hard_heap_limit64(mostMemory);
+    sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, longestValue);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
 }
 
-std::optional<Coordinate> find(sqlite3* connection, const char* sql, const std::string& key) {
-    const auto statement = prepare(connection, sql);
-    if (!statement) return std::nullopt;
-    sqlite3_bind_text(statement.get(), 1, key.c_str(), toItsNul, SQLITE_TRANSIENT);
-    if (sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;
-    return Coordinate{sqlite3_column_double(statement.get(), 0), sqlite3_column_double(statement.get(), 1)};
+std::string asPlainPath(const std::string& path) {
+    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
 }
 
 } // namespace
 
 void NavDatabase::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
 
-/// One connection for as long as it lives; waits for one that is free.
-class NavDatabase::Loan {
-  public:
-    explicit Loan(const NavDatabase& owner) : owner_(owner) {
-        owner_.available_.acquire();
-        connection_ = owner_.idle_.with([](auto& idle) {
-            auto last = std::move(idle.back());
-            idle.pop_back();
-            return last;
-        });
-    }
-    Loan(const Loan&) = delete;
-    Loan& operator=(const Loan&) = delete;
-    ~Loan() {
-        owner_.idle_.with([&](auto& idle) { idle.push_back(std::move(connection_)); });
-        owner_.available_.release();
-    }
-
-    sqlite3* connection() const { return connection_.get(); }
-
-  private:
-    const NavDatabase& owner_;
-    Connection connection_;
-};
-
-NavDatabase::NavDatabase(const std::string& path) {
+NavDatabase::NavDatabase(const std::string& path, Warn warn) : path_(path), warn_(std::move(warn)) {
     idle_.with([&](auto& idle) {
         for (std::size_t number = 0; number < sideBySide; ++number)
             idle.push_back(open(path));
@@ -73,20 +53,114 @@ NavDatabase::NavDatabase(const std::string& path) {
 NavDatabase::Connection NavDatabase::open(const std::string& path) {
     sqlite3* opened = nullptr;
     // Without a lock of its own: each is used by one thread at a time.
-    const int result =
-        sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(asPlainPath(path).c_str(), &opened,
+                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     Connection connection(opened);
-    if (result == SQLITE_OK) return connection;
+    if (result == SQLITE_OK) {
+        distrust(opened);
+        return connection;
+    }
     const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
     throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
 }
 
-std::optional<Coordinate> NavDatabase::resolve(const std::string& id) const {
+NavDatabase::Connection NavDatabase::take() const {
+    available_.acquire();
+    return idle_.with([](auto& idle) {
+        auto last = std::move(idle.back());
+        idle.pop_back();
+        return last;
+    });
+}
+
+void NavDatabase::giveBack(Connection connection) const {
+    idle_.with([&](auto& idle) { idle.push_back(std::move(connection)); });
+    available_.release();
+}
+
+std::optional<std::string> NavDatabase::problem() const {
+    if (!wasLate_) return std::nullopt;
+    return "The navigation database " + printable(path_) +
+           " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; give "
+           "--nav-db one with plain tables and indexes.";
+}
+
+void NavDatabase::noteLateness() const {
+    if (!wasLate_.exchange(true) && warn_) warn_(*problem());
+}
+
+void NavDatabase::Lookup::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+NavDatabase::Lookup::Lookup(const NavDatabase& database, const Clock& clock, std::function<bool()> isWanted)
+    : database_(database),
+      clock_(clock),
+      isWanted_(std::move(isWanted)),
+      connection_(database.take()),
+      deadline_(clock.now() + lookupLimit),
+      fixes_{fixQuery},
+      navaids_{navaidQuery} {
+    const auto connection = connection_.get();
+    sqlite3_progress_handler(
+        connection, stepsBetweenLooks,
+        [](void* lookup) { return static_cast<Lookup*>(lookup)->mayGoOn() ? 0 : 1; }, this);
+    sqlite3_busy_handler(
+        connection,
+        [](void* lookup, int) {
+            std::this_thread::sleep_for(writersTurn);
+            return static_cast<Lookup*>(lookup)->mayGoOn() ? 1 : 0;
+        },
+        this);
+    // While a statement is prepared there are no steps: views upon views may make that long, too.
+    sqlite3_set_authorizer(
+        connection,
+        [](void* lookup, int, const char*, const char*, const char*, const char*) {
+            return static_cast<Lookup*>(lookup)->mayGoOn() ? SQLITE_OK : SQLITE_DENY;
+        },
+        this);
+}
+
+NavDatabase::Lookup::~Lookup() {
+    fixes_.statement.reset();
+    navaids_.statement.reset();
+    const auto connection = connection_.get();
+    sqlite3_progress_handler(connection, 0, nullptr, nullptr);
+    sqlite3_busy_handler(connection, nullptr, nullptr);
+    sqlite3_set_authorizer(connection, nullptr, nullptr);
+    database_.giveBack(std::move(connection_));
+}
+
+std::optional<Coordinate> NavDatabase::Lookup::resolve(const std::string& id) {
+    if (!mayGoOn()) return std::nullopt;
     const auto key = upperCased(id);
-    const Loan loan(*this);
-    auto found = find(loan.connection(), fixQuery, key);
-    if (!found) found = find(loan.connection(), navaidQuery, key);
+    auto found = find(fixes_, key);
+    if (!found) found = find(navaids_, key);
     return found;
+}
+
+std::optional<Coordinate> NavDatabase::Lookup::find(Query& query, const std::string& key) {
+    if (!query.statement) {
+        sqlite3_stmt* prepared = nullptr;
+        sqlite3_prepare_v2(connection_.get(), query.sql, toItsNul, &prepared, nullptr);
+        query.statement.reset(prepared);
+        if (prepared == nullptr) return std::nullopt;
+    }
+    const auto statement = query.statement.get();
+    std::optional<Coordinate> found;
+    sqlite3_bind_text(statement, 1, key.c_str(), toItsNul, SQLITE_TRANSIENT);
+    if (sqlite3_step(statement) == SQLITE_ROW)
+        found = Coordinate{sqlite3_column_double(statement, 0), sqlite3_column_double(statement, 1)};
+    sqlite3_reset(statement);
+    return found;
+}
+
+bool NavDatabase::Lookup::mayGoOn() {
+    if (hasEnded_) return false;
+    hasEnded_ = !isWanted_();
+    if (!hasEnded_ && clock_.now() >= deadline_) {
+        hasEnded_ = true;
+        database_.noteLateness();
+    }
+    return !hasEnded_;
 }
 
 } // namespace tarnly

@@ -10,7 +10,8 @@
 /// its connection stays. Far above what lessons need: they keep one client's mistake from being everybody's.
 namespace tarnly {
 
-/// Clients receive exactly `what()`; the payload names the limit: `limitExceeded("at most 100000 triggers")`.
+/// Clients receive exactly `what()`; the payload names the limit:
+/// `limitExceeded("load_script takes at most 100000 triggers")`.
 struct ProtocolLimitErrorCases {
     enum class Case { limitExceeded };
     static constexpr std::array<std::string_view, 1> names{"limitExceeded"};

@@ -54,6 +54,8 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
         return false;
     }
 
+    void onHangUp() override { session_->hangUp(); }
+
     void onEnd() override {
         hasEnded_ = true;
         session_->end();

@@ -13,6 +13,7 @@
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
 namespace {
@@ -23,18 +24,6 @@ constexpr std::size_t bytesPerValue = 64;
 /// How long a client waits for its recording's file: whoever looks for it then finds it, and a disk that
 /// hangs does not keep the recording from beginning.
 constexpr auto fileLimit = std::chrono::milliseconds(250);
-
-/// The engine of a script as the client sent it. Throws `MappingError`.
-TriggerEngine makeEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
-    std::vector<ArmedTrigger> armed;
-    armed.reserve(script.triggers.size());
-    for (auto& trigger : script.triggers) {
-        auto condition = ScriptTriggerMapper::toCondition(trigger.conditionKind, trigger.condition);
-        armed.push_back({std::move(trigger.id), std::string(), std::move(condition),
-                         std::move(trigger.actionKind), std::move(trigger.action)});
-    }
-    return TriggerEngine(std::move(armed), fixResolver);
-}
 
 template <typename Params>
 Params requireParams(Request& request, const char* complaint) {
@@ -84,14 +73,14 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 
 ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                                  std::shared_ptr<FlightRecorder> recording,
-                                 std::shared_ptr<LoadedScript> loadedScript, FixResolver fixResolver,
+                                 std::shared_ptr<LoadedScript> loadedScript, MakeFixResolver makeFixResolver,
                                  WorkerPool& workers, WorkerPool& scriptWorkers,
                                  std::function<void()> onMuchFreed)
     : pairing_(std::move(pairing)),
       backend_(std::move(backend)),
       recording_(std::move(recording)),
       loadedScript_(std::move(loadedScript)),
-      fixResolver_(std::move(fixResolver)),
+      makeFixResolver_(std::move(makeFixResolver)),
       workers_(workers),
       scriptWorkers_(scriptWorkers),
       onMuchFreed_(std::move(onMuchFreed)) {}
@@ -259,14 +248,17 @@ Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
     // A script may be long, and the navigation database slow. Meanwhile the client may go, and another one's
     // later script be ready.
     auto load = [request, place = loadedScript_->announce(), loadedScript = loadedScript_,
-                 fixResolver = fixResolver_, hasEnded = hasEnded_] {
+                 makeFixResolver = makeFixResolver_, peer = peer_] {
         auto script = requireParams<LoadScriptRequest>(*request, "load_script requires triggers");
-        const FixResolver whileWanted = [&](const std::string& ident) {
-            return *hasEnded ? std::nullopt : fixResolver(ident);
-        };
-        auto engine = makeEngine(std::move(script), whileWanted);
+        bool isGivenUp = false;
+        const auto resolver = makeFixResolver([&isGivenUp, &peer] {
+            isGivenUp = isGivenUp || peer->hasEnded || peer->hasHungUp;
+            return !isGivenUp;
+        });
+        auto engine = ScriptTriggerMapper::toEngine(std::move(script), resolver);
+        if (isGivenUp) throw NetworkError(NetworkError::Case::connectionClosed, "load_script");
         UnresolvedFixesPayload payload{engine.unresolvedFixes()};
-        if (!*hasEnded) loadedScript->set(std::move(engine), place);
+        if (!peer->hasEnded) loadedScript->set(std::move(engine), place);
         return replyTo(*request, std::move(payload));
     };
     auto reply = co_await scriptWorkers_.run(std::move(load));

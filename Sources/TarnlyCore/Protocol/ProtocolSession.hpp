@@ -54,7 +54,7 @@ class ProtocolSession {
     /// may take seconds. `onMuchFreed` is called when the memory of a long request is let go.
     ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
                     std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
-                    FixResolver fixResolver, WorkerPool& workers, WorkerPool& scriptWorkers,
+                    MakeFixResolver makeFixResolver, WorkerPool& workers, WorkerPool& scriptWorkers,
                     std::function<void()> onMuchFreed = {});
 
     ProtocolSession(const ProtocolSession&) = delete;
@@ -72,9 +72,13 @@ class ProtocolSession {
     /// to it where something has to be waited for. Neither fails; to be called for one frame at a time.
     std::variant<Answer, Task<Answer>> handleMessage(std::string text);
 
-    /// The connection has gone: a script that is still being loaded does not come into force any more. Safe
-    /// from any thread.
-    void end() { *hasEnded_ = true; }
+    /// The connection has gone: a script that is still being loaded does not come into force any more, and
+    /// the search for its fixes ends. Safe from any thread.
+    void end() { peer_->hasEnded = true; }
+
+    /// The peer has hung up, and reads its answers at most: a search for fixes that lasts is given up, and
+    /// its script with it. Safe from any thread.
+    void hangUp() { peer_->hasHungUp = true; }
 
     /// The next piece of a reply, made where it disturbs nobody.
     Task<std::string> makePiece(std::function<std::string()> nextPiece);
@@ -154,13 +158,17 @@ class ProtocolSession {
     const std::shared_ptr<SimBackend> backend_;
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
-    const FixResolver fixResolver_;
+    const MakeFixResolver makeFixResolver_;
     WorkerPool& workers_;
     WorkerPool& scriptWorkers_;
     const std::function<void()> onMuchFreed_;
     bool hadLongRequest_ = false;
+    struct Peer {
+        std::atomic<bool> hasEnded = false;
+        std::atomic<bool> hasHungUp = false;
+    };
     /// Shared with the scripts that are being loaded.
-    const std::shared_ptr<std::atomic<bool>> hasEnded_ = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<Peer> peer_ = std::make_shared<Peer>();
     std::atomic<bool> isPaired_ = false;
     /// In order, each once; shared with the pushes under way. Null while there are none.
     Guarded<SharedNames> namesToPush_;

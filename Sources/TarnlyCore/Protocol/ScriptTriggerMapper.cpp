@@ -1,7 +1,10 @@
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 
+#include <cstddef>
 #include <optional>
+#include <utility>
 #include <variant>
+#include <vector>
 
 namespace tarnly::ScriptTriggerMapper {
 namespace {
@@ -39,6 +42,28 @@ std::optional<T> read(const std::map<std::string, JsonScalar>& condition, const 
     return value == nullptr ? std::nullopt : std::optional<T>(*value);
 }
 
+void requireAtMost(std::size_t limit, std::size_t found, const char* what) {
+    if (found <= limit) return;
+    throw ProtocolLimitError(ProtocolLimitError::Case::limitExceeded,
+                             "load_script takes at most " + std::to_string(limit) + " " + what);
+}
+
+void requireShort(const std::string& text) {
+    requireAtMost(ProtocolLimits::idSize, text.size(), "bytes for an id, a fix or a kind");
+}
+
+/// Before anything is made of it.
+void requireWithinLimits(const LoadScriptRequest& script) {
+    requireAtMost(ProtocolLimits::triggersAScript, script.triggers.size(), "triggers");
+    for (const auto& trigger : script.triggers) {
+        requireShort(trigger.id);
+        requireShort(trigger.conditionKind);
+        requireShort(trigger.actionKind);
+        for (const auto* key : {"fix", "after_trigger_id"})
+            requireShort(read<std::string>(trigger.condition, key).value_or(std::string()));
+    }
+}
+
 } // namespace
 
 TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JsonScalar>& condition) {
@@ -49,6 +74,23 @@ TriggerCondition toCondition(const std::string& kind, const std::map<std::string
             .climbing = read<bool>(condition, "climbing"),
             .seconds = read<double>(condition, "seconds"),
             .afterTriggerId = read<std::string>(condition, "after_trigger_id")};
+}
+
+TriggerEngine toEngine(LoadScriptRequest script, const FixResolver& fixResolver) {
+    requireWithinLimits(script);
+    std::vector<ArmedTrigger> armed;
+    armed.reserve(script.triggers.size());
+    for (auto& trigger : script.triggers) {
+        auto condition = toCondition(trigger.conditionKind, trigger.condition);
+        armed.push_back({std::move(trigger.id), std::string(), std::move(condition),
+                         std::move(trigger.actionKind), std::move(trigger.action)});
+    }
+    std::size_t fixes = 0;
+    const FixResolver counted = [&](const std::string& ident) {
+        requireAtMost(ProtocolLimits::fixesAScript, ++fixes, "different fixes");
+        return fixResolver(ident);
+    };
+    return TriggerEngine(std::move(armed), counted);
 }
 
 } // namespace tarnly::ScriptTriggerMapper

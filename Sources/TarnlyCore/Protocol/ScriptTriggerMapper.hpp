@@ -6,10 +6,12 @@
 #include <string_view>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Script/Trigger.hpp"
+#include "TarnlyCore/Script/TriggerEngine.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 
-/// Turns the loosely typed condition of a script as the client sends it into that of the trigger engine.
+/// Turns a script as the client sends it, with its loosely typed conditions, into that of the trigger engine.
 /// Callable from any thread.
 namespace tarnly::ScriptTriggerMapper {
 
@@ -24,5 +26,9 @@ using MappingError = Error<MappingErrorCases>;
 /// Every field is read whatever the kind, and none is required: a value that is missing or of the wrong
 /// JSON kind is absent, and the condition then never holds. Throws `MappingError` for an unknown kind.
 TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JsonScalar>& condition);
+
+/// The engine of `script`. Throws `MappingError`, `ProtocolLimitError` where it is larger than scripts may
+/// be, and what `fixResolver` throws.
+TriggerEngine toEngine(LoadScriptRequest script, const FixResolver& fixResolver);
 
 } // namespace tarnly::ScriptTriggerMapper

@@ -14,6 +14,11 @@ namespace tarnly {
 /// any thread.
 using FixResolver = std::function<std::optional<Coordinate>(const std::string& ident)>;
 
+/// Makes the resolver of one script's fixes, which one thread at a time may ask. `isWanted` turns false when
+/// nobody waits for the script any more: then a search under way ends, and nothing is found from then on. It
+/// is asked often, by who asks the resolver.
+using MakeFixResolver = std::function<FixResolver(std::function<bool()> isWanted)>;
+
 /// The part of a trigger engine that never changes: the triggers of one script, made ready for testing.
 ///
 /// All work on texts is done here, once, so that testing a trigger handles numbers only. Shared by an engine

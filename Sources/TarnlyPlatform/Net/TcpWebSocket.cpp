@@ -105,6 +105,8 @@ void TcpWebSocket::cancel() {
 /// The peer says no more. What it has asked is answered first.
 void TcpWebSocket::finish(const error_code& error) {
     if (error) isAtEnd_ = true;
+    const auto receiver = error ? receiver_.lock() : nullptr;
+    if (receiver) receiver->onHangUp();
     hasPeerClosed_ = true;
     if (state_ == State::closing) { // what was sent before goes out first
         if (outgoing_.isEmpty()) end();

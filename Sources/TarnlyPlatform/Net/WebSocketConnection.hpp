@@ -42,6 +42,10 @@ class WebSocketConnection {
         /// send, and end the connection.
         virtual bool onMessage(Message message) = 0;
 
+        /// The peer has hung up, or at least shut down its side: it may still read what it has asked for, but
+        /// nothing that takes long is worth the while. Not called from within a call of the receiver's own.
+        virtual void onHangUp() {}
+
         /// The connection has ended, and no more messages come. Not called from within a call of the
         /// receiver's own.
         virtual void onEnd() = 0;

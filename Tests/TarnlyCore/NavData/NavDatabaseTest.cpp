@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Support/TemporaryFolder.hpp"
+#include "Support/VirtualClock.hpp"
 #include "TarnlyCore/Recording/Recordings.hpp"
 
 namespace tarnly {
@@ -26,6 +27,23 @@ void makeDatabase(const fs::path& file, const std::string& sql) {
     EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
         << sqlite3_errmsg(connection);
     sqlite3_close(connection);
+}
+
+/// A clock that goes on a little at each look: what takes its time needs no waiting.
+class GoingOn final : public Clock {
+  public:
+    TimePoint now() const override { return now_ += std::chrono::milliseconds(50); }
+    Task<> sleepFor(Duration) override { throw std::logic_error("nobody sleeps by this clock"); }
+
+  private:
+    mutable TimePoint now_;
+};
+
+bool always() { return true; }
+
+std::optional<Coordinate> find(const NavDatabase& database, const std::string& id) {
+    const GoingOn clock;
+    return NavDatabase::Lookup(database, clock, always).resolve(id);
 }
 
 std::string openingError(const std::string& path) {
@@ -64,61 +82,61 @@ TEST_F(NavDatabaseTest, FindsFixesAndNavaids) {
     const auto database = with(
         "INSERT INTO enroute_fixes VALUES ('OSTIR', 47.25, 8.5);"
         "INSERT INTO navaids VALUES ('KLO', 47.457, -8.546);");
-    EXPECT_EQ(database.resolve("OSTIR"), (Coordinate{47.25, 8.5}));
-    EXPECT_EQ(database.resolve("KLO"), (Coordinate{47.457, -8.546}));
-    EXPECT_EQ(database.resolve("NONE"), std::nullopt);
-    EXPECT_EQ(database.resolve(""), std::nullopt);
+    EXPECT_EQ(find(database, "OSTIR"), (Coordinate{47.25, 8.5}));
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{47.457, -8.546}));
+    EXPECT_EQ(find(database, "NONE"), std::nullopt);
+    EXPECT_EQ(find(database, ""), std::nullopt);
 }
 
 TEST_F(NavDatabaseTest, FixWinsOverANavaidOfTheSameName) {
     const auto database = with(
         "INSERT INTO navaids VALUES ('KLO', 1, 2);"
         "INSERT INTO enroute_fixes VALUES ('KLO', 3, 4);");
-    EXPECT_EQ(database.resolve("KLO"), (Coordinate{3, 4}));
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{3, 4}));
 }
 
 TEST_F(NavDatabaseTest, FirstOfSeveralRowsCounts) {
     const auto database = with("INSERT INTO enroute_fixes VALUES ('ABC', 1, 2), ('ABC', 3, 4);");
-    EXPECT_EQ(database.resolve("ABC"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(database, "ABC"), (Coordinate{1, 2}));
 }
 
 TEST_F(NavDatabaseTest, UpperCasesTheIdButNotTheRows) {
     const auto database = with(
         "INSERT INTO enroute_fixes VALUES ('KSFO', 37.6, -122.4), ('GRÜSSE', 1, 2), ('lower', 3, 4);"
         "INSERT INTO navaids VALUES ('ksfo', 0, 0), ('SFO', 37.5, -122.3);");
-    EXPECT_EQ(database.resolve("ksfo"), (Coordinate{37.6, -122.4}));
-    EXPECT_EQ(database.resolve("sFo"), (Coordinate{37.5, -122.3}));
-    EXPECT_EQ(database.resolve("grüße"), (Coordinate{1, 2}));
-    EXPECT_EQ(database.resolve("lower"), std::nullopt);
-    EXPECT_EQ(database.resolve(" KSFO"), std::nullopt);
+    EXPECT_EQ(find(database, "ksfo"), (Coordinate{37.6, -122.4}));
+    EXPECT_EQ(find(database, "sFo"), (Coordinate{37.5, -122.3}));
+    EXPECT_EQ(find(database, "grüße"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(database, "lower"), std::nullopt);
+    EXPECT_EQ(find(database, " KSFO"), std::nullopt);
 }
 
 TEST_F(NavDatabaseTest, IdIsNotSql) {
     const auto database = with("INSERT INTO enroute_fixes VALUES ('A''B', 1, 2);");
-    EXPECT_EQ(database.resolve("a'b"), (Coordinate{1, 2}));
-    EXPECT_EQ(database.resolve("' OR 1 --"), std::nullopt);
+    EXPECT_EQ(find(database, "a'b"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(database, "' OR 1 --"), std::nullopt);
 }
 
 TEST_F(NavDatabaseTest, IdEndsAtItsFirstNul) {
     const auto database = with("INSERT INTO enroute_fixes VALUES ('ABC', 1, 2);");
-    EXPECT_EQ(database.resolve(std::string("abc\0def", 7)), (Coordinate{1, 2}));
-    EXPECT_EQ(database.resolve(std::string("\0abc", 4)), std::nullopt);
+    EXPECT_EQ(find(database, std::string("abc\0def", 7)), (Coordinate{1, 2}));
+    EXPECT_EQ(find(database, std::string("\0abc", 4)), std::nullopt);
 }
 
 TEST_F(NavDatabaseTest, DatabaseWithoutOneOfTheTablesHasTheOther) {
     makeDatabase(file,
                  "CREATE TABLE navaids (nav_id TEXT, lat REAL, lon REAL);"
                  "INSERT INTO navaids VALUES ('KLO', 1, 2);");
-    EXPECT_EQ(NavDatabase(file.string()).resolve("klo"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(NavDatabase(file.string()), "klo"), (Coordinate{1, 2}));
 }
 
 TEST_F(NavDatabaseTest, NothingIsFoundWithoutTablesOrInAFileThatIsNoDatabase) {
     makeDatabase(file, "CREATE TABLE other (x)");
-    EXPECT_EQ(NavDatabase(file.string()).resolve("KLO"), std::nullopt);
+    EXPECT_EQ(find(NavDatabase(file.string()), "KLO"), std::nullopt);
     const auto letter = folder.write("letter.txt", std::string(5000, 'x'));
-    EXPECT_EQ(NavDatabase(letter.string()).resolve("KLO"), std::nullopt);
+    EXPECT_EQ(find(NavDatabase(letter.string()), "KLO"), std::nullopt);
     const auto empty = folder.write("empty.db", "");
-    EXPECT_EQ(NavDatabase(empty.string()).resolve("KLO"), std::nullopt);
+    EXPECT_EQ(find(NavDatabase(empty.string()), "KLO"), std::nullopt);
     EXPECT_EQ(fs::file_size(empty), 0U);
 }
 
@@ -136,7 +154,7 @@ TEST_F(NavDatabaseTest, FolderIsNoDatabase) {
 TEST_F(NavDatabaseTest, RelativePathsAreTakenFromTheWorkingFolder) {
     makeDatabase(file, tables + std::string("INSERT INTO navaids VALUES ('KLO', 1, 2);"));
     const WorkingFolder here(folder.path());
-    EXPECT_EQ(NavDatabase("nav.db").resolve("KLO"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(NavDatabase("nav.db"), "KLO"), (Coordinate{1, 2}));
     EXPECT_EQ(openingError("./none.db"),
               R"(openFailed(path: "./none.db", message: "unable to open database file"))");
 }
@@ -146,8 +164,8 @@ TEST_F(NavDatabaseTest, LeavesTheFileAsItWas) {
     const auto before = test::contentOf(file);
     {
         const NavDatabase database(file.string());
-        EXPECT_TRUE(database.resolve("KLO"));
-        EXPECT_FALSE(database.resolve("'; DROP TABLE navaids; --"));
+        EXPECT_TRUE(find(database, "KLO"));
+        EXPECT_FALSE(find(database, "'; DROP TABLE navaids; --"));
     }
     EXPECT_EQ(test::contentOf(file), before);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
@@ -158,9 +176,9 @@ TEST_F(NavDatabaseTest, FindsNothingWhileSomebodyWritesAndFindsItAfterwards) {
     sqlite3* writer = nullptr;
     ASSERT_EQ(sqlite3_open(file.c_str(), &writer), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-    EXPECT_EQ(database.resolve("KLO"), std::nullopt);
+    EXPECT_EQ(find(database, "KLO"), std::nullopt);
     sqlite3_close(writer);
-    EXPECT_EQ(database.resolve("KLO"), (Coordinate{1, 2}));
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
 }
 
 TEST_F(NavDatabaseTest, ServesMoreThreadsThanItHasConnections) {
@@ -171,11 +189,97 @@ TEST_F(NavDatabaseTest, ServesMoreThreadsThanItHasConnections) {
     for (std::size_t thread = 0; thread < NavDatabase::sideBySide + 4; ++thread) {
         threads.emplace_back([&] {
             for (int i = 0; i < 100; ++i) {
-                EXPECT_EQ(database.resolve("abc"), (Coordinate{1, 2}));
-                EXPECT_EQ(database.resolve("klo"), (Coordinate{3, 4}));
-                EXPECT_EQ(database.resolve("none"), std::nullopt);
+                EXPECT_EQ(find(database, "abc"), (Coordinate{1, 2}));
+                EXPECT_EQ(find(database, "klo"), (Coordinate{3, 4}));
+                EXPECT_EQ(find(database, "none"), std::nullopt);
             }
         });
+    }
+}
+
+// What stands in the file is others' doing
+
+/// A table's name for rows without end.
+constexpr const char* endless =
+    "CREATE VIEW enroute_fixes AS WITH RECURSIVE row(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM row)"
+    " SELECT 'NONE' || n AS fix_id, 1.0 AS lat, 2.0 AS lon FROM row;"
+    "CREATE TABLE navaids (nav_id TEXT, lat REAL, lon REAL);"
+    "INSERT INTO navaids VALUES ('KLO', 1, 2);";
+
+struct EndlessTest : NavDatabaseTest {
+    std::string makeIt() const {
+        makeDatabase(file, endless);
+        return file.string();
+    }
+
+    std::vector<std::string> warnings;
+    const NavDatabase database{makeIt(), [this](const std::string& text) { warnings.push_back(text); }};
+};
+
+TEST_F(EndlessTest, LookupEndsAtItsLimitAndSaysSoOnce) {
+    const GoingOn clock;
+    EXPECT_FALSE(database.problem());
+    NavDatabase::Lookup lookup(database, clock, always);
+    EXPECT_EQ(lookup.resolve("NOWHERE"), std::nullopt);
+    const auto end = clock.now();
+    EXPECT_EQ(lookup.resolve("KLO"), std::nullopt) << "the limit is the whole script's";
+    EXPECT_LT(clock.now() - end, std::chrono::milliseconds(200));
+    EXPECT_EQ(find(database, "NOWHERE"), std::nullopt);
+    EXPECT_THAT(warnings,
+                testing::ElementsAre(testing::HasSubstr(file.string() + " took more than 2 seconds")));
+    EXPECT_EQ(database.problem(), warnings.at(0));
+}
+
+TEST_F(EndlessTest, EachLookupHasTheWholeLimit) {
+    EXPECT_EQ(find(database, "NOWHERE"), std::nullopt);
+    EXPECT_EQ(find(database, "NONE5"), (Coordinate{1, 2}));
+}
+
+TEST_F(EndlessTest, SearchThatNobodyWantsEndsInTheMiddle) {
+    const test::VirtualClock clock; // its time never comes
+    int asked = 0;
+    NavDatabase::Lookup lookup(database, clock, [&] { return ++asked < 100; });
+    EXPECT_EQ(lookup.resolve("NOWHERE"), std::nullopt);
+    EXPECT_EQ(asked, 100);
+    EXPECT_EQ(lookup.resolve("KLO"), std::nullopt);
+    EXPECT_EQ(asked, 100) << "it is not asked again";
+    EXPECT_THAT(warnings, testing::IsEmpty());
+}
+
+TEST_F(NavDatabaseTest, ViewsUponViewsEndInTime) {
+    std::string sql = "CREATE VIEW v0 AS SELECT 'X' AS fix_id, 1.0 AS lat, 2.0 AS lon;";
+    for (int level = 1; level <= 40; ++level) {
+        const auto before = "v" + std::to_string(level - 1);
+        sql += "CREATE VIEW v" + std::to_string(level) +
+               " AS SELECT a.fix_id, a.lat, b.lon FROM (SELECT * FROM " + before +
+               " LIMIT 9) a, (SELECT * FROM " + before + " LIMIT 9) b;";
+    }
+    makeDatabase(file, sql + "CREATE VIEW enroute_fixes AS SELECT * FROM v40;");
+    EXPECT_EQ(find(NavDatabase(file.string()), "NOWHERE"), std::nullopt);
+}
+
+TEST_F(NavDatabaseTest, OneValueThatIsHugeIsNotFound) {
+    makeDatabase(file,
+                 "CREATE VIEW enroute_fixes AS SELECT replace(hex(zeroblob(400000000)), '0', 'X') AS fix_id,"
+                 " 1.0 AS lat, 2.0 AS lon;");
+    EXPECT_EQ(find(NavDatabase(file.string()), "NOWHERE"), std::nullopt);
+}
+
+TEST_F(NavDatabaseTest, ViewMayBeWrittenByNobodysFunctions) {
+    // Of those that reach outside the file; plain ones are welcome.
+    makeDatabase(
+        file,
+        "CREATE VIEW enroute_fixes AS SELECT load_extension('/none') AS fix_id, 1.0 AS lat, 2.0 AS lon;"
+        "CREATE VIEW navaids AS SELECT upper('klo') AS nav_id, 1.0 AS lat, 2.0 AS lon;");
+    EXPECT_EQ(find(NavDatabase(file.string()), "KLO"), (Coordinate{1, 2}));
+}
+
+TEST_F(NavDatabaseTest, NamesThatSqliteKnowsAreFilesHere) {
+    const WorkingFolder here(folder.path());
+    for (const std::string name : {"file:nav.db?mode=memory", "file:nav.db", ":memory:"}) {
+        EXPECT_THAT(openingError(name), testing::HasSubstr("unable to open database file")) << name;
+        makeDatabase("./" + name, tables + std::string("INSERT INTO navaids VALUES ('KLO', 1, 2);"));
+        EXPECT_EQ(find(NavDatabase(name), "KLO"), (Coordinate{1, 2})) << name;
     }
 }
 

@@ -33,7 +33,8 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
         sessions.push_back(std::make_shared<ProtocolSession>(
             pairing, backend, recording, loadedScript,
-            [](const std::string&) { return std::optional<Coordinate>(); }, workers, workers));
+            [](const auto&) { return [](const std::string&) { return std::optional<Coordinate>(); }; },
+            workers, workers));
         return sessions.back();
     });
 

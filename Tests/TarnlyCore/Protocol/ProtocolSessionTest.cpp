@@ -10,6 +10,7 @@
 #include "Support/RunTask.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Recording/Recorders.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -61,7 +62,8 @@ struct ProtocolSessionTest : testing::Test {
     std::shared_ptr<ProtocolSession> newSession() {
         return std::make_shared<ProtocolSession>(
             pairing, backend, recording, loadedScript,
-            [this](const std::string& ident) { return resolve(ident); }, workers, workers);
+            [this](const auto&) { return [this](const std::string& ident) { return resolve(ident); }; },
+            workers, workers);
     }
 
     std::optional<Coordinate> resolve(const std::string& ident) const {
@@ -332,6 +334,16 @@ TEST_F(ProtocolSessionTest, AnUnknownConditionKindLeavesTheLastScriptInForce) {
     EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "a");
 }
 
+TEST_F(ProtocolSessionTest, AScriptThatIsTooLargeLeavesTheLastInForce) {
+    pair();
+    reply(scriptOf(trigger("a", "after_start", R"({"seconds":0})")));
+    const std::string tooLong(ProtocolLimits::idSize + 1, 'x');
+    EXPECT_EQ(
+        reply(scriptOf(trigger("b", "after_start", "{}") + "," + trigger(tooLong, "after_start", "{}"))),
+        error(R"(limitExceeded(\"load_script takes at most 1024 bytes for an id, a fix or a kind\"))", "1"));
+    EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "a");
+}
+
 TEST_F(ProtocolSessionTest, ANewScriptForgetsWhatTheLastHadFired) {
     pair();
     const auto script = scriptOf(trigger("a", "after_start", R"({"seconds":0})"));
@@ -348,13 +360,20 @@ struct SlowFix {
     std::promise<void> asked;
     std::shared_future<void> released = release.get_future().share();
 
-    FixResolver resolver() {
-        return [this](const std::string& ident) -> std::optional<Coordinate> {
-            if (ident == "SLOW") {
-                asked.set_value();
-                released.wait();
-            }
-            return std::nullopt;
+    std::function<bool()> isWanted;
+    std::atomic<bool> asksWhetherItIsWanted = false;
+
+    MakeFixResolver makeResolver() {
+        return [this](std::function<bool()> isFirstWanted) {
+            isWanted = std::move(isFirstWanted);
+            return [this](const std::string& ident) -> std::optional<Coordinate> {
+                if (ident == "SLOW") {
+                    asked.set_value();
+                    released.wait();
+                    EXPECT_FALSE(asksWhetherItIsWanted && isWanted());
+                }
+                return std::nullopt;
+            };
         };
     }
 };
@@ -367,8 +386,8 @@ struct ScriptsSideBySideTest : ProtocolSessionTest {
     std::optional<std::string> firstAnswer;
 
     std::shared_ptr<ProtocolSession> sessionWithSlowFix() {
-        return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript, slow.resolver(),
-                                                 workers, scriptWorkers);
+        return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript,
+                                                 slow.makeResolver(), workers, scriptWorkers);
     }
 
     ScriptsSideBySideTest() {
@@ -415,6 +434,20 @@ TEST_F(ScriptsSideBySideTest, TheScriptOfAConnectionThatHasGoneDoesNotComeIntoFo
     EXPECT_FALSE(loadedScript->current());
     test::runTask(io, answerOf(other, scriptOf("")));
     EXPECT_TRUE(loadedScript->current());
+}
+
+TEST_F(ScriptsSideBySideTest, TheSearchForOneWhoHasHungUpIsGivenUp) {
+    session->hangUp();
+    slow.asksWhetherItIsWanted = true;
+    letTheFirstFinish();
+    EXPECT_EQ(firstAnswer, error(R"(connectionClosed(\"load_script\"))", "1"));
+    EXPECT_FALSE(loadedScript->current());
+}
+
+TEST_F(ScriptsSideBySideTest, WhoHasHungUpGetsAScriptThatTakesNoLongSearch) {
+    session->hangUp();
+    letTheFirstFinish();
+    EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "first");
 }
 
 // Recording

@@ -104,5 +104,70 @@ TEST(ScriptTriggerMapper, UnknownKeysAreIgnored) {
               (TriggerCondition{.kind = Kind::afterStart}));
 }
 
+/// A script of `count` triggers, each made by `make(trigger, number)`.
+LoadScriptRequest scriptOf(std::size_t count, const auto& make) {
+    LoadScriptRequest script;
+    script.triggers.resize(count);
+    for (std::size_t number = 0; number < count; ++number) {
+        script.triggers[number].conditionKind = "after_start";
+        make(script.triggers[number], number);
+    }
+    return script;
+}
+
+/// Why there is no engine of it.
+std::string refusal(LoadScriptRequest script) {
+    const FixResolver nowhere = [](const std::string&) { return std::nullopt; };
+    try {
+        ScriptTriggerMapper::toEngine(std::move(script), nowhere);
+    } catch (const ProtocolLimitError& error) {
+        return error.what();
+    }
+    return "none";
+}
+
+TEST(ScriptLimits, TriggersAreCounted) {
+    const auto plain = [](const auto&, std::size_t) {};
+    EXPECT_EQ(refusal(scriptOf(ProtocolLimits::triggersAScript, plain)), "none");
+    EXPECT_EQ(refusal(scriptOf(ProtocolLimits::triggersAScript + 1, plain)),
+              "limitExceeded(\"load_script takes at most 100000 triggers\")");
+}
+
+TEST(ScriptLimits, FixesCountOnceWhateverTheirLetterCase) {
+    const auto namesFix = [](std::size_t different) {
+        return [different](auto& trigger, std::size_t number) {
+            trigger.conditionKind = "reaches_fix";
+            const std::string letter = number < different ? "f" : "F";
+            trigger.condition["fix"] = {letter + std::to_string(number % different)};
+        };
+    };
+    constexpr auto most = ProtocolLimits::fixesAScript;
+    EXPECT_EQ(refusal(scriptOf(2 * most, namesFix(most))), "none");
+    EXPECT_EQ(refusal(scriptOf(most + 1, namesFix(most + 1))),
+              "limitExceeded(\"load_script takes at most 10000 different fixes\")");
+}
+
+TEST(ScriptLimits, IdsAndKindsAreShort) {
+    const auto with = [](const auto& set) {
+        return scriptOf(1, [&](auto& trigger, std::size_t) { set(trigger); });
+    };
+    const std::string longest(ProtocolLimits::idSize, 'x');
+    EXPECT_EQ(refusal(with([&](auto& trigger) {
+                  trigger.id = trigger.actionKind = longest;
+                  trigger.condition = {{"fix", {longest}}, {"after_trigger_id", {longest}}};
+                  trigger.action["text"] = {longest + longest};
+              })),
+              "none");
+    const std::string tooLong = longest + "x";
+    const std::string expected =
+        "limitExceeded(\"load_script takes at most 1024 bytes for an id, a fix or a kind\")";
+    EXPECT_EQ(refusal(with([&](auto& trigger) { trigger.id = tooLong; })), expected);
+    EXPECT_EQ(refusal(with([&](auto& trigger) { trigger.conditionKind = tooLong; })), expected);
+    EXPECT_EQ(refusal(with([&](auto& trigger) { trigger.actionKind = tooLong; })), expected);
+    EXPECT_EQ(refusal(with([&](auto& trigger) { trigger.condition["fix"] = {tooLong}; })), expected);
+    EXPECT_EQ(refusal(with([&](auto& trigger) { trigger.condition["after_trigger_id"] = {tooLong}; })),
+              expected);
+}
+
 } // namespace
 } // namespace tarnly

@@ -39,6 +39,9 @@ struct FakeReceiver final : WebSocketConnection::Receiver {
         if (keeps) kept.push_back(std::move(message));
         return take(taken.back());
     }
+    int hangUps = 0;
+
+    void onHangUp() override { ++hangUps; }
     void onEnd() override { ++ends; }
 };
 
@@ -359,6 +362,21 @@ TEST_F(WebSocketReceiverTest, ABreachIsToldAndNothingBehindItIsRead) {
         peer.socket().close();
         receiver->ends = 0;
     }
+}
+
+TEST_F(WebSocketReceiverTest, APeerThatHangsUpDuringItsRequestIsTold) {
+    beBusy();
+    connect();
+    write(RawPeer::frame(finalText, "question") + RawPeer::frame(closing, ""));
+    until([this] { return receiver->taken.size() == 1; });
+    settle();
+    EXPECT_EQ(receiver->hangUps, 0) << "it may wait for our close";
+    peer.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send);
+    until([this] { return receiver->hangUps == 1; });
+    EXPECT_EQ(receiver->ends, 0);
+    connection->send("answer", Kind::awaited);
+    connection->resume();
+    EXPECT_EQ(read(8), serverFrame("answer"));
 }
 
 } // namespace
