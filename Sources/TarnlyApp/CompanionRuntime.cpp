@@ -111,6 +111,7 @@ void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
         executor, options_.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
+    backend_->onWarning(remark);
     if (options_.situationsFolder) {
         backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
     }

@@ -52,6 +52,10 @@ class ReconnectingBackend final : public SimBackend {
 
     /// See `XPlaneBackend`. From any thread.
     void setSituationsDirectory(std::optional<std::string> path);
+    /// See `XPlaneBackend`.
+    void onWarning(std::function<void(const std::string& text)> warn) {
+        withoutLink_->onWarning(std::move(warn));
+    }
 
     /// The version is that of the simulator that was last there.
     SimInfo simInfo() override;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
@@ -18,18 +20,25 @@ constexpr auto head = "SIMO\0\1\0\0\0"sv;
 constexpr std::size_t pathSize = 150;
 constexpr std::size_t tailSize = 2;
 
-FlightListing listing(const fs::path& path) {
-    return {wellFormedUtf8(path.stem().string()), wellFormedUtf8(fs::absolute(path).string()),
-            Date{modificationTime(path)}};
+/// Absent where its name cannot be told.
+std::optional<FlightListing> listing(const fs::path& path) {
+    auto absolute = fs::absolute(path).string();
+    if (!isWellFormedUtf8(absolute)) return std::nullopt;
+    return FlightListing{path.stem().string(), std::move(absolute), Date{modificationTime(path)}};
 }
 
 } // namespace
 
-std::vector<FlightListing> listSituations(const std::string& directory) {
-    std::vector<FlightListing> found;
+SituationList listSituations(const std::string& directory) {
+    SituationList found;
     if (!situationExists(directory)) return found;
     for (const auto& entry : fs::directory_iterator(directory)) {
-        if (entry.path().extension() == ".sit") found.push_back(listing(entry.path()));
+        if (entry.path().extension() != ".sit") continue;
+        if (auto flight = listing(entry.path())) {
+            found.flights.push_back(std::move(*flight));
+        } else {
+            ++found.leftOut;
+        }
     }
     return found;
 }

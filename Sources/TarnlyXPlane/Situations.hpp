@@ -10,10 +10,17 @@
 /// The simulator's saved situations: the files, and the datagram that has one loaded.
 namespace tarnly {
 
-/// Whatever in `directory` has the extension "sit", in the order of the file system; empty when there is no
-/// such directory. Throws `std::filesystem::filesystem_error` when it cannot be read. Blocking, as is
-/// `situationExists`: call from a worker thread.
-std::vector<FlightListing> listSituations(const std::string& directory);
+struct SituationList {
+    std::vector<FlightListing> flights;
+    /// How many are left out, as their names or that of their directory are not UTF-8: nobody could ask for
+    /// them.
+    std::size_t leftOut = 0;
+};
+
+/// Whatever in `directory` has the extension "sit", in the order of the file system; nothing when there is no
+/// such directory. Throws `std::filesystem::filesystem_error` when it cannot be read. Blocking, perhaps for
+/// good where a mount hangs, as is `situationExists`.
+SituationList listSituations(const std::string& directory);
 
 bool situationExists(const std::string& path);
 

@@ -3,12 +3,12 @@
 #include <span>
 #include <utility>
 
+#include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Base/WithinLimit.hpp"
 #include "TarnlyXPlane/Attitude.hpp"
 #include "TarnlyXPlane/DatarefReading.hpp"
 #include "TarnlyXPlane/Datarefs.hpp"
 #include "TarnlyXPlane/Link/LinkFailure.hpp"
-#include "TarnlyXPlane/Situations.hpp"
 #include "TarnlyXPlane/TrackSampleReading.hpp"
 
 namespace tarnly {
@@ -35,19 +35,22 @@ bool isSuccess(const HttpResponse& response) { return 200 <= response.status && 
 
 XPlaneBackend::XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
                              std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers,
-                             std::int64_t number)
+                             std::int64_t number, Situations situations)
     : host_(endpoint.host),
       number_(number),
       link_(std::make_shared<WebApiLink>(executor, std::move(endpoint), transport, clock, workers)),
       transport_(std::move(transport)),
       clock_(clock),
-      workers_(workers),
+      listings_(executor, std::move(situations.list)),
+      existence_(executor, std::move(situations.exists)),
       asking_(std::move(executor)) {}
 
 XPlaneBackend::~XPlaneBackend() { close(); }
 
 void XPlaneBackend::close() {
     asking_.cancel();
+    listings_.close();
+    existence_.close();
     link_->close();
 }
 
@@ -209,15 +212,29 @@ void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {
 Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
     const auto directory = situationsDirectory_.copy();
     if (!directory) throw XPlaneBackendError(Case::situationsDirectoryNotConfigured);
-    auto list = [path = *directory] { return listSituations(path); };
-    auto flights = co_await workers_.run(std::move(list));
-    co_return flights;
+    auto listing = listings_.at(*directory);
+    auto list = co_await inTime(std::move(listing));
+    warnOfLeftOut(*directory, list.leftOut);
+    co_return std::move(list.flights);
+}
+
+template <typename Result>
+Task<Result> XPlaneBackend::inTime(Task<Result> look) {
+    auto found = co_await withinLimit(clock_, situationsLimit, std::move(look));
+    if (!found) throw XPlaneBackendError(Case::timeout, "situations");
+    co_return std::move(*found);
+}
+
+void XPlaneBackend::warnOfLeftOut(const std::string& directory, std::size_t count) {
+    if (count == 0 || !warn_ || std::exchange(hasWarned_, true)) return;
+    warn_("Saved flights in " + printable(directory) + " whose names are not UTF-8 are left out (" +
+          std::to_string(count) + "); give them other names.");
 }
 
 Task<> XPlaneBackend::loadFlight(std::string path) {
     thread_.check();
-    auto look = [path] { return situationExists(path); };
-    const bool exists = co_await workers_.run(std::move(look));
+    auto look = existence_.at(path);
+    const bool exists = co_await inTime(std::move(look));
     if (!exists) throw XPlaneBackendError(Case::flightNotFound, path);
     Endpoint destination;
     destination.host = host_;

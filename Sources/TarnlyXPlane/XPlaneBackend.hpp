@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,8 +16,10 @@
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyXPlane/FileLooks.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
+#include "TarnlyXPlane/Situations.hpp"
 #include "TarnlyXPlane/XPlaneBackendError.hpp"
 
 namespace tarnly {
@@ -32,11 +36,25 @@ class XPlaneBackend final : public SimBackend {
   public:
     static constexpr std::string_view unknownVersion = "unknown";
 
+    /// What a look at the situations' folder or at one of its files may take.
+    static constexpr std::chrono::seconds situationsLimit{5};
+
+    /// How files are looked at: blocking, from any thread.
+    struct Situations {
+        std::function<SituationList(const std::string& directory)> list = listSituations;
+        std::function<bool(const std::string& path)> exists = situationExists;
+    };
+
     /// `executor` is the network thread's; `clock` and `workers` must outlive all that runs there. `number`
     /// is the link's in its samples.
     XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
                   std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers,
-                  std::int64_t number = 1);
+                  std::int64_t number, Situations situations);
+    XPlaneBackend(boost::asio::any_io_executor executor, Endpoint endpoint,
+                  std::shared_ptr<XPlaneTransport> transport, Clock& clock, WorkerPool& workers,
+                  std::int64_t number = 1)
+        : XPlaneBackend(std::move(executor), std::move(endpoint), std::move(transport), clock, workers,
+                        number, Situations{}) {}
 
     XPlaneBackend(const XPlaneBackend&) = delete;
     XPlaneBackend& operator=(const XPlaneBackend&) = delete;
@@ -66,6 +84,9 @@ class XPlaneBackend final : public SimBackend {
     /// The absolute path of the folder with the situation files; without one, listing fails. From any
     /// thread.
     void setSituationsDirectory(std::optional<std::string> path);
+
+    /// What is worth a person's notice, each thing once. To be set before the first operation.
+    void onWarning(std::function<void(const std::string& text)> warn) { warn_ = std::move(warn); }
 
     SimInfo simInfo() override;
     std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;
@@ -102,6 +123,10 @@ class XPlaneBackend final : public SimBackend {
 
   private:
     Task<> ensureSampleRefsSubscribed();
+    /// What `look` finds in time.
+    template <typename Result>
+    Task<Result> inTime(Task<Result> look);
+    void warnOfLeftOut(const std::string& directory, std::size_t count);
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
     Task<std::int64_t> commandId(std::string name);
@@ -118,7 +143,11 @@ class XPlaneBackend final : public SimBackend {
     const std::shared_ptr<WebApiLink> link_;
     const std::shared_ptr<XPlaneTransport> transport_;
     Clock& clock_;
-    WorkerPool& workers_;
+
+    FileLooks<SituationList> listings_;
+    FileLooks<bool> existence_;
+    std::function<void(const std::string& text)> warn_;
+    bool hasWarned_ = false;
 
     std::shared_ptr<std::string> version_ = std::make_shared<std::string>(unknownVersion);
     TaskGroup asking_;

@@ -52,6 +52,11 @@ def executable(name):
     return str(Path(os.environ["TARNLY_BIN"]) / name)
 
 
+def is_instrumented():
+    program = Path(executable("tarnlyd")).read_bytes()
+    return b"__asan_init" in program or b"__tsan_init" in program
+
+
 class Program:
     """One running program; what it prints is at hand line by line."""
 

@@ -10,10 +10,9 @@ import stat
 import subprocess
 import time
 from datetime import datetime, timedelta, timezone
-from pathlib import Path
 
 import pytest
-from harness import Companion, executable, wait_until
+from harness import Companion, is_instrumented, wait_until
 from lesson import SAMPLE, Recorder, add_sample_datarefs, trigger
 
 FILE_NAME = re.compile(r"session-(\d{4}-\d\d-\d\dT\d{6})Z\.jsonl")
@@ -271,11 +270,6 @@ def test_names_that_are_taken_by_folders_leave_recordings_in_memory(companion, d
 
 
 # A slow disk
-
-
-def is_instrumented():
-    program = Path(executable("tarnlyd")).read_bytes()
-    return b"__asan_init" in program or b"__tsan_init" in program
 
 
 SLOW_WRITE = """

@@ -1,12 +1,18 @@
 """Saved flights, listed and loaded; and the navigation database's way in."""
 
+import contextlib
+import json
 import os
 import re
 import socket
 import sqlite3
 import struct
+import subprocess
+import time
+from types import SimpleNamespace
 
 import pytest
+from harness import is_instrumented
 from lesson import loopback_address, trigger
 from nav_database import write_nav_database
 
@@ -55,17 +61,19 @@ def test_what_ends_in_sit_is_listed_and_nothing_else(client, situations):
     assert len(flights) == len(expected)
 
 
-def test_a_name_that_is_not_utf_8_is_shown_and_not_loaded(client, situations):
+def test_a_name_that_is_not_utf_8_is_left_out_with_one_warning(programs, situations):
     (situations / os.fsdecode(b"caf\xe9.sit")).touch()
-    assert listed(client)[0]["name"] == "caf\ufffd"
-    path = listed(client)[0]["path"]
-    assert path == f"{situations}/caf\ufffd.sit"
-    assert client.error("load_flight", {"path": path}) == f'flightNotFound("{path}")'
+    (situations / "café.sit").touch()
+    companion = programs.companion("--situations", situations)
+    client = companion.client()
+    assert names(client) == names(client) == ["café"]
+    assert companion.program.errors() == (f"Tarnly: Saved flights in {situations} whose names are not UTF-8 are left out "
+                                          "(1); give them other names.\n")
 
 
 @pytest.mark.parametrize("seconds, fraction", [
     (1_763_255_378, 0.123456789), (1_763_255_378, 0), (SECONDS_FROM_1970_TO_2001, 0.25), (946_684_800, 0.5),
-    (0, 0), (4_102_444_800, 0.75)])
+    (0, 0), (4_102_444_800, 0.75), (10_000_000_000, 0), (-2_000_000_000, 0.5)])
 def test_dates_count_from_2001_and_have_fractions(client, situations, seconds, fraction):
     file = situations / "a.sit"
     file.touch()
@@ -237,6 +245,71 @@ def test_nobody_at_the_command_port_is_no_error(programs):
         assert client.data("load_flight", {"path": str(file)}) == {"ok": True}
 
 
+# A mount that hangs
+
+HANGING_STAT = """
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <cstring>
+
+extern "C" int stat(const char* path, struct stat* status) {
+    static const auto next = reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, "stat"));
+    while (std::strstr(path, "/hung") != nullptr && access(HANGS_WHILE, F_OK) == 0) usleep(20000);
+    return next(path, status);
+}
+"""
+
+
+@pytest.fixture
+def mount(programs):
+    """A folder on a mount that hangs as long as `hangs` is there, and the library that makes it so."""
+    if is_instrumented():
+        pytest.skip("a sanitizer has to be loaded first")
+    folder = programs.new_folder()
+    source, library, hangs = folder / "hang.cpp", folder / "hang.so", folder / "hangs"
+    source.write_text(HANGING_STAT.replace("HANGS_WHILE", f'"{hangs}"'))
+    subprocess.run(["c++", "-D_GNU_SOURCE", "-shared", "-fPIC", "-o", library, source, "-ldl"], check=True)
+    hangs.touch()
+    situations = folder / "hung"
+    situations.mkdir()
+    (situations / "a.sit").touch()
+    return SimpleNamespace(library=library, hangs=hangs, situations=situations)
+
+
+def test_a_mount_that_hangs_holds_up_nobody_but_who_asks_for_it(programs, situations, mount, command_port):
+    (situations / "b.sit").touch()
+    companion = programs.companion("--situations", mount.situations, "--sim-host", command_port.host,
+                                   LD_PRELOAD=mount.library)
+    asking, again, other = companion.client(), companion.client(), companion.client()
+    begin = time.monotonic()
+    asking.post("list_flights")
+    for _ in range(5):
+        again.post("list_flights")
+    assert other.data("sim_info")["sim"] == "xplane"
+    assert other.data("load_flight", {"path": str(situations / "b.sit")}) == {"ok": True}
+    waited = time.monotonic() - begin
+    assert asking.reply()["data"] == {"message": 'timeout("situations")'}
+    assert waited < 5 <= time.monotonic() - begin
+    threads = len(os.listdir(f"/proc/{companion.program.pid}/task"))
+    assert again.reply()["data"] == {"message": 'timeout("situations")'}
+    assert asking.error("load_flight", {"path": str(mount.situations / "a.sit")}) == 'timeout("situations")'
+    assert len(os.listdir(f"/proc/{companion.program.pid}/task")) <= threads + 1
+    mount.hangs.unlink()
+    assert names(other) == ["a"]
+    assert asking.data("load_flight", {"path": str(mount.situations / "a.sit")}) == {"ok": True}
+
+
+def test_a_mount_that_hangs_does_not_keep_the_program_from_ending(programs, mount):
+    companion = programs.companion("--situations", mount.situations, LD_PRELOAD=mount.library)
+    client = companion.client()
+    client.post("list_flights")
+    assert companion.client().data("sim_info")["sim"] == "xplane"
+    begin = time.monotonic()
+    assert companion.program.end() == 0
+    assert time.monotonic() - begin < 4, "it waits for the mount"
+
+
 # The navigation database
 
 
@@ -296,3 +369,51 @@ def test_a_database_is_never_written(programs):
     before = path.read_bytes()
     assert unresolved(programs, path, "kloten") == []
     assert path.read_bytes() == before and [p.name for p in path.parent.iterdir()] == ["nav.db"]
+
+
+def write_endless_database(path):
+    """A database whose search for a fix never comes to its end."""
+    with contextlib.closing(sqlite3.connect(path)) as database, database:
+        database.execute("CREATE VIEW enroute_fixes AS WITH RECURSIVE row(n) AS "
+                         "(SELECT 1 UNION ALL SELECT n + 1 FROM row) "
+                         "SELECT 'NONE' || n AS fix_id, 1.0 AS lat, 2.0 AS lon FROM row")
+    return path
+
+
+@pytest.fixture
+def endless(programs):
+    path = write_endless_database(programs.new_folder() / "nav.db")
+    return programs.companion("--nav-db", path)
+
+
+SLOW_SCRIPT = {"triggers": [trigger(fix, "reaches_fix", fix=fix, within_nm=1) for fix in ("one", "two", "three")]}
+
+
+def test_a_search_without_end_costs_its_script_the_rest_and_others_nothing(endless):
+    loading, other = endless.client(), endless.client()
+    loading.post("load_script", SLOW_SCRIPT)
+    assert other.data("sim_info")["sim"] == "xplane"
+    assert loading.reply()["data"] == {"unresolved_fixes": ["ONE", "TWO", "THREE"]}
+    assert loading.data("load_script", SLOW_SCRIPT) == {"unresolved_fixes": ["ONE", "TWO", "THREE"]}
+    [warning] = endless.program.errors().splitlines()
+    assert re.fullmatch(r"Tarnly: The navigation database .*/nav\.db took more than 2 seconds .*", warning)
+
+
+def test_a_search_for_a_client_that_has_gone_is_given_up(endless):
+    gone = [endless.raw() for _ in range(24)]
+    for client in gone:
+        client.send_text(json.dumps({"type": "load_script", "params": SLOW_SCRIPT}))
+    for client in gone:
+        client.close()
+    begin = time.monotonic()
+    endless.client().data("load_script", {"triggers": []})
+    assert time.monotonic() - begin < 5, "24 scripts, 8 at a time, would have taken 6 s"
+    assert endless.program.errors() == ""
+
+
+def test_a_search_does_not_keep_the_program_from_ending(endless):
+    for _ in range(24):
+        endless.client().post("load_script", SLOW_SCRIPT)
+    begin = time.monotonic()
+    assert endless.program.end() == 0
+    assert time.monotonic() - begin < 5, "24 scripts, 8 at a time, would have taken 6 s"

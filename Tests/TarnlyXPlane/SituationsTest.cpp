@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
+#include <limits>
 
 #include "Support/TemporaryFolder.hpp"
 
@@ -18,7 +20,7 @@ using testing::UnorderedElementsAre;
 
 std::vector<std::string> namesIn(const std::string& directory) {
     std::vector<std::string> names;
-    for (const auto& flight : listSituations(directory))
+    for (const auto& flight : listSituations(directory).flights)
         names.push_back(flight.name);
     return names;
 }
@@ -52,23 +54,50 @@ TEST(SituationFiles, ListingHasAbsolutePathAndModificationDate) {
     const auto path = folder.write("Pattern 1.sit", "").string();
     const timespec times[2] = {{0, 0}, {1'700'000'000, 250'000'000}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    const auto flights = listSituations(folder.path().string() + "/");
+    const auto flights = listSituations(folder.path().string() + "/").flights;
     ASSERT_EQ(flights.size(), 1U);
     EXPECT_EQ(flights[0].name, "Pattern 1");
     EXPECT_EQ(flights[0].path, path);
     EXPECT_EQ(flights[0].modifiedAt.time.time_since_epoch(), std::chrono::milliseconds(1'700'000'000'250));
 }
 
-TEST(SituationFiles, NamesThatAreNotUtf8AreMadeSo) {
+TEST(SituationFiles, NamesThatAreNotUtf8AreLeftOut) {
     const TemporaryFolder folder;
     folder.write("a\xFF.sit", "");
-    EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("a\uFFFD"));
+    folder.write("b\xFF.txt", "");
+    folder.write("c\xC3\xA9.sit", "");
+    EXPECT_THAT(namesIn(folder.path().string()), UnorderedElementsAre("c\u00E9"));
+    EXPECT_EQ(listSituations(folder.path().string()).leftOut, 1U);
+}
+
+TEST(SituationFiles, FilesInAFolderWhoseNameIsNotUtf8AreLeftOut) {
+    const TemporaryFolder folder;
+    const auto inner = folder.path() / "a\xFF";
+    fs::create_directory(inner);
+    std::ofstream(inner / "a.sit").flush();
+    EXPECT_THAT(namesIn(inner.string()), UnorderedElementsAre());
+    EXPECT_EQ(listSituations(inner.string()).leftOut, 1U);
+}
+
+TEST(SituationFiles, DatesMayBeFarOut) {
+    const TemporaryFolder folder;
+    const auto path = folder.write("a.sit", "").string();
+    for (const time_t seconds :
+         {std::numeric_limits<time_t>::max() / 2, time_t{12'000'000'000}, time_t{-2'000'000'000}}) {
+        const timespec times[2] = {{0, 0}, {seconds, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+        struct stat kept {}; // a file system may have narrower limits
+        ASSERT_EQ(stat(path.c_str(), &kept), 0);
+        const auto flights = listSituations(folder.path().string()).flights;
+        EXPECT_EQ(flights.at(0).modifiedAt.time.time_since_epoch().count(),
+                  static_cast<double>(kept.st_mtim.tv_sec));
+    }
 }
 
 TEST(SituationFiles, MissingFolderIsEmpty) {
     const TemporaryFolder folder;
-    EXPECT_TRUE(listSituations((folder.path() / "missing").string()).empty());
-    EXPECT_TRUE(listSituations("").empty());
+    EXPECT_TRUE(listSituations((folder.path() / "missing").string()).flights.empty());
+    EXPECT_TRUE(listSituations("").flights.empty());
 }
 
 TEST(SituationFiles, FolderThatCannotBeReadFails) {

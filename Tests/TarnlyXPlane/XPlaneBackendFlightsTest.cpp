@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <future>
+
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyXPlane/BackendFixture.hpp"
 #include "TarnlyXPlane/Situations.hpp"
@@ -77,6 +79,71 @@ TEST_F(XPlaneBackendFlightsTest, MissingFlightIsNotLoaded) {
 TEST_F(XPlaneBackendFlightsTest, FailureToSendIsPassedOn) {
     transport->onDatagram = [] { throw NetworkError(NetworkError::Case::sendFailed, "x"); };
     EXPECT_THROW(runTask(io, backend->loadFlight(folder.write("a.sit", "").string())), NetworkError);
+}
+
+TEST_F(XPlaneBackendFlightsTest, ANameThatIsNotUtf8IsLeftOutWithOneWarning) {
+    folder.write("a.sit", "");
+    folder.write("b\xFF.sit", "");
+    std::vector<std::string> warnings;
+    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    backend->setSituationsDirectory(folder.path().string());
+    EXPECT_EQ(runTask(io, backend->listFlights()).size(), 1U);
+    EXPECT_EQ(runTask(io, backend->listFlights()).size(), 1U);
+    EXPECT_EQ(warnings,
+              std::vector<std::string>{"Saved flights in " + folder.path().string() +
+                                       " whose names are not UTF-8 are left out (1); give them other "
+                                       "names."});
+}
+
+/// Files on a mount that hangs until the test lets it go on.
+struct HungMount {
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+
+    XPlaneBackend::Situations situations() const {
+        XPlaneBackend::Situations hung;
+        hung.list = [released = released](const std::string& directory) {
+            released.wait();
+            return listSituations(directory);
+        };
+        hung.exists = [released = released](const std::string& path) {
+            released.wait();
+            return situationExists(path);
+        };
+        return hung;
+    }
+};
+
+TEST_F(XPlaneBackendFlightsTest, AMountThatHangsIsWaitedForFiveSeconds) {
+    HungMount mount;
+    const auto path = folder.write("a.sit", "").string();
+    const Endpoint endpoint{"127.0.0.1", 8086};
+    backend = std::make_shared<XPlaneBackend>(io.get_executor(), endpoint, transport, clock, workers, 1,
+                                              mount.situations());
+    backend->setSituationsDirectory(folder.path().string());
+    const XPlaneBackendError expected(Case::timeout, "situations");
+    const auto begin = clock.now();
+    EXPECT_EQ(failureOf<XPlaneBackendError>(backend->listFlights()), expected);
+    EXPECT_EQ(clock.now() - begin, 5s);
+    EXPECT_EQ(failureOf<XPlaneBackendError>(backend->listFlights()), expected);
+    EXPECT_EQ(failureOf<XPlaneBackendError>(backend->loadFlight(path)), expected);
+    EXPECT_STREQ(expected.what(), "timeout(\"situations\")");
+    mount.release.set_value();
+    EXPECT_EQ(runTask(io, backend->listFlights()).size(), 1U);
+    runTask(io, backend->loadFlight(path));
+    EXPECT_EQ(transport->datagrams.size(), 1U);
+}
+
+TEST_F(XPlaneBackendFlightsTest, AMountThatHangsDoesNotKeepTheBackendFromEnding) {
+    HungMount mount;
+    const Endpoint endpoint{"127.0.0.1", 8086};
+    backend = std::make_shared<XPlaneBackend>(io.get_executor(), endpoint, transport, clock, workers, 1,
+                                              mount.situations());
+    backend->setSituationsDirectory(folder.path().string());
+    EXPECT_THROW(run(backend->listFlights()), XPlaneBackendError);
+    TearDown();
+    backend.reset();
+    mount.release.set_value();
 }
 
 } // namespace

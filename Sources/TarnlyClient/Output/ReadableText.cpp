@@ -67,7 +67,12 @@ std::string describe(const FiredTriggerEvent& event) {
 
 std::string describe(const Date& date) {
     namespace chrono = std::chrono;
-    const auto time = chrono::floor<chrono::seconds>(date.time);
+    // The calendar has no years beyond; a NaN cannot come.
+    constexpr chrono::sys_days first = chrono::year(-9999) / 1 / 1;
+    constexpr chrono::sys_days behindLast = chrono::year(10'000) / 1 / 1;
+    using Exact = decltype(date.time);
+    const auto time = chrono::floor<chrono::seconds>(
+        std::clamp(date.time, Exact(first), Exact(behindLast - chrono::seconds(1))));
     const auto day = chrono::floor<chrono::days>(time);
     const chrono::year_month_day calendar(day);
     const chrono::hh_mm_ss clock(time - day);

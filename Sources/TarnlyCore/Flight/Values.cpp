@@ -1,23 +1,16 @@
 #include "TarnlyCore/Flight/Values.hpp"
 
-#include <ratio>
-
 namespace tarnly {
 namespace {
-
-using FractionalSeconds = std::chrono::duration<double>;
 
 constexpr std::chrono::sys_days referenceDate = std::chrono::year(2001) / 1 / 1;
 
 } // namespace
 
-void Date::writeJson(JsonWriter& writer) const {
-    writer.number(FractionalSeconds(time - referenceDate).count());
-}
+void Date::writeJson(JsonWriter& writer) const { writer.number((time - referenceDate).count()); }
 
 Date Date::readJson(const boost::json::value& json) {
-    const FractionalSeconds seconds(decodeJson<double>(json));
-    return {referenceDate + std::chrono::round<std::chrono::nanoseconds>(seconds)};
+    return {referenceDate + std::chrono::duration<double>(decodeJson<double>(json))};
 }
 
 void JsonScalar::writeJson(JsonWriter& writer) const {

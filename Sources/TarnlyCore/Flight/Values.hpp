@@ -17,9 +17,9 @@ struct Coordinate {
     bool operator==(const Coordinate&) const = default;
 };
 
-/// A point in time; on the wire the seconds, with fraction, since 2001-01-01 00:00:00 UTC.
+/// A point in time, however far away; on the wire the seconds, with fraction, since 2001-01-01 00:00:00 UTC.
 struct Date {
-    std::chrono::sys_time<std::chrono::nanoseconds> time;
+    std::chrono::sys_time<std::chrono::duration<double>> time;
 
     bool operator==(const Date&) const = default;
 

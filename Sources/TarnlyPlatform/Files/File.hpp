@@ -76,8 +76,8 @@ void flushFolder(const std::filesystem::path& folder);
 /// Removes a file or a link, never a folder. No error where there is none.
 std::error_code removeFile(const std::filesystem::path& file);
 
-/// When the file was changed last. Of a link its own date, so that one that leads nowhere has one. Throws
-/// `std::filesystem::filesystem_error`.
-std::chrono::sys_time<std::chrono::nanoseconds> modificationTime(const std::filesystem::path& path);
+/// When the file was changed last, to a microsecond, in whatever year file systems know. Of a link its own
+/// date, so that one that leads nowhere has one. Throws `std::filesystem::filesystem_error`.
+std::chrono::sys_time<std::chrono::duration<double>> modificationTime(const std::filesystem::path& path);
 
 } // namespace tarnly

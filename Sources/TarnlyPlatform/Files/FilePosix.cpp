@@ -103,13 +103,14 @@ std::error_code removeFile(const std::filesystem::path& file) {
     return lastError();
 }
 
-std::chrono::sys_time<std::chrono::nanoseconds> modificationTime(const std::filesystem::path& path) {
+std::chrono::sys_time<std::chrono::duration<double>> modificationTime(const std::filesystem::path& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0)
         throw std::filesystem::filesystem_error("cannot read attributes", path, lastError());
-    const std::chrono::seconds seconds(status.st_mtim.tv_sec);
-    return std::chrono::sys_time<std::chrono::nanoseconds>(seconds +
-                                                           std::chrono::nanoseconds(status.st_mtim.tv_nsec));
+    using Seconds = std::chrono::duration<double>;
+    const Seconds whole(static_cast<double>(status.st_mtim.tv_sec));
+    const Seconds rest = std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    return std::chrono::sys_time<Seconds>(whole + rest);
 }
 
 } // namespace tarnly

@@ -43,6 +43,9 @@ TEST(ReadableText, ADateIsWholeSecondsOfUtc) {
     EXPECT_EQ(describe(date(0)), "2001-01-01 00:00:00");
     EXPECT_EQ(describe(date(-0.25)), "2000-12-31 23:59:59");
     EXPECT_EQ(describe(date(816570578.9)), "2026-11-17 01:09:38");
+    EXPECT_EQ(describe(date(1e10)), "2317-11-21 17:46:40");
+    EXPECT_EQ(describe(date(1e300)), "9999-12-31 23:59:59");
+    EXPECT_EQ(describe(date(-1e300)), "-9999-01-01 00:00:00");
 }
 
 } // namespace
