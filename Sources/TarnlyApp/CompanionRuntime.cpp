@@ -1,9 +1,11 @@
 #include "TarnlyApp/CompanionRuntime.hpp"
 
+#include <algorithm>
 #include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/this_coro.hpp>
+#include <iterator>
 #include <utility>
 
 #include "TarnlyApp/Remark.hpp"
@@ -58,11 +60,6 @@ void runThrough(boost::asio::io_context& loop) {
     }
 }
 
-std::shared_ptr<NavDatabase> openNavDatabase(const CompanionOptions& options) {
-    if (!options.navigationDatabase) return nullptr;
-    return std::make_shared<NavDatabase>(options.navigationDatabase->string(), remark);
-}
-
 std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
     return std::filesystem::absolute(dataFolder(options));
 }
@@ -85,6 +82,7 @@ void CompanionRuntime::warn(std::string sentence) {
 std::vector<std::string> CompanionRuntime::warnings() const {
     auto all = lastingWarnings_;
     if (auto problem = settingsStore_.problem()) all.push_back(std::move(*problem));
+    std::ranges::copy(noticed_.copy(), std::back_inserter(all));
     return all;
 }
 
@@ -111,7 +109,7 @@ void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
         executor, options_.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
-    backend_->onWarning(remark);
+    backend_->onWarning([this](const std::string& text) { notice(text); });
     if (options_.situationsFolder) {
         backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
     }
@@ -121,7 +119,7 @@ void CompanionRuntime::build() {
     configuration.simKind = "xplane";
     configuration.appVersion = TARNLY_VERSION;
     configuration.password = settingsStore_.current().password;
-    configuration.navDatabase = openNavDatabase(options_);
+    configuration.navDatabase = openNavDatabase();
     configuration.port = options_.port;
     if (!options_.advertises) configuration.publish = nullptr;
     host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
@@ -131,6 +129,17 @@ void CompanionRuntime::build() {
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
                                 [this] { return warnings(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
+}
+
+std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase() {
+    if (!options_.navigationDatabase) return nullptr;
+    return std::make_shared<NavDatabase>(options_.navigationDatabase->string(),
+                                         [this](const std::string& text) { notice(text); });
+}
+
+void CompanionRuntime::notice(const std::string& text) {
+    remark(text);
+    noticed_.with([&](auto& all) { all.push_back(text); });
 }
 
 void CompanionRuntime::tellStatus() {

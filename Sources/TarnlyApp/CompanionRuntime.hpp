@@ -80,6 +80,9 @@ class CompanionRuntime {
 
   private:
     void build();
+    std::shared_ptr<NavDatabase> openNavDatabase();
+    /// Tells a person what has come up, now and in the status. From any thread.
+    void notice(const std::string& text);
     std::vector<std::string> warnings() const;
     void tellStatus();
     void openStatusSocket();
@@ -101,6 +104,8 @@ class CompanionRuntime {
     bool started_ = false;
     /// Constant after the start.
     std::vector<std::string> lastingWarnings_;
+    /// What has come up since the start.
+    Guarded<std::vector<std::string>> noticed_;
 
     SystemClock clock_;
     boost::asio::io_context network_{1};

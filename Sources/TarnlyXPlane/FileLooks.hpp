@@ -2,12 +2,14 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/post.hpp>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -100,37 +102,60 @@ class FileLooks {
         }
         if (state->underWay.size() >= sideBySide) return nullptr;
         auto begun = std::make_shared<UnderWay>(UnderWay{state->calls});
-        start(state, path, begun);
-        state->underWay.emplace(path, begun);
+        const auto entry = state->underWay.emplace(path, begun).first;
+        try {
+            start(state, path, begun);
+        } catch (...) {
+            state->underWay.erase(entry);
+            throw;
+        }
         return begun;
     }
 
-    /// The thread holds nothing that belongs to the network thread.
+    /// What a thread brings. Made before there is the thread, which holds nothing of the network thread's.
+    struct Delivery {
+        std::string path;
+        std::weak_ptr<State> to;
+        std::weak_ptr<UnderWay> of;
+        std::optional<Result> found{};
+        std::exception_ptr failure{};
+
+        void arrive() {
+            const auto alive = to.lock();
+            const auto awaited = of.lock();
+            if (!alive || !awaited) return;
+            awaited->found = std::move(found);
+            awaited->failure = failure;
+            alive->underWay.erase(path);
+            alive->changed.notifyAll();
+        }
+    };
+
     static void start(const std::shared_ptr<State>& state, const std::string& path,
                       const std::shared_ptr<UnderWay>& begun) {
-        auto run = [look = state->look, path, mailbox = state->mailbox, to = std::weak_ptr(state),
-                    of = std::weak_ptr(begun)] {
-            std::optional<Result> found;
-            std::exception_ptr failure;
+        auto delivery = std::make_shared<Delivery>(Delivery{path, state, begun});
+        auto run = [look = state->look, delivery, mailbox = state->mailbox] {
             try {
-                found = look(path);
+                delivery->found = look(delivery->path);
             } catch (...) {
-                failure = std::current_exception();
+                delivery->failure = std::current_exception();
             }
-            auto deliver = [to, of, path, found = std::move(found), failure]() mutable {
-                const auto alive = to.lock();
-                const auto awaited = of.lock();
-                if (!alive || !awaited) return;
-                awaited->found = std::move(found);
-                awaited->failure = failure;
-                alive->underWay.erase(path);
-                alive->changed.notifyAll();
-            };
-            mailbox->with([&](auto& executor) {
-                if (executor) boost::asio::post(*executor, std::move(deliver));
-            });
+            while (!isPosted(*mailbox, delivery))
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
         };
         std::thread(std::move(run)).detach();
+    }
+
+    /// False for lack of memory.
+    static bool isPosted(Mailbox& mailbox, const std::shared_ptr<Delivery>& delivery) noexcept {
+        try {
+            mailbox.with([&](auto& executor) {
+                if (executor) boost::asio::post(*executor, [delivery] { delivery->arrive(); });
+            });
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
     }
 
     const std::shared_ptr<State> state_;

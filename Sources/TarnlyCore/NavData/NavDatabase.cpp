@@ -78,15 +78,11 @@ void NavDatabase::giveBack(Connection connection) const {
     available_.release();
 }
 
-std::optional<std::string> NavDatabase::problem() const {
-    if (!wasLate_) return std::nullopt;
-    return "The navigation database " + printable(path_) +
-           " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; give "
-           "--nav-db one with plain tables and indexes.";
-}
-
 void NavDatabase::noteLateness() const {
-    if (!wasLate_.exchange(true) && warn_) warn_(*problem());
+    if (wasLate_.exchange(true) || !warn_) return;
+    warn_("The navigation database " + printable(path_) +
+          " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; give "
+          "--nav-db one with plain tables and indexes.");
 }
 
 void NavDatabase::Lookup::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -130,10 +126,13 @@ NavDatabase::Lookup::~Lookup() {
 }
 
 std::optional<Coordinate> NavDatabase::Lookup::resolve(const std::string& id) {
-    if (!mayGoOn()) return std::nullopt;
-    const auto key = upperCased(id);
-    auto found = find(fixes_, key);
-    if (!found) found = find(navaids_, key);
+    std::optional<Coordinate> found;
+    if (mayGoOn()) {
+        const auto key = upperCased(id);
+        found = find(fixes_, key);
+        if (!found) found = find(navaids_, key);
+    }
+    if (isLate_) database_.noteLateness();
     return found;
 }
 
@@ -153,13 +152,11 @@ std::optional<Coordinate> NavDatabase::Lookup::find(Query& query, const std::str
     return found;
 }
 
-bool NavDatabase::Lookup::mayGoOn() {
+bool NavDatabase::Lookup::mayGoOn() noexcept {
     if (hasEnded_) return false;
-    hasEnded_ = !isWanted_();
-    if (!hasEnded_ && clock_.now() >= deadline_) {
-        hasEnded_ = true;
-        database_.noteLateness();
-    }
+    const bool isWanted = isWanted_();
+    isLate_ = isWanted && clock_.now() >= deadline_;
+    hasEnded_ = !isWanted || isLate_;
     return !hasEnded_;
 }
 

@@ -45,7 +45,7 @@ class NavDatabase {
     /// What a lookup may take in all.
     static constexpr Clock::Duration lookupLimit = std::chrono::seconds(2);
 
-    /// What is worth a person's notice, from any thread; may be null.
+    /// What is worth a person's notice, each thing once, from any thread; may be null.
     using Warn = std::function<void(const std::string& text)>;
 
     class Lookup;
@@ -57,9 +57,6 @@ class NavDatabase {
 
     NavDatabase(const NavDatabase&) = delete;
     NavDatabase& operator=(const NavDatabase&) = delete;
-
-    /// The warning that it has given, once it has: a lookup took too long.
-    std::optional<std::string> problem() const;
 
   private:
     struct Close {
@@ -108,7 +105,8 @@ class NavDatabase::Lookup {
     };
 
     std::optional<Coordinate> find(Query& query, const std::string& key);
-    bool mayGoOn();
+    /// Called from within SQLite, hence throws nothing.
+    bool mayGoOn() noexcept;
 
     const NavDatabase& database_;
     const Clock& clock_;
@@ -116,6 +114,7 @@ class NavDatabase::Lookup {
     Connection connection_;
     const Clock::TimePoint deadline_;
     bool hasEnded_ = false;
+    bool isLate_ = false;
     // depends-on: connection_
     Query fixes_;
     Query navaids_;
