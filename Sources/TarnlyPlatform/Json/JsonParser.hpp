@@ -17,7 +17,7 @@ enum class NonFinite { rejected, kept };
 /// Numbers are read exactly: whole ones in the 64-bit range as integers, however they are written, others as
 /// the nearest double. Of duplicate keys the last counts. Throws `JsonError` for anything that is not
 /// exactly one JSON value: trailing text, a byte-order mark, a lone surrogate escape, nesting beyond the
-/// limit included.
+/// limit included, and an exponent of ten digits or more.
 boost::json::value parseJson(std::string_view text, NonFinite nonFinite = NonFinite::rejected);
 
 /// The same of the whole text, but the value has only what is wanted of it, in `storage`. Where `elements` is

@@ -31,6 +31,14 @@ TEST(JsonParser, ReadsEveryKind) {
     EXPECT_EQ(array[6].as_string(), "x\u00E9\n");
 }
 
+TEST(JsonParser, ExponentsHaveNineDigitsAtMost) {
+    EXPECT_EQ(parseJson("1e+214748364", NonFinite::kept).as_double(),
+              std::numeric_limits<double>::infinity());
+    EXPECT_EQ(parseDouble("-1e-214748364"), 0.0);
+    for (const char* text : {"1e2147483648", "1e-2147483648", "0e99999999999999999999"})
+        EXPECT_THROW(parseJson(text, NonFinite::kept), JsonError) << text;
+}
+
 TEST(JsonParser, IntegersAreExactInThe64BitRange) {
     EXPECT_EQ(parseJson("9223372036854775807").as_int64(), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(parseJson("-9223372036854775808").as_int64(), std::numeric_limits<std::int64_t>::min());

@@ -1,29 +1,21 @@
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "Fuzz/Targets.hpp"
 #include "TarnlyPlatform/Net/WebSocketCodec.hpp"
 
 /// What holds for whatever bytes a peer sends, and for whatever we send. An input is a byte that chooses the
 /// side, the limit and the pieces, and the bytes of one direction of a WebSocket.
 ///
 /// Millions of inputs a minute: so logs are plain bytes, and keep their memory from one input to the next.
-namespace tarnly {
+namespace tarnly::fuzz {
 namespace {
 
 using Kind = WebSocketEvent::Kind;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
-}
 
 struct Choice {
     WebSocketSide side;
@@ -130,18 +122,17 @@ void sendAndRead(std::string_view text, const Choice& choice) {
 }
 
 } // namespace
-} // namespace tarnly
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarnly;
-    if (size == 0) return 0;
-    const Choice choice(data[0]);
-    const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
+void webSocketDecoder(std::string_view input) {
+    if (input.empty()) return;
+    const Choice choice(static_cast<unsigned char>(input[0]));
+    const auto bytes = input.substr(1);
     static Log whole;
     static Log inPieces;
     decode(bytes, choice, std::max<std::size_t>(bytes.size(), 1), whole);
     decode(bytes, choice, choice.pieceSize, inPieces);
     require(inPieces == whole, "the same wherever it is split");
     sendAndRead(bytes, choice);
-    return 0;
 }
+
+} // namespace tarnly::fuzz
