@@ -33,7 +33,8 @@ void readMessage(std::string text) {
 
 void readBody(const std::string& body) {
     const auto words = errorMessageOf(body);
-    require(words.find('\n') == std::string::npos && words.size() <= body.size() + 8, "the words are a line");
+    require(words.find('\n') == std::string::npos && isWellFormedUtf8(words),
+            "the words are a line of UTF-8");
     const auto version = simulatorVersionIn(body);
     require(!version || isWellFormedUtf8(*version), "the version is UTF-8");
     valueIn(body);
