@@ -31,6 +31,8 @@ class FakeConnection final : public WebSocketConnection {
     std::size_t backlogBytes = 0;
     std::size_t messageLimit = 0;
     bool isCancelled = false;
+    bool isAborted = false;
+    std::shared_ptr<Visit> stay;
     int pings = 0;
     SignsOfLife signs;
     /// The next message cannot be received: out of memory.
@@ -111,6 +113,11 @@ class FakeConnection final : public WebSocketConnection {
         isCancelled = true;
         close();
     }
+    void abort() override {
+        isAborted = true;
+        close();
+    }
+    std::shared_ptr<Visit> visit() const override { return stay; }
     std::optional<NetworkError> failure() const override { return std::nullopt; }
 
   private:

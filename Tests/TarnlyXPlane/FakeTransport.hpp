@@ -37,6 +37,8 @@ class FakeWebSocket final : public WebSocketConnection {
     void cancel() override;
     /// The handshake waits for `open` or `refuse`.
     void holdOpening() { isOpening_ = true; }
+    void abort() override { cancel(); }
+    std::shared_ptr<Visit> visit() const override { return nullptr; }
     std::optional<NetworkError> failure() const override { return failure_; }
 
     void deliver(std::string text, Opcode opcode = Opcode::text);

@@ -33,6 +33,15 @@ icu::UnicodeString decomposed(std::string_view text) {
     return result;
 }
 
+/// Goes through all of `a`, wherever the two differ.
+bool equalInConstantTime(const icu::UnicodeString& a, const icu::UnicodeString& b) {
+    if (b.isEmpty()) return a.isEmpty();
+    unsigned difference = a.length() == b.length() ? 0 : 1;
+    for (std::int32_t i = 0; i < a.length(); ++i)
+        difference |= static_cast<unsigned>(a.charAt(i) ^ b.charAt(i % b.length()));
+    return difference == 0;
+}
+
 /// Where the next byte that is not ASCII may be, from `start` on: skips eight bytes at a time, which is most
 /// of what comes along.
 std::int64_t behindAscii(const std::uint8_t* data, std::int64_t start, std::int64_t length) {
@@ -52,7 +61,7 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
     // Equivalent texts differ in length by a factor of 9 at most. Normalizing takes quadratic time, which is
     // not for a stranger to spend.
     if (a.size() > largestRatio * b.size() || b.size() > largestRatio * a.size()) return false;
-    return a == b || decomposed(a) == decomposed(b);
+    return equalInConstantTime(decomposed(a), decomposed(b));
 }
 
 std::string upperCased(std::string_view text) {

@@ -8,14 +8,14 @@
 namespace tarnly {
 
 /// Whether two UTF-8 texts are the same by Unicode canonical equivalence: "é" as one code point and as "e"
-/// with a combining accent are equal, letter case counts.
+/// with a combining accent are equal, letter case counts. How long it takes does not tell where they differ.
 bool canonicallyEqual(std::string_view a, std::string_view b);
 
 /// `text` in upper case by the full Unicode rules of the root locale: "ß" becomes "SS".
 std::string upperCased(std::string_view text);
 
-/// Has the libraries' tables ready, so that the first use of them asks for no memory and no file in the middle of
-/// a lesson. Throws where they cannot be had.
+/// Has the libraries' tables ready, so that the first use of them asks for no memory and no file in the
+/// middle of a lesson. Throws where they cannot be had.
 void prepareText();
 
 bool isWellFormedUtf8(std::string_view bytes);

@@ -21,6 +21,14 @@ TcpWebSocket::TcpWebSocket(Socket socket, WebSocketSide own, Clock& clock, const
       tasks_(socket_.get_executor()),
       opening_(socket_.get_executor()) {}
 
+void TcpWebSocket::accompany(std::shared_ptr<Visit> visit) {
+    visit_ = std::move(visit);
+    if (!visit_) return;
+    visit_->setSendAway([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->abort();
+    });
+}
+
 void TcpWebSocket::open(std::string received) {
     thread_.check();
     if (hasEnded()) return;
@@ -44,6 +52,12 @@ Task<> TcpWebSocket::opened() {
         co_await changed_.wait();
     }
     if (hasEnded()) throwEnded();
+}
+
+WebSocketConnection::SignsOfLife TcpWebSocket::signsOfLife() const {
+    auto signs = signs_;
+    if (isWaitingToWrite_) signs.lastTakenAt = clock_.now(); // the limit of stalling is nearer
+    return signs;
 }
 
 // The limits of time
@@ -143,6 +157,7 @@ void TcpWebSocket::end() {
     opening_.cancel();
     changed_.notifyAll();
     rooms_.clear();
+    visit_.reset();
     if (!hasReceiver_) return;
     incoming_.clear();
     asio::post(socket_.get_executor(), [receiver = receiver_] {

@@ -41,6 +41,8 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     TaskGroup& tasks() { return tasks_; }
     TaskGroup& opening() { return opening_; }
     bool hasEnded() const { return state_ == State::ended; }
+    /// Until the connection ends. To be called before `open`.
+    void accompany(std::shared_ptr<Visit> visit);
     /// The handshake is done; `received` is what came behind it.
     void open(std::string received);
     /// Ends the connection for a reason.
@@ -52,7 +54,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
 
     Task<> opened() override;
     void ping() override;
-    SignsOfLife signsOfLife() const override { return signs_; }
+    SignsOfLife signsOfLife() const override;
     Task<std::optional<Message>> receive() override;
     void setReceiver(std::weak_ptr<Receiver> receiver) override;
     void resume() override;
@@ -62,6 +64,8 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     std::size_t backlog() const override { return outgoing_.backlog() + heldBytes_; }
     void setMessageLimit(std::size_t bytes) override { decoder_.setMessageLimit(bytes); }
     void cancel() override;
+    void abort() override { fail(NetworkError::Case::connectionClosed, "the connection has been cut"); }
+    std::shared_ptr<Visit> visit() const override { return visit_; }
     std::optional<NetworkError> failure() const override { return failure_; }
 
   private:
@@ -82,6 +86,8 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     void work();
     bool workOnce();
     bool mayReadOn() const;
+    bool isStranger() const { return visit_ && visit_->isStranger(); }
+    bool isReceiverBusy() const { return hasReceiver_ && !isReceiverReady_; }
     void note(const WebSocketEvent& event);
     void takeRoom();
     void noteMessage(Opcode opcode);
@@ -130,6 +136,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     std::optional<NetworkError> lastWord_;
     WebSocketCloseCode peersCode_ = WebSocketCloseCode::normal;
     bool hasPeerClosed_ = false;
+    std::shared_ptr<Visit> visit_;
 
     // Incoming
     WebSocketDecoder decoder_;
@@ -145,6 +152,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     std::vector<ByteBudget::Lease> rooms_;
     std::size_t wantedRoom_ = 0;
     bool isWaitingForRoom_ = false;
+    bool isWaitingForLimit_ = false; // for a long message
     std::deque<Message> incoming_;
     std::size_t incomingBytes_ = 0;
     std::weak_ptr<Receiver> receiver_;

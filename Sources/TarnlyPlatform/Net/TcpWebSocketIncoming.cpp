@@ -16,6 +16,7 @@ using boost::system::error_code;
 /// What a connection keeps for reading while its peer says little, and while a long frame comes.
 constexpr std::size_t shortRead = 2 * 1024;
 constexpr std::size_t longRead = 64 * 1024;
+constexpr std::size_t strangersRead = 8 * 1024;
 /// After that many steps (a message takes some three) others have their turn.
 constexpr int stepsATurn = 200;
 
@@ -35,7 +36,8 @@ class Wish {
 
 void TcpWebSocket::startReading() {
     if (isReading_ || hasEnded()) return;
-    const auto room = decoder_.payloadLeft() > shortRead ? longRead : shortRead;
+    const bool isLong = decoder_.payloadLeft() > shortRead;
+    const auto room = !isLong ? shortRead : isStranger() ? strangersRead : longRead;
     if (buffer_.size() != room) buffer_ = std::vector<char>(room);
     isReading_ = true;
     if (!rooms_.empty()) expectMore();
@@ -89,11 +91,12 @@ bool TcpWebSocket::workOnce() {
 }
 
 bool TcpWebSocket::mayReadOn() const {
-    if (state_ == State::opening || hasEnded() || isAtEnd_ || isWaitingForRoom_) return false;
+    if (state_ == State::opening || hasEnded() || isAtEnd_) return false;
+    if (isWaitingForRoom_ || isWaitingForLimit_) return false;
     if (state_ != State::open) return true; // to see the peer leave
     if (incoming_.empty() && isTakerIdle()) return true;
-    return incoming_.size() < limits_.readAheadMessages &&
-           incomingBytes_ + content_.size() < limits_.readAheadBytes;
+    const auto bytes = isStranger() ? limits_.strangerReadAheadBytes : limits_.readAheadBytes;
+    return incoming_.size() < limits_.readAheadMessages && incomingBytes_ + content_.size() < bytes;
 }
 
 bool TcpWebSocket::isTakerIdle() const {
@@ -134,6 +137,10 @@ void TcpWebSocket::note(const WebSocketEvent& event) {
             return finish({});
         case violation:
             if (!isListening) return end();
+            if (event.code == WebSocketCloseCode::tooBig && isReceiverBusy()) {
+                isWaitingForLimit_ = true; // which the answer under way may raise
+                return;
+            }
             failure_.emplace(NetworkError::Case::connectionClosed, event.code == WebSocketCloseCode::tooBig
                                                                        ? "a message above the limit"
                                                                        : "the peer breaks the protocol");
@@ -195,6 +202,7 @@ void TcpWebSocket::setReceiver(std::weak_ptr<Receiver> receiver) {
 void TcpWebSocket::resume() {
     thread_.check();
     isReceiverReady_ = true;
+    if (std::exchange(isWaitingForLimit_, false)) decoder_.retry();
     if (state_ != State::opening && !hasEnded()) guarded([this] { work(); });
 }
 

@@ -95,6 +95,7 @@ void TcpWebSocket::writeOn(bool isProgress) {
     watchForStalls();
     socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const error_code&) {
         self->isWaitingToWrite_ = false;
+        self->signs_.lastTakenAt = self->clock_.now();
         self->guarded([&] {
             self->flush();
             if (!self->isWaitingToWrite_ && !self->hasEnded()) self->work();

@@ -50,6 +50,7 @@ std::optional<WebSocketEvent> WebSocketDecoder::next(std::span<char>& input) {
         if (state_ == State::header) {
             if (!takeHeader(input)) return std::nullopt;
             if (const auto broken = beginFrame()) return violation(*broken);
+            headerHave_ = 0;
             state_ = State::payload;
         }
         if (payloadLeft_ > 0) {
@@ -74,7 +75,6 @@ bool WebSocketDecoder::takeHeader(std::span<char>& input) {
         header_[headerHave_++] = static_cast<unsigned char>(input.front());
         input = input.subspan(1);
     }
-    headerHave_ = 0;
     return true;
 }
 
@@ -100,12 +100,13 @@ std::optional<WebSocketCloseCode> WebSocketDecoder::beginFrame() {
     }
     const bool isContinuation = opcode_ == static_cast<std::uint8_t>(WebSocketOpcode::continuation);
     if (isContinuation != isInMessage_) return protocolError;
+    const auto sizeBefore = isContinuation ? messageSize_ : 0;
+    if (sizeBefore > messageLimit_ || length > messageLimit_ - sizeBefore) return tooBig;
     if (!isContinuation) {
         isInMessage_ = true;
         isText_ = opcode_ == static_cast<std::uint8_t>(WebSocketOpcode::text);
         messageSize_ = 0;
     }
-    if (messageSize_ > messageLimit_ || length > messageLimit_ - messageSize_) return tooBig;
     messageSize_ += static_cast<std::size_t>(length);
     return std::nullopt;
 }

@@ -72,6 +72,10 @@ class WebSocketDecoder {
     /// Also for the message under way, from its next frame on.
     void setMessageLimit(std::size_t bytes) { messageLimit_ = bytes; }
 
+    /// After a violation of the limit: reads on, as the limit may be another one now. What `next` has left of
+    /// the input is still the input.
+    void retry() { state_ = State::header; }
+
     /// How long the message under way is, as far as its frames have announced; 0 between messages.
     std::size_t announcedSize() const { return isInMessage_ ? messageSize_ : 0; }
 

@@ -10,6 +10,7 @@
 #include "TarnlyPlatform/Base/ByteBudget.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
+#include "TarnlyPlatform/Net/Admission.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
@@ -62,6 +63,8 @@ class WebSocketConnection {
         /// How many pings it has answered, and when the last answer came.
         std::uint64_t pongs = 0;
         std::optional<Clock::TimePoint> lastPongAt;
+        /// When it last took what had waited for it to read on; now, while something waits.
+        std::optional<Clock::TimePoint> lastTakenAt;
     };
 
     virtual ~WebSocketConnection() = default;
@@ -99,11 +102,18 @@ class WebSocketConnection {
     /// Bytes of unsolicited messages that wait in the outgoing queue.
     virtual std::size_t backlog() const = 0;
 
-    /// A longer incoming message ends the connection.
+    /// A longer incoming message ends the connection; while the receiver is busy, it waits for the limit that
+    /// holds when the receiver goes on.
     virtual void setMessageLimit(std::size_t bytes) = 0;
 
     /// Ends the connection: what was sent before goes out first, as far as the peer takes it within a moment.
     virtual void cancel() = 0;
+
+    /// Ends the connection at once, without a word.
+    virtual void abort() = 0;
+
+    /// The peer's stay at the port that accepted it; null where nobody keeps count.
+    virtual std::shared_ptr<Visit> visit() const = 0;
 
     /// Why the connection ended; absent while it lives and after an orderly close.
     virtual std::optional<NetworkError> failure() const = 0;

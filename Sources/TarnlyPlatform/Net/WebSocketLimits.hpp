@@ -24,6 +24,8 @@ struct WebSocketLimits {
     /// How far is read ahead while a message is being dealt with: pings and the peer's end are seen that far.
     std::size_t readAheadMessages = 64;
     std::size_t readAheadBytes = std::size_t{256} * 1024;
+    /// The same for a stranger, whose messages come in small pieces.
+    std::size_t strangerReadAheadBytes = std::size_t{16} * 1024;
     /// While more than that of the answers waits to be sent, no further message is dealt with.
     std::size_t unsentAnswers = std::size_t{64} * 1024;
     /// Where incoming messages of more than `shortMessage` bytes take room before they are read; null: there

@@ -42,7 +42,7 @@ bool deservesAnswer(const error_code& error) {
            error != http::error::partial_message && error != http::error::header_limit;
 }
 
-HttpRequest upgradeFrom(const HeadParser& head) {
+HttpRequest requestFrom(const HeadParser& head) {
     const auto& message = head.get();
     HttpRequest request;
     request.method = message.method_string();
@@ -75,11 +75,14 @@ Task<> finish(tcp::socket& peer) {
     }
 }
 
-Task<> refuse(tcp::socket& peer, bool isRequest) {
-    const auto status = isRequest ? http::status::upgrade_required : http::status::bad_request;
-    std::string text =
-        isRequest ? "This port speaks WebSocket.\n" : "That is not a request that this port understands.\n";
-    co_await answer(peer, status, std::move(text));
+/// What a request is told that gets no WebSocket.
+struct Refusal {
+    http::status status;
+    std::string text;
+};
+
+Task<> refuse(tcp::socket& peer, Refusal refusal) {
+    co_await answer(peer, refusal.status, std::move(refusal.text));
     co_await finish(peer);
 }
 
@@ -88,15 +91,20 @@ Task<> refuse(tcp::socket& peer, bool isRequest) {
 struct WebSocketListener::State {
     Clock& clock;
     const WebSocketLimits limits;
+    const std::shared_ptr<Admission> admission;
+    const std::optional<BrowserGate> gate;
     const ConnectionHandler onConnection;
     bool isCancelled = false;
 
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
+    std::shared_ptr<Visit> admit(const std::shared_ptr<tcp::socket>& peer) const;
+    std::optional<Refusal> refusalOf(const HttpRequest& request, bool isUpgrade, const Visit* visit) const;
 };
 
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
 Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket socket) {
     const auto peer = std::make_shared<tcp::socket>(std::move(socket));
+    auto visit = state->admit(peer);
     SocketDeadline deadline(state->clock, peer);
     deadline.expireAfter(patience);
     beast::flat_buffer received;
@@ -105,22 +113,54 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     auto [error, size] = co_await http::async_read_header(*peer, received, head, asTuple);
     if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
     const bool isRequest = !error && !head.chunked();
-    if (!isRequest || !beast::websocket::is_upgrade(head.get())) {
+    std::optional<Refusal> refusal;
+    HttpRequest request;
+    if (isRequest) {
+        request = requestFrom(head);
+        refusal = state->refusalOf(request, beast::websocket::is_upgrade(head.get()), visit.get());
+    } else {
+        refusal.emplace(http::status::bad_request, "That is not a request that this port understands.\n");
+    }
+    if (refusal) {
         deadline.expireAfter(patience);
-        co_await refuse(*peer, isRequest);
+        co_await refuse(*peer, std::move(*refusal));
         co_return;
     }
     deadline.cancel();
-    const auto request = upgradeFrom(head);
     auto rest = beast::buffers_to_string(received.data());
-    auto connection =
-        acceptWebSocket(std::move(*peer), state->clock, request, std::move(rest), state->limits);
+    auto connection = acceptWebSocket(std::move(*peer), state->clock, request, std::move(rest), state->limits,
+                                      std::move(visit));
     if (connection) state->onConnection(std::move(connection));
+}
+
+std::shared_ptr<Visit> WebSocketListener::State::admit(const std::shared_ptr<tcp::socket>& peer) const {
+    if (!admission) return nullptr;
+    error_code isGone;
+    const auto endpoint = peer->remote_endpoint(isGone);
+    auto close = [weak = std::weak_ptr(peer)] {
+        error_code ignored;
+        if (const auto present = weak.lock()) present->close(ignored);
+    };
+    return admission->admit(isGone ? PeerNetwork() : PeerNetwork(endpoint.address()), std::move(close));
+}
+
+std::optional<Refusal> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,
+                                                           const Visit* visit) const {
+    if (gate) {
+        auto reason = gate->refusalOf(request, isUpgrade);
+        if (reason) return Refusal{http::status::forbidden, std::move(*reason) + "\n"};
+    }
+    if (!isUpgrade) return Refusal{http::status::upgrade_required, "This port speaks WebSocket.\n"};
+    if (visit == nullptr || visit->hasRoom()) return std::nullopt;
+    return Refusal{http::status::service_unavailable,
+                   "There are as many clients here as may be. Disconnect one, or start the companion with a "
+                   "larger --max-clients.\n"};
 }
 
 WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& clock, Options options,
                                      ConnectionHandler onConnection)
-    : state_(std::make_shared<State>(clock, options.limits, std::move(onConnection))),
+    : state_(std::make_shared<State>(clock, options.limits, std::move(options.admission),
+                                     std::move(options.gate), std::move(onConnection))),
       acceptor_(std::move(executor), clock, options.port, options.reach,
                 [state = state_](tcp::socket socket) { return State::serve(state, std::move(socket)); }) {}
 

@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Net/Admission.hpp"
+#include "TarnlyPlatform/Net/BrowserGate.hpp"
 #include "TarnlyPlatform/Net/TcpAcceptor.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 #include "TarnlyPlatform/Net/WebSocketLimits.hpp"
@@ -16,8 +19,8 @@ namespace tarnly {
 ///
 /// Accepting goes on through every error: out of file descriptors it waits and tries again. A peer that does
 /// not finish the head of its opening request in 10 seconds, or within 16 KiB, is dropped. One whose request
-/// is not for a WebSocket is told so (status 426, or 400 when it is no request at all) and hung up on.
-/// Belongs to the network thread.
+/// is not for a WebSocket is told so (status 426, or 400 when it is no request at all) and hung up on; so is
+/// one that the gate keeps out (403), and one for whom there is no room (503). Belongs to the network thread.
 class WebSocketListener {
   public:
     using ConnectionHandler = std::function<void(std::shared_ptr<WebSocketConnection>)>;
@@ -28,6 +31,10 @@ class WebSocketListener {
         Reach reach = Reach::everyInterface;
         /// For those that have become WebSockets.
         WebSocketLimits limits{};
+        /// Null: nobody keeps count.
+        std::shared_ptr<Admission> admission{};
+        /// Absent: everybody may pass.
+        std::optional<BrowserGate> gate{};
     };
 
     /// Listens at once. Throws `NetworkError::listenFailed`, for example when the port is in use.

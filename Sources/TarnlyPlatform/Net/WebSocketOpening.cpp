@@ -151,7 +151,8 @@ class Connecting {
 
 std::shared_ptr<WebSocketConnection> acceptWebSocket(tcp::socket socket, Clock& clock,
                                                      const HttpRequest& upgrade, std::string received,
-                                                     const WebSocketLimits& limits) {
+                                                     const WebSocketLimits& limits,
+                                                     std::shared_ptr<Visit> visit) {
     const auto refusal = refusalOf(upgrade);
     const auto answer =
         !refusal.empty() ? refusal
@@ -168,6 +169,7 @@ std::shared_ptr<WebSocketConnection> acceptWebSocket(tcp::socket socket, Clock& 
     setConversationOptions(socket.native_handle());
     auto connection =
         std::make_shared<TcpWebSocket>(typed(std::move(socket)), WebSocketSide::server, clock, limits);
+    connection->accompany(std::move(visit));
     connection->open(std::move(received));
     return connection;
 }

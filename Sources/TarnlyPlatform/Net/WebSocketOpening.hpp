@@ -6,6 +6,7 @@
 #include <string>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Net/Admission.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 #include "TarnlyPlatform/Net/WebSocketLimits.hpp"
@@ -24,9 +25,10 @@ std::shared_ptr<WebSocketConnection> openWebSocket(boost::asio::any_io_executor 
 
 /// Finishes the server's side of the opening handshake, without waiting. `upgrade` is the peer's request for
 /// it, `received` what has already been read behind its head. Null when the request is not one that can be
-/// granted; the peer has been told why. `clock` must outlive the connection.
+/// granted; the peer has been told why. `clock` must outlive the connection. `visit` is the peer's, or null.
 std::shared_ptr<WebSocketConnection> acceptWebSocket(boost::asio::ip::tcp::socket socket, Clock& clock,
                                                      const HttpRequest& upgrade, std::string received,
-                                                     const WebSocketLimits& limits = {});
+                                                     const WebSocketLimits& limits = {},
+                                                     std::shared_ptr<Visit> visit = nullptr);
 
 } // namespace tarnly

@@ -223,6 +223,34 @@ TEST(WebSocketDecoder, ALimitAppliesFromTheNextFrameOn) {
     EXPECT_THAT(read(150, 10), ElementsAre(violation(Code::tooBig))) << "below what is there already";
 }
 
+TEST(WebSocketDecoder, AMessageAboveTheLimitMayBeTriedAgain) {
+    const auto bytes = Frame{text, ofSize(100), false}.bytes() + Frame{continuation, ofSize(50)}.bytes();
+    WebSocketDecoder decoder(WebSocketSide::server, 99);
+    std::string input = bytes;
+    std::span<char> left(input);
+    std::string read;
+    const auto readOn = [&] {
+        auto event = decoder.next(left);
+        while (event && event->kind == Kind::textPiece) {
+            read += event->bytes;
+            event = decoder.next(left);
+        }
+        return event;
+    };
+    EXPECT_EQ(readOn()->code, Code::tooBig);
+    decoder.retry();
+    EXPECT_EQ(readOn()->code, Code::tooBig) << "the limit is the same";
+    decoder.setMessageLimit(149);
+    decoder.retry();
+    EXPECT_EQ(readOn()->code, Code::tooBig) << "the second frame is one too many";
+    EXPECT_EQ(read, ofSize(100));
+    decoder.setMessageLimit(150);
+    decoder.retry();
+    EXPECT_EQ(readOn()->kind, Kind::textEnd);
+    EXPECT_EQ(read, ofSize(100) + ofSize(50));
+    EXPECT_TRUE(left.empty());
+}
+
 TEST(WebSocketDecoder, TellsHowLongTheMessageUnderWayIs) {
     WebSocketDecoder decoder(WebSocketSide::server, 1000);
     test::WebSocketLog log;

@@ -151,6 +151,55 @@ TEST_F(WebSocketReceiverTest, ReadingAheadCountsBytes) {
     EXPECT_EQ(read(3), pong);
 }
 
+TEST_F(WebSocketReceiverTest, ALongMessageWaitsForTheLimitThatTheAnswerBeforeBrings) {
+    limits.message = 10;
+    beBusy();
+    connect();
+    const std::string text(100, 'x');
+    write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, text));
+    settle();
+    EXPECT_EQ(receiver->ends, 0);
+    connection->setMessageLimit(100);
+    connection->resume();
+    until([this] { return receiver->taken.size() == 2; });
+    EXPECT_EQ(receiver->taken.back(), text);
+}
+
+TEST_F(WebSocketReceiverTest, ALongMessageEndsTheConnectionWhenTheLimitStays) {
+    limits.message = 10;
+    beBusy();
+    connect();
+    write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, std::string(11, 'x')));
+    settle();
+    connection->resume();
+    EXPECT_EQ(read(4), "\x88\x02\x03\xF1");
+    clock.advance(io, 1s);
+    until([this] { return receiver->ends == 1; });
+}
+
+TEST_F(WebSocketReceiverTest, ThePeersReadingOnIsASignOfLife) {
+    connect();
+    write(RawPeer::frame(finalText, "1"));
+    until([this] { return !receiver->taken.empty(); });
+    EXPECT_FALSE(connection->signsOfLife().lastTakenAt);
+    connection->send(std::string(std::size_t{16} * 1024 * 1024, 'x'), Kind::awaited);
+    clock.advance(io, 10s);
+    EXPECT_EQ(connection->signsOfLife().lastTakenAt, clock.now()) << "something waits";
+    read(std::size_t{16} * 1024 * 1024);
+    settle();
+    const auto taken = connection->signsOfLife().lastTakenAt;
+    clock.advance(io, 10s);
+    EXPECT_EQ(connection->signsOfLife().lastTakenAt, taken);
+}
+
+TEST_F(WebSocketReceiverTest, AConnectionThatIsCutEndsAtOnce) {
+    connect();
+    connection->abort();
+    EXPECT_EQ(readToTheEnd(), "");
+    until([this] { return receiver->ends == 1; });
+    EXPECT_TRUE(connection->failure());
+}
+
 TEST_F(WebSocketReceiverTest, WhatWasAskedBeforeACloseIsAnsweredFirst) {
     beBusy();
     connect();
