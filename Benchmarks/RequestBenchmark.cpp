@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include <boost/asio/io_context.hpp>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include "Support/FakeBackend.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 
 /// What a session does for a plain request, from the text of the request to that of the reply.
@@ -30,11 +32,13 @@ class Conversation {
     test::TemporaryFolder folder_;
     test::VirtualClock clock_;
     std::shared_ptr<test::FakeBackend> backend_ = std::make_shared<test::FakeBackend>();
-    std::shared_ptr<ProtocolSession> session_ = std::make_shared<ProtocolSession>(
-        std::make_shared<PairingManager>(std::nullopt), backend_,
+    boost::asio::io_context io_;
+    std::shared_ptr<ProtocolSession> session_ = std::make_shared<ProtocolSession>(ProtocolSession::Services{
+        std::make_shared<PairingManager>(std::nullopt),
+        std::make_shared<PairingGuard>(io_.get_executor(), clock_), backend_,
         std::make_shared<FlightRecorder>(folder_.path(), clock_), std::make_shared<LoadedScript>(),
-        [](const auto&) { return [](const std::string&) { return std::optional<Coordinate>(); }; }, workers_,
-        workers_);
+        [](const auto&) { return [](const std::string&) { return std::optional<Coordinate>(); }; },
+        std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers_, workers_});
 };
 
 void answerRequest(benchmark::State& state, const std::string& request) {

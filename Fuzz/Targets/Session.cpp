@@ -1,4 +1,7 @@
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <memory>
 #include <optional>
 #include <string>
@@ -7,6 +10,7 @@
 #include "Fuzz/Targets.hpp"
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -33,10 +37,25 @@ Task<std::optional<std::string>> answerOf(std::shared_ptr<ProtocolSession> sessi
     co_return text;
 }
 
+/// Lets time pass instead of waiting: guesses that are answered late cost nothing here.
+class HastyClock final : public Clock {
+  public:
+    TimePoint now() const override { return now_; }
+    Task<> sleepFor(Duration duration) override {
+        auto executor = co_await boost::asio::this_coro::executor;
+        co_await boost::asio::post(executor, boost::asio::use_awaitable);
+        now_ += duration;
+    }
+
+  private:
+    TimePoint now_{};
+};
+
 /// What one companion's sessions share; it outlives the inputs, as starting threads takes time.
 struct Shared {
     boost::asio::io_context io;
     SystemClock clock;
+    HastyClock hastyClock;
     WorkerPool workers{1};
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     /// In memory only: there can be no such folder.
@@ -56,8 +75,10 @@ struct Shared {
                 return ident == "KSFO" ? std::optional(Coordinate{37.6, -122.4}) : std::nullopt;
             };
         };
-        return std::make_shared<ProtocolSession>(std::move(pairing), backend, recording, loadedScript,
-                                                 makeFixResolver, workers, workers);
+        return std::make_shared<ProtocolSession>(ProtocolSession::Services{
+            std::move(pairing), std::make_shared<PairingGuard>(io.get_executor(), hastyClock), backend,
+            recording, loadedScript, makeFixResolver, std::make_shared<Allowance>(ProtocolLimits::namesInAll),
+            workers, workers});
     }
 
     std::optional<std::string> answer(const std::shared_ptr<ProtocolSession>& session, std::string text) {

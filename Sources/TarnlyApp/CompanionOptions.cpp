@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 #include <utility>
 
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
@@ -18,8 +19,17 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 
 std::string requireName(const std::string& name) { return name.empty() ? "a name cannot be empty" : ""; }
 
+/// People copy it from a browser, which shows a slash behind it.
+std::optional<WebOrigin> parseOrigin(const std::string& text) {
+    return WebOrigin::parse(std::string_view(text).substr(0, text.size() - (text.ends_with('/') ? 1 : 0)));
+}
+
 std::string requireHost(const std::string& host) {
     return isHost(host) ? "" : "a host name or an address without brackets is wanted";
+}
+
+std::string requireOrigin(const std::string& text) {
+    return parseOrigin(text) ? "" : "an origin such as https://example.com is wanted, without a path";
 }
 
 std::string nameOf(CompanionProgram program) {
@@ -81,6 +91,16 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     app.add_option("--status-file", options.statusFile, "Keep a file that tells how the companion stands")
         ->type_name("FILE");
     app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD");
+    app.add_option("--max-clients", options.mostClients, "The most connections at once")
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 65535));
+    std::vector<std::string> origins;
+    app.add_option("--allow-origin", origins,
+                   "Let the web pages of one origin use the companion; may be given several times")
+        ->type_name("URL")
+        ->allow_extra_args(false)
+        ->check(requireOrigin);
     if (isDesktop) {
         app.add_flag("--background", options.startsInBackground, "Start without opening a window");
     }
@@ -96,6 +116,8 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         return EarlyExit{name + ": " + firstLine(error.what()) + "\n", wrongUsage};
     }
     options.advertises = !staysHidden;
+    for (const auto& origin : origins)
+        options.allowedOrigins.push_back(*parseOrigin(origin));
     return options;
 }
 
@@ -133,6 +155,10 @@ std::vector<std::string> commandLine(const CompanionOptions& options) {
     if (options.navigationDatabase) add("--nav-db", absoluteText(*options.navigationDatabase));
     if (options.situationsFolder) add("--situations", absoluteText(*options.situationsFolder));
     if (options.statusFile) add("--status-file", absoluteText(*options.statusFile));
+    if (options.mostClients != defaults.mostClients)
+        add("--max-clients", std::to_string(options.mostClients));
+    for (const auto& origin : options.allowedOrigins)
+        add("--allow-origin", origin.text());
     if (!options.advertises) arguments.emplace_back("--no-advertise");
     return arguments;
 }

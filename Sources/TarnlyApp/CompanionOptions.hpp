@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -9,7 +10,9 @@
 #include <vector>
 
 #include "TarnlyPlatform/Login/LoginItem.hpp"
+#include "TarnlyPlatform/Net/Admission.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
+#include "TarnlyPlatform/Net/WebOrigin.hpp"
 
 namespace tarnly {
 
@@ -27,6 +30,10 @@ struct CompanionOptions {
     /// Where other programs read how the companion stands.
     std::optional<std::filesystem::path> statusFile;
     bool advertises = true;
+    /// Connections, those of strangers included.
+    std::size_t mostClients = AdmissionLimits().peers;
+    /// Of web pages that may use the companion.
+    std::vector<WebOrigin> allowedOrigins;
     /// Of the desktop application only: start without opening a window.
     bool startsInBackground = false;
     /// Only ask the companion that runs how it stands.

@@ -10,6 +10,7 @@
 
 #include "TarnlyApp/Remark.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
+#include "TarnlyPlatform/Base/Descriptors.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
@@ -58,6 +59,24 @@ void runThrough(boost::asio::io_context& loop) {
             std::cerr << "Tarnly: a connection or a request was given up: " << error.what() << std::endl;
         }
     }
+}
+
+/// For the log, the simulator, the DNS-SD daemon and the like: no peer takes them.
+constexpr std::size_t ownDescriptors = 32;
+
+/// As many peers as were asked for, where there are descriptors for them.
+AdmissionLimits admissionFor(const CompanionOptions& options) {
+    AdmissionLimits limits;
+    limits.peers = options.mostClients;
+    const auto taken = openDescriptors() + ownDescriptors;
+    const auto descriptors = raiseDescriptorLimit();
+    const auto room = descriptors > taken ? descriptors - taken : 1;
+    if (room < limits.peers) {
+        remark("with " + std::to_string(descriptors) + " file descriptors there is room for " +
+               std::to_string(room) + " connections; raise the limit (ulimit -Hn) for more");
+        limits.peers = room;
+    }
+    return limits;
 }
 
 std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
@@ -122,6 +141,9 @@ void CompanionRuntime::build() {
     configuration.navDatabase = openNavDatabase();
     configuration.port = options_.port;
     if (!options_.advertises) configuration.publish = nullptr;
+    configuration.admission = admissionFor(options_);
+    configuration.hostName = hostName();
+    configuration.allowedOrigins = options_.allowedOrigins;
     host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
     backend_->onStageChange([this] {
         if (onStageChange) onStageChange();

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -29,6 +31,12 @@ SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> serv
     };
 }
 
+std::function<void()> noteFreed(const std::shared_ptr<FreedMemory>& freedMemory) {
+    return [weak = std::weak_ptr(freedMemory)] {
+        if (const auto alive = weak.lock()) alive->note();
+    };
+}
+
 std::function<void()> tellWatchedTo(std::shared_ptr<SimBackend> backend,
                                     std::shared_ptr<ProtocolServer> server,
                                     std::shared_ptr<FlightRecorder> recording,
@@ -53,17 +61,18 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock)),
       loadedScript_(std::make_shared<LoadedScript>()),
       freedMemory_(std::make_shared<FreedMemory>(executor, workers, clock)),
+      admission_(
+          std::make_shared<Admission>(executor, clock, configuration.admission, noteFreed(freedMemory_))),
+      gate_(std::move(configuration.hostName), std::move(configuration.allowedOrigins)),
       server_(std::make_shared<ProtocolServer>(
-          executor,
-          [pairing = pairing_, backend, recording = recording_, loadedScript = loadedScript_,
-           makeFixResolver = fixesIn(std::move(configuration.navDatabase), clock, isStopping_), &workers,
-           &scriptWorkers = scriptWorkers_, freedMemory = std::weak_ptr(freedMemory_)] {
-              auto noteFreed = [freedMemory] {
-                  if (const auto alive = freedMemory.lock()) alive->note();
-              };
-              return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript,
-                                                       makeFixResolver, workers, scriptWorkers,
-                                                       std::move(noteFreed));
+          executor, clock,
+          [services =
+               ProtocolSession::Services{pairing_, std::make_shared<PairingGuard>(executor, clock), backend,
+                                         recording_, loadedScript_,
+                                         fixesIn(std::move(configuration.navDatabase), clock, isStopping_),
+                                         std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers,
+                                         scriptWorkers_, noteFreed(freedMemory_)}](const PeerNetwork& peer) {
+              return std::make_shared<ProtocolSession>(services, peer);
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
       sampling_(std::make_shared<SamplingLoop>(
@@ -88,10 +97,11 @@ Task<> CompanionHost::start() {
             server->accept(std::move(connection));
             sampling->wake();
         };
-    WebSocketLimits limits;
-    limits.budget = &budget_;
-    limits.shortMessage = ProtocolServer::unpairedMessageLimit; // strangers take none of it
-    co_await advertiser_.start(std::move(service), std::move(onNewConnection), limits);
+    WebSocketListener::Options options;
+    options.limits.budget = &budget_;
+    options.admission = admission_;
+    options.gate = gate_;
+    co_await advertiser_.start(std::move(service), std::move(onNewConnection), std::move(options));
     sampling_->start();
 }
 

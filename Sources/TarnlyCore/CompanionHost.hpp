@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
@@ -25,6 +26,8 @@
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/Admission.hpp"
+#include "TarnlyPlatform/Net/BrowserGate.hpp"
 
 namespace tarnly {
 
@@ -51,6 +54,11 @@ class CompanionHost {
         /// 0: a free port that the system chooses.
         std::uint16_t port = 0;
         ServiceAdvertiser::Publish publish = publishBySystemDaemon;
+        AdmissionLimits admission{};
+        /// This computer's, as clients may call it.
+        std::string hostName = "localhost";
+        /// Of web pages that may use the companion.
+        std::vector<WebOrigin> allowedOrigins{};
     };
 
     /// `workers` and `clock` must outlive all that runs on `executor`, and nothing may run there any more
@@ -71,7 +79,7 @@ class CompanionHost {
 
     /// Waits until the connections have ended, for `limit` at most; says whether it came to that. The answers
     /// that are under way leave meanwhile.
-    Task<bool> join(Clock::Duration limit) { return server_->join(clock_, limit); }
+    Task<bool> join(Clock::Duration limit) { return server_->join(limit); }
 
     /// Whether somebody looks at how the simulator stands: it is looked for more often then, as it is while a
     /// client is paired or a recording runs. The backend hears of these at each heartbeat, of this at once.
@@ -100,6 +108,9 @@ class CompanionHost {
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const std::shared_ptr<FreedMemory> freedMemory_;
+    // depends-on: freedMemory_
+    const std::shared_ptr<Admission> admission_;
+    const BrowserGate gate_;
     // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);

@@ -35,10 +35,16 @@ void PairingManager::setPassword(std::optional<std::string> password) {
 }
 
 PairResult PairingManager::attempt(const std::optional<std::string>& suppliedPassword) {
+    return answer(isRight(suppliedPassword));
+}
+
+bool PairingManager::isRight(const std::optional<std::string>& suppliedPassword) const {
     const auto password = state_.with([](const State& state) { return state.password; });
-    if (isSet(password) && !(suppliedPassword && canonicallyEqual(*suppliedPassword, *password))) {
-        return PairResult::fail("incorrect password");
-    }
+    return !isSet(password) || (suppliedPassword && canonicallyEqual(*suppliedPassword, *password));
+}
+
+PairResult PairingManager::answer(bool isRight) {
+    if (!isRight) return PairResult::fail("incorrect password");
     auto token = makeToken();
     state_.with([&](State& state) { state.issuedTokens.insert(token); });
     return PairResult::ok(std::move(token));
@@ -46,6 +52,10 @@ PairResult PairingManager::attempt(const std::optional<std::string>& suppliedPas
 
 bool PairingManager::isValidToken(const std::string& token) const {
     return state_.with([&](const State& state) { return state.issuedTokens.contains(token); });
+}
+
+void PairingManager::revoke(const std::string& token) {
+    state_.with([&](State& state) { state.issuedTokens.erase(token); });
 }
 
 } // namespace tarnly

@@ -30,15 +30,23 @@ class PairingManager {
 
     bool requiresPairing() const;
 
-    /// Counts from the next attempt on: tokens that were issued stay valid, sessions that are paired stay
-    /// paired.
+    /// Counts from the next attempt on: tokens stay valid while their sessions live, sessions that are paired
+    /// stay paired.
     void setPassword(std::optional<std::string> password);
 
     /// Passwords compare by Unicode canonical equivalence; letter case counts. Every accepted attempt gets a
     /// token of its own: 24 random bytes in base64, 32 characters.
     PairResult attempt(const std::optional<std::string>& suppliedPassword);
 
+    /// The two halves of an attempt: whether the password is right, which takes the same time however much of
+    /// it is, and the result.
+    bool isRight(const std::optional<std::string>& suppliedPassword) const;
+    PairResult answer(bool isRight);
+
     bool isValidToken(const std::string& token) const;
+
+    /// The session of the token has ended, or has another one.
+    void revoke(const std::string& token);
 
   private:
     struct State {

@@ -14,7 +14,7 @@ ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Cloc
       publicationChanged_(std::make_shared<Event>(executor_)) {}
 
 Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
-                                WebSocketLimits limits) {
+                                WebSocketListener::Options options) {
     thread_.check();
     if (listener_) throw ServiceAdvertiserError(ServiceAdvertiserError::Case::alreadyStarted);
     if (!onNewConnection) {
@@ -22,9 +22,7 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
             connection->cancel();
         };
     }
-    WebSocketListener::Options options;
     options.port = service.port;
-    options.limits = limits;
     auto listener = std::make_unique<WebSocketListener>(executor_, clock_, std::move(options),
                                                         std::move(onNewConnection));
     const auto port = listener->port();

@@ -50,11 +50,11 @@ class ServiceAdvertiser {
     /// `executor`.
     ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish);
 
-    /// Returns when the port listens; publishing goes on behind it. A connection is closed at once when
-    /// there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`, or the
-    /// `NetworkError` of a listener that cannot be made.
+    /// Returns when the port listens; publishing goes on behind it. The port is the service's. A connection
+    /// is closed at once when there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`,
+    /// or the `NetworkError` of a listener that cannot be made.
     Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
-                 WebSocketLimits limits = {});
+                 WebSocketListener::Options options = {});
 
     /// Withdraws the service and closes the port; connections that were handed over live on. May be
     /// started again.

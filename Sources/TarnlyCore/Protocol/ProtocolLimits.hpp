@@ -33,10 +33,10 @@ constexpr std::size_t idSize = 1024;
 /// Bytes of the name of a dataref or a command.
 constexpr std::size_t nameSize = 1024;
 
-/// The names that one session has subscribed to.
+/// The different names that one session has subscribed to.
 constexpr std::size_t namesASession = 10'000;
 
-/// The different names that all sessions together have subscribed to.
+/// The sum of that over all sessions.
 constexpr std::size_t namesInAll = 50'000;
 
 } // namespace ProtocolLimits

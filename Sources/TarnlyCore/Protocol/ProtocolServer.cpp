@@ -34,21 +34,42 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
                                      public std::enable_shared_from_this<Client> {
   public:
     Client(std::shared_ptr<WebSocketConnection> connection, std::shared_ptr<ProtocolSession> session,
-           std::weak_ptr<ProtocolServer> server, const boost::asio::any_io_executor& executor)
+           std::weak_ptr<ProtocolServer> server, const boost::asio::any_io_executor& executor,
+           Clock::TimePoint now)
         : connection_(std::move(connection)),
           session_(std::move(session)),
           server_(std::move(server)),
+          heardAt_(now),
           changed_(executor) {}
 
     WebSocketConnection& connection() { return *connection_; }
     const std::shared_ptr<ProtocolSession>& session() const { return session_; }
     bool hasMessageUnderWay = false;
 
+    /// Asks a client that says nothing whether it is there, and cuts one that does not answer. Says when to
+    /// look again.
+    Clock::TimePoint watchSilence(Clock::TimePoint now) {
+        const auto signs = connection_->signsOfLife();
+        const auto heardAt =
+            std::max({heardAt_, signs.lastByteAt.value_or(heardAt_), signs.lastTakenAt.value_or(heardAt_)});
+        if (std::exchange(heardAt_, heardAt) != heardAt) isAsked_ = false;
+        const auto askAt = heardAt + silenceBeforePing;
+        if (now < askAt) return askAt;
+        const auto goneAt = askAt + silenceAfterPing;
+        if (now >= goneAt) {
+            connection_->abort();
+        } else if (!std::exchange(isAsked_, true)) {
+            connection_->ping();
+        }
+        return goneAt;
+    }
+
     bool onMessage(Message message) override {
         if (message.opcode != WebSocketConnection::Opcode::text) return true; // dropped without an answer
         auto answering = session_->handleMessage(std::move(message.content));
         auto* answer = std::get_if<ProtocolSession::Answer>(&answering);
         if (answer != nullptr && isWhole(*answer)) return give(std::move(*answer));
+        pauseProbation(true); // it waits for us
         underWay_.emplace(UnderWay{std::move(answering), std::move(message.room)});
         startWorking();
         return false;
@@ -83,8 +104,14 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
     }
 
     void noteIfPaired() {
-        if (std::exchange(isPaired_, session_->isPaired())) return;
-        if (isPaired_) connection_->setMessageLimit(pairedMessageLimit);
+        if (std::exchange(isPaired_, session_->isPaired()) || !isPaired_) return;
+        connection_->setMessageLimit(pairedMessageLimit);
+        if (const auto visit = connection_->visit()) visit->trust();
+    }
+
+    void pauseProbation(bool isPaused) {
+        const auto visit = isPaired_ ? nullptr : connection_->visit();
+        if (visit) isPaused ? visit->pauseProbation() : visit->resumeProbation();
     }
 
     void startWorking() {
@@ -123,6 +150,7 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
             hasEnded_ = true;
         }
         underWay_.reset();
+        pauseProbation(false);
         connection_->resume();
     }
 
@@ -140,42 +168,74 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
     const std::shared_ptr<ProtocolSession> session_;
     const std::weak_ptr<ProtocolServer> server_;
     bool isPaired_ = false;
+    Clock::TimePoint heardAt_;
+    bool isAsked_ = false; // since it was heard last
     std::optional<UnderWay> underWay_;
     bool isWorking_ = false;
     bool hasEnded_ = false;
     Event changed_;
 };
 
-ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession)
+ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession)
     : executor_(std::move(executor)),
+      clock_(clock),
       makeSession_(std::move(makeSession)),
       changed_(executor_),
-      tasks_(executor_) {}
+      tasks_(executor_),
+      silenceWatch_(executor_) {}
 
 ProtocolServer::~ProtocolServer() = default;
 
 void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
     thread_.check();
     connection->setMessageLimit(unpairedMessageLimit);
-    const auto client = std::make_shared<Client>(connection, makeSession_(), weak_from_this(), executor_);
+    const auto visit = connection->visit();
+    auto session = makeSession_(visit ? visit->from() : PeerNetwork());
+    const auto client =
+        std::make_shared<Client>(connection, std::move(session), weak_from_this(), executor_, clock_.now());
     clients_.emplace(client.get(), client);
     connection->setReceiver(client);
+    if (std::exchange(isSilenceWatched_, true)) return;
+    // Without a timer, for lack of memory, the next client brings another one.
+    auto watchAgain = [weak = weak_from_this()](const std::exception_ptr&) {
+        if (const auto server = weak.lock()) server->isSilenceWatched_ = false;
+    };
+    silenceWatch_.spawn(watchSilence(weak_from_this()), std::move(watchAgain));
+}
+
+/// One timer for all clients, while there are some.
+Task<> ProtocolServer::watchSilence(std::weak_ptr<ProtocolServer> weak) {
+    auto server = weak.lock();
+    while (server) {
+        auto& clock = server->clock_;
+        const auto now = clock.now();
+        auto next = now + silenceBeforePing; // for who comes meanwhile
+        for (const auto& client : server->snapshot())
+            next = std::min<Clock::TimePoint>(next, client->watchSilence(now));
+        server.reset();
+        const auto pause = std::max<Clock::Duration>(next - now, std::chrono::seconds(1));
+        co_await clock.sleepFor(pause);
+        server = weak.lock();
+    }
 }
 
 void ProtocolServer::remove(const Client& client) {
     clients_.erase(&client);
     changed_.notifyAll();
+    if (!clients_.empty()) return;
+    silenceWatch_.cancel();
+    isSilenceWatched_ = false;
 }
 
-Task<bool> ProtocolServer::join(Clock& clock, Clock::Duration limit) {
+Task<bool> ProtocolServer::join(Clock::Duration limit) {
     const auto self = shared_from_this();
-    const auto deadline = clock.now() + limit;
-    while (!clients_.empty() && clock.now() < deadline) {
-        const auto left = deadline - clock.now();
-        co_await waitFor(changed_, clock, left);
+    const auto deadline = clock_.now() + limit;
+    while (!clients_.empty() && clock_.now() < deadline) {
+        const auto left = deadline - clock_.now();
+        co_await waitFor(changed_, clock_, left);
     }
-    const auto left = deadline - clock.now();
-    const bool haveEnded = co_await tasks_.join(clock, left);
+    const auto left = deadline - clock_.now();
+    const bool haveEnded = co_await tasks_.join(clock_, left);
     co_return haveEnded&& clients_.empty();
 }
 

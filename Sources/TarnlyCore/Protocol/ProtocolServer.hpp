@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -14,6 +15,8 @@
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/PeerNetwork.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
@@ -24,18 +27,24 @@ namespace tarnly {
 /// The requests of one connection are answered in order, each when the last answer is on its way; different
 /// connections go on side by side. A request that needs no waiting is answered on the spot. What goes wrong
 /// with one connection ends that connection and nothing else, and one that has broken is gone at once,
-/// whatever is under way for it. Belongs to the network thread; held by its tasks weakly. While that runs,
-/// `cancelAll` and `join` come before its destruction.
+/// whatever is under way for it; one that has vanished without a word is gone after a while. Belongs to the
+/// network thread; held by its tasks weakly. While that runs, `cancelAll` and `join` come before its
+/// destruction.
 class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
   public:
-    using MakeSession = std::function<std::shared_ptr<ProtocolSession>()>;
+    using MakeSession = std::function<std::shared_ptr<ProtocolSession>(const PeerNetwork& peer)>;
     using BuildMessage = std::function<ProtocolSession::Push(const std::shared_ptr<ProtocolSession>&)>;
 
-    /// A password needs no more, in bytes, and a stranger shall not fill the memory.
-    static constexpr std::size_t unpairedMessageLimit = std::size_t{1024} * 1024;
+    /// A password needs no more, in bytes, and a stranger shall neither fill the memory nor keep a worker
+    /// busy.
+    static constexpr std::size_t unpairedMessageLimit = WorkerPool::longText;
+    /// After so long without a byte a client is asked whether it is there, and after the second span it is
+    /// not.
+    static constexpr std::chrono::seconds silenceBeforePing{30};
+    static constexpr std::chrono::seconds silenceAfterPing{60};
 
-    /// `executor` runs the tasks of all connections.
-    ProtocolServer(boost::asio::any_io_executor executor, MakeSession makeSession);
+    /// `executor` runs the tasks of all connections. `clock` outlives them.
+    ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession);
 
     ~ProtocolServer();
 
@@ -55,7 +64,7 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     void cancelAll();
 
     /// Waits until all connections and pushes have ended, for `limit` at most; says whether it came to that.
-    Task<bool> join(Clock& clock, Clock::Duration limit);
+    Task<bool> join(Clock::Duration limit);
 
     std::size_t connectionCount() const;
 
@@ -70,14 +79,18 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     void pushTo(const std::shared_ptr<Client>& client, const BuildMessage& build);
     static Task<> pushLater(std::shared_ptr<Client> client, Task<std::optional<std::string>> building);
     void remove(const Client& client);
+    static Task<> watchSilence(std::weak_ptr<ProtocolServer> server);
     std::vector<std::shared_ptr<Client>> snapshot() const;
 
     const boost::asio::any_io_executor executor_;
+    Clock& clock_;
     const MakeSession makeSession_;
     OnOneThread thread_;
     Table clients_;
+    bool isSilenceWatched_ = false;
     Event changed_;
     TaskGroup tasks_;
+    TaskGroup silenceWatch_;
 };
 
 } // namespace tarnly

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "TarnlyCore/Protocol/CatchUpReply.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
@@ -30,6 +31,18 @@ Params requireParams(Request& request, const char* complaint) {
     auto params = request.take<Params>();
     if (!params) throw ProtocolSessionError(ProtocolSessionError::Case::missingParams, complaint);
     return std::move(*params);
+}
+
+ProtocolLimitError limitExceeded(const std::string& limit) {
+    return ProtocolLimitError(ProtocolLimitError::Case::limitExceeded, limit);
+}
+
+/// Of a dataref or a command.
+void requireName(const std::string& name) {
+    using ProtocolLimits::nameSize;
+    if (name.size() > nameSize) {
+        throw limitExceeded("a name may have " + std::to_string(nameSize) + " bytes at most");
+    }
 }
 
 /// The bytes of names, about; many of them count as much as long ones.
@@ -71,22 +84,19 @@ std::string errorReply(std::optional<std::int64_t> reqId, std::string message) {
 
 } // namespace
 
-ProtocolSession::ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
-                                 std::shared_ptr<FlightRecorder> recording,
-                                 std::shared_ptr<LoadedScript> loadedScript, MakeFixResolver makeFixResolver,
-                                 WorkerPool& workers, WorkerPool& scriptWorkers,
-                                 std::function<void()> onMuchFreed)
-    : pairing_(std::move(pairing)),
-      backend_(std::move(backend)),
-      recording_(std::move(recording)),
-      loadedScript_(std::move(loadedScript)),
-      makeFixResolver_(std::move(makeFixResolver)),
-      workers_(workers),
-      scriptWorkers_(scriptWorkers),
-      onMuchFreed_(std::move(onMuchFreed)) {}
+ProtocolSession::ProtocolSession(Services services, const PeerNetwork& network)
+    : services_(std::move(services)), network_(network) {}
 
 ProtocolSession::~ProtocolSession() {
-    if (hadLongRequest_ && onMuchFreed_) onMuchFreed_();
+    services_.pairing->revoke(token_);
+    const auto names = namesToPush_.copy();
+    if (names) services_.names->giveBack(names->size());
+    if (hadLongRequest_ && services_.onMuchFreed) services_.onMuchFreed();
+}
+
+void ProtocolSession::end() {
+    peer_->hasEnded = true;
+    services_.guard->wake();
 }
 
 void ProtocolSession::addSubscriptions(Names names) {
@@ -99,14 +109,29 @@ void ProtocolSession::addSubscriptions(Names names) {
         std::ranges::set_union(before ? *before : Names(), names, std::back_inserter(all));
         const auto repeated = std::ranges::unique(all);
         all.erase(repeated.begin(), repeated.end());
+        const auto added = all.size() - (before ? before->size() : 0);
+        takeNames(all.size(), added);
         const auto size = sizeOf(all);
-        auto next = workers_.share(std::move(all), size);
+        auto next = services_.workers.share(std::move(all), size);
         // Nobody waits for the lock while all that is done; another addition may have come first.
         isInForce = namesToPush_.with([&](SharedNames& present) {
             if (present != before) return false;
             present.swap(next);
             return true;
         });
+        if (!isInForce) services_.names->giveBack(added);
+    }
+}
+
+void ProtocolSession::takeNames(std::size_t ofSession, std::size_t added) {
+    using namespace ProtocolLimits;
+    if (ofSession > namesASession) {
+        throw limitExceeded("a connection may subscribe to " + std::to_string(namesASession) +
+                            " datarefs at most");
+    }
+    if (!services_.names->take(added)) {
+        throw limitExceeded("all connections together may subscribe to " + std::to_string(namesInAll) +
+                            " datarefs at most");
     }
 }
 
@@ -150,9 +175,9 @@ Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
     auto decoding = [text = std::move(text), paired = isPaired()]() mutable {
         return decode(std::move(text), paired);
     };
-    auto request = co_await workers_.runSized(size, std::move(decoding));
+    auto request = co_await services_.workers.runSized(size, std::move(decoding));
     LoopWatch::note("a client's long message");
-    if (onMuchFreed_) onMuchFreed_();
+    if (services_.onMuchFreed) services_.onMuchFreed();
     if (!admits(request)) co_return std::nullopt;
     auto handling = handle(request);
     Answer answer;
@@ -162,8 +187,8 @@ Task<ProtocolSession::Answer> ProtocolSession::handleLong(std::string text) {
         answer = co_await finish(request, std::move(std::get<Task<Reply>>(handling)));
     }
     auto letGo = [request = std::move(request)] {}; // of a long one, that takes a while too
-    co_await workers_.runSized(size, std::move(letGo));
-    if (onMuchFreed_) onMuchFreed_();
+    co_await services_.workers.runSized(size, std::move(letGo));
+    if (services_.onMuchFreed) services_.onMuchFreed();
     co_return answer;
 }
 
@@ -192,7 +217,7 @@ ProtocolSession::SharedRequest ProtocolSession::decode(std::string text, bool is
 
 bool ProtocolSession::admits(const SharedRequest& request) const {
     const bool isPairRequest = request && request->head.type == MessageType::pair;
-    return isPairRequest || isPaired();
+    return isPairRequest ? services_.guard->hasRoom(network_) : isPaired();
 }
 
 ProtocolSession::Handling ProtocolSession::handle(const SharedRequest& request) {
@@ -215,40 +240,57 @@ Task<ProtocolSession::Answer> ProtocolSession::finish(SharedRequest request, Tas
 }
 
 Task<std::string> ProtocolSession::makePiece(std::function<std::string()> nextPiece) {
-    auto piece = co_await workers_.run(std::move(nextPiece));
+    auto piece = co_await services_.workers.run(std::move(nextPiece));
     co_return piece;
 }
 
 ProtocolSession::Handling ProtocolSession::pair(const SharedRequest& request) {
     const auto params = request->take<PairRequest>().value_or(PairRequest{});
-    const auto result = pairing_->attempt(params.password);
-    if (result.accepted) isPaired_ = true;
+    const bool isRight = services_.pairing->isRight(params.password);
+    if (services_.guard->isPrompt(network_)) return finishPairing(*request, isRight);
+    return pairInTurn(request, isRight);
+}
+
+Task<Reply> ProtocolSession::pairInTurn(SharedRequest request, bool isRight) {
+    auto hasEnded = [peer = peer_] { return peer->hasEnded.load(); };
+    co_await services_.guard->waitForTurn(network_, std::move(hasEnded));
+    if (peer_->hasEnded) co_return Reply(); // nobody is told
+    co_return finishPairing(*request, isRight);
+}
+
+Reply ProtocolSession::finishPairing(const Request& request, bool isRight) {
+    services_.guard->note(network_, isRight);
+    const auto result = services_.pairing->answer(isRight);
+    if (result.accepted) {
+        services_.pairing->revoke(std::exchange(token_, *result.sessionToken));
+        isPaired_ = true;
+    }
     PairResponse response{result.accepted, result.sessionToken, result.reason};
-    return replyTo(*request, std::move(response));
+    return replyTo(request, std::move(response));
 }
 
 ProtocolSession::Handling ProtocolSession::simInfo(const SharedRequest& request) {
-    return replyTo(*request, backend_->simInfo());
+    return replyTo(*request, services_.backend->simInfo());
 }
 
 Task<Reply> ProtocolSession::listFlights(SharedRequest request) {
     FlightsPayload payload;
-    payload.flights = co_await backend_->listFlights();
+    payload.flights = co_await services_.backend->listFlights();
     co_return replyTo(*request, std::move(payload));
 }
 
 Task<Reply> ProtocolSession::loadFlight(SharedRequest request) {
     auto params = requireParams<LoadFlightRequest>(*request, "load_flight requires a path");
-    cutName(params.path);
-    co_await backend_->loadFlight(std::move(params.path));
+    cutPath(params.path);
+    co_await services_.backend->loadFlight(std::move(params.path));
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
     // A script may be long, and the navigation database slow. Meanwhile the client may go, and another one's
     // later script be ready.
-    auto load = [request, place = loadedScript_->announce(), loadedScript = loadedScript_,
-                 makeFixResolver = makeFixResolver_, peer = peer_] {
+    auto load = [request, place = services_.loadedScript->announce(), loadedScript = services_.loadedScript,
+                 makeFixResolver = services_.makeFixResolver, peer = peer_] {
         auto script = requireParams<LoadScriptRequest>(*request, "load_script requires triggers");
         bool isGivenUp = false;
         const auto resolver = makeFixResolver([&isGivenUp, &peer] {
@@ -261,19 +303,19 @@ Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
         if (!peer->hasEnded) loadedScript->set(std::move(engine), place);
         return replyTo(*request, std::move(payload));
     };
-    auto reply = co_await scriptWorkers_.run(std::move(load));
+    auto reply = co_await services_.scriptWorkers.run(std::move(load));
     co_return reply;
 }
 
 Task<Reply> ProtocolSession::startRecording(SharedRequest request) {
-    recording_->start(); // on the thread that records: never between a sample and its triggers
-    co_await recording_->written(fileLimit);
+    services_.recording->start(); // on the thread that records: never between a sample and its triggers
+    co_await services_.recording->written(fileLimit);
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::stopRecording(SharedRequest request) {
-    recording_->stop();
-    co_await recording_->written();
+    services_.recording->stop();
+    co_await services_.recording->written();
     co_return replyTo(*request, OkPayload{});
 }
 
@@ -281,14 +323,14 @@ Task<Reply> ProtocolSession::catchUp(SharedRequest request) {
     const auto params = request->take<CatchUpRequest>().value_or(CatchUpRequest{});
     // The snapshot is taken on the thread that records, so that no client gets a sample without its triggers
     // and asks for what is after it. Ten hours of flight take a while to write: that is done aside.
-    auto reply =
-        std::make_shared<CatchUpReply>(request->head, recording_->snapshot(), params.sinceElapsedSeconds);
+    auto reply = std::make_shared<CatchUpReply>(request->head, services_.recording->snapshot(),
+                                                params.sinceElapsedSeconds);
     auto encode = [reply] {
         auto text = reply->nextPiece();
         return reply->isWhole() ? Reply{std::move(text), {}}
                                 : Reply{std::move(text), [reply] { return reply->nextPiece(); }};
     };
-    auto first = co_await workers_.run(std::move(encode));
+    auto first = co_await services_.workers.run(std::move(encode));
     co_return first;
 }
 
@@ -299,14 +341,14 @@ Task<Reply> ProtocolSession::subscribeValues(SharedRequest request) {
         Names names;
         names.reserve(params.datarefs.size());
         for (auto& dataref : params.datarefs) {
-            cutName(dataref.name);
+            requireName(dataref.name);
             names.push_back(std::move(dataref.name));
         }
         addSubscriptions(names);
         const auto size = sizeOf(names);
-        return workers_.share(std::move(names), size);
+        return services_.workers.share(std::move(names), size);
     };
-    auto names = co_await workers_.runSized(request->size, subscribe);
+    auto names = co_await services_.workers.runSized(request->size, subscribe);
     auto text = co_await respondWithValues(request->head.reqId, std::move(names));
     co_return Reply{std::move(text), {}};
 }
@@ -315,46 +357,47 @@ Task<Reply> ProtocolSession::setValues(SharedRequest request) {
     auto read = [this, request] {
         auto params =
             requireParams<DatarefSetParams>(*request, "dataref_set_values requires a datarefs array");
-        for (auto& entry : params.datarefs)
-            cutName(entry.name);
-        return workers_.share(std::move(params), request->size);
+        for (const auto& entry : params.datarefs)
+            requireName(entry.name);
+        return services_.workers.share(std::move(params), request->size);
     };
-    const auto params = co_await workers_.runSized(request->size, read);
+    const auto params = co_await services_.workers.runSized(request->size, read);
     for (const auto& entry : params->datarefs) {
-        co_await backend_->setDataref(entry.name, entry.value, entry.index);
+        co_await services_.backend->setDataref(entry.name, entry.value, entry.index);
     }
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::runCommand(SharedRequest request) {
     auto params = requireParams<RunCommandRequest>(*request, "run_command requires a name");
-    cutName(params.name);
-    co_await backend_->runCommand(std::move(params.name));
+    requireName(params.name);
+    co_await services_.backend->runCommand(std::move(params.name));
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::moveToPreservingAgl(SharedRequest request) {
     const auto params =
         requireParams<MoveToPreservingAglRequest>(*request, "move_to_preserving_agl requires lat/lon");
-    co_await backend_->moveToPreservingAgl(params.lat, params.lon);
+    co_await services_.backend->moveToPreservingAgl(params.lat, params.lon);
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::applyAttitude(SharedRequest request) {
     const auto params =
         requireParams<ApplyAttitudeRequest>(*request, "apply_attitude requires pitch/bank/ias/throttle");
-    co_await backend_->applyAttitude(params.pitchDeg, params.bankDeg, params.iasKts, params.throttle);
+    co_await services_.backend->applyAttitude(params.pitchDeg, params.bankDeg, params.iasKts,
+                                              params.throttle);
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<std::string> ProtocolSession::respondWithValues(std::optional<std::int64_t> reqId, SharedNames names) {
-    auto read = co_await backend_->getDatarefs(names);
+    auto read = co_await services_.backend->getDatarefs(names);
     LoopWatch::note("values that have been read");
     const auto size = sizeOf(*names);
     auto encode = [reqId, names = std::move(names), read = std::move(read)] {
         return respond(MessageType::datarefSubscribeValues, reqId, ValuesPayload{names.get(), &read});
     };
-    auto text = co_await workers_.runSized(size, std::move(encode));
+    auto text = co_await services_.workers.runSized(size, std::move(encode));
     co_return text;
 }
 
@@ -362,7 +405,7 @@ ProtocolSession::Push ProtocolSession::buildSubscriptionPush() {
     LoopWatch::note("a push");
     auto names = namesToPush_.copy();
     if (!names || names->empty()) return std::nullopt;
-    const auto present = backend_->presentDatarefs(*names);
+    const auto present = services_.backend->presentDatarefs(*names);
     if (!present || sizeOf(*names) > WorkerPool::longText) return buildPushLater(std::move(names));
     return respond(MessageType::datarefSubscribeValues, std::nullopt, ValuesPayload{names.get(), &*present});
 }

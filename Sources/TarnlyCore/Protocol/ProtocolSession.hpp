@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "TarnlyCore/Discovery/PairingGuard.hpp"
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
@@ -18,10 +19,12 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Script/ArmedScript.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
+#include "TarnlyPlatform/Base/Allowance.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyPlatform/Net/PeerNetwork.hpp"
 
 namespace tarnly {
 
@@ -50,12 +53,25 @@ struct Reply {
 /// table; lives as long as the connection or a task for it.
 class ProtocolSession {
   public:
-    /// The pools must outlive the session. Scripts have one of their own, because looking up their fixes
-    /// may take seconds. `onMuchFreed` is called when the memory of a long request is let go.
-    ProtocolSession(std::shared_ptr<PairingManager> pairing, std::shared_ptr<SimBackend> backend,
-                    std::shared_ptr<FlightRecorder> recording, std::shared_ptr<LoadedScript> loadedScript,
-                    MakeFixResolver makeFixResolver, WorkerPool& workers, WorkerPool& scriptWorkers,
-                    std::function<void()> onMuchFreed = {});
+    /// What all sessions share. The pools outlive them; nothing else is null but what says so.
+    struct Services {
+        std::shared_ptr<PairingManager> pairing;
+        std::shared_ptr<PairingGuard> guard;
+        std::shared_ptr<SimBackend> backend;
+        std::shared_ptr<FlightRecorder> recording;
+        std::shared_ptr<LoadedScript> loadedScript;
+        MakeFixResolver makeFixResolver;
+        /// How many names the sessions may subscribe to, together.
+        std::shared_ptr<Allowance> names;
+        WorkerPool& workers;
+        /// Scripts have a pool of their own, because looking up their fixes may take seconds.
+        WorkerPool& scriptWorkers;
+        /// Called when the memory of a long request is let go; may be null.
+        std::function<void()> onMuchFreed{};
+    };
+
+    /// `network` is where the client comes from.
+    explicit ProtocolSession(Services services, const PeerNetwork& network = {});
 
     ProtocolSession(const ProtocolSession&) = delete;
     ProtocolSession& operator=(const ProtocolSession&) = delete;
@@ -72,9 +88,9 @@ class ProtocolSession {
     /// to it where something has to be waited for. Neither fails; to be called for one frame at a time.
     std::variant<Answer, Task<Answer>> handleMessage(std::string text);
 
-    /// The connection has gone: a script that is still being loaded does not come into force any more, and
-    /// the search for its fixes ends. Safe from any thread.
-    void end() { peer_->hasEnded = true; }
+    /// The connection has gone: a script that is still being loaded does not come into force any more, the
+    /// search for its fixes ends, and an attempt to pair waits no longer.
+    void end();
 
     /// The peer has hung up, and reads its answers at most: a search for fixes that lasts is given up, and
     /// its script with it. Safe from any thread.
@@ -90,7 +106,7 @@ class ProtocolSession {
     /// first read that fails throws. May run beside `handleMessage`.
     Push buildSubscriptionPush();
 
-    /// From any thread; of very many names, best on a worker's.
+    /// From any thread; of very many names, best on a worker's. Throws `ProtocolLimitError`.
     void addSubscriptions(std::vector<std::string> names);
 
     /// The text of a response; the fixed "failed to encode response" error where `data` cannot be
@@ -133,6 +149,8 @@ class ProtocolSession {
     }
 
     Handling pair(const SharedRequest& request);
+    Task<Reply> pairInTurn(SharedRequest request, bool isRight);
+    Reply finishPairing(const Request& request, bool isRight);
     Handling simInfo(const SharedRequest& request);
 
     template <Task<Reply> (ProtocolSession::*work)(SharedRequest)>
@@ -150,18 +168,15 @@ class ProtocolSession {
     Task<Reply> runCommand(SharedRequest request);
     Task<Reply> moveToPreservingAgl(SharedRequest request);
     Task<Reply> applyAttitude(SharedRequest request);
+    void takeNames(std::size_t ofSession, std::size_t added);
     Task<std::optional<std::string>> buildPushLater(SharedNames names);
     /// Throws what the first read that fails throws.
     Task<std::string> respondWithValues(std::optional<std::int64_t> reqId, SharedNames names);
 
-    const std::shared_ptr<PairingManager> pairing_;
-    const std::shared_ptr<SimBackend> backend_;
-    const std::shared_ptr<FlightRecorder> recording_;
-    const std::shared_ptr<LoadedScript> loadedScript_;
-    const MakeFixResolver makeFixResolver_;
-    WorkerPool& workers_;
-    WorkerPool& scriptWorkers_;
-    const std::function<void()> onMuchFreed_;
+    const Services services_;
+    const PeerNetwork network_;
+    /// Of the last accepted attempt to pair; empty before.
+    std::string token_;
     bool hadLongRequest_ = false;
     struct Peer {
         std::atomic<bool> hasEnded = false;

@@ -2,16 +2,16 @@
 
 namespace tarnly {
 
-void cutName(std::string& name) {
-    if (name.size() <= longestName) return;
+void cutPath(std::string& path) {
+    if (path.size() <= longestPath) return;
     const auto isInsideCharacter = [&](std::size_t at) {
-        return (static_cast<unsigned char>(name[at]) & 0xC0U) == 0x80U;
+        return (static_cast<unsigned char>(path[at]) & 0xC0U) == 0x80U;
     };
-    auto size = longestName;
+    auto size = longestPath;
     while (size > 0 && isInsideCharacter(size))
         --size;
-    name.resize(size);
-    name.shrink_to_fit();
+    path.resize(size);
+    path.shrink_to_fit();
 }
 
 } // namespace tarnly

@@ -35,12 +35,12 @@ struct Request {
     }
 };
 
-/// No name and no path that is longer, in bytes, means anything to a simulator or a file system.
-inline constexpr std::size_t longestName = 64 * 1024;
+/// No path that is longer, in bytes, means anything to a file system.
+inline constexpr std::size_t longestPath = 64 * 1024;
 
-/// Cuts a name that is longer than `longestName`, at the end of a character: it stays one that means nothing,
+/// Cuts a path that is longer than `longestPath`, at the end of a character: it stays one that means nothing,
 /// and is no burden any more.
-void cutName(std::string& name);
+void cutPath(std::string& path);
 
 /// A record that is one list, whose elements are decoded one by one.
 template <typename Record>

@@ -56,6 +56,16 @@ TEST(PairingManager, EveryTokenIsNewAndStaysValid) {
     EXPECT_FALSE(pairing.isValidToken(""));
 }
 
+TEST(PairingManager, ARevokedTokenIsNoneAnyMore) {
+    PairingManager pairing(std::nullopt);
+    const auto kept = pairing.attempt(std::nullopt).sessionToken.value();
+    const auto revoked = pairing.attempt(std::nullopt).sessionToken.value();
+    pairing.revoke(revoked);
+    pairing.revoke("");
+    EXPECT_FALSE(pairing.isValidToken(revoked));
+    EXPECT_TRUE(pairing.isValidToken(kept));
+}
+
 TEST(PairingManager, ANewPasswordCountsFromTheNextAttemptOn) {
     PairingManager pairing("old");
     pairing.setPassword("new");

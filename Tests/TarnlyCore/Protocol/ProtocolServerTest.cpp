@@ -10,6 +10,7 @@
 #include "Support/FakeConnection.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 
 namespace tarnly {
 namespace {
@@ -30,13 +31,18 @@ struct ProtocolServerTest : testing::Test {
     std::shared_ptr<FlightRecorder> recording = std::make_shared<FlightRecorder>(folder.path(), clock);
     std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
-    std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(io.get_executor(), [this] {
-        sessions.push_back(std::make_shared<ProtocolSession>(
-            pairing, backend, recording, loadedScript,
-            [](const auto&) { return [](const std::string&) { return std::optional<Coordinate>(); }; },
-            workers, workers));
-        return sessions.back();
-    });
+    std::shared_ptr<PairingGuard> guard = std::make_shared<PairingGuard>(io.get_executor(), clock);
+    std::shared_ptr<Allowance> names = std::make_shared<Allowance>(ProtocolLimits::namesInAll);
+    std::shared_ptr<ProtocolServer> server =
+        std::make_shared<ProtocolServer>(io.get_executor(), clock, [this](const PeerNetwork& peer) {
+            const auto findNone = [](const auto&) {
+                return [](const std::string&) { return std::optional<Coordinate>(); };
+            };
+            ProtocolSession::Services services{pairing,  guard, backend, recording, loadedScript,
+                                               findNone, names, workers, workers};
+            sessions.push_back(std::make_shared<ProtocolSession>(std::move(services), peer));
+            return sessions.back();
+        });
 
     std::shared_ptr<test::FakeConnection> connect() {
         auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
@@ -176,7 +182,7 @@ TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {
 
 TEST_F(ProtocolServerTest, AStrangersMessagesAreLimitedUntilItPairs) {
     const auto connection = connect();
-    EXPECT_EQ(connection->messageLimit, 1024U * 1024);
+    EXPECT_EQ(connection->messageLimit, 64U * 1024);
     connection->deliver(R"({"type":"pair"})");
     settle();
     EXPECT_GE(connection->messageLimit, 24U * 1024 * 1024);
@@ -225,7 +231,7 @@ TEST_F(ProtocolServerTest, ASessionThatWaitsDelaysNobodyAndHasOneMessageUnderWay
     broadcast();
     broadcast();
     EXPECT_THAT(other->sent, SizeIs(2));
-    EXPECT_EQ(clock.sleeping(), 1U);
+    EXPECT_EQ(clock.sleeping(), 2U); // the push that waits, and the look for clients that have gone
     EXPECT_EQ(backend->count("getDataref missing"), 1);
     backend->datarefs["missing"] = 2;
     clock.advance(io, std::chrono::seconds(1));
@@ -269,11 +275,126 @@ TEST_F(ProtocolServerTest, AnExceptionEndsThatConnectionAlone) {
     EXPECT_THAT(other->sent, SizeIs(1));
 }
 
+TEST_F(ProtocolServerTest, AClientThatSaysNothingIsAskedAndThenGone) {
+    const auto connection = connectPaired();
+    clock.advance(io, std::chrono::seconds(20));
+    connection->signs.lastByteAt = clock.now();
+    clock.advance(io, std::chrono::milliseconds(29'900));
+    EXPECT_EQ(connection->pings, 0);
+    clock.advance(io, std::chrono::seconds(2));
+    EXPECT_EQ(connection->pings, 1);
+    clock.advance(io, std::chrono::milliseconds(57'900));
+    EXPECT_EQ(connection->pings, 1);
+    EXPECT_EQ(server->connectionCount(), 1U);
+    clock.advance(io, std::chrono::seconds(2));
+    EXPECT_TRUE(connection->isAborted);
+    EXPECT_EQ(server->connectionCount(), 0U);
+}
+
+TEST_F(ProtocolServerTest, AClientThatAnswersIsAskedAgainAndAgain) {
+    const auto connection = connectPaired();
+    for (int i = 1; i <= 5; ++i) {
+        clock.advance(io, std::chrono::seconds(31));
+        EXPECT_EQ(connection->pings, i);
+        connection->signs.lastByteAt = clock.now();
+    }
+    EXPECT_FALSE(connection->isAborted);
+}
+
+TEST_F(ProtocolServerTest, AClientThatReadsWhatItWasSentIsNotAskedMeanwhile) {
+    const auto connection = connectPaired();
+    for (int i = 0; i < 20; ++i) {
+        connection->signs.lastTakenAt = clock.now();
+        clock.advance(io, std::chrono::seconds(10));
+    }
+    EXPECT_EQ(connection->pings, 0);
+    EXPECT_FALSE(connection->isAborted);
+}
+
+TEST_F(ProtocolServerTest, ClientsAreWatchedAgainAfterTheLastOneHasGone) {
+    connectPaired()->close();
+    clock.advance(io, std::chrono::seconds(100));
+    const auto connection = connectPaired();
+    clock.advance(io, std::chrono::seconds(31));
+    EXPECT_EQ(connection->pings, 1);
+}
+
+TEST_F(ProtocolServerTest, PairingEndsTheTimeOfProbation) {
+    Admission admission(io.get_executor(), clock, {});
+    const auto connectStranger = [&] {
+        auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
+        connection->stay = admission.admit(PeerNetwork(), [weak = std::weak_ptr(connection)] {
+            if (const auto present = weak.lock()) present->abort();
+        });
+        server->accept(connection);
+        settle();
+        return connection;
+    };
+    const auto stranger = connectStranger();
+    const auto client = connectStranger();
+    client->deliver(R"({"type":"pair"})");
+    clock.advance(io, std::chrono::seconds(31));
+    EXPECT_TRUE(stranger->isAborted);
+    EXPECT_FALSE(client->isAborted);
+}
+
+TEST_F(ProtocolServerTest, TheTimeThatALateAnswerTakesDoesNotCount) {
+    pairing->setPassword("Secret");
+    Admission admission(io.get_executor(), clock, {});
+    const auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
+    connection->stay = admission.admit(PeerNetwork(), [weak = std::weak_ptr(connection)] {
+        if (const auto present = weak.lock()) present->abort();
+    });
+    server->accept(connection);
+    settle();
+    for (int i = 0; i < 12; ++i)
+        connection->deliver(R"({"type":"pair"})"); // the last seven wait for 1, 2, 4, 8, 8, 8 and 8 seconds
+    clock.advance(io, std::chrono::milliseconds(38'900));
+    EXPECT_THAT(connection->sent, SizeIs(11));
+    clock.advance(io, std::chrono::milliseconds(200));
+    EXPECT_THAT(connection->sent, SizeIs(12));
+    connection->deliver(R"({"type":"pair","params":{"password":"Secret"}})");
+    clock.advance(io, std::chrono::seconds(9));
+    EXPECT_FALSE(connection->isAborted);
+    EXPECT_EQ(server->pairedCount(), 1U);
+    clock.advance(io, std::chrono::seconds(25));
+    EXPECT_FALSE(connection->isAborted);
+}
+
+TEST_F(ProtocolServerTest, WhoAsksWhileTooManyWaitIsClosed) {
+    pairing->setPassword("Secret");
+    for (int i = 0; i < 5; ++i)
+        connect()->deliver(R"({"type":"pair"})");
+    settle();
+    std::vector<std::shared_ptr<test::FakeConnection>> waiting;
+    for (std::size_t i = 0; i < PairingGuard::mostWaiting; ++i) {
+        waiting.push_back(connect());
+        waiting.back()->deliver(R"({"type":"pair"})");
+        settle();
+        EXPECT_THAT(waiting.back()->sent, IsEmpty());
+        EXPECT_FALSE(waiting.back()->isCancelled);
+    }
+    const auto tooMany = connect();
+    tooMany->deliver(R"({"type":"pair","params":{"password":"Secret"}})");
+    settle();
+    EXPECT_TRUE(tooMany->isCancelled);
+    waiting[7]->close();
+    settle();
+    const auto next = connect();
+    next->deliver(R"({"type":"pair","params":{"password":"Secret"}})");
+    settle();
+    EXPECT_FALSE(next->isCancelled);
+    next->signs.lastByteAt = clock.now() + std::chrono::minutes(3); // it answers pings
+    clock.advance(io, std::chrono::minutes(3));
+    EXPECT_THAT(next->sent, SizeIs(1));
+    EXPECT_EQ(server->pairedCount(), 1U);
+}
+
 TEST_F(ProtocolServerTest, JoiningWaitsUntilAllConnectionsHaveEnded) {
     connectPaired();
     server->cancelAll();
     EXPECT_EQ(server->connectionCount(), 1U);
-    EXPECT_TRUE(clock.run(io, server->join(clock, std::chrono::seconds(1))));
+    EXPECT_TRUE(clock.run(io, server->join(std::chrono::seconds(1))));
     EXPECT_EQ(server->connectionCount(), 0U);
 }
 
@@ -284,7 +405,7 @@ TEST_F(ProtocolServerTest, JoiningGivesUpOnARequestThatTakesTooLong) {
     settle();
     server->cancelAll();
     const auto begin = clock.now();
-    EXPECT_FALSE(clock.run(io, server->join(clock, std::chrono::milliseconds(300))));
+    EXPECT_FALSE(clock.run(io, server->join(std::chrono::milliseconds(300))));
     EXPECT_EQ(clock.now() - begin, std::chrono::milliseconds(300));
 }
 

@@ -57,13 +57,18 @@ struct ProtocolSessionTest : testing::Test {
     std::shared_ptr<LoadedScript> loadedScript = std::make_shared<LoadedScript>();
     std::map<std::string, Coordinate> fixes;
     std::shared_ptr<PairingManager> pairing = std::make_shared<PairingManager>(std::nullopt);
+    std::shared_ptr<PairingGuard> guard = std::make_shared<PairingGuard>(io.get_executor(), clock);
+    std::shared_ptr<Allowance> names = std::make_shared<Allowance>(ProtocolLimits::namesInAll);
     std::shared_ptr<ProtocolSession> session = newSession();
 
+    ProtocolSession::Services services(MakeFixResolver makeFixResolver) {
+        return {pairing, guard,   backend, recording, loadedScript, std::move(makeFixResolver),
+                names,   workers, workers};
+    }
+
     std::shared_ptr<ProtocolSession> newSession() {
-        return std::make_shared<ProtocolSession>(
-            pairing, backend, recording, loadedScript,
-            [this](const auto&) { return [this](const std::string& ident) { return resolve(ident); }; },
-            workers, workers);
+        return std::make_shared<ProtocolSession>(services(
+            [this](const auto&) { return [this](const std::string& ident) { return resolve(ident); }; }));
     }
 
     std::optional<Coordinate> resolve(const std::string& ident) const {
@@ -139,7 +144,13 @@ TEST_F(ProtocolSessionTest, ARefusalIsAReplyAndLeavesThingsAsTheyAre) {
 TEST_F(ProtocolSessionTest, PairingAgainReplacesTheToken) {
     const auto first = json(R"({"type":"pair"})");
     const auto second = json(R"({"type":"pair"})");
-    EXPECT_NE(first.at("data").at("session_token"), second.at("data").at("session_token"));
+    const std::string old(first.at("data").at("session_token").as_string());
+    const std::string present(second.at("data").at("session_token").as_string());
+    EXPECT_NE(old, present);
+    EXPECT_FALSE(pairing->isValidToken(old));
+    EXPECT_TRUE(pairing->isValidToken(present));
+    session.reset();
+    EXPECT_FALSE(pairing->isValidToken(present));
 }
 
 TEST_F(ProtocolSessionTest, ANewPasswordUnpairsNobody) {
@@ -386,8 +397,9 @@ struct ScriptsSideBySideTest : ProtocolSessionTest {
     std::optional<std::string> firstAnswer;
 
     std::shared_ptr<ProtocolSession> sessionWithSlowFix() {
-        return std::make_shared<ProtocolSession>(pairing, backend, recording, loadedScript,
-                                                 slow.makeResolver(), workers, scriptWorkers);
+        return std::make_shared<ProtocolSession>(ProtocolSession::Services{pairing, guard, backend, recording,
+                                                                           loadedScript, slow.makeResolver(),
+                                                                           names, workers, scriptWorkers});
     }
 
     ScriptsSideBySideTest() {
@@ -563,19 +575,74 @@ TEST_F(ProtocolSessionTest, AFailedNameStaysSubscribedAndCostsThePushes) {
     EXPECT_EQ(push(), R"({"type":"dataref_subscribe_values","data":{"bad":2,"good":1,"later":3}})");
 }
 
-TEST_F(ProtocolSessionTest, ANameThatIsTooLongIsCutBeforeItIsLookedFor) {
+TEST_F(ProtocolSessionTest, ANameThatIsTooLongIsRefusedWithTheWholeRequest) {
     pair();
-    const std::string longest(longestName, 'x');
-    const std::string message = R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":")";
-    EXPECT_EQ(reply(message + longest + "y\"}]}}"), error("timeout(\\\"" + longest + "\\\")"));
-    EXPECT_EQ(reply(message + longest.substr(1) + "\u00E9\"}]}}"),
-              error("timeout(\\\"" + longest.substr(1) + "\\\")"));
-    backend->calls.clear();
-    reply(R"({"type":"run_command","params":{"name":")" + longest + "y\"}}");
+    const std::string longest(ProtocolLimits::nameSize, 'x');
+    const auto refused = error(R"(limitExceeded(\"a name may have 1024 bytes at most\"))");
+    const auto named = [&](const std::string& name) { return R"({"name":")" + name + R"(","value":1})"; };
+    const auto request = [](const std::string& type, const std::string& list) {
+        return R"({"type":")" + type + R"(","params":{"datarefs":[)" + list + "]}}";
+    };
+    for (const char* type : {"dataref_subscribe_values", "dataref_set_values"})
+        EXPECT_EQ(reply(request(type, named("good") + "," + named(longest + "y"))), refused);
+    EXPECT_EQ(reply(R"({"type":"run_command","params":{"name":")" + longest + "y\"}}"), refused);
+    EXPECT_TRUE(backend->calls.empty());
+    EXPECT_FALSE(push());
+    backend->datarefs = {{longest, 1}};
+    EXPECT_EQ(reply(request("dataref_set_values", named(longest))),
+              R"({"type":"dataref_set_values","data":{"ok":true}})");
+}
+
+TEST_F(ProtocolSessionTest, APathThatIsTooLongIsCutBeforeItIsLookedFor) {
+    pair();
+    const std::string longest(longestPath, 'x');
     reply(R"({"type":"load_flight","params":{"path":")" + longest + "y\"}}");
-    reply(R"({"type":"dataref_set_values","params":{"datarefs":[{"value":1,"name":")" + longest + "y\"}]}}");
-    EXPECT_THAT(backend->calls, ElementsAre("runCommand " + longest, "loadFlight " + longest,
-                                            "setDataref " + longest + " 1.000000"));
+    reply(R"({"type":"load_flight","params":{"path":")" + longest.substr(1) + "\u00E9\"}}");
+    EXPECT_THAT(backend->calls, ElementsAre("loadFlight " + longest, "loadFlight " + longest.substr(1)));
+}
+
+std::vector<std::string> numberedNames(std::size_t from, std::size_t count) {
+    std::vector<std::string> result;
+    for (std::size_t i = from; i < from + count; ++i)
+        result.push_back("name/" + std::to_string(i));
+    return result;
+}
+
+TEST_F(ProtocolSessionTest, ASessionSubscribesToSoManyNames) {
+    using ProtocolLimits::namesASession;
+    session->addSubscriptions(numberedNames(0, namesASession - 1));
+    EXPECT_THROW(session->addSubscriptions(numberedNames(namesASession - 2, 3)), ProtocolLimitError);
+    session->addSubscriptions(numberedNames(namesASession - 2, 2)); // of which it has one
+    EXPECT_THROW(session->addSubscriptions({"one more"}), ProtocolLimitError);
+    EXPECT_EQ(names->left(), ProtocolLimits::namesInAll - namesASession);
+    session.reset();
+    EXPECT_EQ(names->left(), ProtocolLimits::namesInAll);
+}
+
+TEST_F(ProtocolSessionTest, AllSessionsTogetherSubscribeToSoManyNames) {
+    names = std::make_shared<Allowance>(5);
+    const auto first = newSession();
+    auto second = newSession();
+    first->addSubscriptions({"a", "b", "c"});
+    EXPECT_THROW(second->addSubscriptions({"a", "b", "c"}), ProtocolLimitError);
+    second->addSubscriptions({"a", "b"});
+    second.reset();
+    first->addSubscriptions({"d", "e"});
+    EXPECT_THROW(first->addSubscriptions({"f"}), ProtocolLimitError);
+}
+
+TEST_F(ProtocolSessionTest, TooManyNamesAreOneErrorAndTheConnectionStays) {
+    pair();
+    names = std::make_shared<Allowance>(1);
+    session = newSession();
+    pair();
+    backend->datarefs = {{"a", 1}, {"b", 2}};
+    EXPECT_EQ(
+        reply(R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"a"},{"name":"b"}]}})"),
+        error(R"(limitExceeded(\"all connections together may subscribe to 50000 datarefs at most\"))"));
+    EXPECT_FALSE(push());
+    EXPECT_EQ(reply(R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"a"}]}})"),
+              R"({"type":"dataref_subscribe_values","data":{"a":1}})");
 }
 
 TEST_F(ProtocolSessionTest, SubscriptionsAddUpInOrder) {

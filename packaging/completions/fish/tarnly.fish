@@ -11,6 +11,8 @@ complete -c tarnly -l nav-db -r -F -d 'The navigation database with the fixes of
 complete -c tarnly -l situations -x -a '(__fish_complete_directories)' -d 'The folder of situations'
 complete -c tarnly -l status-file -r -F -d 'Keep a file that tells how the companion stands'
 complete -c tarnly -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnly -l max-clients -x -d 'The most connections at once'
+complete -c tarnly -l allow-origin -x -d 'Let the web pages of one origin use the companion'
 complete -c tarnly -l status -d 'Print how the companion stands, and exit'
 complete -c tarnly -s h -l help -d 'Print a summary of the options'
 complete -c tarnly -l version -d 'Print the version'

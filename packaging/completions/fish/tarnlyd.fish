@@ -10,6 +10,8 @@ complete -c tarnlyd -l nav-db -r -F -d 'The navigation database with the fixes o
 complete -c tarnlyd -l situations -x -a '(__fish_complete_directories)' -d 'The folder of situations'
 complete -c tarnlyd -l status-file -r -F -d 'Keep a file that tells how the companion stands'
 complete -c tarnlyd -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnlyd -l max-clients -x -d 'The most connections at once'
+complete -c tarnlyd -l allow-origin -x -d 'Let the web pages of one origin use the companion'
 complete -c tarnlyd -l status -d 'Print how the companion stands, and exit'
 complete -c tarnlyd -s h -l help -d 'Print a summary of the options'
 complete -c tarnlyd -l version -d 'Print the version'
