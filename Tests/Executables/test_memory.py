@@ -1,9 +1,11 @@
 """The memory of the companion: what long messages take goes back to the system."""
 
+import contextlib
 import json
 import time
 
 import pytest
+import websocket_frames as frames
 from harness import wait_until
 
 MEGABYTE = 1 << 20
@@ -70,6 +72,68 @@ def test_what_a_long_message_takes_goes_back(used, kind):
         raw.receive_text()
     raw.close()
     wait_until(lambda: memory(used) < before + KEPT, f"{before + KEPT} bytes", SOON)
+
+
+STRANGERS = 300
+#: What all strangers together may take, in bytes.
+STRANGERS_TAKE = 24 * MEGABYTE
+
+
+def half_a_pair(size, frames_of):
+    """What a stranger sends that takes as much memory as it may, and is never whole."""
+    payload = b'{"type":"pair","params":{"password":"' + b"x" * size
+    pieces = [payload[at:at + frames_of] for at in range(0, len(payload), frames_of)]
+    return b"".join(frames.encode(frames.CONTINUATION if at else frames.TEXT, piece, final=False)
+                    for at, piece in enumerate(pieces))
+
+
+@pytest.mark.parametrize("frames_of", [200, 64_000], ids=["in small frames", "in one frame"])
+def test_what_strangers_take_is_bounded_and_goes_back(used, frames_of):
+    before = memory(used)
+    most = 0
+    for _ in range(3):
+        strangers = []
+        for _ in range(STRANGERS):
+            stranger = used.raw(paired=False)
+            stranger.socket.sendall(half_a_pair(63_900, frames_of))
+            strangers.append(stranger)
+        wait_until(lambda: used.client(), "a client among them")
+        most = max(most, memory(used))
+        for stranger in strangers:
+            stranger.close()
+    assert most - before < STRANGERS_TAKE, f"{(most - before) / MEGABYTE:.1f} MiB"
+    wait_until(lambda: memory(used) < before + 4 * MEGABYTE, f"{before + 4 * MEGABYTE} bytes", SOON)
+
+
+def test_guessers_who_wait_take_little(programs):
+    companion = programs.companion(settings={"password": "secret", "startAtLogin": False})
+    first = companion.client(paired=False)
+    for _ in range(5):
+        first.data("pair", {"password": "guess"})
+    before = memory(companion)
+    long = json.dumps({"type": "pair", "params": {"password": "x" * 65_000}}).encode()
+    peers = [companion.raw(paired=False) for _ in range(STRANGERS)]
+    for peer in peers:
+        with contextlib.suppress(OSError):
+            peer.socket.sendall(b"".join(frames.encode(frames.TEXT, long) for _ in range(20)))
+    time.sleep(1)
+    assert memory(companion) - before < STRANGERS_TAKE
+
+
+def test_pairing_again_and_again_leaves_nothing_behind(used):
+    raw = used.raw()
+    pair = frames.encode(frames.TEXT, b'{"type":"pair"}') * 1000
+
+    def pair_often(thousands):
+        for _ in range(thousands):
+            raw.socket.sendall(pair)
+            for _ in range(1000):
+                raw.receive_text()
+
+    pair_often(5)
+    before = memory(used)
+    pair_often(40)
+    assert memory(used) - before < 2 * MEGABYTE, "128 bytes each would be 5 MB"
 
 
 def test_a_refused_message_leaves_nothing_behind(used):

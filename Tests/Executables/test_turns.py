@@ -39,16 +39,16 @@ def subscribe(companion, text):
 
 def test_a_name_that_is_too_long_holds_up_no_push(watched, turns):
     reply = subscribe(watched, '{"name":"' + "x" * (60 * MEGABYTE) + '"}')
-    assert reply["data"]["message"] == f'unknownDataref("{"x" * 65536}")'
+    assert reply["data"]["message"].startswith("limitExceeded(")
     time.sleep(2)
     assert long_turns(turns, "a push") == []
     assert long_turns(turns, "a client's long message") == []
 
 
 def test_many_names_hold_up_no_push(watched, fake, turns):
-    fake.add("sim/list", [1])
-    names = ",".join(f'{{"name":"sim/list[{"0" * (number % 300)}{number // 300}]"}}' for number in range(100_000))
-    subscribe(watched, names)
+    fake.add("sim/list", [1] * 500)
+    names = ",".join(f'{{"name":"sim/list[{number % 500:0{number // 500 + 3}}]"}}' for number in range(10_000))
+    assert len(subscribe(watched, names)["data"]) == 10_000
     time.sleep(2)
     for about in ("a push", "a client's long message", "values that have been read"):
         assert long_turns(turns, about) == []
