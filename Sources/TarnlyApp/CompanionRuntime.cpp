@@ -144,6 +144,7 @@ void CompanionRuntime::build() {
     configuration.admission = admissionFor(options_);
     configuration.hostName = hostName();
     configuration.allowedOrigins = options_.allowedOrigins;
+    configuration.tell = remark;
     host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
     backend_->onStageChange([this] {
         if (onStageChange) onStageChange();

@@ -18,6 +18,8 @@ CompanionStatus StatusReporter::collect() const {
     status.words = wellFormedUtf8(facts_.words());
     for (const auto& warning : facts_.warnings())
         status.warn(warning);
+    for (const auto& problem : host_.recording().problemsOfEarlier())
+        status.warn(problem);
     status.port = host_.advertiser().advertisedPort();
     status.published = PublicationStatus::of(host_.advertiser().publicationState());
     status.stage = StageStatus::of(backend_.stage(), clock_.now());

@@ -8,6 +8,7 @@
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/Settings.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 namespace {
@@ -36,6 +37,7 @@ int runDaemon(const CompanionOptions& options) {
 int main(int argc, char** argv) {
     try {
         tarnly::keepLittleFreedMemory();
+        tarnly::failBeyondFileSizeLimit();
         const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnlyd, argc, argv);
         if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
             (exit->status == 0 ? std::cout : std::cerr) << exit->text;

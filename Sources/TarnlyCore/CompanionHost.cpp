@@ -58,7 +58,9 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       appVersion_(std::move(configuration.appVersion)),
       port_(configuration.port),
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
-      recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock)),
+      recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock,
+                                                  FlightRecorder::systemTime, RecordingLog::open,
+                                                  std::move(configuration.tell))),
       loadedScript_(std::make_shared<LoadedScript>()),
       freedMemory_(std::make_shared<FreedMemory>(executor, workers, clock)),
       admission_(

@@ -59,6 +59,8 @@ class CompanionHost {
         std::string hostName = "localhost";
         /// Of web pages that may use the companion.
         std::vector<WebOrigin> allowedOrigins{};
+        /// Told when a recording's log cannot be written, and when it can again. Called from other threads.
+        RecordingWriter::Tell tell = [](const std::string&) {};
     };
 
     /// `workers` and `clock` must outlive all that runs on `executor`, and nothing may run there any more

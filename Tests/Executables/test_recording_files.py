@@ -224,17 +224,31 @@ def test_a_recording_of_a_later_second_leaves_the_earlier_log_alone(companion, d
     assert_log_holds(later, client.data("catch_up"))
 
 
-def test_a_recording_started_again_within_the_second_takes_over_the_file(companion, data):
+def test_a_recording_started_again_within_the_second_leaves_the_earlier_log_alone(companion, data):
     client = companion.client()
-    start(client, trigger("now", "after_start", seconds=0)).wait_for_samples(2)
+    held = []
+    for _ in range(3):
+        recorder = start(client, trigger("now", "after_start", seconds=0))
+        recorder.wait_for_samples(1)
+        client.data("recording_stop")
+        held.append(client.data("catch_up"))
+    assert len(logs(data)) == 3
+    for log, everything in zip(sorted(logs(data), key=lambda log: log.stat().st_mtime_ns), held):
+        assert_log_holds(log, everything)
+
+
+def test_an_empty_log_of_the_second_is_used_again(companion, data):
+    client = companion.client()
+    start(client)
     for _ in range(20):
         client.data("recording_start")
     recorder = Recorder(client)
     recorder.wait_for_samples(2)
     client.data("recording_stop")
-    # Twenty starts take less than a second, so that they share names, but a second may end among them.
+    # Twenty starts take less than a second, so that they share names, but a second may end among them, and a sample
+    # come.
     assert len(logs(data)) < 20
-    assert_log_holds(logs(data)[-1], client.data("catch_up"))
+    assert_log_holds(max(logs(data), key=lambda log: log.stat().st_size), client.data("catch_up"))
 
 
 def start_goes_on_in_memory(companion):
@@ -254,19 +268,28 @@ def test_with_a_file_in_place_of_the_folder_recordings_are_in_memory_only(progra
     assert (data / "Recordings").read_text() == "not a folder"
 
 
-def test_when_the_folder_has_gone_recordings_are_in_memory_only(companion, data):
+def test_when_the_folder_has_gone_the_next_recording_makes_it_again(companion, data):
+    client = companion.client()
     (data / "Recordings").rmdir()
-    start_goes_on_in_memory(companion)
+    start(client).wait_for_samples(1)
+    client.data("recording_stop")
+    [log] = logs(data)
+    assert stat.S_IMODE((data / "Recordings").stat().st_mode) == 0o700
+    assert_log_holds(log, client.data("catch_up"))
 
 
-def test_names_that_are_taken_by_folders_leave_recordings_in_memory(companion, data):
+def test_names_that_are_taken_by_folders_are_passed_over(companion, data):
     now = datetime.now(timezone.utc)
     taken = [data / "Recordings" / (now + timedelta(seconds=n)).strftime("session-%Y-%m-%dT%H%M%SZ.jsonl")
              for n in range(-1, 300)]
     for folder in taken:
         folder.mkdir()
-    start_goes_on_in_memory(companion)
-    assert logs(data) == taken and all(folder.is_dir() for folder in taken)
+    client = companion.client()
+    start(client).wait_for_samples(1)
+    client.data("recording_stop")
+    assert all(folder.is_dir() for folder in taken)
+    [log] = [log for log in logs(data) if log.is_file()]
+    assert_log_holds(log, client.data("catch_up"))
 
 
 # A slow disk

@@ -12,6 +12,7 @@
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
+#include "TarnlyPlatform/Files/File.hpp"
 
 namespace tarnly {
 namespace {
@@ -64,6 +65,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
 int main(int argc, char** argv) {
     try {
         tarnly::keepLittleFreedMemory();
+        tarnly::failBeyondFileSizeLimit();
         const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnly, argc, argv);
         if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
             (exit->status == 0 ? std::cout : std::cerr) << exit->text;

@@ -76,6 +76,7 @@ RecordingStatus RecordingStatus::of(const FlightRecorder::Progress& progress) {
     status.samples = static_cast<std::int64_t>(progress.samples);
     if (progress.lastSampleAge) status.lastSampleAgeSeconds = tenths(*progress.lastSampleAge);
     status.runningSeconds = tenths(progress.runningFor);
+    if (!progress.problem.empty()) status.problem = wellFormedUtf8(progress.problem);
     return status;
 }
 
@@ -104,7 +105,8 @@ std::string clientsSentence(const ClientsStatus& clients) {
 std::string recordingSentence(const std::optional<RecordingStatus>& recording) {
     if (!recording) return "No recording is running.";
     const auto duration = "Recording for " + durationText(recording->runningSeconds);
-    return duration + (recording->samples == 0 ? ", no samples yet." : ".");
+    const auto sentence = duration + (recording->samples == 0 ? ", no samples yet." : ".");
+    return recording->problem ? sentence + " " + *recording->problem : sentence;
 }
 
 std::string warningSentences(const CompanionStatus& status) {

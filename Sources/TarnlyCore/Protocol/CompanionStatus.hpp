@@ -73,6 +73,8 @@ struct RecordingStatus {
     /// Absent before the first one.
     std::optional<double> lastSampleAgeSeconds;
     double runningSeconds = 0;
+    /// Why the log is not being written, and the cure: whole sentences. Absent while all is well.
+    std::optional<std::string> problem;
 
     static RecordingStatus of(const FlightRecorder::Progress& progress);
 
@@ -80,7 +82,8 @@ struct RecordingStatus {
     static constexpr auto fields() {
         return std::tuple(field("file", &RecordingStatus::file), field("samples", &RecordingStatus::samples),
                           field("last_sample_age_s", &RecordingStatus::lastSampleAgeSeconds),
-                          field("running_for_s", &RecordingStatus::runningSeconds));
+                          field("running_for_s", &RecordingStatus::runningSeconds),
+                          field("problem", &RecordingStatus::problem));
     }
 };
 
@@ -127,7 +130,8 @@ std::string publicationSentence(const PublicationStatus& published);
 /// "No client is paired.", "1 client is paired.", "2 clients are paired."
 std::string clientsSentence(const ClientsStatus& clients);
 
-/// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05."
+/// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05.", and why its
+/// log is not being written.
 std::string recordingSentence(const std::optional<RecordingStatus>& recording);
 
 /// What is not as it should be, all in one; empty while all is well.

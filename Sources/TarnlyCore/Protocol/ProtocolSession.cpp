@@ -26,6 +26,9 @@ constexpr std::size_t bytesPerValue = 64;
 /// hangs does not keep the recording from beginning.
 constexpr auto fileLimit = std::chrono::milliseconds(250);
 
+/// How long at its end, for a disk that hangs: as long as the program's own end.
+constexpr auto stopLimit = std::chrono::seconds(10);
+
 template <typename Params>
 Params requireParams(Request& request, const char* complaint) {
     auto params = request.take<Params>();
@@ -315,7 +318,7 @@ Task<Reply> ProtocolSession::startRecording(SharedRequest request) {
 
 Task<Reply> ProtocolSession::stopRecording(SharedRequest request) {
     services_.recording->stop();
-    co_await services_.recording->written();
+    co_await services_.recording->written(stopLimit);
     co_return replyTo(*request, OkPayload{});
 }
 

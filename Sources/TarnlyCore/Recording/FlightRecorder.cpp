@@ -25,11 +25,11 @@ std::chrono::sys_seconds FlightRecorder::systemTime() {
 }
 
 FlightRecorder::FlightRecorder(std::filesystem::path directory, Clock& clock, WallClock wallClock,
-                               RecordingWriter::OpenLog openLog)
+                               RecordingWriter::OpenLog openLog, RecordingWriter::Tell tell)
     : directory_(std::move(directory)),
       clock_(clock),
       wallClock_(std::move(wallClock)),
-      writer_(std::move(openLog)) {
+      writer_(std::move(openLog), std::move(tell)) {
     createPrivateFolders(directory_);
 }
 
@@ -38,16 +38,16 @@ FlightRecorder::FlightRecorder(std::filesystem::path directory, Clock& clock, Wa
 
 void FlightRecorder::start() {
     auto file = directory_ / RecordingLog::fileName(wallClock_());
-    auto name = std::make_shared<Guarded<std::string>>();
+    auto account = std::make_shared<Guarded<LogInProgress::Account>>();
     auto track = std::make_shared<Track>();
     state_.with([&](State& state) {
         increase(generation_);
         state.track.swap(track);
-        state.file = name;
+        state.account = account;
         state.startTime = clock_.now();
         state.lastSampleTime.reset();
         isRecording_ = true;
-        writer_.begin(std::move(file), std::move(name));
+        writer_.begin(std::move(file), std::move(account));
     });
     writer_.letGo(std::move(track));
 }
@@ -79,16 +79,19 @@ std::optional<std::chrono::nanoseconds> FlightRecorder::runningFor() const {
 }
 
 std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
-    RecordingWriter::FileName file;
+    RecordingWriter::SharedAccount account;
     auto progress = state_.with([&](const State& state) -> std::optional<Progress> {
         if (!state.startTime) return std::nullopt;
-        file = state.file;
+        account = state.account;
         const auto now = clock_.now();
-        Progress result{{}, now - *state.startTime, state.track->samples.size(), std::nullopt};
+        Progress result{{}, now - *state.startTime, state.track->samples.size(), std::nullopt, {}};
         if (state.lastSampleTime) result.lastSampleAge = now - *state.lastSampleTime;
         return result;
     });
-    if (progress) progress->file = file->copy();
+    if (!progress) return progress;
+    auto told = account->copy();
+    progress->file = std::move(told.file);
+    progress->problem = std::move(told.problem);
     return progress;
 }
 

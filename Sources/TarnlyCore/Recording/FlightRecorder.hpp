@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Recording/GrowingList.hpp"
@@ -26,7 +27,7 @@ namespace tarnly {
 ///
 /// One per host, shared by the sessions and the sampling loop. Safe from any thread. The order of the log is
 /// the order in memory; the recorder thread writes it, behind which nobody here waits. Nothing here fails: a
-/// recording whose file cannot be written goes on in memory.
+/// recording whose file cannot be written goes on in memory, from which the file is completed later.
 class FlightRecorder {
   public:
     /// Tells the time in UTC.
@@ -35,22 +36,24 @@ class FlightRecorder {
     static std::chrono::sys_seconds systemTime();
 
     /// Creates `directory`, with the folders above it, for its owner only where they are missing.
-    /// `clock` tells for how long a recording has been running; it outlives the recorder.
-    FlightRecorder(std::filesystem::path directory, Clock& clock, WallClock wallClock = systemTime,
-                   RecordingWriter::OpenLog openLog = RecordingLog::createFile);
+    /// `clock` tells for how long a recording has been running; it outlives the recorder. `tell` hears when a
+    /// log cannot be written, and when it can again; it is called from other threads.
+    FlightRecorder(
+        std::filesystem::path directory, Clock& clock, WallClock wallClock = systemTime,
+        RecordingWriter::OpenLog openLog = RecordingLog::open,
+        RecordingWriter::Tell tell = [](const std::string&) {});
 
     FlightRecorder(const FlightRecorder&) = delete;
     FlightRecorder& operator=(const FlightRecorder&) = delete;
 
-    /// Begins a new, empty recording with a new log file, whether one was running or not. A recording that
-    /// was started within the same second loses its file to the new one.
+    /// Begins a new, empty recording with a new log file, whether one was running or not.
     void start();
 
     /// What was recorded stays until the next start.
     void stop();
 
-    /// Waits until all that was recorded so far stands in its file; for `limit` at most. The recorder
-    /// outlives the waiting.
+    /// Waits until all that was recorded so far stands in its file, or the disk has refused it; for `limit`
+    /// at most. The recorder outlives the waiting.
     Task<> written();
     Task<> written(Clock::Duration limit);
 
@@ -86,10 +89,15 @@ class FlightRecorder {
         std::size_t samples;
         /// Absent before the first one.
         std::optional<std::chrono::nanoseconds> lastSampleAge;
+        /// Why the log is not being written, and the cure: whole sentences. Empty while all is well.
+        std::string problem;
     };
 
     /// Absent outside a recording.
     std::optional<Progress> progress() const;
+
+    /// What logs of earlier recordings lack, and the cure: whole sentences.
+    std::vector<std::string> problemsOfEarlier() const { return writer_.problemsOfEarlier(); }
 
     /// How many times a recording was started.
     std::int64_t generation() const { return generation_; }
@@ -108,7 +116,7 @@ class FlightRecorder {
         /// Absent outside a recording.
         std::optional<Clock::TimePoint> startTime;
         /// Of the present or the last recording.
-        RecordingWriter::FileName file;
+        RecordingWriter::SharedAccount account;
         /// When the last sample was taken.
         std::optional<Clock::TimePoint> lastSampleTime;
     };

@@ -1,6 +1,7 @@
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <string_view>
 #include <utility>
@@ -12,16 +13,39 @@
 namespace tarnly {
 namespace {
 
+/// More than anybody begins in one second.
+constexpr int mostNames = 10'000;
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
 class FileSink final : public LogSink {
   public:
-    explicit FileSink(File file) : file_(std::move(file)) {}
+    FileSink(File file, std::filesystem::path path) : file_(std::move(file)), path_(std::move(path)) {}
 
-    std::size_t write(std::string_view text) override { return file_.write(text); }
-    void flush() override { file_.flushContent(); }
+    std::error_code write(std::size_t place, std::string_view text) override {
+        return file_.writeAt(place, text) == text.size() ? std::error_code() : lastError();
+    }
+    std::error_code flush() override { return file_.flushContent() ? std::error_code() : lastError(); }
+    bool isInPlace(std::size_t size) const override { return file_.isAt(path_) && file_.size() >= size; }
 
   private:
     const File file_;
+    const std::filesystem::path path_;
 };
+
+/// "session-2026-11-16T010938Z-2.jsonl"
+std::filesystem::path numbered(const std::filesystem::path& file, int number) {
+    if (number == 1) return file;
+    const auto name = file.stem().string() + "-" + std::to_string(number) + file.extension().string();
+    return file.parent_path() / name;
+}
+
+/// Not open where there is anything else.
+File openUnused(const std::filesystem::path& file) {
+    auto opened = File::open(file, File::Mode::rewrite);
+    if (!opened.isOpen() || opened.size() != 0 || !opened.closeToOthers()) return {};
+    return opened;
+}
 
 std::optional<LogLine> parse(std::string_view text) {
     try {
@@ -59,22 +83,21 @@ std::string RecordingLog::fileName(std::chrono::sys_seconds startTime) {
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
-std::unique_ptr<LogSink> RecordingLog::createFile(const std::filesystem::path& file) {
-    auto created = createFreshPrivateFile(file);
-    if (!created.isOpen()) return nullptr;
-    return std::make_unique<FileSink>(std::move(created));
-}
-
-void RecordingLog::append(std::string_view lines) {
-    if (lines.empty()) return;
-    if (endsWithLineFeed_) return write(lines);
-    // A line that was cut short stays alone, lest it spoil these.
-    write(std::string("\n").append(lines));
-}
-
-void RecordingLog::write(std::string_view text) {
-    const auto written = sink_->write(text);
-    if (written > 0) endsWithLineFeed_ = text[written - 1] == '\n';
+OpenedLog RecordingLog::open(const std::filesystem::path& file, MissingFolder missing) {
+    if (missing == MissingFolder::make) createPrivateFolders(file.parent_path());
+    for (int number = 1; number <= mostNames; ++number) {
+        const auto path = numbered(file, number);
+        auto opened = File::open(path, File::Mode::create);
+        if (!opened.isOpen()) {
+            if (errno != EEXIST) return {nullptr, path, lastError()};
+            opened = openUnused(path);
+        }
+        // One that is empty may yet be written: its disk may be full, or its recording have no samples.
+        if (!opened.isOpen() || opened.tryLock() == File::Lock::heldByAnother) continue;
+        if (opened.size() != 0) continue;
+        return {std::make_unique<FileSink>(std::move(opened), path), path, {}};
+    }
+    return {nullptr, file, std::make_error_code(std::errc::file_exists)};
 }
 
 std::optional<LogLine> RecordingLogReader::next() {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
@@ -36,47 +37,45 @@ struct LogLine {
     }
 };
 
-/// Where a log is written to: the file, or what a test puts in its place.
+/// Where a log is written to: the file, or what a test puts in its place. Belongs to the recorder thread.
 class LogSink {
   public:
     virtual ~LogSink() = default;
 
-    /// How many bytes of `text` it took: fewer than all when the disk is full or fails.
-    virtual std::size_t write(std::string_view text) = 0;
+    /// Writes `text` at `place`, in bytes from the log's start, over what an attempt before may have left
+    /// there. After an error any part of it may stand there.
+    virtual std::error_code write(std::size_t place, std::string_view text) = 0;
 
     /// Waits until the disk has what was written.
-    virtual void flush() = 0;
+    virtual std::error_code flush() = 0;
+
+    /// Whether the log still stands where it was opened, with `size` bytes at least.
+    virtual bool isInPlace(std::size_t size) const = 0;
 };
 
-/// The log file of one recording, open for writing: JSON lines, as docs/recording-format.md describes them.
-///
-/// Nothing is buffered here: lines have left the process when `append` returns, so that whatever ends the
-/// process afterwards cannot take them back. Belongs to the recorder thread.
-class RecordingLog {
-  public:
+/// A log that is open for writing, or why there is none.
+struct OpenedLog {
+    /// Null after an error.
+    std::unique_ptr<LogSink> sink;
+    /// The path that it has got, or should have.
+    std::filesystem::path file;
+    std::error_code error;
+};
+
+enum class MissingFolder { make, leave };
+
+/// The file of a recording: JSON lines, as docs/recording-format.md describes them.
+struct RecordingLog {
     /// For example "session-2026-11-16T010938Z.jsonl": the time in UTC, without the colons, which not every
     /// file system takes.
     static std::string fileName(std::chrono::sys_seconds startTime);
 
-    /// A new empty file, for its owner only, in place of whatever file was there; null when that is not
-    /// possible.
-    static std::unique_ptr<LogSink> createFile(const std::filesystem::path& file);
-
-    /// `sink` is not null.
-    explicit RecordingLog(std::unique_ptr<LogSink> sink) : sink_(std::move(sink)) {}
-
-    /// Writes whole lines, each with its line feed, by one write: between two a kill would tear them apart. A
-    /// disk that is full or fails costs these lines and no others.
-    void append(std::string_view lines);
-
-    void flush() { sink_->flush(); }
-
-  private:
-    void write(std::string_view text);
-
-    std::unique_ptr<LogSink> sink_;
-    /// False while the end of the file is a line that could not be written to its end.
-    bool endsWithLineFeed_ = true;
+    /// An empty file, for its owner only: a new one, or one of that name that is empty and in nobody's use.
+    /// Where there is another, which is never touched, the name gets a number: "session-…Z-2.jsonl".
+    ///
+    /// Nothing is buffered: what is written has left the process, so that whatever ends it afterwards cannot
+    /// take it back.
+    static OpenedLog open(const std::filesystem::path& file, MissingFolder missing);
 };
 
 /// Reads a recording's log line by line, from a stream that outlives the reader.

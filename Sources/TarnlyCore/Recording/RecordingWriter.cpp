@@ -1,16 +1,14 @@
 #include "TarnlyCore/Recording/RecordingWriter.hpp"
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <list>
 #include <mutex>
 #include <optional>
-#include <string_view>
-#include <system_error>
 #include <utility>
 #include <variant>
-
-#include "TarnlyCore/Recording/FiredEvent.hpp"
 
 namespace tarnly {
 namespace {
@@ -20,12 +18,15 @@ using SteadyClock = std::chrono::steady_clock;
 /// How long the end of the program waits for a disk.
 constexpr auto patience = std::chrono::seconds(10);
 
-/// When so much waits, it is written before more is encoded.
-constexpr std::size_t bytesAtOnce = 1024 * 1024;
+/// After so long it says that it waits.
+constexpr auto quietPatience = std::chrono::seconds(1);
+
+/// How many logs of earlier recordings may wait for a disk; more would take too much memory.
+constexpr std::size_t mostWaiting = 4;
 
 struct Begin {
     std::filesystem::path file;
-    RecordingWriter::FileName name;
+    RecordingWriter::SharedAccount account;
 };
 struct End {};
 struct Notify {
@@ -36,40 +37,13 @@ struct LetGo {
 };
 using Order = std::variant<Begin, RecordingWriter::Batch, End, Notify, LetGo>;
 
-/// Empty where the system cannot tell.
-std::string absoluteText(const std::filesystem::path& file) {
-    std::error_code error;
-    return std::filesystem::absolute(file, error).string();
-}
-
-/// A line that has no JSON form is left out.
-template <typename Record>
-void appendLine(std::string& lines, std::string_view kind, const Record& record) {
-    try {
-        JsonWriter writer;
-        writer.beginObject();
-        writer.key("kind");
-        writer.string(kind);
-        writeField(writer, kind, record);
-        writer.endObject();
-        lines.append(writer.take()).append("\n");
-    } catch (const JsonError&) {
-    }
-}
-
-void appendLines(std::string& lines, const RecordingWriter::Batch& batch) {
-    appendLine(lines, LogLine::sampleKind, batch.sample.unpacked());
-    for (std::size_t place = 0; place < batch.fired.size(); ++place)
-        appendLine(lines, LogLine::firedKind, eventOf(batch.fired, place));
-}
-
 } // namespace
 
 /// What the two sides share, and what the thread does.
 class RecordingWriter::Room {
   public:
-    Room(OpenLog openLog, std::chrono::nanoseconds flushInterval)
-        : openLog_(std::move(openLog)), flushInterval_(flushInterval) {}
+    Room(OpenLog openLog, Tell tell, Pauses pauses)
+        : openLog_(std::move(openLog)), tell_(std::move(tell)), pauses_(pauses) {}
 
     void hand(Order order) {
         const std::lock_guard lock(mutex_);
@@ -82,40 +56,54 @@ class RecordingWriter::Room {
         std::unique_lock lock(mutex_);
         isClosing_ = true;
         changed_.notify_all();
-        return changed_.wait_for(lock, patience, [&] { return hasEnded_; });
+        const auto hasEnded = [&] { return hasEnded_; };
+        if (changed_.wait_for(lock, quietPatience, hasEnded)) return true;
+        tell_("Waiting for the disk to take the recording, for ten seconds at most.");
+        if (changed_.wait_for(lock, patience - quietPatience, hasEnded)) return true;
+        tell_("The disk has not taken the recording: what was recorded last is lost.");
+        return false;
     }
+
+    std::vector<std::string> problemsOfEarlier() const { return problemsOfEarlier_.copy(); }
 
     /// The thread.
     void run() {
         while (auto orders = next()) {
             for (auto& order : *orders)
-                tryTo(order);
-            attempt([this] {
-                writeLines();
-                flushWhenDue();
-            });
+                // What fails, for lack of memory say, is lost alone, and ends neither thread nor program.
+                attempt([&] { std::visit([&](auto& known) { carryOut(known); }, order); });
+            attempt([this] { workOn(LogInProgress::Patience::pauses); });
         }
-        attempt([this] { closeLog(); });
+        attempt([this] { finishLogs(); });
         const std::lock_guard lock(mutex_);
         hasEnded_ = true;
         changed_.notify_all();
     }
 
   private:
-    /// All that waits, which is nothing when it is time to flush; absent at the end.
+    /// All that waits, which is nothing when it is time to look after a log; absent at the end.
     std::optional<std::deque<Order>> next() {
+        const auto due = nextDue();
         std::unique_lock lock(mutex_);
         const auto isAwake = [&] { return isClosing_ || !orders_.empty(); };
-        if (isFlushed_) {
-            changed_.wait(lock, isAwake);
+        if (due) {
+            changed_.wait_until(lock, *due, isAwake);
         } else {
-            changed_.wait_until(lock, flushDue_, isAwake);
+            changed_.wait(lock, isAwake);
         }
         if (isClosing_ && orders_.empty()) return std::nullopt;
         return std::exchange(orders_, {});
     }
 
-    /// A step that fails, for lack of memory say, ends neither thread nor program.
+    std::optional<SteadyClock::time_point> nextDue() const {
+        std::optional<SteadyClock::time_point> earliest;
+        for (const auto& log : logs_) {
+            const auto due = log.due();
+            if (due && (!earliest || *due < *earliest)) earliest = due;
+        }
+        return earliest;
+    }
+
     static void attempt(const auto& step) {
         try {
             step();
@@ -123,69 +111,70 @@ class RecordingWriter::Room {
         }
     }
 
-    /// What fails, for lack of memory say, is lost alone.
-    void tryTo(Order& order) {
-        const auto whole = lines_.size();
-        try {
-            std::visit([&](auto& known) { carryOut(known); }, order);
-        } catch (const std::exception&) {
-            if (lines_.size() > whole) lines_.resize(whole);
+    void carryOut(Begin& order) {
+        carryOut(End());
+        // The one before is written before this one has its file.
+        attempt([this] { workOn(LogInProgress::Patience::none); });
+        while (logs_.size() > mostWaiting) {
+            logs_.front().giveUp();
+            logs_.pop_front();
         }
+        logs_.emplace_back(openLog_, std::move(order.file), std::move(order.account), pauses_, tell_);
+        logs_.back().write(SteadyClock::now());
     }
-
-    void carryOut(const Begin& order) {
-        closeLog();
-        auto sink = openLog_(order.file);
-        if (!sink) return;
-        log_.emplace(std::move(sink));
-        order.name->with([&](std::string& name) { name = absoluteText(order.file); });
+    void carryOut(RecordingWriter::Batch& order) {
+        if (!logs_.empty()) logs_.back().add(std::move(order));
     }
-    void carryOut(const Batch& order) {
-        if (!log_ || isLogEnding_) return;
-        appendLines(lines_, order);
-        if (lines_.size() >= bytesAtOnce) writeLines();
+    void carryOut(const End& /*order*/) {
+        if (!logs_.empty()) logs_.back().end();
     }
-    void carryOut(const End&) { isLogEnding_ = true; }
     void carryOut(const Notify& order) {
-        attempt([this] { writeLines(); });
+        attempt([this] { writeLogs(LogInProgress::Patience::none); });
         order.done(); // somebody waits for it
     }
     void carryOut(LetGo& order) { order.memory.reset(); }
 
-    void writeLines() {
-        if (lines_.empty()) return;
-        log_->append(lines_);
-        lines_.clear();
-        if (lines_.capacity() > bytesAtOnce) lines_.shrink_to_fit();
-        if (std::exchange(isFlushed_, false)) flushDue_ = SteadyClock::now() + flushInterval_;
+    void writeLogs(LogInProgress::Patience patience) {
+        for (auto& log : logs_)
+            attempt([&] { log.write(SteadyClock::now(), patience); });
+        tellOfEarlier();
     }
 
     /// Who waits for a recording's end has been answered by now.
-    void flushWhenDue() {
-        if (isLogEnding_) return closeLog();
-        if (!isFlushed_ && SteadyClock::now() >= flushDue_) flush();
+    void workOn(LogInProgress::Patience patience) {
+        writeLogs(patience);
+        for (auto& log : logs_)
+            attempt([&] { log.flushWhenDue(SteadyClock::now(), patience); });
+        std::erase_if(logs_, [](const LogInProgress& log) { return log.isWhole(); });
+        tellOfEarlier();
     }
 
-    void flush() {
-        if (!std::exchange(isFlushed_, true)) log_->flush();
+    void tellOfEarlier() {
+        std::vector<std::string> problems;
+        for (const auto& log : logs_) {
+            auto problem = log.isEnding() ? log.problem() : std::string();
+            if (!problem.empty()) problems.push_back(std::move(problem));
+        }
+        problemsOfEarlier_.with([&](auto& told) { told.swap(problems); });
     }
 
-    void closeLog() {
-        writeLines();
-        flush();
-        log_.reset();
-        isLogEnding_ = false;
+    void finishLogs() {
+        carryOut(End());
+        attempt([this] { workOn(LogInProgress::Patience::none); });
+        for (auto& log : logs_)
+            log.giveUp();
+        logs_.clear();
     }
 
+    // Constant after construction
     const OpenLog openLog_;
-    const std::chrono::nanoseconds flushInterval_;
+    const Tell tell_;
+    const Pauses pauses_;
 
-    // The thread's own
-    std::optional<RecordingLog> log_;
-    std::string lines_;
-    bool isLogEnding_ = false;
-    bool isFlushed_ = true;
-    SteadyClock::time_point flushDue_;
+    /// The thread's own: those that wait for their disk, the oldest first, and the running one.
+    std::list<LogInProgress> logs_;
+
+    Guarded<std::vector<std::string>> problemsOfEarlier_;
 
     // State below is protected by the mutex
     std::mutex mutex_;
@@ -195,8 +184,8 @@ class RecordingWriter::Room {
     bool hasEnded_ = false;
 };
 
-RecordingWriter::RecordingWriter(OpenLog openLog, std::chrono::nanoseconds flushInterval)
-    : room_(std::make_shared<Room>(std::move(openLog), flushInterval)),
+RecordingWriter::RecordingWriter(OpenLog openLog, Tell tell, Pauses pauses)
+    : room_(std::make_shared<Room>(std::move(openLog), std::move(tell), pauses)),
       thread_([room = room_] { room->run(); }) {}
 
 RecordingWriter::~RecordingWriter() {
@@ -207,8 +196,8 @@ RecordingWriter::~RecordingWriter() {
     }
 }
 
-void RecordingWriter::begin(std::filesystem::path file, FileName name) {
-    room_->hand(Begin{std::move(file), std::move(name)});
+void RecordingWriter::begin(std::filesystem::path file, SharedAccount account) {
+    room_->hand(Begin{std::move(file), std::move(account)});
 }
 
 void RecordingWriter::write(Batch batch) { room_->hand(std::move(batch)); }
@@ -216,6 +205,8 @@ void RecordingWriter::write(Batch batch) { room_->hand(std::move(batch)); }
 void RecordingWriter::end() { room_->hand(End{}); }
 
 void RecordingWriter::notify(std::function<void()> done) { room_->hand(Notify{std::move(done)}); }
+
+std::vector<std::string> RecordingWriter::problemsOfEarlier() const { return room_->problemsOfEarlier(); }
 
 void RecordingWriter::letGo(std::shared_ptr<const void> memory) { room_->hand(LetGo{std::move(memory)}); }
 

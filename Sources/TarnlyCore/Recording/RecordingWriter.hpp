@@ -1,59 +1,58 @@
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
-#include "TarnlyCore/Recording/PackedSample.hpp"
-#include "TarnlyCore/Recording/RecordingLog.hpp"
-#include "TarnlyCore/Script/FiredTriggers.hpp"
-#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyCore/Recording/LogInProgress.hpp"
 
 namespace tarnly {
 
-/// The recorder thread: writes recordings to their log files, one after the other, in the order of handing
-/// over, so that nobody else waits for a disk.
+/// The recorder thread: writes recordings to their log files, in the order of handing over, so that nobody
+/// else waits for a disk.
 ///
-/// What waits for a slow disk shares the memory of its recording: a few dozen bytes a sample. Several samples
-/// that wait are written at once. Every few seconds, and at a recording's end, the disk is made to keep what
-/// was written. Owned by the recording; the calls come from any thread and return at once.
+/// What waits for a slow disk is written at once. Every few seconds, and at a recording's end, the disk is
+/// made to keep what was written. What a disk does not take is tried again every second, also when the
+/// recording has ended, and the next one runs. Owned by the recording; the calls come from any thread and
+/// return at once.
 class RecordingWriter {
   public:
-    using OpenLog = std::function<std::unique_ptr<LogSink>(const std::filesystem::path& file)>;
+    using OpenLog = LogInProgress::OpenLog;
+    using Tell = LogInProgress::Tell;
+    using Batch = LogInProgress::Batch;
+    using SharedAccount = LogInProgress::SharedAccount;
+    using Pauses = LogInProgress::Pauses;
 
-    /// How a file has come to be called; empty while it is not there.
-    using FileName = std::shared_ptr<Guarded<std::string>>;
-
-    /// A sample with what fired on it.
-    struct Batch {
-        PackedSample sample;
-        FiredTriggers fired;
-    };
-
-    explicit RecordingWriter(OpenLog openLog = RecordingLog::createFile,
-                             std::chrono::nanoseconds flushInterval = std::chrono::seconds(5));
+    /// `tell` is called on the recorder thread, and at the end on the one that ends it.
+    explicit RecordingWriter(
+        OpenLog openLog = RecordingLog::open, Tell tell = [](const std::string&) {}, Pauses pauses = {});
 
     RecordingWriter(const RecordingWriter&) = delete;
     RecordingWriter& operator=(const RecordingWriter&) = delete;
 
-    /// Waits until all is written, for ten seconds at most: a disk that hangs does not keep the program.
+    /// Waits until all is written, or the disk refuses it, for ten seconds at most: a disk that hangs does
+    /// not keep the program. Tells what it waits for, and what is lost.
     ~RecordingWriter();
 
-    /// Ends the log before, and opens the next one. Tells its absolute path in `name` when it is there.
-    void begin(std::filesystem::path file, FileName name);
+    /// Ends the log before, and opens the next one. How it gets on is told in `account`.
+    void begin(std::filesystem::path file, SharedAccount account);
 
     void write(Batch batch);
 
     void end();
 
-    /// Has `done` called, on the recorder thread, when all that was handed over before is written.
+    /// Has `done` called, on the recorder thread, when all that was handed over before is written, or the
+    /// disk has refused it.
     void notify(std::function<void()> done);
 
     /// Holds `memory` no longer than until its turn comes: to let go of a day of flight takes a while.
     void letGo(std::shared_ptr<const void> memory);
+
+    /// What logs of earlier recordings lack, and the cure: whole sentences.
+    std::vector<std::string> problemsOfEarlier() const;
 
   private:
     class Room;

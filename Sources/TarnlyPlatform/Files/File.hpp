@@ -17,9 +17,10 @@ class File {
     enum class Mode {
         /// For reading what is there.
         read,
-        /// For writing to the end of a new file, made for its owner only. What is there is left alone, and is
-        /// a failure.
-        createAndAppend
+        /// For writing a new file, made for its owner only. What is there is left alone, and is a failure.
+        create,
+        /// For writing to what is there. A link is not followed, and is a failure.
+        rewrite
     };
 
     /// None.
@@ -37,6 +38,9 @@ class File {
     /// How many bytes of `text` the file took: fewer than all when the disk is full or fails.
     std::size_t write(std::string_view text) const;
 
+    /// The same at `place`, in bytes from the start, over what stands there.
+    std::size_t writeAt(std::size_t place, std::string_view text) const;
+
     /// All that is left to read; absent when that is more than `limit` bytes or cannot be read.
     std::optional<std::string> readUpTo(std::size_t limit) const;
 
@@ -45,6 +49,17 @@ class File {
 
     /// The same for what a reader needs, whatever becomes of the file's dates.
     bool flushContent() const;
+
+    /// In bytes; absent where the system does not tell.
+    std::optional<std::size_t> size() const;
+
+    /// Whether `path` is a name of this very file.
+    bool isAt(const std::filesystem::path& path) const;
+
+    enum class Lock { taken, heldByAnother, impossible };
+    /// Asks for the one lock that the file has, without waiting. It is held until the file is closed, or the
+    /// process ends, however it does.
+    Lock tryLock() const;
 
     /// Takes other people's access away; says whether nobody else has any now.
     bool closeToOthers() const;
@@ -72,6 +87,10 @@ void createPrivateFolder(const std::filesystem::path& folder);
 
 /// Waits until the disk has the names in `folder`, where it can.
 void flushFolder(const std::filesystem::path& folder);
+
+/// Has a write that would take a file beyond what the process may write fail with too few bytes, like one on
+/// a full disk, and not end the process. For the whole process, from now on.
+void failBeyondFileSizeLimit();
 
 /// Removes a file or a link, never a folder. No error where there is none.
 std::error_code removeFile(const std::filesystem::path& file);

@@ -1,10 +1,12 @@
 #include "TarnlyPlatform/Files/File.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <utility>
 
@@ -15,8 +17,10 @@ int flagsFor(File::Mode mode) {
     switch (mode) {
         case File::Mode::read:
             return O_RDONLY;
-        case File::Mode::createAndAppend:
-            return O_WRONLY | O_CREAT | O_EXCL | O_APPEND;
+        case File::Mode::create:
+            return O_WRONLY | O_CREAT | O_EXCL;
+        case File::Mode::rewrite:
+            return O_WRONLY | O_NOFOLLOW;
     }
     return O_RDONLY;
 }
@@ -49,10 +53,16 @@ std::size_t File::write(std::string_view text) const {
     while (written < text.size()) {
         const auto count = ::write(handle_, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
+        if (count == 0) errno = ENOSPC; // as some devices tell it
         if (count <= 0) break;
         written += static_cast<std::size_t>(count);
     }
     return written;
+}
+
+std::size_t File::writeAt(std::size_t place, std::string_view text) const {
+    if (::lseek(handle_, static_cast<off_t>(place), SEEK_SET) < 0) return 0;
+    return write(text);
 }
 
 std::optional<std::string> File::readUpTo(std::size_t limit) const {
@@ -73,6 +83,24 @@ std::optional<std::string> File::readUpTo(std::size_t limit) const {
 bool File::flush() const { return ::fsync(handle_) == 0; }
 
 bool File::flushContent() const { return ::fdatasync(handle_) == 0; }
+
+std::optional<std::size_t> File::size() const {
+    struct stat status {};
+    if (::fstat(handle_, &status) != 0) return std::nullopt;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+bool File::isAt(const std::filesystem::path& path) const {
+    struct stat mine {};
+    struct stat there {};
+    if (::fstat(handle_, &mine) != 0 || ::stat(path.c_str(), &there) != 0) return false;
+    return mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+}
+
+File::Lock File::tryLock() const {
+    if (::flock(handle_, LOCK_EX | LOCK_NB) == 0) return Lock::taken;
+    return errno == EWOULDBLOCK ? Lock::heldByAnother : Lock::impossible;
+}
 
 bool File::closeToOthers() const {
     struct stat status {};
@@ -97,6 +125,8 @@ void flushFolder(const std::filesystem::path& folder) {
     ::fsync(handle);
     ::close(handle);
 }
+
+void failBeyondFileSizeLimit() { std::signal(SIGXFSZ, SIG_IGN); }
 
 std::error_code removeFile(const std::filesystem::path& file) {
     if (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return {};

@@ -46,12 +46,6 @@ void createPrivateFolders(const std::filesystem::path& folder) {
     }
 }
 
-File createFreshPrivateFile(const std::filesystem::path& file) {
-    // Making the file anew gives it our mode, and never opens a pipe or what a link points to.
-    removeFile(file);
-    return File::open(file, File::Mode::createAndAppend);
-}
-
 std::optional<std::string> readPrivateFile(const std::filesystem::path& file) {
     const auto opened = File::open(file, File::Mode::read);
     if (!opened.isOpen()) return std::nullopt;

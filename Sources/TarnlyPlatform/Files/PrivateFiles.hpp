@@ -14,10 +14,6 @@ namespace tarnly {
 /// shows when a file is to be created there.
 void createPrivateFolders(const std::filesystem::path& folder);
 
-/// A new empty file for its owner only, to be written at its end, in place of whatever file was there; not
-/// open when that is not possible.
-File createFreshPrivateFile(const std::filesystem::path& file);
-
 /// The whole of a file, which is made its owner's only if it is not; absent when it cannot be read
 /// or has more than 1 MiB.
 std::optional<std::string> readPrivateFile(const std::filesystem::path& file);

@@ -28,7 +28,8 @@ CompanionStatus wholeStatus() {
     status.published = {"published", "rig42 (2)", {}};
     status.stage = StageStatus::of({Kind::silent, "", now - 7s}, now);
     status.clients = {2, 3};
-    status.recording = RecordingStatus::of({"/d/Recordings/a.jsonl", 65s, 12, 430ms});
+    status.recording =
+        RecordingStatus::of({"/d/Recordings/a.jsonl", 65s, 12, 430ms, "The log is not being written."});
     status.dataFolder = "/d";
     return status;
 }
@@ -43,7 +44,8 @@ constexpr auto wholeStatusJson =
     R"-("advice":"look at the simulator, and restart it if it does not react","silent_for_s":7},)-"
     R"-("clients":{"paired":2,"connected":3},)-"
     R"-("recording":{"file":"\/d\/Recordings\/a.jsonl","samples":12,)-"
-    R"-("last_sample_age_s":0.4,"running_for_s":65},)-"
+    R"-("last_sample_age_s":0.4,"running_for_s":65,)-"
+    R"-("problem":"The log is not being written."},)-"
     R"-("data_folder":"\/d"})-";
 
 TEST(CompanionStatus, HasItsJson) {
@@ -75,7 +77,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
     status.published->reason = "x";
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
-    EXPECT_EQ(keys.size(), 25U);
+    EXPECT_EQ(keys.size(), 26U);
     const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "status.md");
     // The table does not list `clients` itself.
     std::erase(keys, "clients");
@@ -91,7 +93,8 @@ TEST(CompanionStatus, TellsItAllToPeople) {
                             "Addresses: ws://192.168.1.20:41234 ws://[fd42::20]:41234",
                             "Simulator: silent for 7 s. Look at the simulator, and restart it if it does not "
                             "react.",
-                            "2 clients are paired.", "Recording for 1:05.", "Data folder: /d"));
+                            "2 clients are paired.", "Recording for 1:05. The log is not being written.",
+                            "Data folder: /d"));
 }
 
 TEST(CompanionStatus, OfOneThatDoesNotRunOnlyThatIsTold) {
@@ -157,7 +160,7 @@ TEST(ClientsStatus, CountsTheClientsThatHavePaired) {
 }
 
 std::string recordingFor(std::chrono::nanoseconds time) {
-    return recordingSentence(RecordingStatus::of({"/a", time, 1, 0s}));
+    return recordingSentence(RecordingStatus::of({"/a", time, 1, 0s, {}}));
 }
 
 TEST(RecordingStatus, TellsForHowLongARecordingRuns) {
@@ -171,12 +174,12 @@ TEST(RecordingStatus, TellsForHowLongARecordingRuns) {
 }
 
 TEST(RecordingStatus, SaysThatThereAreNoSamples) {
-    EXPECT_EQ(recordingSentence(RecordingStatus::of({"/a", 5s, 0, std::nullopt})),
+    EXPECT_EQ(recordingSentence(RecordingStatus::of({"/a", 5s, 0, std::nullopt, {}})),
               "Recording for 0:05, no samples yet.");
 }
 
 TEST(RecordingStatus, HasItsTimesToTheTenth) {
-    const auto status = RecordingStatus::of({"/a", 12'345ms, 2, 299ms});
+    const auto status = RecordingStatus::of({"/a", 12'345ms, 2, 299ms, {}});
     EXPECT_EQ(encodeJson(status),
               R"({"file":"\/a","samples":2,"last_sample_age_s":0.2,"running_for_s":12.3})");
 }

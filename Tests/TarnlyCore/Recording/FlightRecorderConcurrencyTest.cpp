@@ -13,17 +13,18 @@ namespace {
 
 constexpr int perThread = 700; // more than two blocks in memory
 
-std::chrono::sys_seconds midnight() { return std::chrono::sys_days(std::chrono::year(2026) / 11 / 16); }
-
 class FlightRecorderConcurrency : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
     SystemClock clock;
-    FlightRecorder recording{folder.path(), clock, midnight};
+    /// Goes on a second with each start, so that each has a file of its own.
+    std::atomic<std::chrono::sys_seconds> now{std::chrono::sys_days(std::chrono::year(2026) / 11 / 16)};
+    FlightRecorder recording{folder.path(), clock,
+                             [this] { return now = now.load() + std::chrono::seconds(1); }};
 
     RecordedFlight readBack() {
         test::waitUntilWritten(recording);
-        const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(midnight()));
+        const auto log = test::readLogFile(folder.path() / RecordingLog::fileName(now));
         EXPECT_EQ(log.unreadableLines, 0U);
         EXPECT_FALSE(log.hasTornEnd);
         RecordedFlight result;

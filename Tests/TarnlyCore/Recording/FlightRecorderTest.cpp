@@ -1,5 +1,6 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -129,13 +130,15 @@ TEST_F(FlightRecorderTest, TellsForHowLongItHasBeenRunning) {
 
 TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
     EXPECT_FALSE(recording.progress());
-    for (int i = 0; i < 2; ++i) { // the second start begins anew
+    for (const char* second : {"38", "39"}) { // the second start begins anew
         recording.start();
+        now += 1s;
+        const auto log = folder.path() / (std::string("session-2026-11-16T0109") + second + "Z.jsonl");
         test::waitUntilWritten(recording);
         clock.advance(io, 5s);
         auto progress = recording.progress();
         ASSERT_TRUE(progress);
-        EXPECT_EQ(progress->file, fs::absolute(file).string());
+        EXPECT_EQ(progress->file, fs::absolute(log).string());
         EXPECT_EQ(progress->runningFor, 5s);
         EXPECT_EQ(progress->samples, 0U);
         EXPECT_FALSE(progress->lastSampleAge);
@@ -155,14 +158,20 @@ TEST_F(FlightRecorderTest, TellsHowTheRecordingGetsOn) {
     EXPECT_FALSE(recording.progress());
 }
 
-TEST_F(FlightRecorderTest, WithoutAFileTheProgressNamesNone) {
-    fs::create_directory(file);
-    recording.start();
-    recording.recordSample(sampleAt(1));
-    const auto progress = recording.progress();
+TEST_F(FlightRecorderTest, WithoutAFileTheProgressNamesNoneAndSaysWhy) {
+    FlightRecorder other(folder.write("plain", "") / "Recordings", clock, wallClock);
+    other.start();
+    other.recordSample(sampleAt(1));
+    test::waitUntilWritten(other);
+    const auto progress = other.progress();
     ASSERT_TRUE(progress);
     EXPECT_EQ(progress->file, "");
     EXPECT_EQ(progress->samples, 1U);
+    EXPECT_THAT(progress->problem, testing::HasSubstr("there is no folder"));
+    EXPECT_THAT(other.problemsOfEarlier(), testing::IsEmpty());
+    other.stop();
+    test::waitUntilWritten(other);
+    EXPECT_THAT(other.problemsOfEarlier(), testing::ElementsAre(progress->problem));
 }
 
 TEST_F(FlightRecorderTest, StopBeforeAnyStartIsHarmless) {
@@ -185,16 +194,42 @@ TEST_F(FlightRecorderTest, StartWhileRecordingStartsOverInANewFile) {
     EXPECT_EQ(readLogFile(next).lines, std::vector{LogLine::of(sampleAt(0.5))});
 }
 
-TEST_F(FlightRecorderTest, SecondStartWithinTheSecondTakesTheFile) {
+TEST_F(FlightRecorderTest, SecondStartWithinTheSecondLeavesTheFirstFile) {
     recording.start();
     recording.recordSample(sampleAt(1));
-    recording.recordSample(sampleAt(2));
     recording.start();
-    test::waitUntilWritten(recording);
-    EXPECT_EQ(fs::file_size(file), 0U);
+    recording.recordSample(sampleAt(0.5));
+    const auto second = folder.path() / "session-2026-11-16T010938Z-2.jsonl";
+    EXPECT_EQ(readLogFile(second).lines, std::vector{LogLine::of(sampleAt(0.5))});
+    EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(sampleAt(1))});
+    EXPECT_EQ(recording.progress()->file, fs::absolute(second).string());
+    EXPECT_EQ(fileCount(), 2U);
+}
+
+TEST_F(FlightRecorderTest, AnEmptyFileOfTheSecondIsUsedAgain) {
+    for (int i = 0; i < 3; ++i)
+        recording.start();
     recording.recordSample(sampleAt(0.5));
     EXPECT_EQ(readLogFile(file).lines, std::vector{LogLine::of(sampleAt(0.5))});
     EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(FlightRecorderTest, AFolderThatHasGoneIsMadeAgainByTheNextRecording) {
+    const auto inner = folder.path() / "Recordings";
+    FlightRecorder other(inner, clock, wallClock);
+    other.start();
+    other.recordSample(sampleAt(1));
+    test::waitUntilWritten(other);
+    fs::remove_all(inner);
+    other.recordSample(sampleAt(2));
+    test::waitUntilWritten(other);
+    EXPECT_THAT(other.progress()->problem, testing::HasSubstr("there is no folder " + inner.string()));
+    EXPECT_FALSE(fs::exists(inner));
+    other.start();
+    other.recordSample(sampleAt(3));
+    test::waitUntilWritten(other);
+    EXPECT_EQ(other.progress()->problem, "");
+    EXPECT_EQ(test::readLogFile(inner / file.filename()).lines.size(), 1U);
 }
 
 TEST_F(FlightRecorderTest, CatchUpReturnsWhatLiesStrictlyAfter) {
@@ -280,15 +315,12 @@ TEST_F(FlightRecorderTest, RecordsInMemoryWhereTheFolderCannotBe) {
     EXPECT_EQ(test::contentOf(plainFile), "");
 }
 
-TEST_F(FlightRecorderTest, RecordingAfterOneWithoutAFileHasOneAgain) {
+TEST_F(FlightRecorderTest, AFolderOfTheNameIsLeftAlone) {
     fs::create_directory(file);
     recording.start();
     recording.recordSample(sampleAt(1));
-    now += 1s;
-    recording.start();
-    recording.recordSample(sampleAt(2));
-    EXPECT_EQ(readLogFile(folder.path() / "session-2026-11-16T010939Z.jsonl").lines,
-              std::vector{LogLine::of(sampleAt(2))});
+    EXPECT_EQ(readLogFile(folder.path() / "session-2026-11-16T010938Z-2.jsonl").lines,
+              std::vector{LogLine::of(sampleAt(1))});
     EXPECT_TRUE(fs::is_empty(file));
 }
 

@@ -5,7 +5,6 @@
 
 #include "Support/FullDisk.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyCore/Recording/Recordings.hpp"
 
 namespace tarnly {
 namespace {
@@ -17,24 +16,9 @@ class RecordingLogTest : public testing::Test {
   protected:
     const test::TemporaryFolder folder;
     const fs::path file = folder.path() / "session.jsonl";
-    const LogLine first = LogLine::of(test::sampleAt(1));
-    const LogLine second = LogLine::of(test::firedAt(2));
-    const LogLine third = LogLine::of(test::sampleAt(3));
 
-    static std::string text(const LogLine& line) { return encodeJson(line) + "\n"; }
-
-    /// Writes `first`, then `second` of which `taken` bytes still fit the disk, then `third` on a disk with
-    /// room.
-    std::string writeWithSecondCutTo(std::size_t taken) {
-        RecordingLog log(RecordingLog::createFile(file));
-        log.append(text(first));
-        {
-            const test::FullDisk full(text(first).size() + taken);
-            log.append(text(second));
-        }
-        log.append(text(third));
-        return test::contentOf(file);
-    }
+    OpenedLog open() const { return RecordingLog::open(file, MissingFolder::leave); }
+    std::string nameOfNext() const { return open().file.filename().string(); }
 };
 
 TEST_F(RecordingLogTest, NameIsTheTimeInUtcWithoutColons) {
@@ -46,77 +30,82 @@ TEST_F(RecordingLogTest, NameIsTheTimeInUtcWithoutColons) {
         "session-2024-02-29T235959Z.jsonl");
 }
 
-TEST_F(RecordingLogTest, LinesStandInTheFileWhenAppendReturns) {
-    RecordingLog log(RecordingLog::createFile(file));
+TEST_F(RecordingLogTest, WhatIsWrittenStandsInTheFileAtItsPlace) {
+    const auto log = open();
+    ASSERT_TRUE(log.sink);
+    EXPECT_EQ(log.file, file);
     EXPECT_EQ(test::contentOf(file), "");
-    log.append(text(first));
-    EXPECT_EQ(test::contentOf(file), text(first));
-    log.append(text(second));
-    EXPECT_EQ(test::contentOf(file), text(first) + text(second));
+    EXPECT_FALSE(log.sink->write(0, "one\nt*"));
+    EXPECT_FALSE(log.sink->write(4, "two\n"));
+    EXPECT_EQ(test::contentOf(file), "one\ntwo\n");
+    EXPECT_FALSE(log.sink->flush());
+}
+
+TEST_F(RecordingLogTest, TellsWhyAWriteFailed) {
+    const auto log = open();
+    const test::FullDisk full(5);
+    EXPECT_EQ(log.sink->write(0, "a line\n"), std::errc::file_too_large);
+    EXPECT_EQ(test::contentOf(file), "a lin");
+}
+
+TEST_F(RecordingLogTest, WhatIsThereIsLeftAlone) {
+    folder.write("session.jsonl", "of old");
+    fs::create_directory(folder.path() / "session-2.jsonl");
+    fs::create_symlink(folder.write("letter", ""), folder.path() / "session-3.jsonl");
+    ASSERT_EQ(mkfifo((folder.path() / "session-4.jsonl").c_str(), 0600), 0);
+    const auto log = open();
+    ASSERT_TRUE(log.sink);
+    EXPECT_EQ(log.file, folder.path() / "session-5.jsonl");
+    EXPECT_FALSE(log.sink->write(0, "new\n"));
+    EXPECT_EQ(test::contentOf(file), "of old");
+    EXPECT_EQ(test::contentOf(folder.path() / "letter"), "");
+    EXPECT_EQ(test::contentOf(log.file), "new\n");
+}
+
+TEST_F(RecordingLogTest, AnEmptyFileOfThatNameIsUsed) {
+    folder.write("session.jsonl", "");
+    EXPECT_EQ(nameOfNext(), "session.jsonl");
+    EXPECT_EQ(nameOfNext(), "session.jsonl");
+}
+
+TEST_F(RecordingLogTest, AnEmptyFileThatIsInUseIsNot) {
+    const auto first = open();
+    const auto second = open();
+    EXPECT_EQ(second.file.filename(), "session-2.jsonl");
+    EXPECT_EQ(nameOfNext(), "session-3.jsonl");
 }
 
 TEST_F(RecordingLogTest, FileIsReadableByItsOwnerOnly) {
-    folder.write("session.jsonl", "of old");
+    EXPECT_EQ(fs::status(open().file).permissions(), fs::perms(0600));
     fs::permissions(file, fs::perms(0644));
-    ASSERT_TRUE(RecordingLog::createFile(file));
-    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(open().file).permissions(), fs::perms(0600));
 }
 
-TEST_F(RecordingLogTest, TakesThePlaceOfAnOlderFile) {
-    folder.write("session.jsonl", "of old");
-    ASSERT_TRUE(RecordingLog::createFile(file));
-    EXPECT_EQ(test::contentOf(file), "");
+TEST_F(RecordingLogTest, KnowsWhenItsFileHasGone) {
+    const auto log = open();
+    EXPECT_FALSE(log.sink->write(0, "a line\n"));
+    EXPECT_TRUE(log.sink->isInPlace(7));
+    EXPECT_FALSE(log.sink->isInPlace(8));
+    fs::rename(file, folder.path() / "moved");
+    EXPECT_FALSE(log.sink->isInPlace(7));
+    folder.write("session.jsonl", "another");
+    EXPECT_FALSE(log.sink->isInPlace(7));
 }
 
-TEST_F(RecordingLogTest, NeverWritesThroughALink) {
-    const auto victim = folder.write("letter", "dear");
-    fs::create_symlink(victim, file);
-    RecordingLog log(RecordingLog::createFile(file));
-    log.append(text(first));
-    EXPECT_EQ(test::contentOf(victim), "dear");
-    EXPECT_EQ(test::contentOf(file), text(first));
+TEST_F(RecordingLogTest, AMissingFolderIsMadeWhereThatIsWanted) {
+    const auto deep = folder.path() / "a" / "b" / "session.jsonl";
+    const auto missing = RecordingLog::open(deep, MissingFolder::leave);
+    EXPECT_FALSE(missing.sink);
+    EXPECT_EQ(missing.error, std::errc::no_such_file_or_directory);
+    EXPECT_TRUE(RecordingLog::open(deep, MissingFolder::make).sink);
+    EXPECT_EQ(fs::status(deep.parent_path()).permissions(), fs::perms(0700));
 }
 
-TEST_F(RecordingLogTest, APipeOfThatNameDoesNotBlock) {
-    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-    ASSERT_TRUE(RecordingLog::createFile(file));
-    EXPECT_TRUE(fs::is_regular_file(file));
-}
-
-TEST_F(RecordingLogTest, IsAbsentWhereTheFileCannotBe) {
-    fs::create_directories(file);
-    EXPECT_FALSE(RecordingLog::createFile(file));
-    EXPECT_FALSE(RecordingLog::createFile(folder.path() / "missing" / "session.jsonl"));
+TEST_F(RecordingLogTest, IsAbsentWhereTheFolderIsNone) {
     const auto plainFile = folder.write("plain", "");
-    EXPECT_FALSE(RecordingLog::createFile(plainFile / "session.jsonl"));
-}
-
-TEST_F(RecordingLogTest, LineThatFindsNoRoomAtAllLeavesNoTrace) {
-    EXPECT_EQ(writeWithSecondCutTo(0), text(first) + text(third));
-}
-
-TEST_F(RecordingLogTest, LineThatIsCutShortStaysAlone) {
-    const auto cut = text(second).substr(0, 10);
-    EXPECT_EQ(writeWithSecondCutTo(10), text(first) + cut + "\n" + text(third));
-    const auto log = test::readLogFile(file);
-    EXPECT_EQ(log.lines, (std::vector{first, third}));
-    EXPECT_EQ(log.unreadableLines, 1U);
-}
-
-TEST_F(RecordingLogTest, LineThatLacksItsLineFeedOnlyGetsItFromTheNext) {
-    const auto lineFeedOnly = text(second).size() - 1;
-    EXPECT_EQ(writeWithSecondCutTo(lineFeedOnly), text(first) + text(second) + text(third));
-}
-
-TEST_F(RecordingLogTest, DiskThatStaysFullDoesNotAddToTheCutLine) {
-    RecordingLog log(RecordingLog::createFile(file));
-    {
-        const test::FullDisk full(5);
-        for (int i = 0; i < 3; ++i)
-            log.append(text(first));
-    }
-    log.append(text(third));
-    EXPECT_EQ(test::contentOf(file), text(first).substr(0, 5) + "\n" + text(third));
+    const auto log = RecordingLog::open(plainFile / "session.jsonl", MissingFolder::make);
+    EXPECT_FALSE(log.sink);
+    EXPECT_EQ(log.error, std::errc::not_a_directory);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "TarnlyCore/Recording/RecordingWriter.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,16 +17,41 @@ namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
 
 /// A disk in memory, of which a test holds the writes.
 struct Disk {
     std::mutex mutex;
     std::condition_variable changed;
     bool hangs = false;
+    bool isFull = false;
     std::vector<std::string> opened;
     std::vector<std::string> writes;
     std::size_t begun = 0;
     std::size_t flushes = 0;
+    std::vector<std::string> told_;
+
+    void setFull(bool value) {
+        const std::lock_guard lock(mutex);
+        isFull = value;
+    }
+
+    std::vector<std::string> told() {
+        const std::lock_guard lock(mutex);
+        return told_;
+    }
+
+    RecordingWriter::Tell teller() {
+        return [this](const std::string& text) {
+            const std::lock_guard lock(mutex);
+            told_.push_back(text);
+            changed.notify_all();
+        };
+    }
 
     void setHangs(bool value) {
         const std::lock_guard lock(mutex);
@@ -42,29 +68,35 @@ struct Disk {
       public:
         explicit Sink(Disk& disk) : disk_(disk) {}
 
-        std::size_t write(std::string_view text) override {
+        std::error_code write(std::size_t place, std::string_view text) override {
             std::unique_lock lock(disk_.mutex);
             ++disk_.begun;
             disk_.changed.notify_all();
             disk_.changed.wait(lock, [&] { return !disk_.hangs; });
+            if (disk_.isFull) return std::make_error_code(std::errc::no_space_on_device);
+            EXPECT_EQ(place, size_);
+            size_ += text.size();
             disk_.writes.emplace_back(text);
-            return text.size();
+            return {};
         }
-        void flush() override {
+        std::error_code flush() override {
             const std::lock_guard lock(disk_.mutex);
             ++disk_.flushes;
             disk_.changed.notify_all();
+            return {};
         }
+        bool isInPlace(std::size_t size) const override { return size == size_; }
 
       private:
         Disk& disk_;
+        std::size_t size_ = 0;
     };
 
     RecordingWriter::OpenLog opener() {
-        return [this](const std::filesystem::path& file) {
+        return [this](const std::filesystem::path& file, MissingFolder) {
             const std::lock_guard lock(mutex);
             opened.push_back(file.filename().string());
-            return std::make_unique<Sink>(*this);
+            return OpenedLog{std::make_unique<Sink>(*this), file, {}};
         };
     }
 };
@@ -76,8 +108,9 @@ std::string sampleLine(double time) { return text(LogLine::of(test::sampleAt(tim
 struct RecordingWriterTest : testing::Test {
     Disk disk;
     SampleList samples;
-    std::optional<RecordingWriter> writer{std::in_place, disk.opener(), 1h};
-    RecordingWriter::FileName name = std::make_shared<Guarded<std::string>>();
+    std::optional<RecordingWriter> writer{std::in_place, disk.opener(), disk.teller(), never};
+    RecordingWriter::SharedAccount account = std::make_shared<Guarded<LogInProgress::Account>>();
+    static constexpr RecordingWriter::Pauses never{1h, 1h};
 
     void write(double time, const std::vector<std::string>& ids = {}) {
         writer->write({samples.append(test::sampleAt(time)), test::firing(time, ids)});
@@ -95,7 +128,7 @@ struct RecordingWriterTest : testing::Test {
 };
 
 TEST_F(RecordingWriterTest, ASampleAndWhatFiredOnItAreOneWrite) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     write(1, {"x", "y"});
     written().get();
     write(2);
@@ -106,7 +139,7 @@ TEST_F(RecordingWriterTest, ASampleAndWhatFiredOnItAreOneWrite) {
 }
 
 TEST_F(RecordingWriterTest, AHundredThousandTriggersOnOneSampleAreOneWrite) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     write(1, std::vector<std::string>(100'000, "x"));
     written().get();
     ASSERT_EQ(disk.writes.size(), 1U);
@@ -114,7 +147,7 @@ TEST_F(RecordingWriterTest, AHundredThousandTriggersOnOneSampleAreOneWrite) {
 }
 
 TEST_F(RecordingWriterTest, WhatWaitsForASlowDiskIsWrittenAtOnceAndInOrder) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     disk.setHangs(true);
     write(1);
     disk.waitUntil([&] { return disk.begun == 1; });
@@ -128,10 +161,10 @@ TEST_F(RecordingWriterTest, WhatWaitsForASlowDiskIsWrittenAtOnceAndInOrder) {
 }
 
 TEST_F(RecordingWriterTest, TheNextLogIsOpenedWhenTheLastIsWritten) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     disk.setHangs(true);
     write(1);
-    writer->begin("b.jsonl", name);
+    writer->begin("b.jsonl", account);
     write(2);
     disk.waitUntil([&] { return disk.begun == 1; });
     EXPECT_EQ(disk.opened, std::vector<std::string>{"a.jsonl"});
@@ -142,23 +175,65 @@ TEST_F(RecordingWriterTest, TheNextLogIsOpenedWhenTheLastIsWritten) {
 }
 
 TEST_F(RecordingWriterTest, TellsTheAbsolutePathOfALogThatIsThere) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     written().get();
-    EXPECT_EQ(name->copy(), std::filesystem::absolute("a.jsonl").string());
+    EXPECT_EQ(account->copy().file, std::filesystem::absolute("a.jsonl").string());
 }
 
-TEST_F(RecordingWriterTest, WithoutALogNothingIsWrittenOrTold) {
-    writer.emplace([](const std::filesystem::path&) { return nullptr; }, 1h);
-    writer->begin("a.jsonl", name);
+TEST_F(RecordingWriterTest, NobodyWaitsForADiskThatRefuses) {
+    disk.setFull(true);
+    writer->begin("a.jsonl", account);
     write(1);
+    written().get();
+    EXPECT_THAT(account->copy().problem, HasSubstr("a.jsonl is not being written"));
+    EXPECT_THAT(writer->problemsOfEarlier(), IsEmpty());
     writer->end();
     written().get();
-    EXPECT_EQ(name->copy(), "");
+    EXPECT_THAT(writer->problemsOfEarlier(), ElementsAre(account->copy().problem));
+    EXPECT_THAT(disk.told(), ElementsAre(account->copy().problem));
+}
+
+TEST_F(RecordingWriterTest, ALogThatWaitsIsTriedAgainThoughItsRecordingHasEnded) {
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1h, 1ms});
+    disk.setFull(true);
+    for (const char* file : {"a.jsonl", "b.jsonl"}) {
+        writer->begin(file, std::make_shared<Guarded<LogInProgress::Account>>());
+        write(1);
+    }
+    writer->end();
+    written().get();
+    EXPECT_THAT(writer->problemsOfEarlier(), SizeIs(2));
+    disk.setFull(false);
+    disk.waitUntil([&] { return disk.told_.size() == 4; });
+    written().get();
+    EXPECT_THAT(writer->problemsOfEarlier(), IsEmpty());
+    EXPECT_THAT(disk.told(), Contains("The log b.jsonl is being written again, and lacks nothing."));
+    EXPECT_EQ(disk.writes, (std::vector{sampleLine(1), sampleLine(1)}));
+}
+
+TEST_F(RecordingWriterTest, NotAllLogsOfALongDayWaitForADisk) {
+    disk.setFull(true);
+    for (const char* file : {"a.jsonl", "b.jsonl", "c.jsonl", "d.jsonl", "e.jsonl", "f.jsonl"}) {
+        writer->begin(file, std::make_shared<Guarded<LogInProgress::Account>>());
+        write(1);
+    }
+    written().get();
+    EXPECT_THAT(writer->problemsOfEarlier(), SizeIs(4));
+    EXPECT_THAT(disk.told(), Contains("The log a.jsonl stays as it is: it lacks what was recorded last."));
+}
+
+TEST_F(RecordingWriterTest, AtItsEndItTellsWhatIsLost) {
+    disk.setFull(true);
+    writer->begin("a.jsonl", account);
+    write(1);
+    writer.reset();
+    ASSERT_THAT(disk.told(), SizeIs(2));
+    EXPECT_EQ(disk.told()[1], "The log a.jsonl stays as it is: it lacks what was recorded last.");
 }
 
 TEST_F(RecordingWriterTest, BehindTheEndNothingIsWritten) {
     write(0);
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     write(1);
     writer->end();
     write(2);
@@ -167,7 +242,7 @@ TEST_F(RecordingWriterTest, BehindTheEndNothingIsWritten) {
 }
 
 TEST_F(RecordingWriterTest, ItsOwnEndWaitsForTheDisk) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     disk.setHangs(true);
     write(1);
     write(2);
@@ -183,8 +258,21 @@ TEST_F(RecordingWriterTest, ItsOwnEndWaitsForTheDisk) {
     EXPECT_EQ(disk.flushes, 1U);
 }
 
+TEST_F(RecordingWriterTest, ItSaysThatItWaits) {
+    writer->begin("a.jsonl", account);
+    disk.setHangs(true);
+    write(1);
+    auto ending = std::async(std::launch::async, [&] { writer.reset(); });
+    disk.waitUntil([&] { return !disk.told_.empty(); });
+    disk.setHangs(false);
+    ending.get();
+    EXPECT_THAT(disk.told(),
+                ElementsAre("Waiting for the disk to take the recording, for ten seconds at most."));
+    EXPECT_EQ(disk.writes, std::vector{sampleLine(1)});
+}
+
 TEST_F(RecordingWriterTest, TheDiskIsMadeToKeepALogThatEnds) {
-    writer->begin("a.jsonl", name);
+    writer->begin("a.jsonl", account);
     write(1);
     written().get();
     EXPECT_EQ(disk.flushes, 0U); // an hour has not passed
@@ -193,8 +281,8 @@ TEST_F(RecordingWriterTest, TheDiskIsMadeToKeepALogThatEnds) {
 }
 
 TEST_F(RecordingWriterTest, TheDiskIsMadeToKeepWhatWasWrittenThoughNothingFollows) {
-    writer.emplace(disk.opener(), 1ms);
-    writer->begin("a.jsonl", name);
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1ms, 1h});
+    writer->begin("a.jsonl", account);
     for (std::size_t round = 1; round <= 3; ++round) {
         write(static_cast<double>(round));
         disk.waitUntil([&] { return disk.flushes == round; });
