@@ -4,6 +4,7 @@ import json
 import time
 
 import pytest
+import websocket_frames as frames
 from harness import wait_until
 from two_hosts import NotPermitted, TwoHosts
 
@@ -36,3 +37,19 @@ def test_a_client_that_vanished_is_noticed_within_a_minute(programs, hosts):
     wait_for_clients(0)
     assert time.monotonic() - lost < 60
     client.expected_status = client.end()  # it may have noticed for itself
+
+
+def test_a_client_that_says_nothing_is_asked_and_then_gone(programs):
+    companion = programs.companion()
+    silent, quiet = companion.raw(), companion.raw()
+    paired = time.monotonic()
+    asked = silent.receive_frame()
+    assert asked.opcode == frames.PING
+    assert 29 < time.monotonic() - paired < 45
+    assert quiet.receive_frame().opcode == frames.PING
+    quiet.send_frame(frames.PONG)
+    silent.socket.settimeout(120)
+    assert silent.receive_frame() is None
+    assert 89 < time.monotonic() - paired < 110
+    quiet.send_text('{"type":"sim_info","req_id":1}')
+    assert json.loads(quiet.receive_text())["req_id"] == 1
