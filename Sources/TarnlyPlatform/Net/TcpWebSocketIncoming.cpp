@@ -160,9 +160,11 @@ void TcpWebSocket::takeRoom() {
     limits_.budget->take(more, [weak = weak_from_this()](ByteBudget::Lease room) {
         const auto self = weak.lock();
         if (!self || self->hasEnded()) return;
-        self->rooms_.push_back(std::move(room));
-        self->isWaitingForRoom_ = false;
-        if (!self->isWorking_) self->workLater();
+        self->guarded([&] { // who lets go of room is not to hear of our trouble
+            self->rooms_.push_back(std::move(room));
+            self->isWaitingForRoom_ = false;
+            if (!self->isWorking_) self->workLater();
+        });
     });
     // Who holds room and waits for more may be what others wait for.
     if (isWaitingForRoom_) expectMore();
