@@ -37,8 +37,8 @@ def names():
 
 def triggers():
     trigger = ('{"id":"%d","condition_kind":"after_start","condition":{"seconds":%d},'
-               '"action_kind":"speak","action":{"text":"something to be said","times":1}}')
-    return ",".join(trigger % (number, number) for number in range(400_000))
+               '"action_kind":"speak","action":{"text":"%s","times":1}}')
+    return ",".join(trigger % (number, number, "to be said " * 36) for number in range(100_000))
 
 
 LONG_MESSAGES = {
