@@ -65,8 +65,7 @@ StatusFile::StatusFile(boost::asio::any_io_executor executor, WorkerPool& worker
 
 void StatusFile::start() {
     thread_.check();
-    auto following = follow(workers_, clock_, collect_, writer_);
-    task_.spawn(std::move(following), dropFailure); // none leaves it
+    task_.keepUp([this] { return follow(workers_, clock_, collect_, writer_); });
 }
 
 Task<> StatusFile::follow(WorkerPool& workers, Clock& clock, Collect collect,

@@ -29,7 +29,7 @@ LinkKeeper::LinkKeeper(boost::asio::any_io_executor executor, Endpoint endpoint,
 
 void LinkKeeper::start() {
     thread_.check();
-    tasks_.spawn(keepLink(shared_from_this()), dropFailure);
+    tasks_.keepUp([weak = weak_from_this()] { return keepLink(weak.lock()); });
 }
 
 void LinkKeeper::close() {

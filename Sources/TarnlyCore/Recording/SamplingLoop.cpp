@@ -30,7 +30,7 @@ SamplingLoop::SamplingLoop(asio::any_io_executor executor, Clock& clock, std::sh
 void SamplingLoop::start() {
     thread_.check();
     if (std::exchange(isRunning_, true)) return;
-    task_.spawn(run(weak_from_this(), clock_), dropFailure);
+    task_.keepUp([weak = weak_from_this(), &clock = clock_] { return run(weak, clock); });
 }
 
 void SamplingLoop::stop() {

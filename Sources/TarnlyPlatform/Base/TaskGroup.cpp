@@ -7,6 +7,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <map>
+#include <new>
 #include <utility>
 
 namespace tarnly {
@@ -26,9 +27,11 @@ Task<> notifyAfter(Clock& clock, Clock::Duration time, Event& event) {
 
 struct TaskGroup::State {
     struct Entry {
+        bool isSpawned = false;
         bool hasBegun = false;
         bool isCancelled = false;
     };
+    class Ending;
 
     explicit State(asio::any_io_executor givenExecutor)
         : executor(std::move(givenExecutor)), changed(executor) {}
@@ -38,6 +41,8 @@ struct TaskGroup::State {
     Event changed;
 
     static Task<> run(std::shared_ptr<State> state, Signal signal, Task<> task);
+    static void spawn(const std::shared_ptr<State>& state, Task<> task, OnFailure onFailure);
+    static void keepUp(const std::shared_ptr<State>& state, Make make);
 
     /// Whether it had been told to end.
     bool remove(const Signal& signal) {
@@ -61,27 +66,80 @@ Task<> TaskGroup::State::run(std::shared_ptr<State> state, Signal signal, Task<>
     if (failure) std::rethrow_exception(failure);
 }
 
+/// What is called when a task has ended. Destroyed without that, it tells that the task was lost.
+class TaskGroup::State::Ending {
+  public:
+    /// Keeps the signal for as long as the task may look at it.
+    Ending(std::shared_ptr<State> state, Signal signal, OnFailure onFailure)
+        : state_(std::move(state)), signal_(std::move(signal)), onFailure_(std::move(onFailure)) {}
+
+    Ending(Ending&&) = default;
+    Ending& operator=(Ending&&) = delete;
+
+    ~Ending() {
+        if (!state_ || !isSpawned()) return;
+        const auto executor = state_->executor;
+        try {
+            // Not while the task is being taken down.
+            asio::post(executor, [state = state_, signal = signal_, onFailure = std::move(onFailure_)] {
+                end(*state, signal, onFailure, std::make_exception_ptr(std::bad_alloc()));
+            });
+        } catch (const std::exception&) {
+        }
+    }
+
+    void operator()(const std::exception_ptr& failure) {
+        const auto state = std::exchange(state_, nullptr);
+        end(*state, signal_, onFailure_, failure);
+    }
+
+  private:
+    static void end(State& state, const Signal& signal, const OnFailure& onFailure,
+                    const std::exception_ptr& failure) {
+        const bool wasCancelled = state.remove(signal);
+        if (failure && !wasCancelled) onFailure(failure);
+    }
+
+    bool isSpawned() const {
+        const auto entry = state_->running.find(signal_);
+        return entry != state_->running.end() && entry->second.isSpawned;
+    }
+
+    std::shared_ptr<State> state_;
+    Signal signal_;
+    OnFailure onFailure_;
+};
+
+void TaskGroup::State::spawn(const std::shared_ptr<State>& state, Task<> task, OnFailure onFailure) {
+    auto signal = std::make_shared<asio::cancellation_signal>();
+    state->running.try_emplace(signal);
+    Ending whenEnded(state, signal, std::move(onFailure));
+    try {
+        asio::co_spawn(state->executor, State::run(state, signal, std::move(task)),
+                       asio::bind_cancellation_slot(signal->slot(), std::move(whenEnded)));
+    } catch (...) {
+        state->remove(signal);
+        throw;
+    }
+    const auto entry = state->running.find(signal);
+    if (entry != state->running.end()) entry->second.isSpawned = true;
+}
+
+void TaskGroup::State::keepUp(const std::shared_ptr<State>& state, Make make) {
+    auto task = make();
+    auto again = [state, make = std::move(make)](const std::exception_ptr&) { keepUp(state, make); };
+    spawn(state, std::move(task), std::move(again));
+}
+
 TaskGroup::TaskGroup(asio::any_io_executor executor) : state_(std::make_shared<State>(std::move(executor))) {}
 
 TaskGroup::~TaskGroup() { cancel(); }
 
 void TaskGroup::spawn(Task<> task, OnFailure onFailure) {
-    auto signal = std::make_shared<asio::cancellation_signal>();
-    state_->running.try_emplace(signal);
-    // The handler keeps the signal for as long as the task may look at it.
-    auto whenEnded = [state = state_, signal,
-                      onFailure = std::move(onFailure)](const std::exception_ptr& failure) {
-        const bool wasCancelled = state->remove(signal);
-        if (failure && !wasCancelled) onFailure(failure);
-    };
-    try {
-        asio::co_spawn(state_->executor, State::run(state_, signal, std::move(task)),
-                       asio::bind_cancellation_slot(signal->slot(), std::move(whenEnded)));
-    } catch (...) {
-        state_->remove(signal);
-        throw;
-    }
+    State::spawn(state_, std::move(task), std::move(onFailure));
 }
+
+void TaskGroup::keepUp(Make make) { State::keepUp(state_, std::move(make)); }
 
 void TaskGroup::cancel() {
     // A task may come to its end, and so leave the table, while it is told.

@@ -20,8 +20,11 @@ namespace tarnly {
 /// or while that does not run.
 class TaskGroup {
   public:
-    /// What becomes of the owner when an exception leaves a task. Not called for tasks that were told to end.
+    /// What becomes of the owner when an exception leaves a task, or when the task was lost: for lack of
+    /// memory the libraries drop what it waits for, and the task with it, which is `std::bad_alloc` here. Not
+    /// called for tasks that were told to end.
     using OnFailure = std::function<void(const std::exception_ptr& failure)>;
+    using Make = std::function<Task<>()>;
 
     explicit TaskGroup(boost::asio::any_io_executor executor);
 
@@ -33,6 +36,10 @@ class TaskGroup {
 
     /// Starts `task`, which may do all its work before this returns; that it has ended is noticed afterwards.
     void spawn(Task<> task, OnFailure onFailure);
+
+    /// Starts the task that `make` makes, and another one whenever it fails or is lost, until all are told to
+    /// end. For tasks that no exception leaves, as the next one begins at once.
+    void keepUp(Make make);
 
     /// Tells all tasks to end: what they wait for, and what they are going to wait for, fails with
     /// `operation_aborted`. Tasks that are spawned later are not concerned. Harmless when repeated.

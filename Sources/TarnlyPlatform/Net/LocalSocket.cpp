@@ -78,7 +78,7 @@ Task<> LocalListener::State::tell(std::shared_ptr<State> state,
 LocalListener::LocalListener(boost::asio::any_io_executor executor, Clock& clock,
                              const std::filesystem::path& file, Answer answer)
     : state_(std::make_shared<State>(std::move(executor), clock, file, std::move(answer))) {
-    state_->tasks.spawn(acceptAll(state_), dropFailure); // none leaves it
+    state_->tasks.keepUp([state = std::weak_ptr(state_)] { return acceptAll(state.lock()); });
 }
 
 LocalListener::~LocalListener() {

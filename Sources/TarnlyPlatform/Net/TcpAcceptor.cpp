@@ -67,7 +67,7 @@ TcpAcceptor::TcpAcceptor(asio::any_io_executor executor, Clock& clock, std::uint
                            "port " + std::to_string(port) + ": " + error.code().message());
     }
     state_->port = state_->acceptor.local_endpoint().port();
-    state_->tasks.spawn(acceptAll(state_), dropFailure); // none leaves it
+    state_->tasks.keepUp([state = std::weak_ptr(state_)] { return acceptAll(state.lock()); });
 }
 
 TcpAcceptor::~TcpAcceptor() { cancel(); }

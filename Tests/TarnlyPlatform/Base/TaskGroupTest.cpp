@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/asio/async_result.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Support/VirtualClock.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
@@ -13,6 +18,24 @@ namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// An operation of a library that never comes to its end, because its handler is dropped.
+class Dropped {
+  public:
+    Task<> wait() {
+        auto start = [this](auto handler) {
+            auto kept = std::make_shared<decltype(handler)>(std::move(handler));
+            handler_ = kept;
+        };
+        co_await boost::asio::async_initiate<const boost::asio::use_awaitable_t<>, void()>(
+            start, boost::asio::use_awaitable);
+    }
+
+    void drop() { handler_.reset(); }
+
+  private:
+    std::shared_ptr<void> handler_;
+};
 
 class TaskGroupTest : public ::testing::Test {
   protected:
@@ -69,6 +92,48 @@ TEST_F(TaskGroupTest, AFailureIsToldOnceAndConcernsNoOtherTask) {
     clock.advance(io, 2s);
     EXPECT_EQ(told, "broken");
     EXPECT_EQ(woken, 1);
+}
+
+TEST_F(TaskGroupTest, ATaskThatIsLostHasFailed) {
+    Dropped dropped;
+    std::vector<std::string> failures;
+    group->spawn(dropped.wait(),
+                 [&](const std::exception_ptr& failure) { failures.push_back(textOf(failure)); });
+    settle();
+    dropped.drop();
+    settle();
+    EXPECT_EQ(failures, std::vector<std::string>{"std::bad_alloc"});
+    EXPECT_EQ(group->size(), 0U);
+}
+
+TEST_F(TaskGroupTest, ATaskThatIsLostAfterItWasToldToEndIsNoFailure) {
+    Dropped dropped;
+    bool hasFailed = false;
+    group->spawn(dropped.wait(), [&](const std::exception_ptr&) { hasFailed = true; });
+    settle();
+    group->cancel();
+    dropped.drop();
+    settle();
+    EXPECT_FALSE(hasFailed);
+    EXPECT_EQ(group->size(), 0U);
+}
+
+TEST_F(TaskGroupTest, WhatIsKeptUpBeginsAgainWhenItIsLostAndNotWhenItIsToldToEnd) {
+    Dropped dropped;
+    int begun = 0;
+    group->keepUp([&] {
+        ++begun;
+        return dropped.wait();
+    });
+    settle();
+    dropped.drop();
+    settle();
+    EXPECT_EQ(begun, 2);
+    EXPECT_EQ(group->size(), 1U);
+    group.reset();
+    dropped.drop();
+    settle();
+    EXPECT_EQ(begun, 2);
 }
 
 TEST_F(TaskGroupTest, CancellingEndsWhatWaitsForEverAndIsNoFailure) {
