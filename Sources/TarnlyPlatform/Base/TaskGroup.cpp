@@ -126,9 +126,15 @@ void TaskGroup::State::spawn(const std::shared_ptr<State>& state, Task<> task, O
 }
 
 void TaskGroup::State::keepUp(const std::shared_ptr<State>& state, Make make) {
-    auto task = make();
-    auto again = [state, make = std::move(make)](const std::exception_ptr&) { keepUp(state, make); };
-    spawn(state, std::move(task), std::move(again));
+    const auto begin = [&] {
+        auto task = make();
+        spawn(state, std::move(task), [state, make](const std::exception_ptr&) { keepUp(state, make); });
+    };
+    try {
+        begin();
+    } catch (const std::bad_alloc&) {
+        begin(); // nobody else would try again
+    }
 }
 
 TaskGroup::TaskGroup(asio::any_io_executor executor) : state_(std::make_shared<State>(std::move(executor))) {}

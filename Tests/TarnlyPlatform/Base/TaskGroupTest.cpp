@@ -5,6 +5,7 @@
 #include <boost/asio/async_result.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -134,6 +135,18 @@ TEST_F(TaskGroupTest, WhatIsKeptUpBeginsAgainWhenItIsLostAndNotWhenItIsToldToEnd
     dropped.drop();
     settle();
     EXPECT_EQ(begun, 2);
+}
+
+TEST_F(TaskGroupTest, WhatIsKeptUpBeginsThoughItLacksMemoryAtFirst) {
+    Dropped dropped;
+    int tries = 0;
+    group->keepUp([&] {
+        if (++tries == 1) throw std::bad_alloc();
+        return dropped.wait();
+    });
+    settle();
+    EXPECT_EQ(tries, 2);
+    EXPECT_EQ(group->size(), 1U);
 }
 
 TEST_F(TaskGroupTest, CancellingEndsWhatWaitsForEverAndIsNoFailure) {
