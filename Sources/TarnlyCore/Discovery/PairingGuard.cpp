@@ -65,6 +65,7 @@ void PairingGuard::note(const PeerNetwork& network, bool isAccepted) {
         if (auto* line = find(network)) line->refusals = 0;
         return;
     }
+    if (lines_.size() >= mostNetworks && !lines_.contains(network)) forgetLongestAgo();
     auto& line = lines_[network];
     ++line.refusals;
     line.lastRefusalAt = clock_.now();
@@ -84,6 +85,17 @@ void PairingGuard::forgetOld() {
         const auto& line = known.second;
         return line.waiting.empty() && (line.refusals == 0 || now - line.lastRefusalAt >= memory);
     });
+}
+
+/// Somebody has very many networks; that must not cost memory. Those where somebody waits are few.
+void PairingGuard::forgetLongestAgo() {
+    auto longestAgo = lines_.end();
+    for (auto known = lines_.begin(); known != lines_.end(); ++known) {
+        const bool isOlder =
+            longestAgo == lines_.end() || known->second.lastRefusalAt < longestAgo->second.lastRefusalAt;
+        if (known->second.waiting.empty() && isOlder) longestAgo = known;
+    }
+    if (longestAgo != lines_.end()) lines_.erase(longestAgo);
 }
 
 Clock::Duration PairingGuard::delayAfter(std::size_t refusals) {

@@ -32,6 +32,8 @@ class PairingGuard {
     static constexpr std::size_t mostWaiting = 16;
     /// After the last refusal.
     static constexpr std::chrono::minutes memory{10};
+    /// Of so many the refusals are remembered; beyond that the longest ago are forgotten.
+    static constexpr std::size_t mostNetworks = 1024;
 
     /// `clock` outlives all that runs on `executor`.
     PairingGuard(const boost::asio::any_io_executor& executor, Clock& clock)
@@ -53,6 +55,8 @@ class PairingGuard {
     /// An attempt that waits may have been abandoned.
     void wake() { changed_.notifyAll(); }
 
+    std::size_t knownNetworks() const { return lines_.size(); }
+
   private:
     struct Ticket {
         std::function<bool()> isAbandoned;
@@ -68,6 +72,7 @@ class PairingGuard {
     /// Null for a network that is not known.
     Line* find(const PeerNetwork& network);
     void forgetOld();
+    void forgetLongestAgo();
     static Clock::Duration delayAfter(std::size_t refusals);
 
     OnOneThread thread_;

@@ -115,5 +115,16 @@ TEST_F(PairingGuardTest, RefusalsAreForgottenTenMinutesAfterTheLastOne) {
     EXPECT_TRUE(guard.isPrompt(guesser));
 }
 
+TEST_F(PairingGuardTest, OfVeryManyNetworksTheLongestAgoAreForgotten) {
+    refuse(5);
+    clock.advance(io, 1s);
+    for (unsigned i = 1; i <= PairingGuard::mostNetworks; ++i) {
+        guard.note(PeerNetwork(boost::asio::ip::address_v4(0x0B000000U + i)), false);
+        EXPECT_LE(guard.knownNetworks(), PairingGuard::mostNetworks);
+    }
+    EXPECT_TRUE(guard.isPrompt(guesser));
+    EXPECT_EQ(guard.knownNetworks(), PairingGuard::mostNetworks);
+}
+
 } // namespace
 } // namespace tarnly
