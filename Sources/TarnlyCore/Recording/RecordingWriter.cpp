@@ -16,7 +16,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 /// How long the end of the program waits for a disk.
-constexpr auto patience = std::chrono::seconds(10);
+constexpr auto endPatience = std::chrono::seconds(10);
 
 /// After so long it says that it waits.
 constexpr auto quietPatience = std::chrono::seconds(1);
@@ -51,7 +51,7 @@ class RecordingWriter::Room {
         changed_.notify_all();
     }
 
-    /// Has the thread end when all is done; says whether it has within `patience`.
+    /// Has the thread end when all is done; says whether it has within `endPatience`.
     bool finish() {
         std::unique_lock lock(mutex_);
         isClosing_ = true;
@@ -59,7 +59,7 @@ class RecordingWriter::Room {
         const auto hasEnded = [&] { return hasEnded_; };
         if (changed_.wait_for(lock, quietPatience, hasEnded)) return true;
         tell_("Waiting for the disk to take the recording, for ten seconds at most.");
-        if (changed_.wait_for(lock, patience - quietPatience, hasEnded)) return true;
+        if (changed_.wait_for(lock, endPatience - quietPatience, hasEnded)) return true;
         tell_("The disk has not taken the recording: what was recorded last is lost.");
         return false;
     }
