@@ -56,6 +56,28 @@ def test_the_unit_is_valid(folder):
     assert run(tool("systemd-analyze"), "--user", "--man=no", "verify", unit, home=folder) == ""
 
 
+def paths_of_unit(key):
+    """All that the unit gives that key, without the "-" by which a path that is missing does no harm."""
+    text = (FILES / "systemd" / "tarnlyd.service.in").read_text()
+    paths = " ".join(re.findall(rf"^{key}=(.*)$", text, re.MULTILINE)).split()
+    assert all(path.startswith("-%h/") for path in paths)
+    return {path.removeprefix("-%h/") for path in paths}
+
+
+def test_the_daemon_cannot_reach_keys_nor_what_starts_by_itself():
+    hidden = paths_of_unit("InaccessiblePaths")
+    assert {".ssh", ".gnupg", ".config/autostart", ".config/systemd/user", ".local/share/dbus-1"} <= hidden
+    unchanged = hidden | paths_of_unit("ReadOnlyPaths")
+    assert {".config", ".bashrc", ".bash_profile", ".profile", ".zshrc", ".xsession"} <= unchanged
+    assert not any(".local/share/Tarnly".startswith(path) for path in unchanged)
+
+
+def test_the_daemon_has_limits():
+    text = (FILES / "systemd" / "tarnlyd.service.in").read_text()
+    assert re.search(r"^MemoryMax=\d+G$", text, re.MULTILINE)
+    assert re.search(r"^LimitNOFILE=\d+$", text, re.MULTILINE)
+
+
 def ports_of_unit():
     return re.findall(r"TARNLYD_PORT=(\d+)", (FILES / "systemd" / "tarnlyd.service.in").read_text())
 
