@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QScopeGuard>
 #include <chrono>
+#include <cstdlib>
 #include <iostream>
 
 #include "TarnlyApp/Desktop/Display.hpp"
@@ -56,6 +57,9 @@ void DesktopApplication::finishLesson() {
     }
     companion_.stop();
     remark("the display has gone, and the companion has ended");
+    // All that is whole is on the disk. What stands further down on this stack must not be used any more,
+    // which the destructors of libraries, at an ordinary exit, do not know.
+    std::_Exit(EXIT_FAILURE);
 }
 
 void DesktopApplication::showPanel(const QByteArray& activationToken) {
