@@ -52,9 +52,12 @@ class Crowd:
     def close(self):
         """All connections end."""
         async def end():
-            for task in self._tasks:
-                task.cancel()
-            await asyncio.gather(*self._tasks, return_exceptions=True)
+            left = self._tasks
+            while left:
+                for task in left:
+                    task.cancel()
+                # A cancellation that comes together with what a task waits for is lost.
+                _, left = await asyncio.wait(left, timeout=1)
 
         if self._thread.is_alive():
             asyncio.run_coroutine_threadsafe(end(), self._loop).result(60)
