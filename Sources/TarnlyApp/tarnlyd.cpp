@@ -6,6 +6,7 @@
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
+#include "TarnlyApp/DataFolderClaim.hpp"
 #include "TarnlyApp/Settings.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
@@ -14,9 +15,11 @@ namespace tarnly {
 namespace {
 
 int runDaemon(const CompanionOptions& options) {
+    const DataFolderClaim claim(dataFolder(options));
     // What starts at login is the desktop application; the daemon leaves that alone.
     SettingsStore settingsStore(AppSettings::fileIn(dataFolder(options)), nullptr);
     CompanionRuntime runtime(settingsStore, options);
+    if (claim.problem()) runtime.warn(*claim.problem());
     boost::asio::signal_set signals(runtime.executor(), SIGINT, SIGTERM);
     signals.async_wait([&](const boost::system::error_code& cancelled, int) {
         if (!cancelled) runtime.end();

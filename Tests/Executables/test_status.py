@@ -195,15 +195,17 @@ def test_one_that_hangs_is_not_waited_for_for_ever(programs, told):
                                  "end it, and start it again"]
 
 
-def test_a_second_companion_does_not_take_the_socket_of_the_first(programs, fake):
-    first = programs.companion(sim_port=fake.port)
-    second = programs.start("tarnlyd", "--sim-port", fake.port, "--no-advertise", "--data-dir", folder_of(first))
-    second.wait_for_line("^Listening on port ")
-    lines = second.errors().splitlines()
-    assert len(lines) == 1 and "another process answers here already" in lines[0]
+def test_a_second_companion_on_the_same_folder_is_refused(programs, fake):
+    first = programs.companion("--status-file", programs.folder / "status.json", sim_port=fake.port)
+    folder = folder_of(first)
+    second = programs.run("tarnlyd", "--sim-port", fake.port, "--no-advertise", "--data-dir", folder,
+                          "--status-file", programs.folder / "status.json")
+    assert (second.status, second.output) == (1, "")
+    assert second.error_lines == [
+        f"Failed to start: the data folder {folder} is in use by process {first.program.pid}; end that companion, or "
+        "give this one a folder of its own by --data-dir"]
     assert status_of(programs, first)["port"] == first.port
-    assert second.end() == 0
-    assert status_of(programs, first)["port"] == first.port
+    assert json.loads((programs.folder / "status.json").read_text())["running"] is True
 
 
 def test_what_a_killed_companion_left_behind_is_replaced(programs, fake):

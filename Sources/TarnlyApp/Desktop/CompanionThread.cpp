@@ -22,8 +22,11 @@ std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
 } // namespace
 
 CompanionThread::CompanionThread(const CompanionOptions& options)
-    : settingsStore_(AppSettings::fileIn(dataFolder(options)), loginItem(options)),
-      runtime_(settingsStore_, options) {}
+    : claim_(dataFolder(options)),
+      settingsStore_(AppSettings::fileIn(dataFolder(options)), loginItem(options)),
+      runtime_(settingsStore_, options) {
+    if (claim_.problem()) runtime_.warn(*claim_.problem());
+}
 
 CompanionThread::~CompanionThread() { stop(); }
 

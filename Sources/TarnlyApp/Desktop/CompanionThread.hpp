@@ -4,6 +4,7 @@
 
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
+#include "TarnlyApp/DataFolderClaim.hpp"
 #include "TarnlyApp/Settings.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 
@@ -14,7 +15,8 @@ namespace tarnly {
 /// Belongs to the main thread.
 class CompanionThread {
   public:
-    /// Loads the settings. Throws `std::runtime_error` for a person without a home folder.
+    /// Claims the data folder, and loads the settings. Throws `std::runtime_error` for a person without a
+    /// home folder, and when another companion has the folder.
     explicit CompanionThread(const CompanionOptions& options);
 
     CompanionThread(const CompanionThread&) = delete;
@@ -39,6 +41,8 @@ class CompanionThread {
 
   private:
     OnOneThread thread_;
+    const DataFolderClaim claim_;
+    // depends-on: claim_
     SettingsStore settingsStore_;
     // depends-on: settingsStore_
     CompanionRuntime runtime_;

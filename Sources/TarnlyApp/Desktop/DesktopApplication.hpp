@@ -23,7 +23,8 @@ class DesktopApplication : public QObject {
     Q_OBJECT
 
   public:
-    /// Throws `std::runtime_error` for a person without a home folder.
+    /// Throws `std::runtime_error` for a person without a home folder, and when another companion has the
+    /// data folder.
     explicit DesktopApplication(const CompanionOptions& options);
 
     /// Starts the companion and serves the windows until the person quits; returns the exit status.
