@@ -362,9 +362,10 @@ def records_of_a_torn_log(path):
     return records
 
 
-@pytest.mark.parametrize("number", range(10))
+@pytest.mark.parametrize("number", range(int(os.environ.get("TARNLY_KILL_ROUNDS", 10))))
 def test_a_kill_costs_the_last_beats_at_most(programs, flight, number):
-    """Ten companions a round, each killed while it writes: many triggers fire on every sample."""
+    """Ten companions a round, each killed while it writes: many triggers fire on every sample. With a hundred rounds
+    (`TARNLY_KILL_ROUNDS`) these are a thousand kills."""
     side_by_side = 2 if is_instrumented() else 10
     chance = random.Random(number)
     script = [trigger(f"{n}", "after_start", "x" * 200, seconds=n % 3 * 0.5) for n in range(300)]
