@@ -78,10 +78,9 @@ class TaskGroup::State::Ending {
 
     ~Ending() {
         if (!state_ || !isSpawned()) return;
-        const auto executor = state_->executor;
         try {
             // Not while the task is being taken down.
-            asio::post(executor, [state = state_, signal = signal_, onFailure = std::move(onFailure_)] {
+            asio::post(state_->executor, [state = state_, signal = signal_, onFailure = std::move(onFailure_)] {
                 end(*state, signal, onFailure, std::make_exception_ptr(std::bad_alloc()));
             });
         } catch (const std::exception&) {
