@@ -80,9 +80,10 @@ class TaskGroup::State::Ending {
         if (!state_ || !isSpawned()) return;
         try {
             // Not while the task is being taken down.
-            asio::post(state_->executor, [state = state_, signal = signal_, onFailure = std::move(onFailure_)] {
-                end(*state, signal, onFailure, std::make_exception_ptr(std::bad_alloc()));
-            });
+            asio::post(state_->executor,
+                       [state = state_, signal = signal_, onFailure = std::move(onFailure_)] {
+                           end(*state, signal, onFailure, std::make_exception_ptr(std::bad_alloc()));
+                       });
         } catch (const std::exception&) {
         }
     }
