@@ -2,6 +2,7 @@
 
 import contextlib
 import json
+import socket
 import time
 
 import pytest
@@ -103,6 +104,22 @@ def test_what_strangers_take_is_bounded_and_goes_back(used, frames_of):
             stranger.close()
     assert most - before < STRANGERS_TAKE, f"{(most - before) / MEGABYTE:.1f} MiB"
     wait_until(lambda: memory(used) < before + 4 * MEGABYTE, f"{before + 4 * MEGABYTE} bytes", SOON)
+
+
+@pytest.mark.parametrize("end", [b"", b"\r\n"], ids=["unfinished", "refused"])
+def test_heads_of_many_short_lines_take_little(used, end):
+    before = memory(used)
+    head = b"GET / HTTP/1.1\r\n" + b"a:\r\n" * 4050 + end
+    peers = []
+    for _ in range(STRANGERS):
+        peer = socket.create_connection(("127.0.0.1", used.port), timeout=60)
+        with contextlib.suppress(OSError):
+            peer.sendall(head)
+        peers.append(peer)
+    assert used.client()
+    assert memory(used) - before < STRANGERS_TAKE
+    for peer in peers:
+        peer.close()
 
 
 def test_guessers_who_wait_take_little(programs):

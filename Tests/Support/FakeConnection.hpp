@@ -49,6 +49,9 @@ class FakeConnection final : public WebSocketConnection {
             if (const auto present = receiver.lock()) present->onEnd();
         });
     }
+    void hangUp() {
+        if (const auto present = receiver_.lock()) present->onHangUp();
+    }
     void readOn() {
         isRead = true;
         changed_.notifyAll();

@@ -40,7 +40,9 @@ PairResult PairingManager::attempt(const std::optional<std::string>& suppliedPas
 
 bool PairingManager::isRight(const std::optional<std::string>& suppliedPassword) const {
     const auto password = state_.with([](const State& state) { return state.password; });
-    return !isSet(password) || (suppliedPassword && canonicallyEqual(*suppliedPassword, *password));
+    if (!isSet(password)) return true;
+    return suppliedPassword && suppliedPassword->size() <= longestPassword &&
+           canonicallyEqual(*suppliedPassword, *password);
 }
 
 PairResult PairingManager::answer(bool isRight) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -37,6 +38,10 @@ class PairingManager {
     /// Passwords compare by Unicode canonical equivalence; letter case counts. Every accepted attempt gets a
     /// token of its own: 24 random bytes in base64, 32 characters.
     PairResult attempt(const std::optional<std::string>& suppliedPassword);
+
+    /// In bytes. What is longer is never right, whatever the password: how long comparing takes shall not
+    /// tell.
+    static constexpr std::size_t longestPassword = 4096;
 
     /// The two halves of an attempt: whether the password is right, which takes the same time however much of
     /// it is, and the result.

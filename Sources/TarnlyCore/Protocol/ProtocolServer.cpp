@@ -200,7 +200,12 @@ void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
     auto watchAgain = [weak = weak_from_this()](const std::exception_ptr&) {
         if (const auto server = weak.lock()) server->isSilenceWatched_ = false;
     };
-    silenceWatch_.spawn(watchSilence(weak_from_this()), std::move(watchAgain));
+    try {
+        silenceWatch_.spawn(watchSilence(weak_from_this()), std::move(watchAgain));
+    } catch (const std::exception&) {
+        isSilenceWatched_ = false;
+        throw;
+    }
 }
 
 /// One timer for all clients, while there are some.

@@ -36,6 +36,9 @@ Params requireParams(Request& request, const char* complaint) {
     return std::move(*params);
 }
 
+/// Nobody waits for the answer any more, and the connection is to end.
+struct Dismissed : std::exception {};
+
 ProtocolLimitError limitExceeded(const std::string& limit) {
     return ProtocolLimitError(ProtocolLimitError::Case::limitExceeded, limit);
 }
@@ -102,6 +105,11 @@ void ProtocolSession::end() {
     services_.guard->wake();
 }
 
+void ProtocolSession::hangUp() {
+    peer_->hasHungUp = true;
+    services_.guard->wake();
+}
+
 void ProtocolSession::addSubscriptions(Names names) {
     std::ranges::sort(names);
     bool isInForce = false;
@@ -113,9 +121,10 @@ void ProtocolSession::addSubscriptions(Names names) {
         const auto repeated = std::ranges::unique(all);
         all.erase(repeated.begin(), repeated.end());
         const auto added = all.size() - (before ? before->size() : 0);
-        takeNames(all.size(), added);
+        const auto count = all.size();
         const auto size = sizeOf(all);
         auto next = services_.workers.share(std::move(all), size);
+        takeNames(count, added);
         // Nobody waits for the lock while all that is done; another addition may have come first.
         isInForce = namesToPush_.with([&](SharedNames& present) {
             if (present != before) return false;
@@ -237,6 +246,8 @@ Task<ProtocolSession::Answer> ProtocolSession::finish(SharedRequest request, Tas
     try {
         auto reply = co_await std::move(work);
         co_return reply;
+    } catch (const Dismissed&) {
+        co_return std::nullopt;
     } catch (const std::exception& error) {
         co_return Reply{errorReply(request->head.reqId, error.what()), {}};
     }
@@ -248,20 +259,22 @@ Task<std::string> ProtocolSession::makePiece(std::function<std::string()> nextPi
 }
 
 ProtocolSession::Handling ProtocolSession::pair(const SharedRequest& request) {
-    const auto params = request->take<PairRequest>().value_or(PairRequest{});
-    const bool isRight = services_.pairing->isRight(params.password);
-    if (services_.guard->isPrompt(network_)) return finishPairing(*request, isRight);
-    return pairInTurn(request, isRight);
+    auto password = request->take<PairRequest>().value_or(PairRequest{}).password;
+    if (services_.guard->isPrompt(network_)) return finishPairing(*request, password);
+    // Strangers who wait take no more memory than a password does.
+    if (password && password->size() > PairingManager::longestPassword) password.reset();
+    return pairInTurn(request, std::move(password));
 }
 
-Task<Reply> ProtocolSession::pairInTurn(SharedRequest request, bool isRight) {
-    auto hasEnded = [peer = peer_] { return peer->hasEnded.load(); };
-    co_await services_.guard->waitForTurn(network_, std::move(hasEnded));
-    if (peer_->hasEnded) co_return Reply(); // nobody is told
-    co_return finishPairing(*request, isRight);
+Task<Reply> ProtocolSession::pairInTurn(SharedRequest request, std::optional<std::string> password) {
+    auto isAbandoned = [peer = peer_] { return peer->hasEnded || peer->hasHungUp; };
+    co_await services_.guard->waitForTurn(network_, isAbandoned);
+    if (isAbandoned()) throw Dismissed();
+    co_return finishPairing(*request, password);
 }
 
-Reply ProtocolSession::finishPairing(const Request& request, bool isRight) {
+Reply ProtocolSession::finishPairing(const Request& request, const std::optional<std::string>& password) {
+    const bool isRight = services_.pairing->isRight(password);
     services_.guard->note(network_, isRight);
     const auto result = services_.pairing->answer(isRight);
     if (result.accepted) {

@@ -93,8 +93,8 @@ class ProtocolSession {
     void end();
 
     /// The peer has hung up, and reads its answers at most: a search for fixes that lasts is given up, and
-    /// its script with it. Safe from any thread.
-    void hangUp() { peer_->hasHungUp = true; }
+    /// its script with it, and so is an attempt to pair that waits.
+    void hangUp();
 
     /// The next piece of a reply, made where it disturbs nobody.
     Task<std::string> makePiece(std::function<std::string()> nextPiece);
@@ -149,8 +149,8 @@ class ProtocolSession {
     }
 
     Handling pair(const SharedRequest& request);
-    Task<Reply> pairInTurn(SharedRequest request, bool isRight);
-    Reply finishPairing(const Request& request, bool isRight);
+    Task<Reply> pairInTurn(SharedRequest request, std::optional<std::string> password);
+    Reply finishPairing(const Request& request, const std::optional<std::string>& password);
     Handling simInfo(const SharedRequest& request);
 
     template <Task<Reply> (ProtocolSession::*work)(SharedRequest)>

@@ -5,6 +5,13 @@
 
 namespace tarnly {
 
+namespace {
+
+/// Somebody comes and goes all the time: that must not keep what others have left.
+constexpr int mostRounds = 2;
+
+} // namespace
+
 struct FreedMemory::State {
     WorkerPool& workers;
     Clock& clock;
@@ -21,14 +28,20 @@ FreedMemory::FreedMemory(boost::asio::any_io_executor executor, WorkerPool& work
 void FreedMemory::note() {
     thread_.check();
     ++state_->notes;
-    if (!std::exchange(state_->isWaiting, true)) tasks_.spawn(giveBackWhenQuiet(state_), dropFailure);
+    if (std::exchange(state_->isWaiting, true)) return;
+    try {
+        auto again = [state = state_](const std::exception_ptr&) { state->isWaiting = false; };
+        tasks_.spawn(giveBackWhenQuiet(state_), std::move(again));
+    } catch (const std::exception&) {
+        state_->isWaiting = false; // the next one may find memory for it
+    }
 }
 
 Task<> FreedMemory::giveBackWhenQuiet(std::shared_ptr<State> state) {
     std::uint64_t done = 0;
     while (done != state->notes) {
         std::uint64_t seen = 0;
-        while (seen != state->notes) {
+        for (int rounds = 0; seen != state->notes && rounds < mostRounds; ++rounds) {
             seen = state->notes;
             co_await state->clock.sleepFor(quiet);
         }

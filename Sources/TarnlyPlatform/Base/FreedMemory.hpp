@@ -32,8 +32,8 @@ class FreedMemory {
     FreedMemory(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                 std::function<void()> giveBack = giveBackFreedMemory);
 
-    /// Something large has been let go, or is about to be. When no more of that has come for `quiet`, the
-    /// memory is given back, once for all of it.
+    /// Something large has been let go, or is about to be. When no more of that has come for `quiet`, or
+    /// after twice that time, the memory is given back, once for all of it. Never fails.
     void note();
 
     static constexpr std::chrono::seconds quiet{3};

@@ -97,9 +97,14 @@ struct Admission::State {
     static void startWatching(const std::shared_ptr<State>& state) {
         if (std::exchange(state->isWatching, true)) return;
         // Without a timer, for lack of memory, the next stranger brings another one.
-        state->tasks.spawn(watch(state), [state = std::weak_ptr(state)](const std::exception_ptr&) {
-            if (const auto present = state.lock()) present->isWatching = false;
-        });
+        try {
+            state->tasks.spawn(watch(state), [state = std::weak_ptr(state)](const std::exception_ptr&) {
+                if (const auto present = state.lock()) present->isWatching = false;
+            });
+        } catch (const std::exception&) {
+            state->isWatching = false;
+            throw;
+        }
     }
 };
 

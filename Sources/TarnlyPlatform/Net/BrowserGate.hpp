@@ -14,8 +14,8 @@ namespace tarnly {
 ///
 /// Pages that were loaded from this very port pass, and programs that are no browsers, which send no Origin.
 /// A page could also have a name of its own point to this computer (DNS rebinding) and so seem to come from
-/// here; so the header Host must name this computer in a way that nobody else can lay claim to. A plain
-/// value.
+/// here; so the header Host must name this computer in a way that nobody outside of this network can lay
+/// claim to. A plain value.
 class BrowserGate {
   public:
     /// `hostName` is this computer's. Pages of `allowedOrigins` pass as well.

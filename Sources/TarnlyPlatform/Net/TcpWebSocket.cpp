@@ -56,7 +56,8 @@ Task<> TcpWebSocket::opened() {
 
 WebSocketConnection::SignsOfLife TcpWebSocket::signsOfLife() const {
     auto signs = signs_;
-    if (isWaitingToWrite_) signs.lastTakenAt = clock_.now(); // the limit of stalling is nearer
+    // The limit of stalling is nearer, and what is not read cannot be held against the peer.
+    if (isWaitingToWrite_ || !isReading_) signs.lastTakenAt = clock_.now();
     return signs;
 }
 
@@ -78,6 +79,12 @@ std::optional<Clock::TimePoint> TcpWebSocket::stallsAt() const {
     if ((isReading_ || isWaitingForRoom_) && !rooms_.empty()) since = expectingSince_;
     if (isWaitingToWrite_) since = since ? std::min(*since, *lastProgress_) : *lastProgress_;
     if (since) *since += limits_.stall;
+    if (isReading_ && !rooms_.empty()) {
+        // Who drips bytes must not keep the room of others.
+        const std::chrono::seconds earned(content_.size() / limits_.leastBytesASecond);
+        const auto due = messageBeganAt_ + 2 * limits_.stall + earned;
+        since = since ? std::min(*since, due) : due;
+    }
     return since;
 }
 
@@ -163,6 +170,16 @@ void TcpWebSocket::end() {
     asio::post(socket_.get_executor(), [receiver = receiver_] {
         if (const auto present = receiver.lock()) present->onEnd();
     });
+}
+
+/// Where even the words for it find no memory, the peer's end is what ends the rest.
+void TcpWebSocket::breakDown() noexcept {
+    try {
+        fail(NetworkError::Case::connectionClosed, "the connection broke down");
+    } catch (const std::exception&) {
+        error_code ignored;
+        socket_.close(ignored);
+    }
 }
 
 void TcpWebSocket::throwEnded() const {

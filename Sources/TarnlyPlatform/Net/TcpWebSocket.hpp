@@ -89,6 +89,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     bool isStranger() const { return visit_ && visit_->isStranger(); }
     bool isReceiverBusy() const { return hasReceiver_ && !isReceiverReady_; }
     void note(const WebSocketEvent& event);
+    void makeCapacity(std::size_t more);
     void takeRoom();
     void noteMessage(Opcode opcode);
     void deliver();
@@ -114,6 +115,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     void close(WebSocketCloseCode code);
     static Task<> endAfterPatience(std::shared_ptr<TcpWebSocket> self);
     void end();
+    void breakDown() noexcept;
     [[noreturn]] void throwEnded() const;
 
     /// Out of memory, say, that is the end of this connection, and of no other.
@@ -121,7 +123,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
         try {
             step();
         } catch (const std::exception&) {
-            fail(NetworkError::Case::connectionClosed, "the connection broke down");
+            breakDown();
         }
     }
 
@@ -146,6 +148,7 @@ class TcpWebSocket final : public WebSocketConnection, public std::enable_shared
     bool isReading_ = false;
     bool isAtEnd_ = false;
     Clock::TimePoint expectingSince_{};
+    Clock::TimePoint messageBeganAt_{}; // one that takes room
     bool isWorking_ = false;
     bool isWorkPosted_ = false;
     std::string content_;

@@ -111,6 +111,7 @@ void TcpWebSocket::note(const WebSocketEvent& event) {
         case textPiece:
             if (!isListening) return;
             takeRoom();
+            makeCapacity(event.bytes.size());
             content_ += event.bytes;
             return;
         case textEnd:
@@ -148,12 +149,19 @@ void TcpWebSocket::note(const WebSocketEvent& event) {
     }
 }
 
+/// A string that grows by itself takes up to twice its size; strangers get no more than their message needs.
+void TcpWebSocket::makeCapacity(std::size_t more) {
+    if (isStranger() && content_.size() + more > content_.capacity())
+        content_.reserve(std::max(limits_.shortMessage, content_.size() + more));
+}
+
 /// A long message is read on when there is room to decode it.
 void TcpWebSocket::takeRoom() {
     const auto announced = decoder_.announcedSize();
     const auto longest = std::max(limits_.shortMessage, wantedRoom_);
     if (limits_.budget == nullptr || announced <= longest) return;
     const auto more = announced - wantedRoom_;
+    if (rooms_.empty()) messageBeganAt_ = clock_.now();
     wantedRoom_ = announced;
     if (content_.capacity() < announced && wantedRoom_ == more) content_.reserve(announced);
     isWaitingForRoom_ = true;

@@ -15,6 +15,8 @@ struct WebSocketLimits {
     /// How long a peer may take nothing of what is sent to it, or send nothing of a long message that it has
     /// begun, before it is cut.
     Clock::Duration stall = std::chrono::seconds(15);
+    /// Of a long message, beyond that time: what a connection that is used for lessons does easily.
+    std::size_t leastBytesASecond = std::size_t{64} * 1024;
     /// How long the end waits for what was sent and for the peer's close.
     Clock::Duration close = std::chrono::milliseconds(500);
     /// Unsolicited bytes that a peer may owe before the next such message has it cut.

@@ -14,6 +14,7 @@
 #include <boost/beast/http/write.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <chrono>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -33,6 +34,8 @@ using HeadParser = http::request_parser<http::empty_body>;
 /// For the head of a request, and again for the answer to one that is no upgrade.
 constexpr auto patience = std::chrono::seconds(10);
 constexpr std::uint32_t largestHead = 16 * 1024;
+/// Of a head: each takes more memory than it has bytes.
+constexpr std::ptrdiff_t mostFields = 64;
 
 constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
@@ -40,6 +43,11 @@ constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 bool deservesAnswer(const error_code& error) {
     return error.category() != boost::system::system_category() && error != http::error::end_of_stream &&
            error != http::error::partial_message && error != http::error::header_limit;
+}
+
+std::ptrdiff_t fieldCount(const HeadParser& head) {
+    const auto& fields = head.get();
+    return std::distance(fields.begin(), fields.end());
 }
 
 HttpRequest requestFrom(const HeadParser& head) {
@@ -110,7 +118,12 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     beast::flat_buffer received;
     HeadParser head;
     head.header_limit(largestHead);
-    auto [error, size] = co_await http::async_read_header(*peer, received, head, asTuple);
+    error_code error;
+    while (!error && !head.is_header_done()) {
+        auto [failure, size] = co_await http::async_read_some(*peer, received, head, asTuple);
+        error = failure;
+        if (fieldCount(head) > mostFields) co_return;
+    }
     if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
     const bool isRequest = !error && !head.chunked();
     std::optional<Refusal> refusal;
@@ -136,12 +149,14 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
 std::shared_ptr<Visit> WebSocketListener::State::admit(const std::shared_ptr<tcp::socket>& peer) const {
     if (!admission) return nullptr;
     error_code isGone;
-    const auto endpoint = peer->remote_endpoint(isGone);
+    auto address = peer->remote_endpoint(isGone).address();
+    // This computer reaches itself by each of its addresses.
+    if (address == peer->local_endpoint(isGone).address()) address = asio::ip::address_v4::loopback();
     auto close = [weak = std::weak_ptr(peer)] {
         error_code ignored;
         if (const auto present = weak.lock()) present->close(ignored);
     };
-    return admission->admit(isGone ? PeerNetwork() : PeerNetwork(endpoint.address()), std::move(close));
+    return admission->admit(isGone ? PeerNetwork() : PeerNetwork(address), std::move(close));
 }
 
 std::optional<Refusal> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,

@@ -34,6 +34,13 @@ TEST(PairingManager, AnyOtherPasswordIsRefused) {
     EXPECT_EQ(pairing.attempt("Secret "), refused);
 }
 
+TEST(PairingManager, WhatIsTooLongIsNeverRight) {
+    const std::string longest(PairingManager::longestPassword, 'x');
+    EXPECT_TRUE(PairingManager(longest).attempt(longest).accepted);
+    EXPECT_FALSE(PairingManager(longest + "x").attempt(longest + "x").accepted);
+    EXPECT_TRUE(PairingManager(std::nullopt).attempt(longest + "x").accepted);
+}
+
 TEST(PairingManager, CanonicallyEquivalentPasswordsAreTheSame) {
     PairingManager pairing("caf\u00E9");
     EXPECT_TRUE(pairing.attempt("cafe\u0301").accepted);

@@ -361,6 +361,39 @@ TEST_F(ProtocolServerTest, TheTimeThatALateAnswerTakesDoesNotCount) {
     EXPECT_FALSE(connection->isAborted);
 }
 
+TEST_F(ProtocolServerTest, WhoHangsUpWhileItWaitsIsForgotten) {
+    pairing->setPassword("Secret");
+    for (int i = 0; i < 8; ++i)
+        guard->note(PeerNetwork(), false);
+    const auto gone = connect();
+    const auto next = connect();
+    for (const auto& connection : {gone, next})
+        connection->deliver(R"({"type":"pair","params":{"password":"Secret"}})");
+    settle();
+    gone->hangUp();
+    settle();
+    EXPECT_TRUE(gone->isCancelled);
+    EXPECT_THAT(gone->sent, IsEmpty());
+    clock.advance(io, std::chrono::seconds(8));
+    EXPECT_THAT(next->sent, SizeIs(1));
+    EXPECT_EQ(server->pairedCount(), 1U);
+}
+
+TEST_F(ProtocolServerTest, AnAttemptThatWaitsMeetsThePasswordOfItsTurn) {
+    pairing->setPassword("old");
+    for (int i = 0; i < 5; ++i)
+        guard->note(PeerNetwork(), false);
+    const auto connection = connect();
+    connection->deliver(R"({"type":"pair","params":{"password":"old"}})");
+    settle();
+    pairing->setPassword("new");
+    clock.advance(io, std::chrono::seconds(1));
+    EXPECT_EQ(server->pairedCount(), 0U);
+    connection->deliver(R"({"type":"pair","params":{"password":"new"}})");
+    clock.advance(io, std::chrono::seconds(2));
+    EXPECT_EQ(server->pairedCount(), 1U);
+}
+
 TEST_F(ProtocolServerTest, WhoAsksWhileTooManyWaitIsClosed) {
     pairing->setPassword("Secret");
     for (int i = 0; i < 5; ++i)

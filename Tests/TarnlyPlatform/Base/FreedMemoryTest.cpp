@@ -38,7 +38,7 @@ TEST_F(FreedMemoryTest, IsGivenBackWhenNoMoreComes) {
 TEST_F(FreedMemoryTest, IsGivenBackOnceForAllThatComesClose) {
     for (int i = 0; i < 10; ++i) {
         memory.note();
-        clock.advance(io, FreedMemory::quiet - 1ms);
+        clock.advance(io, FreedMemory::quiet / 10);
     }
     EXPECT_EQ(given, 0);
     clock.advance(io, 2 * FreedMemory::quiet);
@@ -56,6 +56,15 @@ TEST_F(FreedMemoryTest, IsGivenBackAgainForWhatComesLater) {
     }));
     clock.advance(io, 2 * FreedMemory::quiet);
     expectGivenBack(2);
+}
+
+TEST_F(FreedMemoryTest, IsGivenBackThoughSomethingComesAllTheTime) {
+    for (int i = 0; i < 6; ++i) {
+        memory.note();
+        EXPECT_EQ(given, 0);
+        clock.advance(io, 1s);
+    }
+    expectGivenBack(1);
 }
 
 TEST_F(FreedMemoryTest, NothingIsGivenBackWithoutANote) {

@@ -350,6 +350,27 @@ TEST_F(WebSocketReceiverTest, WhoHoldsRoomAndSendsNothingForFifteenSecondsIsCut)
     EXPECT_EQ(budget.taken(), 0U);
 }
 
+TEST_F(WebSocketReceiverTest, WhoHoldsRoomAndDripsBytesIsCut) {
+    ByteBudget budget(100'000);
+    limits.budget = &budget;
+    limits.shortMessage = 100;
+    limits.leastBytesASecond = 1000;
+    connect();
+    write(std::string("\x81\xFE\xC3\x50\0\0\0\0", 8) + std::string(5000, 'x'));
+    until([&] { return budget.taken() > 0; });
+    for (int i = 0; i < 3; ++i) {
+        settle();
+        clock.advance(io, 10s);
+        write("x");
+    }
+    settle();
+    clock.advance(io, 4s);
+    EXPECT_FALSE(connection->failure());
+    clock.advance(io, 2s);
+    EXPECT_TRUE(connection->failure());
+    EXPECT_EQ(budget.taken(), 0U);
+}
+
 TEST_F(WebSocketReceiverTest, WhoHoldsRoomAndWaitsForMoreInVainIsCut) {
     ByteBudget budget(100'000);
     limits.budget = &budget;
