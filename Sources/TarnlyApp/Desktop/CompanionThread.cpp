@@ -5,6 +5,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "TarnlyPlatform/Base/StartThread.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -33,7 +35,7 @@ CompanionThread::~CompanionThread() { stop(); }
 void CompanionThread::start() {
     thread_.check();
     runtime_.start();
-    network_ = std::thread([this] { runtime_.run(); });
+    network_ = startThread([this] { runtime_.run(); });
 }
 
 bool CompanionThread::isInUse() {

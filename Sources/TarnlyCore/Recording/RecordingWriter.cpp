@@ -10,6 +10,8 @@
 #include <utility>
 #include <variant>
 
+#include "TarnlyPlatform/Base/StartThread.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -186,7 +188,7 @@ class RecordingWriter::Room {
 
 RecordingWriter::RecordingWriter(OpenLog openLog, Tell tell, Pauses pauses)
     : room_(std::make_shared<Room>(std::move(openLog), std::move(tell), pauses)),
-      thread_([room = room_] { room->run(); }) {}
+      thread_(startThread([room = room_] { room->run(); })) {}
 
 RecordingWriter::~RecordingWriter() {
     if (room_->finish()) {

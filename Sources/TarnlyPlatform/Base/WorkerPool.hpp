@@ -8,10 +8,14 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <concepts>
 #include <cstddef>
+#include <exception>
 #include <memory>
+#include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
+#include "TarnlyPlatform/Base/StartThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
@@ -21,15 +25,22 @@ namespace tarnly {
 /// The threads sleep while there is no work. Destruction waits for work under way and drops work that waits.
 class WorkerPool {
   public:
-    explicit WorkerPool(std::size_t threads = 2) : pool_(std::make_shared<Pool>(threads)) {}
+    /// Throws as `startThread`, and leaves no thread behind then.
+    explicit WorkerPool(std::size_t threads = 2) : pool_(std::make_shared<Pool>(0)) {
+        threads_.reserve(threads);
+        try {
+            while (threads_.size() < threads)
+                threads_.push_back(startThread([pool = pool_] { pool->attach(); }));
+        } catch (const std::exception&) {
+            end();
+            throw;
+        }
+    }
 
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    ~WorkerPool() {
-        pool_->stop();
-        pool_->join();
-    }
+    ~WorkerPool() { end(); }
 
     /// Runs `work` on a worker thread and resumes the caller on its own executor with the result;
     /// what `work` throws is thrown to the caller. Pass a named callable, moved: see `Task`.
@@ -75,7 +86,15 @@ class WorkerPool {
         co_return work();
     }
 
+    void end() {
+        pool_->stop();
+        for (auto& thread : threads_)
+            thread.join();
+    }
+
+    /// Has no threads of its own: its constructor would wait for ever where the system starts too few.
     std::shared_ptr<Pool> pool_;
+    std::vector<std::thread> threads_;
 };
 
 } // namespace tarnly

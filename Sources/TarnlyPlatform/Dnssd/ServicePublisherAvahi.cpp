@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/StartThread.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -245,7 +246,8 @@ class ServicePublisher::Worker {
 };
 
 ServicePublisher::ServicePublisher(PublishedService service)
-    : worker_(std::make_shared<Worker>(std::move(service))), thread_([worker = worker_] { worker->run(); }) {}
+    : worker_(std::make_shared<Worker>(std::move(service))),
+      thread_(startThread([worker = worker_] { worker->run(); })) {}
 
 ServicePublisher::~ServicePublisher() {
     worker_->onChange(nullptr);
