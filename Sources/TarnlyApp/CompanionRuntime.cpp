@@ -206,9 +206,9 @@ void CompanionRuntime::run() {
 Task<> CompanionRuntime::close() {
     publicationTask_.cancel();
     statusSocket_.reset();
+    if (host_) host_->stop(); // whatever becomes of the status
     co_await closeStatusFile();
     if (!host_) co_return;
-    host_->stop();
     backend_->close();
     const auto deadline = clock_.now() + closingPatience;
     co_await host_->join(closingPatience);

@@ -56,6 +56,11 @@ class CompanionRuntime {
     /// From any thread, also before `run`.
     void end();
 
+    /// After `run`: waits until the disk has the recordings, as destruction does.
+    void finishRecordings() {
+        if (host_) host_->recording().finish();
+    }
+
     /// "Starting…", then how the companion can be reached at present, or why it failed. From any thread.
     std::string statusText() const;
     State state() const { return state_; }

@@ -32,7 +32,7 @@ SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginIt
     : file_(std::move(file)), loginItem_(std::move(loginItem)), settings_(file_.initial()) {
     if (file_.isUnreadable()) problem_.with([&](auto& problem) { problem = unreadableText(file_); });
     if (settings_.password == "") settings_.password.reset();
-    applyStartAtLogin();
+    if (!file_.isUnreadable()) applyStartAtLogin(); // nobody knows what was wanted
 }
 
 void SettingsStore::setPassword(std::string password) {

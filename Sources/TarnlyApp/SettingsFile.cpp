@@ -72,9 +72,15 @@ std::string textOf(const AppSettings& settings, const boost::json::object& unkno
     return writer.take();
 }
 
+/// Where nobody can tell, it is not: what is done with the name tells what is wrong.
+bool isTaken(const fs::path& name) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(name, error));
+}
+
 fs::path freeName(const fs::path& wanted) {
     auto name = wanted;
-    for (int number = 2; isPresent(name); ++number)
+    for (int number = 2; isTaken(name); ++number)
         name = wanted.string() + "-" + std::to_string(number);
     return name;
 }
@@ -123,7 +129,7 @@ void SettingsFile::save(const AppSettings& settings) {
     auto target = fs::canonical(file_, error);
     if (error) target = file_;
     const bool keepsOld = isUnreadable_ && isPresent(target);
-    const auto kept = freeName(keptPath());
+    const auto kept = keepsOld ? freeName(keptPath()) : fs::path();
     if (keepsOld) setAside(target, kept);
     try {
         replaceFile(target, text);

@@ -40,7 +40,7 @@ int runDaemon(const CompanionOptions& options) {
 int main(int argc, char** argv) {
     try {
         tarnly::keepLittleFreedMemory();
-        tarnly::failBeyondFileSizeLimit();
+        tarnly::failRatherThanEnd();
         const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnlyd, argc, argv);
         if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
             (exit->status == 0 ? std::cout : std::cerr) << exit->text;

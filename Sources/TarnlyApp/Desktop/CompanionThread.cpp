@@ -54,6 +54,7 @@ void CompanionThread::stop() {
     if (!network_.joinable()) return;
     runtime_.end();
     network_.join();
+    runtime_.finishRecordings();
 }
 
 } // namespace tarnly

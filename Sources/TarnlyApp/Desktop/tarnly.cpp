@@ -65,7 +65,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
 int main(int argc, char** argv) {
     try {
         tarnly::keepLittleFreedMemory();
-        tarnly::failBeyondFileSizeLimit();
+        tarnly::failRatherThanEnd();
         const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnly, argc, argv);
         if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
             (exit->status == 0 ? std::cout : std::cerr) << exit->text;

@@ -57,6 +57,10 @@ class FlightRecorder {
     Task<> written();
     Task<> written(Clock::Duration limit);
 
+    /// Waits until the disk has all that was recorded, for ten seconds at most: see `RecordingWriter`. For a
+    /// program that ends; destruction does the same.
+    void finish() { writer_.finish(); }
+
     /// Tells what fires on a sample.
     using Fire = std::function<FiredTriggers(const TrackSample& recorded)>;
 

@@ -52,8 +52,8 @@ LogInProgress::LogInProgress(OpenLog openLog, std::filesystem::path file, Shared
 
 void LogInProgress::add(Batch batch) {
     if (isEnding_) return;
-    if (!batch.fired.empty()) fired_.push_back({samples_.size(), std::move(batch.fired)});
     samples_.push_back(std::move(batch.sample));
+    if (!batch.fired.empty()) fired_.push_back({samples_.size() - 1, std::move(batch.fired)});
 }
 
 bool LogInProgress::waits(TimePoint now, Patience patience) const {
@@ -85,7 +85,9 @@ bool LogInProgress::open(TimePoint now) {
 }
 
 bool LogInProgress::writeLines(TimePoint now) {
-    if (isUpToDate() && !retryDue_) return true;
+    // At the end it is looked for in any case: it may have been removed since the last line.
+    const bool isLastLook = isEnding_ && samples_.size() > 0;
+    if (isUpToDate() && !retryDue_ && !isLastLook) return true;
     if (!sink_->isInPlace(written_.size)) {
         beginAnew();
         failWithoutFile(now);

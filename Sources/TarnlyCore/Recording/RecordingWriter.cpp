@@ -70,8 +70,8 @@ class RecordingWriter::Room {
 
     /// The thread.
     void run() {
-        while (auto orders = next()) {
-            for (auto& order : *orders)
+        while (next()) {
+            for (auto& order : taken_)
                 // What fails, for lack of memory say, is lost alone, and ends neither thread nor program.
                 attempt([&] { std::visit([&](auto& known) { carryOut(known); }, order); });
             attempt([this] { workOn(LogInProgress::Patience::pauses); });
@@ -83,8 +83,9 @@ class RecordingWriter::Room {
     }
 
   private:
-    /// All that waits, which is nothing when it is time to look after a log; absent at the end.
-    std::optional<std::deque<Order>> next() {
+    /// Takes all that waits, which is nothing when it is time to look after a log; false at the end.
+    bool next() {
+        taken_.clear();
         const auto due = nextDue();
         std::unique_lock lock(mutex_);
         const auto isAwake = [&] { return isClosing_ || !orders_.empty(); };
@@ -93,8 +94,9 @@ class RecordingWriter::Room {
         } else {
             changed_.wait(lock, isAwake);
         }
-        if (isClosing_ && orders_.empty()) return std::nullopt;
-        return std::exchange(orders_, {});
+        if (isClosing_ && orders_.empty()) return false;
+        taken_.swap(orders_); // which needs no memory
+        return true;
     }
 
     std::optional<SteadyClock::time_point> nextDue() const {
@@ -175,6 +177,7 @@ class RecordingWriter::Room {
 
     /// The thread's own: those that wait for their disk, the oldest first, and the running one.
     std::list<LogInProgress> logs_;
+    std::deque<Order> taken_;
 
     Guarded<std::vector<std::string>> problemsOfEarlier_;
 
@@ -190,8 +193,10 @@ RecordingWriter::RecordingWriter(OpenLog openLog, Tell tell, Pauses pauses)
     : room_(std::make_shared<Room>(std::move(openLog), std::move(tell), pauses)),
       thread_(startThread([room = room_] { room->run(); })) {}
 
+bool RecordingWriter::finish() { return room_->finish(); }
+
 RecordingWriter::~RecordingWriter() {
-    if (room_->finish()) {
+    if (finish()) {
         thread_.join();
     } else {
         thread_.detach();

@@ -33,9 +33,13 @@ class RecordingWriter {
     RecordingWriter(const RecordingWriter&) = delete;
     RecordingWriter& operator=(const RecordingWriter&) = delete;
 
-    /// Waits until all is written, or the disk refuses it, for ten seconds at most: a disk that hangs does
-    /// not keep the program. Tells what it waits for, and what is lost.
+    /// Finishes.
     ~RecordingWriter();
+
+    /// Waits until all is written, or the disk refuses it, for ten seconds at most: a disk that hangs does
+    /// not keep the program. Tells what it waits for, and what is lost. Says whether it came to an end;
+    /// nothing is to be handed over after that.
+    bool finish();
 
     /// Ends the log before, and opens the next one. How it gets on is told in `account`.
     void begin(std::filesystem::path file, SharedAccount account);

@@ -88,9 +88,9 @@ void createPrivateFolder(const std::filesystem::path& folder);
 /// Waits until the disk has the names in `folder`, where it can.
 void flushFolder(const std::filesystem::path& folder);
 
-/// Has a write that would take a file beyond what the process may write fail with too few bytes, like one on
-/// a full disk, and not end the process. For the whole process, from now on.
-void failBeyondFileSizeLimit();
+/// Has a write fail, and not end the process, that would take a file beyond what the process may write, as on
+/// a full disk, or goes to a pipe that nobody reads any more. For the whole process, from now on.
+void failRatherThanEnd();
 
 /// Removes a file or a link, never a folder. No error where there is none.
 std::error_code removeFile(const std::filesystem::path& file);

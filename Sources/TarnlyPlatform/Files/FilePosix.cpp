@@ -93,7 +93,8 @@ std::optional<std::size_t> File::size() const {
 bool File::isAt(const std::filesystem::path& path) const {
     struct stat mine {};
     struct stat there {};
-    if (::fstat(handle_, &mine) != 0 || ::stat(path.c_str(), &there) != 0) return false;
+    if (::fstat(handle_, &mine) != 0) return true;
+    if (::stat(path.c_str(), &there) != 0) return errno != ENOENT && errno != ENOTDIR;
     return mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 
@@ -126,7 +127,10 @@ void flushFolder(const std::filesystem::path& folder) {
     ::close(handle);
 }
 
-void failBeyondFileSizeLimit() { std::signal(SIGXFSZ, SIG_IGN); }
+void failRatherThanEnd() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 std::error_code removeFile(const std::filesystem::path& file) {
     if (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return {};

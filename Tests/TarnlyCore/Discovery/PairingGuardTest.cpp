@@ -22,7 +22,8 @@ PeerNetwork networkOf(const char* address) { return PeerNetwork(boost::asio::ip:
 struct PairingGuardTest : testing::Test {
     boost::asio::io_context io;
     test::VirtualClock clock;
-    PairingGuard guard{io.get_executor(), clock};
+    std::shared_ptr<PairingGuard> held = std::make_shared<PairingGuard>(io.get_executor(), clock);
+    PairingGuard& guard = *held;
     const PeerNetwork guesser = networkOf("10.0.0.1");
     std::vector<std::chrono::seconds> answered; // after so long from the beginning
     const Clock::TimePoint begin = clock.now();
@@ -32,7 +33,8 @@ struct PairingGuardTest : testing::Test {
             guard.note(guesser, false);
     }
 
-    Task<> attempt(bool isRight, std::shared_ptr<bool> isAbandoned) {
+    /// Those that still wait at the end of a test keep the guard for that long.
+    Task<> attempt(std::shared_ptr<PairingGuard> /*kept*/, bool isRight, std::shared_ptr<bool> isAbandoned) {
         auto asked = [isAbandoned] { return *isAbandoned; };
         co_await guard.waitForTurn(guesser, std::move(asked));
         if (*isAbandoned) co_return;
@@ -42,7 +44,7 @@ struct PairingGuardTest : testing::Test {
 
     std::shared_ptr<bool> startAttempt(bool isRight = false) {
         auto isAbandoned = std::make_shared<bool>(false);
-        boost::asio::co_spawn(io, attempt(isRight, isAbandoned), [](const std::exception_ptr&) {});
+        boost::asio::co_spawn(io, attempt(held, isRight, isAbandoned), [](const std::exception_ptr&) {});
         clock.advance(io, 0s);
         return isAbandoned;
     }

@@ -19,11 +19,8 @@
 namespace tarnly {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+/// The tests of whole programs have as many as one likes (`TARNLY_KILL_ROUNDS`).
 constexpr std::size_t kills = 20;
-#else
-constexpr std::size_t kills = 100;
-#endif
 
 constexpr auto patience = std::chrono::seconds(60);
 
