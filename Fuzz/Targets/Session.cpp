@@ -10,32 +10,13 @@
 #include "Fuzz/Targets.hpp"
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
+#include "Support/SessionAnswers.hpp"
 #include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
 namespace tarnly::fuzz {
 namespace {
-
-/// The whole answer, however it comes about.
-Task<std::optional<std::string>> answerOf(std::shared_ptr<ProtocolSession> session, std::string message) {
-    auto answering = session->handleMessage(std::move(message));
-    ProtocolSession::Answer answer;
-    if (auto* present = std::get_if<ProtocolSession::Answer>(&answering)) {
-        answer = std::move(*present);
-    } else {
-        answer = co_await std::move(std::get<Task<ProtocolSession::Answer>>(answering));
-    }
-    if (!answer) co_return std::nullopt;
-    auto text = std::move(answer->text);
-    bool goesOn = answer->nextPiece != nullptr;
-    while (goesOn) {
-        const auto piece = co_await session->makePiece(answer->nextPiece);
-        text += piece;
-        goesOn = !piece.empty();
-    }
-    co_return text;
-}
 
 /// Lets time pass instead of waiting: guesses that are answered late cost nothing here.
 class HastyClock final : public Clock {
@@ -83,7 +64,7 @@ struct Shared {
 
     std::optional<std::string> answer(const std::shared_ptr<ProtocolSession>& session, std::string text) {
         backend->calls.clear();
-        return test::runTask(io, answerOf(session, std::move(text)));
+        return test::runTask(io, test::answerOf(session, std::move(text)));
     }
 };
 

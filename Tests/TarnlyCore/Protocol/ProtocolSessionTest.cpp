@@ -8,6 +8,7 @@
 
 #include "Support/FakeBackend.hpp"
 #include "Support/RunTask.hpp"
+#include "Support/SessionAnswers.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/VirtualClock.hpp"
 #include "TarnlyCore/Protocol/ProtocolLimits.hpp"
@@ -18,26 +19,6 @@ namespace tarnly {
 namespace {
 
 using testing::ElementsAre;
-
-/// The whole answer, however it comes about.
-Task<std::optional<std::string>> answerOf(std::shared_ptr<ProtocolSession> session, std::string message) {
-    auto answering = session->handleMessage(std::move(message));
-    ProtocolSession::Answer answer;
-    if (auto* present = std::get_if<ProtocolSession::Answer>(&answering)) {
-        answer = std::move(*present);
-    } else {
-        answer = co_await std::move(std::get<Task<ProtocolSession::Answer>>(answering));
-    }
-    if (!answer) co_return std::nullopt;
-    auto text = std::move(answer->text);
-    bool goesOn = answer->nextPiece != nullptr;
-    while (goesOn) {
-        const auto piece = co_await session->makePiece(answer->nextPiece);
-        text += piece;
-        goesOn = !piece.empty();
-    }
-    co_return text;
-}
 
 /// The push, however it comes about.
 Task<std::optional<std::string>> pushOf(std::shared_ptr<ProtocolSession> session) {
@@ -77,7 +58,7 @@ struct ProtocolSessionTest : testing::Test {
     }
 
     std::optional<std::string> handle(std::string text) {
-        return test::runTask(io, answerOf(session, std::move(text)));
+        return test::runTask(io, test::answerOf(session, std::move(text)));
     }
 
     std::string reply(std::string text) { return handle(std::move(text)).value_or("no reply"); }
@@ -404,14 +385,14 @@ struct ScriptsSideBySideTest : ProtocolSessionTest {
 
     ScriptsSideBySideTest() {
         session = sessionWithSlowFix();
-        test::runTask(io, answerOf(other, R"({"type":"pair"})"));
+        test::runTask(io, test::answerOf(other, R"({"type":"pair"})"));
         pair();
         const auto first = trigger("first", "reaches_fix", R"({"fix":"slow","within_nm":2})") + "," +
                            trigger("too", "reaches_fix", R"({"fix":"other","within_nm":2})");
         auto keep = [this](const std::exception_ptr&, std::optional<std::string> text) {
             firstAnswer = std::move(text);
         };
-        boost::asio::co_spawn(io, answerOf(session, scriptOf(first)), std::move(keep));
+        boost::asio::co_spawn(io, test::answerOf(session, scriptOf(first)), std::move(keep));
         auto asked = slow.asked.get_future();
         auto isAsked = [&] { return asked.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
         EXPECT_TRUE(test::runUntil(io, isAsked));
@@ -425,7 +406,7 @@ struct ScriptsSideBySideTest : ProtocolSessionTest {
 
 TEST_F(ScriptsSideBySideTest, TheOneThatCameLaterWinsThoughTheEarlierTakesLonger) {
     const auto second = scriptOf(trigger("second", "after_start", R"({"seconds":0})"));
-    EXPECT_EQ(test::runTask(io, answerOf(other, second)),
+    EXPECT_EQ(test::runTask(io, test::answerOf(other, second)),
               R"({"type":"load_script","req_id":1,"data":{"unresolved_fixes":[]}})");
     EXPECT_FALSE(firstAnswer);
     letTheFirstFinish();
@@ -435,7 +416,7 @@ TEST_F(ScriptsSideBySideTest, TheOneThatCameLaterWinsThoughTheEarlierTakesLonger
 }
 
 TEST_F(ScriptsSideBySideTest, ALaterScriptThatFailsLeavesTheWayToTheEarlier) {
-    test::runTask(io, answerOf(other, scriptOf(trigger("second", "after_landing", "{}"))));
+    test::runTask(io, test::answerOf(other, scriptOf(trigger("second", "after_landing", "{}"))));
     letTheFirstFinish();
     EXPECT_EQ(loadedScript->current()->triggers().at(0).id, "first");
 }
@@ -444,7 +425,7 @@ TEST_F(ScriptsSideBySideTest, TheScriptOfAConnectionThatHasGoneDoesNotComeIntoFo
     session->end();
     letTheFirstFinish();
     EXPECT_FALSE(loadedScript->current());
-    test::runTask(io, answerOf(other, scriptOf("")));
+    test::runTask(io, test::answerOf(other, scriptOf("")));
     EXPECT_TRUE(loadedScript->current());
 }
 
@@ -520,7 +501,7 @@ TEST_F(ProtocolSessionTest, CatchingUpGivesWhatStoodRecordedWhenItWasAskedFor) {
     const auto keep = [&](const std::exception_ptr&, std::optional<std::string> text) {
         answer = std::move(text);
     };
-    boost::asio::co_spawn(io, answerOf(session, R"({"type":"catch_up"})"), keep);
+    boost::asio::co_spawn(io, test::answerOf(session, R"({"type":"catch_up"})"), keep);
     io.restart();
     io.poll();
     EXPECT_FALSE(answer);
@@ -681,8 +662,8 @@ TEST_F(ProtocolSessionTest, APushCanBeBuiltWhileARequestWaits) {
     std::optional<std::string> late;
     boost::asio::co_spawn(
         io,
-        answerOf(session,
-                 R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})"),
+        test::answerOf(session,
+                       R"({"type":"dataref_subscribe_values","params":{"datarefs":[{"name":"missing"}]}})"),
         [&](const std::exception_ptr&, std::optional<std::string> text) { late = std::move(text); });
     clock.settle(io);
     EXPECT_EQ(clock.sleeping(), 1U);
