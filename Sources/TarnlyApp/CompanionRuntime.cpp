@@ -30,7 +30,7 @@ constexpr auto publicationPatience = std::chrono::seconds(1);
 std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
 
 std::string advertisingText(const std::optional<PublicationState>& publication) {
-    const std::string negation = "not advertised";
+    std::string negation = "not advertised";
     if (!publication) return negation;
     switch (publication->kind) {
         case PublicationState::Kind::published:

@@ -86,7 +86,7 @@ bool LogInProgress::open(TimePoint now) {
 
 bool LogInProgress::writeLines(TimePoint now) {
     // At the end it is looked for in any case: it may have been removed since the last line.
-    const bool isLastLook = isEnding_ && samples_.size() > 0;
+    const bool isLastLook = isEnding_ && !samples_.empty();
     if (isUpToDate() && !retryDue_ && !isLastLook) return true;
     if (!sink_->isInPlace(written_.size)) {
         beginAnew();

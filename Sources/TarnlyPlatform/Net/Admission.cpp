@@ -117,7 +117,7 @@ Admission::~Admission() { state_->tasks.cancel(); }
 std::shared_ptr<Visit> Admission::admit(const PeerNetwork& from, std::function<void()> sendAway) {
     state_->thread.check();
     const auto& limits = state_->limits;
-    const std::shared_ptr<Visit> visit(new Visit(state_, from, std::move(sendAway)));
+    std::shared_ptr<Visit> visit(new Visit(state_, from, std::move(sendAway)));
     state_->visits.push_back(visit.get());
     const auto isThence = State::isFrom(from);
     const auto isAnybody = [](const Visit*) { return true; };
