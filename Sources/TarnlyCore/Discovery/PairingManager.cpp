@@ -35,7 +35,10 @@ void PairingManager::setPassword(std::optional<std::string> password) {
 }
 
 PairResult PairingManager::attempt(const std::optional<std::string>& suppliedPassword) {
-    return answer(isRight(suppliedPassword));
+    if (!isRight(suppliedPassword)) return PairResult::fail("incorrect password");
+    auto token = makeToken();
+    state_.with([&](State& state) { state.issuedTokens.insert(token); });
+    return PairResult::ok(std::move(token));
 }
 
 bool PairingManager::isRight(const std::optional<std::string>& suppliedPassword) const {
@@ -43,13 +46,6 @@ bool PairingManager::isRight(const std::optional<std::string>& suppliedPassword)
     if (!isSet(password)) return true;
     return suppliedPassword && suppliedPassword->size() <= longestPassword &&
            canonicallyEqual(*suppliedPassword, *password);
-}
-
-PairResult PairingManager::answer(bool isRight) {
-    if (!isRight) return PairResult::fail("incorrect password");
-    auto token = makeToken();
-    state_.with([&](State& state) { state.issuedTokens.insert(token); });
-    return PairResult::ok(std::move(token));
 }
 
 bool PairingManager::isValidToken(const std::string& token) const {

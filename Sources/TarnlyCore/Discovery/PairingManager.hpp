@@ -35,18 +35,14 @@ class PairingManager {
     /// stay paired.
     void setPassword(std::optional<std::string> password);
 
-    /// Passwords compare by Unicode canonical equivalence; letter case counts. Every accepted attempt gets a
-    /// token of its own: 24 random bytes in base64, 32 characters.
+    /// Passwords compare by Unicode canonical equivalence; letter case counts. How long that takes does not
+    /// tell where they differ. Every accepted attempt gets a token of its own: 24 random bytes in base64, 32
+    /// characters.
     PairResult attempt(const std::optional<std::string>& suppliedPassword);
 
     /// In bytes. What is longer is never right, whatever the password: how long comparing takes shall not
     /// tell.
     static constexpr std::size_t longestPassword = 4096;
-
-    /// The two halves of an attempt: whether the password is right, which takes the same time however much of
-    /// it is, and the result.
-    bool isRight(const std::optional<std::string>& suppliedPassword) const;
-    PairResult answer(bool isRight);
 
     bool isValidToken(const std::string& token) const;
 
@@ -58,6 +54,8 @@ class PairingManager {
         std::optional<std::string> password;
         std::set<std::string> issuedTokens;
     };
+
+    bool isRight(const std::optional<std::string>& suppliedPassword) const;
 
     Guarded<State> state_;
 };

@@ -274,9 +274,8 @@ Task<Reply> ProtocolSession::pairInTurn(SharedRequest request, std::optional<std
 }
 
 Reply ProtocolSession::finishPairing(const Request& request, const std::optional<std::string>& password) {
-    const bool isRight = services_.pairing->isRight(password);
-    services_.guard->note(network_, isRight);
-    const auto result = services_.pairing->answer(isRight);
+    const auto result = services_.pairing->attempt(password);
+    services_.guard->note(network_, result.accepted);
     if (result.accepted) {
         services_.pairing->revoke(std::exchange(token_, *result.sessionToken));
         isPaired_ = true;
