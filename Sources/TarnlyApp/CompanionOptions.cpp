@@ -74,9 +74,11 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->type_name("PORT")
         ->capture_default_str()
         ->check(CLI::Range(1, 65535));
-    app.add_option("--port", options.port, "The port to listen on; 0 lets the system choose")
+    app.add_option(
+           "--port", options.port,
+           "The port to listen on; 0 lets the system choose; without it 28086, or the next one that is "
+           "free")
         ->type_name("PORT")
-        ->capture_default_str()
         ->check(CLI::Range(0, 65535));
     app.add_option("--name", options.name, "The name to be found by; without it the computer's host name")
         ->type_name("NAME")
@@ -133,6 +135,15 @@ std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, i
     }
 }
 
+std::vector<std::uint16_t> portsToTry(std::optional<std::uint16_t> wanted) {
+    if (wanted) return {*wanted};
+    std::vector<std::uint16_t> ports;
+    for (auto port = UsualPorts::first; port <= UsualPorts::last; ++port)
+        ports.push_back(port);
+    ports.push_back(0);
+    return ports;
+}
+
 std::filesystem::path dataFolder(const CompanionOptions& options) {
     return options.dataFolder ? *options.dataFolder : applicationDataFolder();
 }
@@ -149,7 +160,7 @@ std::vector<std::string> commandLine(const CompanionOptions& options) {
     if (options.simulator.port != defaults.simulator.port) {
         add("--sim-port", std::to_string(options.simulator.port));
     }
-    if (options.port != defaults.port) add("--port", std::to_string(options.port));
+    if (options.port) add("--port", std::to_string(*options.port));
     if (options.name) add("--name", *options.name);
     if (options.dataFolder) add("--data-dir", absoluteText(*options.dataFolder));
     if (options.navigationDatabase) add("--nav-db", absoluteText(*options.navigationDatabase));

@@ -19,8 +19,8 @@ namespace tarnly {
 /// What the command line of the companion asks for.
 struct CompanionOptions {
     Endpoint simulator{"127.0.0.1", 8086};
-    /// 0: a port that the system chooses.
-    std::uint16_t port = 0;
+    /// 0: a port that the system chooses. Absent: the first of the usual ones that is free.
+    std::optional<std::uint16_t> port;
     /// Absent: the computer's host name.
     std::optional<std::string> name;
     /// Absent: the application's folder in the person's data folder.
@@ -41,6 +41,15 @@ struct CompanionOptions {
 
     bool operator==(const CompanionOptions&) const = default;
 };
+
+/// Where clients and firewalls expect the companion. None that the system hands out by itself.
+struct UsualPorts {
+    static constexpr std::uint16_t first = 28086;
+    static constexpr std::uint16_t last = 28095;
+};
+
+/// The ports to listen on, the first of them that is free: the usual ones, then any, or only `wanted`.
+std::vector<std::uint16_t> portsToTry(std::optional<std::uint16_t> wanted);
 
 /// A command line that ends the program at once: what to print, and the exit status.
 struct EarlyExit {

@@ -119,6 +119,7 @@ void CompanionRuntime::start() {
     boost::asio::post(network_, [this] { tellStatus(); });
     boost::asio::co_spawn(network_, host_->start(), [this](const std::exception_ptr& failure) {
         if (failure) return announceFailure(failure);
+        tellUnusualPort();
         publicationTask_.spawn(tellHowItListens(), dropFailure);
     });
 }
@@ -139,7 +140,7 @@ void CompanionRuntime::build() {
     configuration.appVersion = TARNLY_VERSION;
     configuration.password = settingsStore_.current().password;
     configuration.navDatabase = openNavDatabase();
-    configuration.port = options_.port;
+    configuration.ports = portsToTry(options_.port);
     if (!options_.advertises) configuration.publish = nullptr;
     configuration.admission = admissionFor(options_);
     configuration.hostName = hostName();
@@ -245,6 +246,15 @@ void CompanionRuntime::setStatusShown(bool isShown) {
     boost::asio::post(network_, [this, isShown] {
         if (host_) host_->setStageWatched(isShown || options_.statusFile);
     });
+}
+
+void CompanionRuntime::tellUnusualPort() {
+    const auto port = host_->advertiser().advertisedPort();
+    if (options_.port || !port || (*port >= UsualPorts::first && *port <= UsualPorts::last)) return;
+    notice("The ports " + std::to_string(UsualPorts::first) + " to " + std::to_string(UsualPorts::last) +
+           " are all in use, so this start listens on port " + std::to_string(*port) +
+           ", which a firewall may keep shut. End what uses them and start again, or choose another one by "
+           "--port.");
 }
 
 Task<> CompanionRuntime::tellHowItListens() {

@@ -89,6 +89,7 @@ class CompanionRuntime {
     /// Tells a person what has come up, now and in the status. From any thread.
     void notice(const std::string& text);
     std::vector<std::string> warnings() const;
+    void tellUnusualPort();
     void tellStatus();
     void openStatusSocket();
     Task<std::string> answerStatus();

@@ -56,7 +56,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       instanceName_(std::move(configuration.instanceName)),
       simKind_(std::move(configuration.simKind)),
       appVersion_(std::move(configuration.appVersion)),
-      port_(configuration.port),
+      ports_(std::move(configuration.ports)),
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
       recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock,
                                                   FlightRecorder::systemTime, RecordingLog::open,
@@ -90,7 +90,7 @@ Task<> CompanionHost::start() {
     started_ = true;
     ServiceAdvertiser::Service service;
     service.instanceName = instanceName_;
-    service.port = port_;
+    service.ports = ports_;
     service.simKind = simKind_;
     service.appVersion = appVersion_;
     service.pairingRequired = pairing_->requiresPairing();

@@ -51,8 +51,8 @@ class CompanionHost {
         std::optional<std::string> password;
         /// Without one no fix is found.
         std::shared_ptr<NavDatabase> navDatabase;
-        /// 0: a free port that the system chooses.
-        std::uint16_t port = 0;
+        /// As for `ServiceAdvertiser::Service`.
+        std::vector<std::uint16_t> ports{0};
         ServiceAdvertiser::Publish publish = publishBySystemDaemon;
         AdmissionLimits admission{};
         /// This computer's, as clients may call it.
@@ -102,7 +102,7 @@ class CompanionHost {
     const std::string instanceName_;
     const std::string simKind_;
     const std::string appVersion_;
-    const std::uint16_t port_;
+    const std::vector<std::uint16_t> ports_;
     const std::shared_ptr<std::atomic<bool>> isStopping_ = std::make_shared<std::atomic<bool>>(false);
     /// Each loads one session's script at a time. As many as the navigation database answers side by side.
     WorkerPool scriptWorkers_{NavDatabase::sideBySide};

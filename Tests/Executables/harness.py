@@ -235,6 +235,8 @@ class Programs:
         if sim_port is None:
             sim_port = self._nobody_there()
         chosen = ["--sim-port", sim_port, "--data-dir", folder]
+        if "--port" not in arguments:
+            chosen += ["--port", 0]
         if not advertise:
             chosen.append("--no-advertise")
         return Companion(self.start("tarnlyd", *chosen, *arguments, **options), self)

@@ -7,7 +7,7 @@ import xml.etree.ElementTree as xml
 
 from package_files import FILES, PROGRAMS, REPOSITORY, run, tool, version
 
-PORT = "28086"
+FIRST_PORT, LAST_PORT = 28086, 28095
 METAINFO = FILES / "desktop" / "org.example.tarnly.metainfo.xml"
 DESKTOP = FILES / "desktop" / "tarnly.desktop"
 ICONS = FILES / "icons" / "hicolor"
@@ -78,8 +78,10 @@ def test_the_daemon_has_limits():
     assert re.search(r"^LimitNOFILE=\d+$", text, re.MULTILINE)
 
 
-def ports_of_unit():
-    return re.findall(r"TARNLYD_PORT=(\d+)", (FILES / "systemd" / "tarnlyd.service.in").read_text())
+def ports_of_the_programs():
+    """As the source has them."""
+    text = (REPOSITORY / "Sources" / "TarnlyApp" / "CompanionOptions.hpp").read_text()
+    return [int(re.search(rf"std::uint16_t {name} = (\d+);", text).group(1)) for name in ("first", "last")]
 
 
 def ports_of_ufw():
@@ -89,19 +91,19 @@ def ports_of_ufw():
     return profile["Tarnly"]["ports"].split("|")
 
 
-def test_unit_and_firewalls_have_the_same_port():
+def test_programs_and_firewalls_have_the_same_ports():
     service = xml.parse(FILES / "firewall" / "firewalld.xml").getroot()
     assert service.tag == "service" and service.findtext("short") == "Tarnly"
-    assert [element.attrib for element in service.iter("port")] == [{"protocol": "tcp", "port": PORT}]
+    assert [element.attrib for element in service.iter("port")] == [{"protocol": "tcp", "port": f"{FIRST_PORT}-{LAST_PORT}"}]
     assert [element.attrib for element in service.iter("include")] == [{"service": "mdns"}]
-    assert ports_of_ufw() == [f"{PORT}/tcp", "5353/udp"]
-    assert ports_of_unit() == [PORT]
+    assert ports_of_ufw() == [f"{FIRST_PORT}:{LAST_PORT}/tcp", "5353/udp"]
+    assert ports_of_the_programs() == [FIRST_PORT, LAST_PORT]
 
 
-def test_the_port_is_none_that_the_system_hands_out():
+def test_the_ports_are_none_that_the_system_hands_out():
     with open("/proc/sys/net/ipv4/ip_local_port_range", encoding="ascii") as file:
         first, last = map(int, file.read().split())
-    assert not first <= int(PORT) <= last
+    assert LAST_PORT < first or last < FIRST_PORT
 
 
 def test_the_manual_pages_are_well_formed(folder):

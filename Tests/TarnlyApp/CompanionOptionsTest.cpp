@@ -32,7 +32,7 @@ EarlyExit exitOf(const std::vector<std::string>& arguments,
 TEST(CompanionOptions, HaveDefaults) {
     const auto defaults = options({});
     EXPECT_EQ(defaults.simulator, (Endpoint{"127.0.0.1", 8086}));
-    EXPECT_EQ(defaults.port, 0);
+    EXPECT_FALSE(defaults.port);
     EXPECT_FALSE(defaults.name);
     EXPECT_FALSE(defaults.dataFolder);
     EXPECT_FALSE(defaults.navigationDatabase);
@@ -111,6 +111,17 @@ TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
     all.advertises = false;
     all.startsInBackground = true;
     EXPECT_EQ(options(commandLine(all), CompanionProgram::tarnly), all);
+}
+
+TEST(CompanionOptions, ThePortIsAUsualOneUnlessOneIsWanted) {
+    const auto usual = portsToTry(options({}).port);
+    EXPECT_EQ(usual.size(), 11U);
+    EXPECT_EQ(usual.front(), 28086);
+    EXPECT_EQ(usual.at(9), 28095);
+    EXPECT_EQ(usual.back(), 0) << "any, at last";
+    EXPECT_EQ(portsToTry(options({"--port", "0"}).port), std::vector<std::uint16_t>{0});
+    EXPECT_EQ(portsToTry(options({"--port", "41234"}).port), std::vector<std::uint16_t>{41234});
+    EXPECT_EQ(options(commandLine(options({"--port", "0"}))).port, 0);
 }
 
 TEST(CompanionOptions, ACommandLineHasAbsolutePaths) {

@@ -39,6 +39,7 @@ class CompanionRuntimeTest : public testing::Test {
         options.dataFolder = folder.path();
         options.simulator.port = 1; // nobody is there
         options.advertises = false;
+        options.port = 0;
     }
 
     ~CompanionRuntimeTest() override {

@@ -4,8 +4,27 @@
 #include <utility>
 
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 
 namespace tarnly {
+namespace {
+
+using MakeListener = std::function<std::unique_ptr<WebSocketListener>(std::uint16_t port)>;
+
+/// On the first of `ports` that can be listened on. Throws what the last one does.
+std::unique_ptr<WebSocketListener> listenOnFirst(const std::vector<std::uint16_t>& ports,
+                                                 const MakeListener& make) {
+    for (auto port = ports.begin(); port != ports.end() && port + 1 != ports.end(); ++port) {
+        try {
+            return make(*port);
+        } catch (const NetworkError&) {
+            continue; // taken, in all likelihood
+        }
+    }
+    return make(ports.empty() ? std::uint16_t{0} : ports.back());
+}
+
+} // namespace
 
 ServiceAdvertiser::ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish)
     : executor_(std::move(executor)),
@@ -22,9 +41,10 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
             connection->cancel();
         };
     }
-    options.port = service.port;
-    auto listener = std::make_unique<WebSocketListener>(executor_, clock_, std::move(options),
-                                                        std::move(onNewConnection));
+    auto listener = listenOnFirst(service.ports, [&](std::uint16_t port) {
+        options.port = port;
+        return std::make_unique<WebSocketListener>(executor_, clock_, options, onNewConnection);
+    });
     const auto port = listener->port();
     if (publish_) {
         PublishedService published{std::move(service.instanceName), std::string(serviceType), port, {}};

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
@@ -39,8 +40,8 @@ class ServiceAdvertiser {
 
     struct Service {
         std::string instanceName;
-        /// 0: a free port that the system chooses.
-        std::uint16_t port = 0;
+        /// Tried in this order. 0: a free port that the system chooses.
+        std::vector<std::uint16_t> ports{0};
         std::string simKind;
         std::string appVersion;
         bool pairingRequired = false;
@@ -50,9 +51,9 @@ class ServiceAdvertiser {
     /// `executor`.
     ServiceAdvertiser(boost::asio::any_io_executor executor, Clock& clock, Publish publish);
 
-    /// Returns when the port listens; publishing goes on behind it. The port is the service's. A connection
-    /// is closed at once when there is no `onNewConnection`. Throws `ServiceAdvertiserError::alreadyStarted`,
-    /// or the `NetworkError` of a listener that cannot be made.
+    /// Returns when a port listens, the first of the service's that can; publishing goes on behind it. A
+    /// connection is closed at once when there is no `onNewConnection`. Throws
+    /// `ServiceAdvertiserError::alreadyStarted`, or the `NetworkError` of the last port where none listens.
     Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
                  WebSocketListener::Options options = {});
 

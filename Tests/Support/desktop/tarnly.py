@@ -30,7 +30,8 @@ class Tarnly:
         self.data = self.home / "data" / "Tarnly"
         self.settings_file = self.data / "settings.json"
         self.autostart_entry = self.home / "config" / "autostart" / "tarnly.desktop"
-        self.options = ["--sim-port", sim_port or nobody_there(programs), *options]
+        any_port = [] if "--port" in options else ["--port", 0]
+        self.options = ["--sim-port", sim_port or nobody_there(programs), *any_port, *options]
         self.scale = scale
         self.environment = desktop.environment | environment | {
             "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / "config"),

@@ -121,6 +121,7 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
     options.dataFolder = folder.path();
     options.simulator.port = 1; // nobody is there
     options.advertises = false;
+    options.port = 0;
     CompanionRuntime warning{unreadable, options};
     RuntimeModel warningModel{warning};
     Panel warningPanel{warningModel};

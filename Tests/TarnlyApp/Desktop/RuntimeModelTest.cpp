@@ -42,6 +42,7 @@ class RuntimeModelTest : public testing::Test {
         result.dataFolder = folder.path();
         result.simulator.port = 1;
         result.advertises = false;
+        result.port = 0;
         return result;
     }
 };

@@ -51,7 +51,7 @@ struct ServiceAdvertiserTest : testing::Test {
 };
 
 TEST_F(ServiceAdvertiserTest, PublishesThePortWithThreeKeys) {
-    start({"rig42", 0, "xplane", "0.1", true});
+    start({"rig42", {0}, "xplane", "0.1", true});
     ASSERT_EQ(published.size(), 1U);
     const auto port = advertiser.advertisedPort();
     ASSERT_TRUE(port);
@@ -64,25 +64,25 @@ TEST_F(ServiceAdvertiserTest, PublishesThePortWithThreeKeys) {
 }
 
 TEST_F(ServiceAdvertiserTest, OpenPairingIsTold) {
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     EXPECT_THAT(published.at(0).txt,
                 ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "open")));
 }
 
 TEST_F(ServiceAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     EXPECT_FALSE(publication.expired());
     advertiser.stop();
     advertiser.stop();
     EXPECT_TRUE(publication.expired());
     EXPECT_FALSE(advertiser.advertisedPort());
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     EXPECT_TRUE(advertiser.advertisedPort());
 }
 
 TEST_F(ServiceAdvertiserTest, TellsHowThePublicationStands) {
     EXPECT_EQ(advertiser.publicationState(), std::nullopt);
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     const PublicationState renamed{PublicationState::Kind::published, "rig42 (2)"};
     EXPECT_EQ(advertiser.publicationState(), renamed);
     const PublicationState failed{PublicationState::Kind::noDaemon, "no daemon"};
@@ -93,10 +93,10 @@ TEST_F(ServiceAdvertiserTest, TellsHowThePublicationStands) {
 }
 
 TEST_F(ServiceAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     const auto port = advertiser.advertisedPort();
     try {
-        start({"rig43", 0, "xplane", "0.1", false});
+        start({"rig43", {0}, "xplane", "0.1", false});
         FAIL() << "started twice";
     } catch (const ServiceAdvertiserError& error) {
         EXPECT_STREQ(error.what(), "alreadyStarted");
@@ -106,11 +106,24 @@ TEST_F(ServiceAdvertiserTest, ASecondStartFailsAndLeavesTheFirst) {
 }
 
 TEST_F(ServiceAdvertiserTest, APortInUseFailsAndPublishesNothing) {
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     ServiceAdvertiser second(io.get_executor(), clock, nullptr);
-    ServiceAdvertiser::Service service{"rig43", *advertiser.advertisedPort(), "xplane", "0.1", false};
+    ServiceAdvertiser::Service service{"rig43", {*advertiser.advertisedPort()}, "xplane", "0.1", false};
     EXPECT_THROW(test::runTask(io, second.start(service, {})), NetworkError);
     EXPECT_FALSE(second.advertisedPort());
+}
+
+TEST_F(ServiceAdvertiserTest, ListensOnTheFirstPortThatIsFree) {
+    start({"rig42", {0}, "xplane", "0.1", false});
+    const auto taken = *advertiser.advertisedPort();
+    std::vector<PublishedService> publishedBySecond;
+    ServiceAdvertiser second(io.get_executor(), clock, [&](PublishedService service) {
+        publishedBySecond.push_back(std::move(service));
+        return nullptr;
+    });
+    test::runTask(io, second.start({"rig43", {taken, taken, 0}, "xplane", "0.1", false}, {}));
+    EXPECT_NE(second.advertisedPort().value(), taken);
+    EXPECT_EQ(publishedBySecond.at(0).port, second.advertisedPort());
 }
 
 /// A publication that is under way, and time that the test lets pass.
@@ -119,7 +132,7 @@ struct PublicationUnderWayTest : testing::Test {
 
     PublicationUnderWayTest() {
         publication->present = {Kind::publishing, ""};
-        clock.run(io, advertiser.start({"rig42", 0, "xplane", "0.1", false}, {}));
+        clock.run(io, advertiser.start({"rig42", {0}, "xplane", "0.1", false}, {}));
     }
 
     /// Has a task wait, and tells whether it has come to its end.
@@ -186,7 +199,7 @@ Task<bool> isClosedAtOnce(boost::asio::io_context& io, Clock& clock, std::uint16
 }
 
 TEST_F(ServiceAdvertiserTest, WithoutAHandlerConnectionsAreClosedAtOnce) {
-    start({"rig42", 0, "xplane", "0.1", false});
+    start({"rig42", {0}, "xplane", "0.1", false});
     EXPECT_TRUE(test::runTask(io, isClosedAtOnce(io, clock, *advertiser.advertisedPort())));
 }
 

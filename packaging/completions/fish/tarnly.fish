@@ -4,7 +4,7 @@ complete -c tarnly -f
 complete -c tarnly -l background -d 'Start without opening a window'
 complete -c tarnly -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
 complete -c tarnly -l sim-port -x -d 'The port of the simulator\'s web API'
-complete -c tarnly -l port -x -d 'The port to listen on; 0 lets the system choose'
+complete -c tarnly -l port -x -d 'The port to listen on, if not 28086; 0 for any'
 complete -c tarnly -l name -x -d 'The name to be found by'
 complete -c tarnly -l data-dir -x -a '(__fish_complete_directories)' -d 'The folder of the settings'
 complete -c tarnly -l nav-db -r -F -d 'The navigation database with the fixes of scripts'

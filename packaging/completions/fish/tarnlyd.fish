@@ -3,7 +3,7 @@
 complete -c tarnlyd -f
 complete -c tarnlyd -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
 complete -c tarnlyd -l sim-port -x -d 'The port of the simulator\'s web API'
-complete -c tarnlyd -l port -x -d 'The port to listen on; 0 lets the system choose'
+complete -c tarnlyd -l port -x -d 'The port to listen on, if not 28086; 0 for any'
 complete -c tarnlyd -l name -x -d 'The name to be found by'
 complete -c tarnlyd -l data-dir -x -a '(__fish_complete_directories)' -d 'The folder of the settings'
 complete -c tarnlyd -l nav-db -r -F -d 'The navigation database with the fixes of scripts'
