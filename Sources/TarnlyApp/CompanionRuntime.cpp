@@ -100,7 +100,7 @@ void CompanionRuntime::warn(std::string sentence) {
 // From any thread, once the start has begun.
 std::vector<std::string> CompanionRuntime::warnings() const {
     auto all = lastingWarnings_;
-    if (auto problem = settingsStore_.problem()) all.push_back(std::move(*problem));
+    std::ranges::copy(settingsStore_.problems(), std::back_inserter(all));
     std::ranges::copy(noticed_.copy(), std::back_inserter(all));
     return all;
 }

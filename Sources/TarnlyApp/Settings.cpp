@@ -2,22 +2,31 @@
 
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <utility>
 
 #include "TarnlyApp/Remark.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 
 namespace {
 
-std::string unreadableText(const SettingsFile& file) {
+std::string unreadText(const SettingsFile& file) {
     return "The settings could not be read, and no password is asked for: " +
            printable(file.path().string()) +
            " cannot be read, or is not a settings file. Set the password anew, or mend the file and start "
            "again; "
            "the file is kept as " +
            file.keptPath().filename().string() + " before anything is saved over it.";
+}
+
+/// The same once it has been saved over.
+std::string replacedText(const SettingsFile& file) {
+    return "The settings could not be read, and no password is asked for: what stood in " +
+           printable(file.path().string()) + " is kept as " + file.keptPath().filename().string() +
+           ". Set the password anew; where there is to be none, type one and clear it again.";
 }
 
 std::string unsavedText(const SettingsFile& file, const std::exception& error) {
@@ -28,36 +37,83 @@ std::string unsavedText(const SettingsFile& file, const std::exception& error) {
 
 } // namespace
 
+class SettingsStore::Disk {
+  public:
+    explicit Disk(std::filesystem::path file) : file_(std::move(file)) {
+        if (file_.isUnreadable())
+            problems_.with([&](auto& problems) { problems.unread = unreadText(file_); });
+    }
+
+    const AppSettings& initial() const { return file_.initial(); }
+    bool wasUnreadable() const { return problems_.copy().unread.has_value(); }
+
+    std::vector<std::string> problems() const {
+        std::vector<std::string> all;
+        const auto known = problems_.copy();
+        for (const auto& problem : {known.unread, known.unsaved})
+            if (problem) all.push_back(*problem);
+        return all;
+    }
+
+    /// Whatever stood in the file: somebody has said which password there is to be.
+    void forgetUnread() {
+        problems_.with([](auto& problems) { problems.unread.reset(); });
+    }
+
+    /// On the saver's thread.
+    void save(const AppSettings& settings) {
+        try {
+            file_.save(settings);
+        } catch (const std::exception& error) {
+            return noteUnsaved(unsavedText(file_, error));
+        }
+        const auto replaced = replacedText(file_);
+        problems_.with([&](auto& problems) {
+            problems.unsaved.reset();
+            if (problems.unread) problems.unread = replaced;
+        });
+    }
+
+  private:
+    struct Problems {
+        std::optional<std::string> unread;
+        std::optional<std::string> unsaved;
+    };
+
+    void noteUnsaved(const std::string& text) {
+        const auto before =
+            problems_.with([&](auto& problems) { return std::exchange(problems.unsaved, text); });
+        if (text != before) remark(text);
+    }
+
+    SettingsFile file_;
+    Guarded<Problems> problems_;
+};
+
 SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginItem> loginItem)
-    : file_(std::move(file)), loginItem_(std::move(loginItem)), settings_(file_.initial()) {
-    if (file_.isUnreadable()) problem_.with([&](auto& problem) { problem = unreadableText(file_); });
+    : disk_(std::make_shared<Disk>(std::move(file))),
+      loginItem_(std::move(loginItem)),
+      settings_(disk_->initial()),
+      saver_([disk = disk_](const AppSettings& settings) { disk->save(settings); }) {
     if (settings_.password == "") settings_.password.reset();
-    if (!file_.isUnreadable()) applyStartAtLogin(); // nobody knows what was wanted
+    if (!disk_->wasUnreadable()) applyStartAtLogin(); // nobody knows what was wanted
 }
+
+std::vector<std::string> SettingsStore::problems() const { return disk_->problems(); }
 
 void SettingsStore::setPassword(std::string password) {
     thread_.check();
     settings_.password = password.empty() ? std::nullopt : std::optional(std::move(password));
-    save();
+    disk_->forgetUnread();
+    saver_.save(settings_);
     if (onPasswordChange) onPasswordChange();
 }
 
 void SettingsStore::setStartAtLogin(bool startAtLogin) {
     thread_.check();
     settings_.startAtLogin = startAtLogin;
-    save();
+    saver_.save(settings_);
     applyStartAtLogin();
-}
-
-void SettingsStore::save() {
-    std::optional<std::string> failure;
-    try {
-        file_.save(settings_);
-    } catch (const std::exception& error) {
-        failure = unsavedText(file_, error);
-    }
-    const auto before = problem_.with([&](auto& problem) { return std::exchange(problem, failure); });
-    if (failure && failure != before) remark(*failure);
 }
 
 void SettingsStore::applyStartAtLogin() {

@@ -3,18 +3,18 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "TarnlyApp/SettingsFile.hpp"
-#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyApp/SettingsSaver.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Login/LoginItem.hpp"
 
 namespace tarnly {
 
-/// The settings while the application runs: every change is saved at once, told to the companion, and the
-/// login item is kept in step with it.
+/// The settings while the application runs: every change is told to the companion and saved at once, and the
+/// login item is kept in step with it. A thread of its own saves: nobody waits for the disk.
 ///
 /// One per application. Belongs to the main thread, except for what says otherwise. Nothing here fails: what
 /// cannot be saved stays in memory, and is told as a problem.
@@ -33,15 +33,18 @@ class SettingsStore {
     /// The settings as they are saved: without a password when it is empty.
     const AppSettings& current() const { return settings_; }
 
-    /// Whether the settings could not be read, or not saved, and what to do: whole sentences. From any
-    /// thread.
-    std::optional<std::string> problem() const { return problem_.copy(); }
+    /// Whether the settings could not be read, or not saved, and what to do: whole sentences. That they could
+    /// not be read counts until somebody has said which password there is to be. From any thread.
+    std::vector<std::string> problems() const;
 
-    /// Saves, then calls `onPasswordChange`.
+    /// Saves, and calls `onPasswordChange`.
     void setPassword(std::string password);
 
-    /// Saves, then applies.
+    /// Saves, and applies.
     void setStartAtLogin(bool startAtLogin);
+
+    /// Waits until all is saved or refused, for ten seconds at most. The end of this object does that too.
+    void finishSaving() { saver_.finish(); }
 
     /// Registers or unregisters the login item where it differs from the setting. A failure is one line on
     /// standard output; the setting keeps its value.
@@ -50,13 +53,15 @@ class SettingsStore {
     std::function<void()> onPasswordChange;
 
   private:
-    void save();
+    /// The file, and what is wrong with it. The saver's thread has a share in it.
+    class Disk;
 
     OnOneThread thread_;
-    SettingsFile file_;
+    const std::shared_ptr<Disk> disk_;
     const std::unique_ptr<LoginItem> loginItem_;
     AppSettings settings_;
-    Guarded<std::optional<std::string>> problem_;
+    // depends-on: disk_
+    SettingsSaver saver_;
 };
 
 } // namespace tarnly

@@ -121,7 +121,9 @@ void SettingsFile::read(const std::string& text) {
     }
 }
 
-fs::path SettingsFile::keptPath() const { return file_.string() + ".unreadable"; }
+fs::path SettingsFile::keptPath() const {
+    return kept_.empty() ? fs::path(file_.string() + ".unreadable") : kept_;
+}
 
 void SettingsFile::save(const AppSettings& settings) {
     const auto text = textOf(settings, unknown_);
@@ -137,6 +139,7 @@ void SettingsFile::save(const AppSettings& settings) {
         if (keepsOld) undoSettingAside(target, kept);
         throw;
     }
+    if (keepsOld) kept_ = kept;
     isUnreadable_ = false;
 }
 

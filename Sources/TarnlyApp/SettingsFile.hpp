@@ -44,19 +44,21 @@ class SettingsFile {
 
     const std::filesystem::path& path() const { return file_; }
 
-    /// What is kept of a file that could not be understood once it is saved over.
+    /// Where a file that could not be understood is kept once it is saved over; where it was kept, once it
+    /// has been.
     std::filesystem::path keptPath() const;
 
     /// Writes the file, with the folders above it, for its owner only, and with the keys that it had beside
     /// ours. What a link leads to is written, not the link. One that could not be understood is kept first,
-    /// as `keptPath`, or with a number behind it where that is taken. Throws `std::system_error` and leaves
+    /// as `keptPath`, with a number behind it where that is taken. Throws `std::system_error` and leaves
     /// the file as it was.
     void save(const AppSettings& settings);
 
   private:
     void read(const std::string& text);
 
-    const std::filesystem::path file_;
+    std::filesystem::path file_;
+    std::filesystem::path kept_;
     AppSettings initial_;
     /// Of a later version, or another's.
     boost::json::object unknown_;

@@ -21,6 +21,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
 
 AppSettings loaded(const std::string& content) {
     const test::TemporaryFolder folder;
@@ -215,7 +217,8 @@ class SettingsStoreTest : public testing::Test {
         return *store_;
     }
     void saved(const std::string& text) { folder_.write("settings.json", text); }
-    std::string file() const {
+    std::string file() {
+        store().finishSaving();
         std::ifstream stream(file_);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
@@ -269,20 +272,26 @@ TEST_F(SettingsStoreTest, AnEmptyPasswordInTheFileIsNone) {
     EXPECT_EQ(store().current(), (AppSettings{std::nullopt, true}));
 }
 
-TEST_F(SettingsStoreTest, APasswordIsToldAfterItIsSaved) {
+TEST_F(SettingsStoreTest, EachPasswordIsToldAtOnceAndTheStartAtLoginIsNot) {
     std::vector<std::string> seen;
-    store().onPasswordChange = [&] { seen.push_back(store().password() + " " + file()); };
+    store().onPasswordChange = [&] { seen.push_back(store().password()); };
     store().setPassword("x");
     store().setPassword("");
-    EXPECT_THAT(seen,
-                ElementsAre(R"(x {"password":"x","startAtLogin":false})", R"( {"startAtLogin":false})"));
     store().setStartAtLogin(true);
-    EXPECT_EQ(seen.size(), 2U);
+    EXPECT_THAT(seen, ElementsAre("x", ""));
+}
+
+TEST_F(SettingsStoreTest, WhatWasSetLastIsSavedWhenTheStoreHasGone) {
+    for (const char* password : {"s", "se", "sec", "secr"})
+        store().setPassword(password);
+    store_.reset();
+    EXPECT_EQ(SettingsFile(file_).initial().password, "secr");
 }
 
 TEST_F(SettingsStoreTest, TheFileIsItsOwnersOnly) {
     file_ = folder_.path() / "new" / "folder" / "settings.json";
     store().setPassword("secret");
+    store().finishSaving();
     EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
     EXPECT_EQ(std::filesystem::status(file_.parent_path()).permissions(), std::filesystem::perms(0700));
     EXPECT_EQ(std::filesystem::status(folder_.path() / "new").permissions(), std::filesystem::perms(0700));
@@ -305,32 +314,63 @@ TEST_F(SettingsStoreTest, WhatCannotBeSavedStaysInMemory) {
     EXPECT_TRUE(isTold);
 }
 
-TEST_F(SettingsStoreTest, SettingsThatCannotBeReadAreAProblemUntilTheyAreSaved) {
-    EXPECT_EQ(store().problem(), std::nullopt);
+TEST_F(SettingsStoreTest, SettingsThatCannotBeReadAreAProblem) {
+    EXPECT_THAT(store().problems(), IsEmpty());
     store_.reset();
     saved("garbled");
-    const auto problem = store().problem().value();
+    ASSERT_THAT(store().problems(), SizeIs(1));
+    const auto problem = store().problems()[0];
     EXPECT_THAT(problem, HasSubstr("The settings could not be read, and no password is asked for: "));
     EXPECT_THAT(problem, HasSubstr(file_.string()));
     EXPECT_THAT(problem, HasSubstr("settings.json.unreadable"));
     EXPECT_EQ(file(), "garbled") << "the file is not rewritten at start";
-    store().setPassword("a");
-    EXPECT_EQ(store().problem(), std::nullopt);
+}
+
+/// A password, or none on purpose.
+TEST_F(SettingsStoreTest, SettingsThatCouldNotBeReadAreAProblemUntilAPasswordIsSet) {
+    for (const char* password : {"a", ""}) {
+        saved("garbled");
+        store().setStartAtLogin(true);
+        EXPECT_EQ(file(), R"({"startAtLogin":true})");
+        EXPECT_THAT(
+            store().problems(),
+            ElementsAre(StartsWith("The settings could not be read, and no password is asked for: ")));
+        EXPECT_THAT(store().problems(), ElementsAre(HasSubstr(" is kept as settings.json.unreadable")));
+        store().setPassword(password);
+        EXPECT_THAT(store().problems(), IsEmpty());
+        store().setStartAtLogin(false);
+        store().finishSaving();
+        EXPECT_THAT(store().problems(), IsEmpty());
+        store_.reset();
+        EXPECT_THAT(store().problems(), IsEmpty()) << "they can be read again";
+        store_.reset();
+    }
+}
+
+TEST_F(SettingsStoreTest, TheProblemNamesTheFileThatIsKept) {
+    saved("garbled");
+    folder_.write("settings.json.unreadable", "of another day");
+    store().setStartAtLogin(true);
+    store().finishSaving();
+    EXPECT_THAT(store().problems(), ElementsAre(HasSubstr(" is kept as settings.json.unreadable-2. ")));
 }
 
 TEST_F(SettingsStoreTest, SettingsThatCannotBeSavedAreToldOnceAndUntilTheyAre) {
     folder_.write("taken", "");
     file_ = folder_.path() / "taken" / "settings.json";
     testing::internal::CaptureStderr();
-    store().setPassword("a");
-    store().setPassword("ab");
+    for (const char* password : {"a", "ab"}) {
+        store().setPassword(password);
+        store().finishSaving();
+    }
     const auto told = testing::internal::GetCapturedStderr();
-    EXPECT_EQ("Tarnly: " + store().problem().value() + "\n", told);
+    ASSERT_THAT(store().problems(), SizeIs(1));
+    EXPECT_EQ("Tarnly: " + store().problems()[0] + "\n", told);
     EXPECT_THAT(told, HasSubstr("The settings could not be saved: " + file_.string()));
     std::filesystem::remove(folder_.path() / "taken");
     store().setPassword("abc");
-    EXPECT_EQ(store().problem(), std::nullopt);
     EXPECT_EQ(file(), R"({"password":"abc","startAtLogin":false})");
+    EXPECT_THAT(store().problems(), IsEmpty());
 }
 
 TEST_F(SettingsStoreTest, TheStartAtLoginIsRegisteredAndUnregistered) {

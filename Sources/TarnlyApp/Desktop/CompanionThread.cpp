@@ -55,6 +55,7 @@ void CompanionThread::stop() {
     runtime_.end();
     network_.join();
     runtime_.finishRecordings();
+    settingsStore_.finishSaving(); // the display's loss destroys nothing
 }
 
 } // namespace tarnly

@@ -131,7 +131,7 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
     const auto isWarned = [&] { return warningModel.activity().warnings.has_value(); };
     EXPECT_TRUE(QTest::qWaitFor(isWarned, 60'000));
     const auto texts = test::textsFromTop(warningPanel);
-    EXPECT_EQ(texts.at(2), unreadable.problem());
+    EXPECT_EQ(texts.at(2), unreadable.problems().at(0));
     EXPECT_TRUE(warningPanel.accessibleDescription().contains(QString::fromStdString(texts.at(2))));
     warning.end();
     network.join();

@@ -47,6 +47,7 @@ TEST_F(SettingsWindowTest, EveryKeystrokeGoesToTheStore) {
     password->insert("ü");
     password->backspace();
     EXPECT_THAT(told, ElementsAre("a", "aü", "a"));
+    store.finishSaving();
     EXPECT_EQ(SettingsFile(file).initial().password, "a");
 }
 
@@ -55,6 +56,7 @@ TEST_F(SettingsWindowTest, SaysWhetherAPasswordIsSet) {
     EXPECT_THAT(test::textsFromTop(window), testing::Contains("Set."));
     password->clear();
     EXPECT_THAT(test::textsFromTop(window), testing::Contains("Not set — open pairing."));
+    store.finishSaving();
     EXPECT_EQ(SettingsFile(file).initial().password, std::nullopt);
 }
 
