@@ -8,6 +8,7 @@
 #include <iterator>
 #include <utility>
 
+#include "TarnlyApp/ReachPage.hpp"
 #include "TarnlyApp/Remark.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Base/Descriptors.hpp"
@@ -145,6 +146,7 @@ void CompanionRuntime::build() {
     configuration.admission = admissionFor(options_);
     configuration.hostName = hostName();
     configuration.allowedOrigins = options_.allowedOrigins;
+    configuration.pages = reachPages();
     configuration.tell = remark;
     host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
     backend_->onStageChange([this] {

@@ -66,6 +66,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       admission_(
           std::make_shared<Admission>(executor, clock, configuration.admission, noteFreed(freedMemory_))),
       gate_(std::move(configuration.hostName), std::move(configuration.allowedOrigins)),
+      pages_(std::make_shared<WebPages>(std::move(configuration.pages))),
       server_(std::make_shared<ProtocolServer>(
           executor, clock,
           [services =
@@ -103,6 +104,7 @@ Task<> CompanionHost::start() {
     options.limits.budget = &budget_;
     options.admission = admission_;
     options.gate = gate_;
+    options.pages = pages_;
     co_await advertiser_.start(std::move(service), std::move(onNewConnection), std::move(options));
     sampling_->start();
 }

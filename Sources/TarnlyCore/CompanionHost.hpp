@@ -28,6 +28,7 @@
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Admission.hpp"
 #include "TarnlyPlatform/Net/BrowserGate.hpp"
+#include "TarnlyPlatform/Net/WebPages.hpp"
 
 namespace tarnly {
 
@@ -59,6 +60,8 @@ class CompanionHost {
         std::string hostName = "localhost";
         /// Of web pages that may use the companion.
         std::vector<WebOrigin> allowedOrigins{};
+        /// For browsers.
+        WebPages pages{};
         /// Told when a recording's log cannot be written, and when it can again. Called from other threads.
         RecordingWriter::Tell tell = [](const std::string&) {};
     };
@@ -113,6 +116,7 @@ class CompanionHost {
     // depends-on: freedMemory_
     const std::shared_ptr<Admission> admission_;
     const BrowserGate gate_;
+    const std::shared_ptr<const WebPages> pages_;
     // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);

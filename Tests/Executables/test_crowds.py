@@ -141,10 +141,11 @@ def test_a_port_scanner_is_dropped_after_a_while(programs):
 
 
 @pytest.mark.parametrize("request_text, status", [
-    (b"GET / HTTP/1.1\r\nHost: localhost\r\n\r\n", b"HTTP/1.1 426 "),
-    (b"POST /api HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\nhi", b"HTTP/1.1 426 "),
+    (b"GET / HTTP/1.1\r\nHost: localhost\r\n\r\n", b"HTTP/1.1 200 "),
+    (b"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\nhi", b"HTTP/1.1 405 "),
+    (b"POST /api HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\nhi", b"HTTP/1.1 404 "),
 ])
-def test_a_browser_is_told_that_this_is_no_web_server(programs, request_text, status):
+def test_a_browser_is_answered_and_hung_up_on(programs, request_text, status):
     companion = programs.companion()
     with socket.create_connection(("127.0.0.1", companion.port)) as browser:
         browser.settimeout(60)

@@ -10,6 +10,7 @@
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/read.hpp>
+#include <boost/beast/http/serializer.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
@@ -60,14 +61,49 @@ HttpRequest requestFrom(const HeadParser& head) {
     return request;
 }
 
-Task<> answer(tcp::socket& peer, http::status status, std::string text) {
-    constexpr unsigned version = 11;
-    http::response<http::string_body> response(status, version, std::move(text));
-    response.set(http::field::content_type, "text/plain; charset=utf-8");
+/// An answer that is no WebSocket; the connection ends with it.
+struct Answer {
+    http::status status;
+    std::string text;
+    std::string contentType = "text/plain; charset=utf-8";
+    /// With the length of the text, and without it.
+    bool isHeadOnly = false;
+};
+
+using Response = http::response<http::string_body>;
+
+void describe(Response& response, const Answer& answer) {
+    response.set(http::field::content_type, answer.contentType);
     response.content_length(response.body().size());
     response.set(http::field::connection, "close");
-    if (status == http::status::upgrade_required) response.set(http::field::upgrade, "websocket");
-    co_await http::async_write(peer, response, asTuple);
+    switch (answer.status) {
+        case http::status::upgrade_required:
+            response.set(http::field::upgrade, "websocket");
+            return;
+        case http::status::method_not_allowed:
+            response.set(http::field::allow, "GET, HEAD");
+            return;
+        case http::status::ok:
+            response.set("Content-Security-Policy", beast::string_view(pagePolicy.data(), pagePolicy.size()));
+            response.set("X-Content-Type-Options", "nosniff");
+            response.set("Referrer-Policy", "no-referrer");
+            response.set(http::field::cache_control, "no-store");
+            return;
+        default:
+            return;
+    }
+}
+
+Task<> write(tcp::socket& peer, Answer answer) {
+    constexpr unsigned version = 11;
+    Response response(answer.status, version, std::move(answer.text));
+    describe(response, answer);
+    http::response_serializer<http::string_body> serializer(response);
+    if (answer.isHeadOnly) {
+        co_await http::async_write_header(peer, serializer, asTuple);
+    } else {
+        co_await http::async_write(peer, serializer, asTuple);
+    }
 }
 
 /// Says that no more follows, and waits for the peer to go: a socket closed with bytes unread would take the
@@ -83,15 +119,18 @@ Task<> finish(tcp::socket& peer) {
     }
 }
 
-/// What a request is told that gets no WebSocket.
-struct Refusal {
-    http::status status;
-    std::string text;
-};
-
-Task<> refuse(tcp::socket& peer, Refusal refusal) {
-    co_await answer(peer, refusal.status, std::move(refusal.text));
+Task<> give(tcp::socket& peer, Answer answer) {
+    co_await write(peer, std::move(answer));
     co_await finish(peer);
+}
+
+Answer pageFor(const WebPages& pages, const HttpRequest& request) {
+    const auto* page = pages.find(request.target);
+    if (page == nullptr) return {http::status::not_found, "There is no such page here. Try /\n"};
+    const bool isHead = request.method == "HEAD";
+    if (!isHead && request.method != "GET")
+        return {http::status::method_not_allowed, "This page can only be read.\n"};
+    return {http::status::ok, page->body, page->contentType, isHead};
 }
 
 } // namespace
@@ -101,12 +140,15 @@ struct WebSocketListener::State {
     const WebSocketLimits limits;
     const std::shared_ptr<Admission> admission;
     const std::optional<BrowserGate> gate;
+    const std::shared_ptr<const WebPages> pages;
+    const std::function<void(const PeerNetwork&)> onPageVisit;
     const ConnectionHandler onConnection;
     bool isCancelled = false;
 
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
     std::shared_ptr<Visit> admit(const std::shared_ptr<tcp::socket>& peer) const;
-    std::optional<Refusal> refusalOf(const HttpRequest& request, bool isUpgrade, const Visit* visit) const;
+    std::optional<Answer> refusalOf(const HttpRequest& request, bool isUpgrade, const Visit* visit) const;
+    Answer showPage(const HttpRequest& request, const Visit* visit) const;
 };
 
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
@@ -126,17 +168,19 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     }
     if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
     const bool isRequest = !error && !head.chunked();
-    std::optional<Refusal> refusal;
+    std::optional<Answer> answer;
     HttpRequest request;
     if (isRequest) {
         request = requestFrom(head);
-        refusal = state->refusalOf(request, beast::websocket::is_upgrade(head.get()), visit.get());
+        const bool isUpgrade = beast::websocket::is_upgrade(head.get());
+        answer = state->refusalOf(request, isUpgrade, visit.get());
+        if (!answer && !isUpgrade) answer = state->showPage(request, visit.get());
     } else {
-        refusal.emplace(http::status::bad_request, "That is not a request that this port understands.\n");
+        answer = Answer{http::status::bad_request, "That is not a request that this port understands.\n"};
     }
-    if (refusal) {
+    if (answer) {
         deadline.expireAfter(patience);
-        co_await refuse(*peer, std::move(*refusal));
+        co_await give(*peer, std::move(*answer));
         co_return;
     }
     deadline.cancel();
@@ -159,23 +203,31 @@ std::shared_ptr<Visit> WebSocketListener::State::admit(const std::shared_ptr<tcp
     return admission->admit(isGone ? PeerNetwork() : PeerNetwork(address), std::move(close));
 }
 
-std::optional<Refusal> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,
-                                                           const Visit* visit) const {
+std::optional<Answer> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,
+                                                          const Visit* visit) const {
     if (gate) {
         auto reason = gate->refusalOf(request, isUpgrade);
-        if (reason) return Refusal{http::status::forbidden, std::move(*reason) + "\n"};
+        if (reason) return Answer{http::status::forbidden, std::move(*reason) + "\n"};
     }
-    if (!isUpgrade) return Refusal{http::status::upgrade_required, "This port speaks WebSocket.\n"};
+    if (!isUpgrade && !pages) return Answer{http::status::upgrade_required, "This port speaks WebSocket.\n"};
     if (visit == nullptr || visit->hasRoom()) return std::nullopt;
-    return Refusal{http::status::service_unavailable,
-                   "There are as many clients here as may be. Disconnect one, or start the companion with a "
-                   "larger --max-clients.\n"};
+    return Answer{http::status::service_unavailable,
+                  "There are as many clients here as may be. Disconnect one, or start the companion with a "
+                  "larger --max-clients.\n"};
+}
+
+Answer WebSocketListener::State::showPage(const HttpRequest& request, const Visit* visit) const {
+    auto page = pageFor(*pages, request);
+    const bool isFromElsewhere = visit != nullptr && !visit->from().isLoopback();
+    if (page.status == http::status::ok && isFromElsewhere && onPageVisit) onPageVisit(visit->from());
+    return page;
 }
 
 WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& clock, Options options,
                                      ConnectionHandler onConnection)
     : state_(std::make_shared<State>(clock, options.limits, std::move(options.admission),
-                                     std::move(options.gate), std::move(onConnection))),
+                                     std::move(options.gate), std::move(options.pages),
+                                     std::move(options.onPageVisit), std::move(onConnection))),
       acceptor_(std::move(executor), clock, options.port, options.reach,
                 [state = state_](tcp::socket socket) { return State::serve(state, std::move(socket)); }) {}
 

@@ -9,7 +9,9 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Net/Admission.hpp"
 #include "TarnlyPlatform/Net/BrowserGate.hpp"
+#include "TarnlyPlatform/Net/PeerNetwork.hpp"
 #include "TarnlyPlatform/Net/TcpAcceptor.hpp"
+#include "TarnlyPlatform/Net/WebPages.hpp"
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 #include "TarnlyPlatform/Net/WebSocketLimits.hpp"
 
@@ -18,9 +20,10 @@ namespace tarnly {
 /// Accepts TCP connections on one port, IPv4 and IPv6, and hands over those that have become WebSockets.
 ///
 /// Accepting goes on through every error: out of file descriptors it waits and tries again. A peer that does
-/// not finish the head of its opening request in 10 seconds, or within 16 KiB, is dropped. One whose request
-/// is not for a WebSocket is told so (status 426, or 400 when it is no request at all) and hung up on; so is
-/// one that the gate keeps out (403), and one for whom there is no room (503). Belongs to the network thread.
+/// not finish the head of its opening request in 10 seconds, or within 16 KiB, is dropped. One that asks for
+/// a page gets that, or 404 and 405; where there are no pages, 426. It is hung up on then, as is one that
+/// says what is no request at all (400), one that the gate keeps out (403), and one for whom there is no room
+/// (503). Belongs to the network thread.
 class WebSocketListener {
   public:
     using ConnectionHandler = std::function<void(std::shared_ptr<WebSocketConnection>)>;
@@ -35,6 +38,10 @@ class WebSocketListener {
         std::shared_ptr<Admission> admission{};
         /// Absent: everybody may pass.
         std::optional<BrowserGate> gate{};
+        /// For who asks for no WebSocket; null: this port has no pages.
+        std::shared_ptr<const WebPages> pages{};
+        /// Somebody, not this computer itself, has asked for a page and gets it. May be empty.
+        std::function<void(const PeerNetwork&)> onPageVisit{};
     };
 
     /// Listens at once. Throws `NetworkError::listenFailed`, for example when the port is in use.
