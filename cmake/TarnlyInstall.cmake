@@ -14,13 +14,7 @@ install(DIRECTORY ${packaging}/icons/hicolor DESTINATION share/icons)
 install(FILES ${packaging}/desktop/tarnly.desktop DESTINATION share/applications)
 install(FILES ${packaging}/desktop/org.example.tarnly.metainfo.xml DESTINATION share/metainfo)
 install(FILES ${packaging}/firewall/firewalld.xml DESTINATION lib/firewalld/services RENAME tarnly.xml)
-install(FILES
-    ${PROJECT_SOURCE_DIR}/docs/protocol.md
-    ${PROJECT_SOURCE_DIR}/docs/scripts.md
-    ${PROJECT_SOURCE_DIR}/docs/lesson.json
-    ${PROJECT_SOURCE_DIR}/docs/recording-format.md
-    ${PROJECT_SOURCE_DIR}/docs/status.md
-    DESTINATION share/doc/tarnly)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION share/doc/tarnly)
 
 # The rest depends on the prefix, which may be another one by the time of installing.
 install(CODE "

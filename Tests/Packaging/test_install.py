@@ -3,9 +3,10 @@
 import stat
 
 import pytest
-from package_files import BUILD, PROGRAMS, run
+from package_files import BUILD, PROGRAMS, REPOSITORY, run
 
 SIZES = ["16x16", "22x22", "24x24", "32x32", "44x44", "48x48", "64x64", "128x128", "256x256", "512x512"]
+DOCS = REPOSITORY / "docs"
 
 
 def expected_files(prefix, configuration, zsh_functions):
@@ -21,8 +22,7 @@ def expected_files(prefix, configuration, zsh_functions):
         "share/metainfo/org.example.tarnly.metainfo.xml",
         "lib/firewalld/services/tarnly.xml",
         "lib/systemd/user/tarnlyd.service",
-        *(f"share/doc/tarnly/{name}" for name in
-          ["protocol.md", "scripts.md", "lesson.json", "recording-format.md", "status.md"]),
+        *(f"share/doc/tarnly/{path.relative_to(DOCS)}" for path in DOCS.rglob("*") if path.is_file()),
     ]
     return {f"{prefix}/{name}" for name in below_prefix} | {f"{configuration}/ufw/applications.d/tarnly"}
 
