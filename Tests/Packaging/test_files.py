@@ -26,7 +26,7 @@ def test_the_desktop_file_starts_the_application_with_its_icon():
 
 
 def test_the_catalogue_entry_is_valid(folder):
-    run(tool("appstreamcli"), "validate", "--no-net", METAINFO, home=folder)
+    run(tool("appstreamcli"), "validate", "--strict", "--no-net", METAINFO, home=folder)
 
 
 def test_the_catalogue_entry_names_the_desktop_file_and_the_programs():
@@ -34,6 +34,23 @@ def test_the_catalogue_entry_names_the_desktop_file_and_the_programs():
     assert component.findtext("launchable") == DESKTOP.name
     assert [binary.text for binary in component.iter("binary")] == PROGRAMS
     assert METAINFO.name == component.findtext("id") + ".metainfo.xml"
+
+
+def test_the_catalogue_entry_has_the_versions_of_the_changelog():
+    headings = re.findall(r"^## ([\d.]+)", (REPOSITORY / "CHANGELOG.md").read_text(), re.MULTILINE)
+    releases = xml.parse(METAINFO).getroot().iter("release")
+    assert [release.get("version") for release in releases] == headings
+    assert headings[0] == version()
+
+
+def test_the_catalogue_entry_shows_pictures_of_the_documentation():
+    component = xml.parse(METAINFO).getroot()
+    home = component.findtext("url[@type='homepage']")
+    images = [image.text for image in component.iter("image")]
+    assert images
+    for address in [*images, component.findtext("url[@type='help']")]:
+        assert address.startswith(home)
+        assert (REPOSITORY / address.removeprefix(home)).is_file(), address
 
 
 def test_the_icons_have_the_sizes_of_their_folders():
