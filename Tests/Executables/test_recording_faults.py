@@ -6,6 +6,7 @@ import shutil
 import time
 
 import pytest
+from hanging_disk import HangingDisk
 from harness import Companion, wait_until
 from lesson import Recorder, add_sample_datarefs, trigger
 
@@ -129,6 +130,38 @@ def test_a_folder_that_is_removed_is_said_at_once_and_made_by_the_next_recording
     wait_until(lambda: len(logs(data)) == 2, "both logs")
     wait_until(lambda: "warnings" not in status_of(programs, data), "the log of the first recording")
     assert_whole(logs(data)[0], everything)
+
+
+def test_a_folder_that_is_removed_is_said_though_no_sample_comes(programs, data):
+    companion = Companion(programs.start("tarnlyd", "--sim-port", 1, "--data-dir", data, "--no-advertise"), programs)
+    companion.client().data("recording_start")
+    wait_until(lambda: logs(data), "a log")
+    shutil.rmtree(data / "Recordings")
+    problem = wait_until(lambda: problem_of(programs, data), "a problem")
+    assert f"there is no folder {data}/Recordings" in problem
+    wait_until(lambda: problem in companion.program.errors(), "the problem on standard error")
+
+
+def test_a_disk_that_hangs_is_said_and_costs_nothing(programs, fake, data, tmp_path):
+    add_sample_datarefs(fake)
+    disk = HangingDisk(tmp_path)
+    companion = Companion(programs.start("tarnlyd", "--sim-port", fake.port, "--data-dir", data, "--no-advertise",
+                                         **disk.environment), programs)
+    recorder = start(companion)
+    recorder.wait_for_samples(1)
+    disk.hang("write")
+    recorder.catch_up()
+    problem = wait_until(lambda: problem_of(programs, data), "a problem")
+    [log] = logs(data)
+    assert problem.startswith(f"The log {log.name} is not being written: the disk does not answer. ")
+    recorder.wait_for_samples(2)
+    assert companion.program.errors().splitlines() == [f"Tarnly: {problem}"]
+    disk.come_back()
+    wait_until(lambda: problem_of(programs, data) is None, "a disk that answers")
+    wait_until(lambda: companion.program.errors().splitlines()[1:] == [
+        f"Tarnly: The log {log.name} is being written again, and lacks nothing."], "the end of the problem")
+    recorder.client.data("recording_stop")
+    assert_whole(log, recorder.client.data("catch_up"))
 
 
 def test_a_log_that_is_removed_is_made_anew(programs, companion, data):

@@ -12,6 +12,7 @@ import time
 from datetime import datetime, timedelta, timezone
 
 import pytest
+from hanging_disk import HangingDisk
 from harness import Companion, is_instrumented, wait_until
 from lesson import SAMPLE, Recorder, add_sample_datarefs, trigger
 
@@ -362,8 +363,23 @@ def records_of_a_torn_log(path):
     return records
 
 
+def kill(folder, program, recorder):
+    """Ends the companion in the middle of a recording; its log has all that was told by then, but the last beat."""
+    program.expected_status = -signal.SIGKILL
+    assert program.end(signal.SIGKILL) == -signal.SIGKILL
+    [log] = begun_logs(folder)
+    records = records_of_a_torn_log(log)
+    samples, fired = of_kind("sample", records), of_kind("fired", records)
+    assert len(records) == len(samples) + len(fired)
+    assert len(samples) >= len(recorder.samples) - 1
+    common = min(len(samples), len(recorder.samples))
+    assert samples[:common] == recorder.samples[:common]
+    begun = samples[-1]["elapsed_s"] if samples else 0
+    assert [event for event in recorder.fired if event["elapsed_s"] < begun and event not in fired] == []
+
+
 @pytest.mark.parametrize("number", range(int(os.environ.get("TARNLY_KILL_ROUNDS", 10))))
-def test_a_kill_costs_the_last_beats_at_most(programs, flight, number):
+def test_a_kill_costs_the_last_beat_at_most(programs, flight, number):
     """Ten companions a round, each killed while it writes: many triggers fire on every sample. With a hundred rounds
     (`TARNLY_KILL_ROUNDS`) these are a thousand kills."""
     side_by_side = 2 if is_instrumented() else 10
@@ -377,18 +393,18 @@ def test_a_kill_costs_the_last_beats_at_most(programs, flight, number):
         recorder.wait_for(lambda: recorder.samples, "a sample")
         for _ in range(chance.randrange(3)):
             recorder.catch_up()
-        program.expected_status = -signal.SIGKILL
-        assert program.end(signal.SIGKILL) == -signal.SIGKILL
-        [log] = begun_logs(folder)
-        records = records_of_a_torn_log(log)
-        samples, fired = of_kind("sample", records), of_kind("fired", records)
-        assert len(records) == len(samples) + len(fired)
-        # The writing is behind by less than a beat, or by some while the disk of a busy machine is slow.
-        assert len(samples) >= len(recorder.samples) - 4
-        common = min(len(samples), len(recorder.samples))
-        assert samples[:common] == recorder.samples[:common]
-        begun = samples[-1]["elapsed_s"] if samples else 0
-        assert [event for event in recorder.fired if event["elapsed_s"] < begun and event not in fired] == []
+        kill(folder, program, recorder)
+
+
+def test_a_kill_while_the_disk_is_made_to_keep_lines_costs_no_more(programs, flight, data, tmp_path):
+    disk = HangingDisk(tmp_path)
+    companion = start_companion(programs, flight, data, **disk.environment)
+    recorder = start(companion.client())
+    recorder.wait_for_samples(1)
+    disk.hang("flush")
+    recorder.catch_up()
+    recorder.wait_for_samples(4)
+    kill(data, companion.program, recorder)
 
 
 def test_a_signal_to_end_leaves_a_whole_log(companion, data):

@@ -91,8 +91,16 @@ std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
     if (!progress) return progress;
     auto told = account->copy();
     progress->file = std::move(told.file);
-    progress->problem = std::move(told.problem);
+    progress->problem = told.problem.empty() ? writer_.hang() : std::move(told.problem);
     return progress;
+}
+
+std::vector<std::string> FlightRecorder::problemsOfEarlier() const {
+    auto problems = writer_.problemsOfEarlier();
+    if (isRecording_) return problems; // of which it is told then
+    auto hang = writer_.hang();
+    if (!hang.empty()) problems.push_back(std::move(hang));
+    return problems;
 }
 
 void FlightRecorder::recordSample(TrackSample sample, std::optional<Clock::TimePoint> takenAt,
@@ -106,6 +114,7 @@ void FlightRecorder::recordSample(TrackSample sample, std::optional<Clock::TimeP
         if (!fired.empty()) state.track->fired.append(fired);
         writer_.write({std::move(kept), std::move(fired)});
     });
+    writer_.hang(); // so that it is told
 }
 
 FlightRecorder::Snapshot FlightRecorder::snapshot() const {

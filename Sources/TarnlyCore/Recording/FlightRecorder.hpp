@@ -101,7 +101,7 @@ class FlightRecorder {
     std::optional<Progress> progress() const;
 
     /// What logs of earlier recordings lack, and the cure: whole sentences.
-    std::vector<std::string> problemsOfEarlier() const { return writer_.problemsOfEarlier(); }
+    std::vector<std::string> problemsOfEarlier() const;
 
     /// How many times a recording was started.
     std::int64_t generation() const { return generation_; }

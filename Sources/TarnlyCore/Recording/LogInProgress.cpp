@@ -1,5 +1,6 @@
 #include "TarnlyCore/Recording/LogInProgress.hpp"
 
+#include <algorithm>
 #include <initializer_list>
 #include <string_view>
 
@@ -17,6 +18,8 @@ std::string absoluteText(const std::filesystem::path& file) {
     std::error_code error;
     return std::filesystem::absolute(file, error).string();
 }
+
+std::string nameOf(const std::filesystem::path& file) { return printable(file.filename().string()); }
 
 bool isAnyOf(const std::error_code& error, std::initializer_list<std::errc> conditions) {
     for (const auto condition : conditions)
@@ -42,12 +45,13 @@ void appendLine(std::string& lines, std::string_view kind, const Record& record)
 } // namespace
 
 LogInProgress::LogInProgress(OpenLog openLog, std::filesystem::path file, SharedAccount account,
-                             Pauses pauses, Tell tell)
+                             Pauses pauses, Tell tell, std::launch flushing)
     : openLog_(std::move(openLog)),
       wantedFile_(std::move(file)),
       account_(std::move(account)),
       pauses_(pauses),
       tell_(std::move(tell)),
+      flushing_(flushing),
       file_(wantedFile_) {}
 
 void LogInProgress::add(Batch batch) {
@@ -80,6 +84,7 @@ bool LogInProgress::open(TimePoint now) {
         return false;
     }
     sink_ = std::move(opened.sink);
+    lookDue_ = now + pauses_.look;
     account_->with([this](Account& account) { account.file = absoluteText(file_); });
     return true;
 }
@@ -87,7 +92,9 @@ bool LogInProgress::open(TimePoint now) {
 bool LogInProgress::writeLines(TimePoint now) {
     // At the end it is looked for in any case: it may have been removed since the last line.
     const bool isLastLook = isEnding_ && !samples_.empty();
-    if (isUpToDate() && !retryDue_ && !isLastLook) return true;
+    const bool isLookDue = !isEnding_ && now >= lookDue_;
+    if (isUpToDate() && !retryDue_ && !isLastLook && !isLookDue) return true;
+    lookDue_ = now + pauses_.look;
     if (!sink_->isInPlace(written_.size)) {
         beginAnew();
         failWithoutFile(now);
@@ -125,8 +132,15 @@ void LogInProgress::appendLines(std::string& lines, Mark& mark) const {
 }
 
 void LogInProgress::flushWhenDue(TimePoint now, Patience patience) {
-    if (!sink_ || waits(now, patience) || written_.count == safe_.count) return;
-    if (isEnding_ || now >= flushDue_) flush(now);
+    if (!sink_ || waits(now, patience)) return;
+    if ((isEnding_ || !isFlushing()) && !takeFlushed(now)) return;
+    if (written_.count == safe_.count) return;
+    if (isEnding_) {
+        flush(now);
+    } else if (!underWay_ && now >= flushDue_) {
+        beginFlush(now);
+        if (!isFlushing()) takeFlushed(now);
+    }
 }
 
 bool LogInProgress::flush(TimePoint now) {
@@ -139,23 +153,53 @@ bool LogInProgress::flush(TimePoint now) {
     return true;
 }
 
+/// Lines that wait behind a slow disk would die with the process.
+void LogInProgress::beginFlush(TimePoint now) {
+    try {
+        underWay_ = {safe_, written_, now, std::async(flushing_, [sink = sink_] { return sink->flush(); })};
+    } catch (const std::system_error&) { // there is no thread for it
+        flush(now);
+    }
+}
+
+bool LogInProgress::isFlushing() const {
+    return underWay_ && underWay_->outcome.wait_for(std::chrono::seconds(0)) == std::future_status::timeout;
+}
+
+/// Waits for it, if there is one; false where it has failed.
+bool LogInProgress::takeFlushed(TimePoint now) {
+    if (!underWay_) return true;
+    auto done = std::move(*underWay_);
+    underWay_.reset();
+    if (const auto error = done.outcome.get()) {
+        written_ = safe_ = done.from; // whatever a later one said: the system tells of a loss once
+        fail(error, now);
+        return false;
+    }
+    if (safe_.count < done.upTo.count) safe_ = done.upTo;
+    flushDue_ = done.begun + pauses_.flush;
+    return true;
+}
+
 bool LogInProgress::isWhole() const {
     return isEnding_ && sink_ && !retryDue_ && safe_.count == samples_.size();
 }
 
 std::optional<LogInProgress::TimePoint> LogInProgress::due() const {
     if (retryDue_) return retryDue_;
-    if (written_.count != safe_.count) return flushDue_;
-    return std::nullopt;
+    if (isEnding_) return written_.count != safe_.count ? std::optional(flushDue_) : std::nullopt;
+    if (written_.count != safe_.count && !underWay_) return std::min(flushDue_, lookDue_);
+    return lookDue_;
 }
 
 std::string LogInProgress::problem() const { return account_->copy().problem; }
 
 void LogInProgress::giveUp() {
-    if (retryDue_) tell_("The log " + name() + " stays as it is: it lacks what was recorded last.");
+    if (retryDue_) tell_("The log " + nameOf(file_) + " stays as it is: it lacks what was recorded last.");
 }
 
 void LogInProgress::beginAnew() {
+    underWay_.reset();
     sink_.reset();
     written_ = safe_ = {};
     account_->with([](Account& account) { account.file.clear(); });
@@ -186,8 +230,7 @@ void LogInProgress::failWithoutFile(TimePoint now) {
 
 void LogInProgress::fail(const Trouble& trouble, TimePoint now) {
     retryDue_ = now + pauses_.retry;
-    const auto text = "The log " + name() + " is not being written: " + trouble.cause + ". " + trouble.cure +
-                      "; the flight is kept in memory meanwhile, and the log is completed from it.";
+    const auto text = problemText(file_, trouble.cause, trouble.cure);
     const auto before =
         account_->with([&](Account& account) { return std::exchange(account.problem, text); });
     if (text != before) tell_(text);
@@ -196,9 +239,17 @@ void LogInProgress::fail(const Trouble& trouble, TimePoint now) {
 void LogInProgress::recover() {
     retryDue_.reset();
     account_->with([](Account& account) { account.problem.clear(); });
-    tell_("The log " + name() + " is being written again, and lacks nothing.");
+    tell_(recoveredText(file_));
 }
 
-std::string LogInProgress::name() const { return printable(file_.filename().string()); }
+std::string LogInProgress::problemText(const std::filesystem::path& file, const std::string& cause,
+                                       const std::string& cure) {
+    return "The log " + nameOf(file) + " is not being written: " + cause + ". " + cure +
+           "; the flight is kept in memory meanwhile, and the log is completed from it.";
+}
+
+std::string LogInProgress::recoveredText(const std::filesystem::path& file) {
+    return "The log " + nameOf(file) + " is being written again, and lacks nothing.";
+}
 
 } // namespace tarnly

@@ -5,6 +5,7 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,10 @@ class LogInProgress {
         std::chrono::nanoseconds flush = std::chrono::seconds(5);
         /// Between two tries on a disk that takes nothing.
         std::chrono::nanoseconds retry = std::chrono::seconds(1);
+        /// From the last look at the file until the next, where nothing is written meanwhile.
+        std::chrono::nanoseconds look = std::chrono::seconds(2);
+        /// After so long a call to the disk hangs.
+        std::chrono::nanoseconds hang = std::chrono::seconds(5);
     };
 
     /// What others are told of it.
@@ -55,8 +60,9 @@ class LogInProgress {
     };
     using SharedAccount = std::shared_ptr<Guarded<Account>>;
 
+    /// `flushing` is for tests that have one thread.
     LogInProgress(OpenLog openLog, std::filesystem::path file, SharedAccount account, Pauses pauses,
-                  Tell tell);
+                  Tell tell, std::launch flushing = std::launch::async);
 
     void add(Batch batch);
 
@@ -70,17 +76,26 @@ class LogInProgress {
     /// takes it. After a failure not before the pause is over, unless there is no patience.
     void write(TimePoint now, Patience patience = Patience::pauses);
 
-    /// Has the disk keep what was written, when that is due, or the log ends.
+    /// Has the disk keep what was written, when that is due, or the log ends. Until it ends, that happens on
+    /// a thread of its own: the lines to come are written meanwhile.
     void flushWhenDue(TimePoint now, Patience patience = Patience::pauses);
 
     /// Whether it ends, and the disk has it all.
     bool isWhole() const;
 
-    /// When it is to be written or flushed again, though nothing is added; absent where that need not be.
+    /// When it is to be looked after, written or flushed again, though nothing is added; absent where that
+    /// need not be.
     std::optional<TimePoint> due() const;
 
     /// Empty while all is well.
     std::string problem() const;
+
+    /// That a log is not being written, as whole sentences.
+    static std::string problemText(const std::filesystem::path& file, const std::string& cause,
+                                   const std::string& cure);
+
+    /// That it is again.
+    static std::string recoveredText(const std::filesystem::path& file);
 
     /// Tells that what is not written will not be, if there is any.
     void giveUp();
@@ -100,6 +115,12 @@ class LogInProgress {
         std::size_t sample;
         FiredTriggers triggers;
     };
+    struct Flushing {
+        Mark from;
+        Mark upTo;
+        TimePoint begun;
+        std::future<std::error_code> outcome;
+    };
     struct Trouble {
         std::string cause;
         std::string cure;
@@ -112,12 +133,14 @@ class LogInProgress {
     std::string encodeFrom(Mark& mark) const;
     void appendLines(std::string& lines, Mark& mark) const;
     bool flush(TimePoint now);
+    void beginFlush(TimePoint now);
+    bool isFlushing() const;
+    bool takeFlushed(TimePoint now);
     void beginAnew();
     void fail(const std::error_code& error, TimePoint now);
     void failWithoutFile(TimePoint now);
     void fail(const Trouble& trouble, TimePoint now);
     void recover();
-    std::string name() const;
 
     // Constant after construction
     const OpenLog openLog_;
@@ -125,6 +148,7 @@ class LogInProgress {
     const SharedAccount account_;
     const Pauses pauses_;
     const Tell tell_;
+    const std::launch flushing_;
 
     std::filesystem::path file_;
     std::deque<PackedSample> samples_;
@@ -132,11 +156,13 @@ class LogInProgress {
     bool isEnding_ = false;
 
     bool wasOpened_ = false;
-    std::unique_ptr<LogSink> sink_;
+    std::shared_ptr<LogSink> sink_;
+    TimePoint lookDue_{};
     Mark written_;
     /// What a power cut does not take.
     Mark safe_;
     TimePoint flushDue_{};
+    std::optional<Flushing> underWay_;
     /// Present while it is in trouble.
     std::optional<TimePoint> retryDue_;
 };

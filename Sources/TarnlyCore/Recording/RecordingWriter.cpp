@@ -1,5 +1,6 @@
 #include "TarnlyCore/Recording/RecordingWriter.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -10,6 +11,7 @@
 #include <utility>
 #include <variant>
 
+#include "TarnlyCore/Recording/DiskWatch.hpp"
 #include "TarnlyPlatform/Base/StartThread.hpp"
 
 namespace tarnly {
@@ -45,7 +47,10 @@ using Order = std::variant<Begin, RecordingWriter::Batch, End, Notify, LetGo>;
 class RecordingWriter::Room {
   public:
     Room(OpenLog openLog, Tell tell, Pauses pauses)
-        : openLog_(std::move(openLog)), tell_(std::move(tell)), pauses_(pauses) {}
+        : watch_(std::make_shared<DiskWatch>(pauses.hang)),
+          openLog_(watch_->watched(std::move(openLog))),
+          tell_(std::move(tell)),
+          pauses_(pauses) {}
 
     void hand(Order order) {
         const std::lock_guard lock(mutex_);
@@ -68,6 +73,15 @@ class RecordingWriter::Room {
 
     std::vector<std::string> problemsOfEarlier() const { return problemsOfEarlier_.copy(); }
 
+    std::string hang() {
+        const auto log = watch_->hanging();
+        if (!log) return {};
+        auto text = LogInProgress::problemText(*log, "the disk does not answer", "Look after the disk");
+        const auto before = toldHang_.with([&](auto& told) { return std::exchange(told, log); });
+        if (!before) tell_(text);
+        return text;
+    }
+
     /// The thread.
     void run() {
         while (next()) {
@@ -75,8 +89,10 @@ class RecordingWriter::Room {
                 // What fails, for lack of memory say, is lost alone, and ends neither thread nor program.
                 attempt([&] { std::visit([&](auto& known) { carryOut(known); }, order); });
             attempt([this] { workOn(LogInProgress::Patience::pauses); });
+            attempt([this] { tellOfReturn(); });
         }
         attempt([this] { finishLogs(); });
+        attempt([this] { tellOfReturn(); });
         const std::lock_guard lock(mutex_);
         hasEnded_ = true;
         changed_.notify_all();
@@ -106,6 +122,19 @@ class RecordingWriter::Room {
             if (due && (!earliest || *due < *earliest)) earliest = due;
         }
         return earliest;
+    }
+
+    /// Once what has waited for the disk is written as well.
+    void tellOfReturn() {
+        if (watch_->hanging() || hasOrders()) return;
+        const auto log = toldHang_.with([](auto& told) { return std::exchange(told, std::nullopt); });
+        const auto isInTrouble = [](const LogInProgress& one) { return !one.problem().empty(); };
+        if (log && std::ranges::none_of(logs_, isInTrouble)) tell_(LogInProgress::recoveredText(*log));
+    }
+
+    bool hasOrders() {
+        const std::lock_guard lock(mutex_);
+        return !orders_.empty();
     }
 
     static void attempt(const auto& step) {
@@ -171,6 +200,7 @@ class RecordingWriter::Room {
     }
 
     // Constant after construction
+    const std::shared_ptr<DiskWatch> watch_;
     const OpenLog openLog_;
     const Tell tell_;
     const Pauses pauses_;
@@ -180,6 +210,8 @@ class RecordingWriter::Room {
     std::deque<Order> taken_;
 
     Guarded<std::vector<std::string>> problemsOfEarlier_;
+    /// The log of a call that hangs, once that has been told.
+    Guarded<std::optional<std::filesystem::path>> toldHang_;
 
     // State below is protected by the mutex
     std::mutex mutex_;
@@ -214,6 +246,8 @@ void RecordingWriter::end() { room_->hand(End{}); }
 void RecordingWriter::notify(std::function<void()> done) { room_->hand(Notify{std::move(done)}); }
 
 std::vector<std::string> RecordingWriter::problemsOfEarlier() const { return room_->problemsOfEarlier(); }
+
+std::string RecordingWriter::hang() const { return room_->hang(); }
 
 void RecordingWriter::letGo(std::shared_ptr<const void> memory) { room_->hand(LetGo{std::move(memory)}); }
 

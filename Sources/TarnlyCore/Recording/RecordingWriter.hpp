@@ -16,8 +16,8 @@ namespace tarnly {
 ///
 /// What waits for a slow disk is written at once. Every few seconds, and at a recording's end, the disk is
 /// made to keep what was written. What a disk does not take is tried again every second, also when the
-/// recording has ended, and the next one runs. Owned by the recording; the calls come from any thread and
-/// return at once.
+/// recording has ended, and the next one runs. Whether it answers at all only others can see: `hang`. Owned
+/// by the recording; the calls come from any thread and return at once.
 class RecordingWriter {
   public:
     using OpenLog = LogInProgress::OpenLog;
@@ -26,7 +26,7 @@ class RecordingWriter {
     using SharedAccount = LogInProgress::SharedAccount;
     using Pauses = LogInProgress::Pauses;
 
-    /// `tell` is called on the recorder thread, and at the end on the one that ends it.
+    /// `tell` is called on the recorder thread, by `hang`, and at the end on the one that ends it.
     explicit RecordingWriter(
         OpenLog openLog = RecordingLog::open, Tell tell = [](const std::string&) {}, Pauses pauses = {});
 
@@ -57,6 +57,10 @@ class RecordingWriter {
 
     /// What logs of earlier recordings lack, and the cure: whole sentences.
     std::vector<std::string> problemsOfEarlier() const;
+
+    /// That the disk does not answer, and the cure, as whole sentences; empty while it does. Who hears it
+    /// first has it told, so somebody is to ask now and then.
+    std::string hang() const;
 
   private:
     class Room;

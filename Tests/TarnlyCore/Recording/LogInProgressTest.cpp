@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <future>
 #include <map>
 #include <random>
 #include <vector>
@@ -37,6 +39,8 @@ struct Disk {
     std::size_t room = std::string::npos;
     std::optional<std::errc> openFails;
     std::optional<std::errc> flushFails;
+    /// On a thread of its own.
+    std::function<std::error_code()> lateFlush;
     std::size_t writes = 0;
     std::vector<MissingFolder> opened;
 
@@ -55,6 +59,7 @@ struct Disk {
             return taken == text.size() ? std::error_code() : make_error_code(std::errc::no_space_on_device);
         }
         std::error_code flush() override {
+            if (disk_.lateFlush) return disk_.lateFlush();
             if (disk_.flushFails) {
                 content_->text = content_->safe;
                 return make_error_code(*disk_.flushFails);
@@ -111,19 +116,20 @@ class LogInProgressTest : public testing::Test {
         "/r/a.jsonl",
         account,
         LogInProgress::Pauses{5s, 1s},
-        [this](const std::string& words) { told.push_back(words); }};
+        [this](const std::string& words) { told.push_back(words); },
+        std::launch::deferred};
 };
 
 TEST_F(LogInProgressTest, OnADiskThatIsWellNothingIsTold) {
     log->write(now);
     EXPECT_EQ(account->copy().file, "/r/a.jsonl");
-    EXPECT_EQ(log->due(), std::nullopt);
+    EXPECT_EQ(log->due(), now + 2s);
     add({"x", "y"});
     add();
     log->write(now);
     EXPECT_EQ(disk.content(), expected);
     EXPECT_EQ(disk.writes, 1U);
-    EXPECT_EQ(log->due(), now + 5s);
+    EXPECT_EQ(log->due(), now + 2s);
     log->end();
     EXPECT_FALSE(log->isWhole());
     log->flushWhenDue(now);
@@ -182,6 +188,63 @@ TEST_F(LogInProgressTest, WhatAFailedFlushTakesBackIsWrittenAgain) {
     log->write(now);
     EXPECT_EQ(disk.content(), expected);
     EXPECT_EQ(log->problem(), "");
+}
+
+TEST_F(LogInProgressTest, AFileThatHasGoneIsNoticedThoughNothingIsToBeWritten) {
+    addAndWrite();
+    now += 1s;
+    log->write(now);
+    EXPECT_EQ(log->due(), now + 1s);
+    disk.files.clear();
+    log->write(now);
+    EXPECT_EQ(log->problem(), "") << "it is looked for now and then only";
+    now += 1s;
+    log->write(now);
+    EXPECT_THAT(log->problem(), HasSubstr("there is no folder /r"));
+    now += 1s;
+    log->write(now);
+    EXPECT_EQ(disk.content(), expected);
+}
+
+TEST_F(LogInProgressTest, AFileWithoutALineIsLookedForToo) {
+    log->write(now);
+    disk.files.clear();
+    now += 2s;
+    log->write(now);
+    EXPECT_THAT(log->problem(), HasSubstr("there is no folder /r"));
+}
+
+/// The system tells once of what it could not keep: a flush that succeeds behind one that fails proves
+/// nothing.
+TEST_F(LogInProgressTest, WhatALateFlushFailsOnIsWrittenAgain) {
+    std::promise<std::error_code> answer;
+    bool isAsked = false;
+    disk.lateFlush = [&] {
+        isAsked = true;
+        return answer.get_future().get();
+    };
+    log.emplace(
+        [this](const std::filesystem::path& file, MissingFolder missing) { return disk.open(file, missing); },
+        "/r/a.jsonl", account, LogInProgress::Pauses{5s, 1s},
+        [this](const std::string& words) { told.push_back(words); });
+    addAndWrite();
+    now += 5s;
+    log->flushWhenDue(now);
+    addAndWrite();
+    EXPECT_EQ(disk.content(), expected) << "what comes meanwhile is written";
+    log->flushWhenDue(now);
+    disk.files["/r/a.jsonl"]->text.clear(); // as the disk has lost it
+    answer.set_value(make_error_code(std::errc::io_error));
+    log->end();
+    log->flushWhenDue(now);
+    EXPECT_TRUE(isAsked);
+    EXPECT_THAT(log->problem(), HasSubstr("/r/a.jsonl: Input/output error. Look after the disk"));
+    EXPECT_FALSE(log->isWhole());
+    disk.lateFlush = nullptr;
+    now += 1s;
+    log->write(now);
+    EXPECT_EQ(disk.content(), expected);
+    EXPECT_TRUE(log->isWhole());
 }
 
 TEST_F(LogInProgressTest, AFileThatHasGoneIsMadeAnewFromTheBeginning) {
@@ -286,7 +349,7 @@ TEST_F(AnyDisk, LosesNoLineInTheEnd) {
         log.emplace([this](const std::filesystem::path& file,
                            MissingFolder missing) { return disk.open(file, missing); },
                     "/r/a.jsonl", account, LogInProgress::Pauses{5s, 1s},
-                    [this](const std::string& words) { told.push_back(words); });
+                    [this](const std::string& words) { told.push_back(words); }, std::launch::deferred);
         for (unsigned step = 0; step < 60; ++step) {
             somethingHappens();
             add(std::vector<std::string>(chance() % 3, "x"));

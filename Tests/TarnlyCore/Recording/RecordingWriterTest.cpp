@@ -28,6 +28,7 @@ struct Disk {
     std::mutex mutex;
     std::condition_variable changed;
     bool hangs = false;
+    bool flushHangs = false;
     bool isFull = false;
     std::vector<std::string> opened;
     std::vector<std::string> writes;
@@ -59,6 +60,12 @@ struct Disk {
         changed.notify_all();
     }
 
+    void setFlushHangs(bool value) {
+        const std::lock_guard lock(mutex);
+        flushHangs = value;
+        changed.notify_all();
+    }
+
     void waitUntil(const std::function<bool()>& condition) {
         std::unique_lock lock(mutex);
         ASSERT_TRUE(changed.wait_for(lock, 60s, condition));
@@ -80,9 +87,10 @@ struct Disk {
             return {};
         }
         std::error_code flush() override {
-            const std::lock_guard lock(disk_.mutex);
+            std::unique_lock lock(disk_.mutex);
             ++disk_.flushes;
             disk_.changed.notify_all();
+            disk_.changed.wait(lock, [&] { return !disk_.flushHangs; });
             return {};
         }
         bool isInPlace(std::size_t size) const override { return size == size_; }
@@ -110,7 +118,7 @@ struct RecordingWriterTest : testing::Test {
     SampleList samples;
     std::optional<RecordingWriter> writer{std::in_place, disk.opener(), disk.teller(), never};
     RecordingWriter::SharedAccount account = std::make_shared<Guarded<LogInProgress::Account>>();
-    static constexpr RecordingWriter::Pauses never{1h, 1h};
+    static constexpr RecordingWriter::Pauses never{1h, 1h, 1h, 1h};
 
     void write(double time, const std::vector<std::string>& ids = {}) {
         writer->write({samples.append(test::sampleAt(time)), test::firing(time, ids)});
@@ -194,7 +202,7 @@ TEST_F(RecordingWriterTest, NobodyWaitsForADiskThatRefuses) {
 }
 
 TEST_F(RecordingWriterTest, ALogThatWaitsIsTriedAgainThoughItsRecordingHasEnded) {
-    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1h, 1ms});
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1h, 1ms, 1h, 1h});
     disk.setFull(true);
     for (const char* file : {"a.jsonl", "b.jsonl"}) {
         writer->begin(file, std::make_shared<Guarded<LogInProgress::Account>>());
@@ -281,12 +289,65 @@ TEST_F(RecordingWriterTest, TheDiskIsMadeToKeepALogThatEnds) {
 }
 
 TEST_F(RecordingWriterTest, TheDiskIsMadeToKeepWhatWasWrittenThoughNothingFollows) {
-    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1ms, 1h});
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1ms, 1h, 1h, 1h});
     writer->begin("a.jsonl", account);
     for (std::size_t round = 1; round <= 3; ++round) {
         write(static_cast<double>(round));
         disk.waitUntil([&] { return disk.flushes == round; });
     }
+}
+
+/// What waited in the process would go with it.
+TEST_F(RecordingWriterTest, LinesAreWrittenWhileTheDiskIsMadeToKeepOthers) {
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1ms, 1h, 1h, 1h});
+    disk.setFlushHangs(true);
+    writer->begin("a.jsonl", account);
+    write(1);
+    disk.waitUntil([&] { return disk.flushes == 1; });
+    write(2);
+    written().get();
+    EXPECT_EQ(disk.writes, (std::vector{sampleLine(1), sampleLine(2)}));
+    disk.setFlushHangs(false);
+}
+
+TEST_F(RecordingWriterTest, ADiskThatDoesNotAnswerIsToldOnceAndUntilItDoes) {
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1h, 1h, 1h, 0s});
+    writer->begin("a.jsonl", account);
+    written().get();
+    EXPECT_EQ(writer->hang(), "");
+    disk.setHangs(true);
+    write(1);
+    disk.waitUntil([&] { return disk.begun == 1; });
+    const auto problem = writer->hang();
+    EXPECT_EQ(
+        problem,
+        "The log a.jsonl is not being written: the disk does not answer. Look after the disk; the flight "
+        "is kept in memory meanwhile, and the log is completed from it.");
+    EXPECT_EQ(writer->hang(), problem);
+    EXPECT_THAT(disk.told(), ElementsAre(problem));
+    disk.setHangs(false);
+    disk.waitUntil([&] { return disk.told_.size() == 2; });
+    EXPECT_EQ(disk.told()[1], "The log a.jsonl is being written again, and lacks nothing.");
+    EXPECT_EQ(writer->hang(), "");
+}
+
+TEST_F(RecordingWriterTest, ADiskThatTakesItsTimeDoesNotHang) {
+    writer->begin("a.jsonl", account);
+    disk.setHangs(true);
+    write(1);
+    disk.waitUntil([&] { return disk.begun == 1; });
+    EXPECT_EQ(writer->hang(), "");
+    disk.setHangs(false);
+}
+
+TEST_F(RecordingWriterTest, ADiskThatDoesNotKeepWhatItTakesHangsToo) {
+    writer.emplace(disk.opener(), disk.teller(), RecordingWriter::Pauses{1ms, 1h, 1h, 0s});
+    disk.setFlushHangs(true);
+    writer->begin("a.jsonl", account);
+    write(1);
+    disk.waitUntil([&] { return disk.flushes == 1; });
+    EXPECT_THAT(writer->hang(), HasSubstr("the disk does not answer"));
+    disk.setFlushHangs(false);
 }
 
 /// The recorder that lives on such a disk.
