@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
-#include <string_view>
 #include <utility>
 
+#include "TarnlyApp/SettingRules.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
 
@@ -17,27 +17,8 @@ constexpr int wrongUsage = 2;
 /// CLI11's messages can have several lines.
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-std::string requireName(const std::string& name) { return name.empty() ? "a name cannot be empty" : ""; }
-
-/// People copy it from a browser, which shows a slash behind it.
-std::optional<WebOrigin> parseOrigin(const std::string& text) {
-    return WebOrigin::parse(std::string_view(text).substr(0, text.size() - (text.ends_with('/') ? 1 : 0)));
-}
-
-std::string requireHost(const std::string& host) {
-    return isHost(host) ? "" : "a host name or an address without brackets is wanted";
-}
-
-std::string requireOrigin(const std::string& text) {
-    return parseOrigin(text) ? "" : "an origin such as https://example.com is wanted, without a path";
-}
-
 std::string nameOf(CompanionProgram program) {
     return program == CompanionProgram::tarnly ? "tarnly" : "tarnlyd";
-}
-
-std::string absoluteText(const std::filesystem::path& path) {
-    return std::filesystem::absolute(path).string();
 }
 
 /// However the path is spelt: bash completes it with a slash.
@@ -66,13 +47,12 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     CLI::App app("Connects the X-Plane flight simulator to a flight-training application on the network.",
                  name);
     app.set_version_flag("--version", name + " " TARNLY_VERSION);
-    app.add_option("--sim-host", options.simulator.host, "The simulator's host")
+    app.add_option("--sim-host", options.simulatorHost, "The simulator's host; without it 127.0.0.1")
         ->type_name("HOST")
-        ->capture_default_str()
-        ->check(requireHost);
-    app.add_option("--sim-port", options.simulator.port, "The port of the simulator's web API")
+        ->check(hostFault);
+    app.add_option("--sim-port", options.simulatorPort,
+                   "The port of the simulator's web API; without it 8086")
         ->type_name("PORT")
-        ->capture_default_str()
         ->check(CLI::Range(1, 65535));
     app.add_option(
            "--port", options.port,
@@ -82,7 +62,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->check(CLI::Range(0, 65535));
     app.add_option("--name", options.name, "The name to be found by; without it the computer's host name")
         ->type_name("NAME")
-        ->check(requireName);
+        ->check(nameFault);
     app.add_option("--data-dir", options.dataFolder, "The folder of settings.json and of the recordings")
         ->type_name("DIR");
     app.add_option("--nav-db", options.navigationDatabase,
@@ -102,7 +82,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
                    "Let the web pages of one origin use the companion; may be given several times")
         ->type_name("URL")
         ->allow_extra_args(false)
-        ->check(requireOrigin);
+        ->check(originFault);
     if (isDesktop) {
         app.add_flag("--background", options.startsInBackground, "Start without opening a window");
     }
@@ -119,7 +99,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     }
     options.advertises = !staysHidden;
     for (const auto& origin : origins)
-        options.allowedOrigins.push_back(*parseOrigin(origin));
+        options.allowedOrigins.push_back(*originFrom(origin));
     return options;
 }
 
@@ -148,41 +128,17 @@ std::filesystem::path dataFolder(const CompanionOptions& options) {
     return options.dataFolder ? *options.dataFolder : applicationDataFolder();
 }
 
-std::vector<std::string> commandLine(const CompanionOptions& options) {
-    const CompanionOptions defaults;
-    std::vector<std::string> arguments;
-    const auto add = [&](const char* option, const std::string& value) {
-        // In one word: a value may begin with a dash.
-        arguments.push_back(std::string(option).append("=").append(value));
-    };
-    if (options.startsInBackground) arguments.emplace_back("--background");
-    if (options.simulator.host != defaults.simulator.host) add("--sim-host", options.simulator.host);
-    if (options.simulator.port != defaults.simulator.port) {
-        add("--sim-port", std::to_string(options.simulator.port));
-    }
-    if (options.port) add("--port", std::to_string(*options.port));
-    if (options.name) add("--name", *options.name);
-    if (options.dataFolder) add("--data-dir", absoluteText(*options.dataFolder));
-    if (options.navigationDatabase) add("--nav-db", absoluteText(*options.navigationDatabase));
-    if (options.situationsFolder) add("--situations", absoluteText(*options.situationsFolder));
-    if (options.statusFile) add("--status-file", absoluteText(*options.statusFile));
-    if (options.mostClients != defaults.mostClients)
-        add("--max-clients", std::to_string(options.mostClients));
-    for (const auto& origin : options.allowedOrigins)
-        add("--allow-origin", origin.text());
-    if (!options.advertises) arguments.emplace_back("--no-advertise");
-    return arguments;
-}
-
-std::unique_ptr<LoginItem> makeLoginItem(CompanionOptions options) {
-    options.startsInBackground = true;
+std::unique_ptr<LoginItem> makeLoginItem(const CompanionOptions& options) {
     LoginItem::Description description;
     description.id = entryId(options);
     description.name = "Tarnly";
     description.comment = "Connects the X-Plane flight simulator to a flight-training application";
     description.icon = "tarnly";
-    description.command = commandLine(options);
-    description.command.insert(description.command.begin(), programPath().string());
+    description.command = {programPath().string(), "--background"};
+    if (options.dataFolder) {
+        const auto folder = std::filesystem::absolute(*options.dataFolder).string();
+        description.command.push_back("--data-dir=" + folder); // one word: it may begin with a dash
+    }
     return LoginItem::create(std::move(description));
 }
 

@@ -11,17 +11,16 @@
 
 #include "TarnlyPlatform/Login/LoginItem.hpp"
 #include "TarnlyPlatform/Net/Admission.hpp"
-#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/WebOrigin.hpp"
 
 namespace tarnly {
 
-/// What the command line of the companion asks for.
+/// What the command line of the companion asks for, for this run; the settings hold where it says nothing.
 struct CompanionOptions {
-    Endpoint simulator{"127.0.0.1", 8086};
-    /// 0: a port that the system chooses. Absent: the first of the usual ones that is free.
+    std::optional<std::string> simulatorHost;
+    std::optional<std::uint16_t> simulatorPort;
+    /// 0: a port that the system chooses.
     std::optional<std::uint16_t> port;
-    /// Absent: the computer's host name.
     std::optional<std::string> name;
     /// Absent: the application's folder in the person's data folder.
     std::optional<std::filesystem::path> dataFolder;
@@ -73,12 +72,9 @@ std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, i
 /// folder who names none.
 std::filesystem::path dataFolder(const CompanionOptions& options);
 
-/// The command line, without the program, that asks for `options`, wherever it is run: paths are absolute.
-std::vector<std::string> commandLine(const CompanionOptions& options);
-
-/// The login item that starts the running program, without a window and with the same options as now, when
-/// the person logs in. Each data folder has its own, as it has its own setting. Throws `std::runtime_error`
-/// for a person without a home folder.
-std::unique_ptr<LoginItem> makeLoginItem(CompanionOptions options);
+/// The login item that starts the running program, without a window and with the settings of `options`' data
+/// folder, when the person logs in. Each data folder has its own, as it has its own setting. Throws
+/// `std::runtime_error` for a person without a home folder.
+std::unique_ptr<LoginItem> makeLoginItem(const CompanionOptions& options);
 
 } // namespace tarnly

@@ -28,8 +28,6 @@ constexpr auto closingPatience = std::chrono::milliseconds(300);
 /// told after this at the latest.
 constexpr auto publicationPatience = std::chrono::seconds(1);
 
-std::string nameOf(const CompanionOptions& options) { return options.name.value_or(hostName()); }
-
 std::string advertisingText(const std::optional<PublicationState>& publication) {
     std::string negation = "not advertised";
     if (!publication) return negation;
@@ -89,9 +87,13 @@ std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
 CompanionRuntime::CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options)
     : settingsStore_(settingsStore), options_(std::move(options)), statusText_("Starting…") {
     settingsStore_.onPasswordChange = [this] { handOnPassword(); };
+    settingsStore_.onSetupChange = [this] { handOnSetup(); };
 }
 
-CompanionRuntime::~CompanionRuntime() { settingsStore_.onPasswordChange = nullptr; }
+CompanionRuntime::~CompanionRuntime() {
+    settingsStore_.onPasswordChange = nullptr;
+    settingsStore_.onSetupChange = nullptr;
+}
 
 void CompanionRuntime::warn(std::string sentence) {
     thread_.check();
@@ -103,6 +105,8 @@ std::vector<std::string> CompanionRuntime::warnings() const {
     auto all = lastingWarnings_;
     std::ranges::copy(settingsStore_.problems(), std::back_inserter(all));
     std::ranges::copy(noticed_.copy(), std::back_inserter(all));
+    if (auto problem = navDatabaseProblem_.copy()) all.push_back(std::move(*problem));
+    if (follower_) std::ranges::copy(follower_->warnings(), std::back_inserter(all));
     return all;
 }
 
@@ -121,46 +125,71 @@ void CompanionRuntime::start() {
     boost::asio::co_spawn(network_, host_->start(), [this](const std::exception_ptr& failure) {
         if (failure) return announceFailure(failure);
         tellUnusualPort();
+        follower_->start();
         publicationTask_.spawn(tellHowItListens(), dropFailure);
     });
 }
 
 void CompanionRuntime::build() {
     prepareText();
+    const auto setup = setupFrom(options_, settingsStore_.current());
+    hasUsualPorts_ = setup.ports == portsToTry(std::nullopt);
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
-        executor, options_.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
+        executor, setup.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
     backend_->onWarning([this](const std::string& text) { notice(text); });
-    if (options_.situationsFolder) {
-        backend_->setSituationsDirectory(std::filesystem::absolute(*options_.situationsFolder).string());
-    }
-    CompanionHost::Configuration configuration;
-    configuration.recordingDirectory = dataFolder(options_) / "Recordings";
-    configuration.instanceName = nameOf(options_);
-    configuration.simKind = "xplane";
-    configuration.appVersion = TARNLY_VERSION;
-    configuration.password = settingsStore_.current().password;
-    configuration.navDatabase = openNavDatabase();
-    configuration.ports = portsToTry(options_.port);
-    if (!options_.advertises) configuration.publish = nullptr;
-    configuration.admission = admissionFor(options_);
-    configuration.hostName = hostName();
-    configuration.allowedOrigins = options_.allowedOrigins;
-    configuration.pages = reachPages();
-    configuration.tell = remark;
-    host_.emplace(executor, workers_, clock_, backend_, std::move(configuration));
+    if (setup.situationsFolder) backend_->setSituationsDirectory(setup.situationsFolder->string());
+    host_.emplace(executor, workers_, clock_, backend_, hostConfiguration(setup));
     backend_->onStageChange([this] {
         if (onStageChange) onStageChange();
     });
+    follower_.emplace(
+        executor, workers_, clock_, *host_, *backend_, setup,
+        [this](const auto& path) { return openNavDatabaseOrTell(path); }, remark);
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
                                 [this] { return warnings(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
 }
 
-std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase() {
-    if (!options_.navigationDatabase) return nullptr;
-    return std::make_shared<NavDatabase>(options_.navigationDatabase->string(),
-                                         [this](const std::string& text) { notice(text); });
+CompanionHost::Configuration CompanionRuntime::hostConfiguration(const CompanionSetup& setup) {
+    CompanionHost::Configuration configuration;
+    configuration.recordingDirectory = dataFolder(options_) / "Recordings";
+    configuration.instanceName = setup.name;
+    configuration.simKind = "xplane";
+    configuration.appVersion = TARNLY_VERSION;
+    configuration.password = settingsStore_.current().password;
+    // What the command line says holds or there is no start; a setting from some day keeps no lesson away.
+    configuration.navDatabase = options_.navigationDatabase ? openNavDatabase(*setup.navigationDatabase)
+                                                            : openNavDatabaseOrTell(setup.navigationDatabase);
+    configuration.ports = setup.ports;
+    configuration.admission = admissionFor(options_);
+    configuration.hostName = hostName();
+    configuration.allowedOrigins = setup.allowedOrigins;
+    configuration.pages = reachPages();
+    configuration.tell = remark;
+    return configuration;
+}
+
+std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase(const std::filesystem::path& path) {
+    return std::make_shared<NavDatabase>(path.string(), [this](const std::string& text) { notice(text); });
+}
+
+// From any thread.
+std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabaseOrTell(
+    const std::optional<std::filesystem::path>& path) {
+    std::optional<std::string> problem;
+    std::shared_ptr<NavDatabase> opened;
+    try {
+        if (path) opened = openNavDatabase(*path);
+    } catch (const NavDatabaseError& error) {
+        problem = std::string(
+                      "The navigation database of the settings cannot be used, so no fix of a script is "
+                      "found: ") +
+                  error.what() + ". Name another file in the settings.";
+        remark(*problem);
+    }
+    navDatabaseProblem_.with([&](auto& present) { present = std::move(problem); });
+    return opened;
 }
 
 void CompanionRuntime::notice(const std::string& text) {
@@ -208,6 +237,7 @@ void CompanionRuntime::run() {
 
 Task<> CompanionRuntime::close() {
     publicationTask_.cancel();
+    if (follower_) follower_->close();
     statusSocket_.reset();
     if (host_) host_->stop(); // whatever becomes of the status
     co_await closeStatusFile();
@@ -252,7 +282,7 @@ void CompanionRuntime::setStatusShown(bool isShown) {
 
 void CompanionRuntime::tellUnusualPort() {
     const auto port = host_->advertiser().advertisedPort();
-    if (options_.port || !port || (*port >= UsualPorts::first && *port <= UsualPorts::last)) return;
+    if (!hasUsualPorts_ || !port || (*port >= UsualPorts::first && *port <= UsualPorts::last)) return;
     notice("The ports " + std::to_string(UsualPorts::first) + " to " + std::to_string(UsualPorts::last) +
            " are all in use, so this start listens on port " + std::to_string(*port) +
            ", which a firewall may keep shut. End what uses them and start again, or choose another one by "
@@ -293,6 +323,14 @@ void CompanionRuntime::announce(State state, std::string text) {
 void CompanionRuntime::handOnPassword() {
     thread_.check();
     if (host_) host_->pairing().setPassword(settingsStore_.current().password);
+}
+
+void CompanionRuntime::handOnSetup() {
+    thread_.check();
+    if (!started_ || state_ == State::failed) return;
+    boost::asio::post(network_, [this, setup = setupFrom(options_, settingsStore_.current())]() mutable {
+        if (follower_) follower_->follow(std::move(setup));
+    });
 }
 
 std::string listeningText(std::optional<std::uint16_t> port,

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/CompanionSetup.hpp"
 #include "TarnlyApp/Settings.hpp"
+#include "TarnlyApp/SetupFollower.hpp"
 #include "TarnlyApp/StatusFile.hpp"
 #include "TarnlyApp/StatusReporter.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
@@ -27,7 +29,7 @@
 namespace tarnly {
 
 /// Builds and starts the one companion of a program, tells what became of it and how it stands, also to other
-/// programs, and hands on changes of the password.
+/// programs, and hands on changes of the settings.
 ///
 /// Belongs to the main thread, except for `run`, whose caller is the network thread while it lasts, and what
 /// says otherwise.
@@ -35,7 +37,7 @@ class CompanionRuntime {
   public:
     enum class State { starting, listening, failed };
 
-    /// Takes the store's `onPasswordChange` for as long as it lives.
+    /// Takes the store's `onPasswordChange` and `onSetupChange` for as long as it lives.
     CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options);
 
     CompanionRuntime(const CompanionRuntime&) = delete;
@@ -85,7 +87,9 @@ class CompanionRuntime {
 
   private:
     void build();
-    std::shared_ptr<NavDatabase> openNavDatabase();
+    std::shared_ptr<NavDatabase> openNavDatabase(const std::filesystem::path& path);
+    std::shared_ptr<NavDatabase> openNavDatabaseOrTell(const std::optional<std::filesystem::path>& path);
+    CompanionHost::Configuration hostConfiguration(const CompanionSetup& setup);
     /// Tells a person what has come up, now and in the status. From any thread.
     void notice(const std::string& text);
     std::vector<std::string> warnings() const;
@@ -101,6 +105,7 @@ class CompanionRuntime {
     void announceFailure(const std::exception_ptr& failure);
     void announce(State state, std::string text);
     void handOnPassword();
+    void handOnSetup();
 
     OnOneThread thread_;
     SettingsStore& settingsStore_;
@@ -112,6 +117,10 @@ class CompanionRuntime {
     std::vector<std::string> lastingWarnings_;
     /// What has come up since the start.
     Guarded<std::vector<std::string>> noticed_;
+    /// Of the one that the settings name.
+    Guarded<std::optional<std::string>> navDatabaseProblem_;
+    /// Nobody has chosen one. Constant after the start.
+    bool hasUsualPorts_ = false;
 
     SystemClock clock_;
     boost::asio::io_context network_{1};
@@ -120,6 +129,8 @@ class CompanionRuntime {
     std::shared_ptr<ReconnectingBackend> backend_;
     // depends-on: clock_, network_, workers_, backend_
     std::optional<CompanionHost> host_;
+    // depends-on: clock_, network_, workers_, backend_, host_
+    std::optional<SetupFollower> follower_;
     // depends-on: clock_, backend_, host_
     std::optional<StatusReporter> reporter_;
     // depends-on: clock_, network_, workers_, reporter_

@@ -35,6 +35,12 @@ std::string unsavedText(const SettingsFile& file, const std::exception& error) {
            "disk, and set them again.";
 }
 
+std::string faultText(const SettingsFile& file, const SettingFault& fault) {
+    return "The setting \"" + fault.key + "\" in " + printable(file.path().string()) +
+           " cannot be used, and it is as usual: " + fault.wanted +
+           ". Set it anew, or mend the file and start again.";
+}
+
 } // namespace
 
 class SettingsStore::Disk {
@@ -42,6 +48,7 @@ class SettingsStore::Disk {
     explicit Disk(std::filesystem::path file) : file_(std::move(file)) {
         if (file_.isUnreadable())
             problems_.with([&](auto& problems) { problems.unread = unreadText(file_); });
+        problems_.with([&](auto& problems) { problems.faults = file_.faults(); });
     }
 
     const AppSettings& initial() const { return file_.initial(); }
@@ -52,12 +59,21 @@ class SettingsStore::Disk {
         const auto known = problems_.copy();
         for (const auto& problem : {known.unread, known.unsaved})
             if (problem) all.push_back(*problem);
+        for (const auto& fault : known.faults)
+            all.push_back(faultText(file_, fault));
         return all;
     }
 
     /// Whatever stood in the file: somebody has said which password there is to be.
     void forgetUnread() {
         problems_.with([](auto& problems) { problems.unread.reset(); });
+    }
+
+    /// What stood in the file for settings that have a value now.
+    void forgetFaults(const AppSettings& settings) {
+        problems_.with([&](auto& problems) {
+            std::erase_if(problems.faults, [&](const auto& fault) { return settings.has(fault.key); });
+        });
     }
 
     /// On the saver's thread.
@@ -78,6 +94,7 @@ class SettingsStore::Disk {
     struct Problems {
         std::optional<std::string> unread;
         std::optional<std::string> unsaved;
+        std::vector<SettingFault> faults;
     };
 
     void noteUnsaved(const std::string& text) {
@@ -107,6 +124,13 @@ void SettingsStore::setPassword(std::string password) {
     disk_->forgetUnread();
     saver_.save(settings_);
     if (onPasswordChange) onPasswordChange();
+}
+
+void SettingsStore::keepSetup() {
+    thread_.check();
+    disk_->forgetFaults(settings_);
+    saver_.save(settings_);
+    if (onSetupChange) onSetupChange();
 }
 
 void SettingsStore::setStartAtLogin(bool startAtLogin) {

@@ -4,6 +4,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "TarnlyApp/SettingsFile.hpp"
@@ -33,12 +35,22 @@ class SettingsStore {
     /// The settings as they are saved: without a password when it is empty.
     const AppSettings& current() const { return settings_; }
 
-    /// Whether the settings could not be read, or not saved, and what to do: whole sentences. That they could
-    /// not be read counts until somebody has said which password there is to be. From any thread.
+    /// Whether the settings could not be read, or not saved, or one cannot be used, and what to do: whole
+    /// sentences. That they could not be read counts until somebody has said which password there is to be,
+    /// and that one cannot be used until it is set. From any thread.
     std::vector<std::string> problems() const;
 
     /// Saves, and calls `onPasswordChange`.
     void setPassword(std::string password);
+
+    /// Saves, and calls `onSetupChange`: for what the companion goes by, which is absent where it is as
+    /// usual.
+    template <typename Value>
+    void set(std::optional<Value> AppSettings::*setting, std::type_identity_t<std::optional<Value>> value) {
+        if (settings_.*setting == value) return;
+        settings_.*setting = std::move(value);
+        keepSetup();
+    }
 
     /// Saves, and applies.
     void setStartAtLogin(bool startAtLogin);
@@ -51,8 +63,11 @@ class SettingsStore {
     void applyStartAtLogin();
 
     std::function<void()> onPasswordChange;
+    std::function<void()> onSetupChange;
 
   private:
+    void keepSetup();
+
     /// The file, and what is wrong with it. The saver's thread has a share in it.
     class Disk;
 

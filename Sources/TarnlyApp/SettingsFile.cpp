@@ -4,8 +4,10 @@
 #include <string_view>
 #include <system_error>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
+#include "TarnlyApp/SettingRules.hpp"
 #include "TarnlyPlatform/Files/PrivateFiles.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -59,12 +61,68 @@ void writeValue(JsonWriter& writer, const boost::json::value& value) {
     writer.endObject();
 }
 
+/// Of a member of the settings that a file may lack.
+template <typename Value>
+std::string wantedKind(const std::optional<Value>&) {
+    if constexpr (std::is_same_v<Value, bool>) return "true or false is wanted";
+    if constexpr (std::is_same_v<Value, std::int64_t>) return "a number is wanted";
+    if constexpr (std::is_same_v<Value, std::string>) return "a text in quotes is wanted";
+    return "a list of texts is wanted, such as [\"https://example.com\"]";
+}
+
+std::string ruleFault(std::string_view key, const AppSettings& settings) {
+    if (key == "name" && settings.name) return nameFault(*settings.name);
+    if (key == "port" && settings.port) return portFault(*settings.port);
+    if (key == "sim_host" && settings.simulatorHost) return hostFault(*settings.simulatorHost);
+    if (key == "sim_port" && settings.simulatorPort) return simulatorPortFault(*settings.simulatorPort);
+    if (key == "situations_folder" && settings.situationsFolder) return pathFault(*settings.situationsFolder);
+    if (key == "navigation_database" && settings.navigationDatabase)
+        return pathFault(*settings.navigationDatabase);
+    if (key == "allowed_origins" && settings.allowedOrigins) {
+        for (const auto& origin : *settings.allowedOrigins)
+            if (auto fault = originFault(origin); !fault.empty()) return fault;
+    }
+    return "";
+}
+
+/// Reads one setting, and leaves it absent where it cannot be what stands there: what is wanted then.
+template <typename Value>
+std::string readSetting(const boost::json::object& object,
+                        const Field<AppSettings, std::optional<Value>>& field, AppSettings& settings) {
+    auto& value = settings.*field.member;
+    std::string fault;
+    try {
+        readMember(object, field, settings);
+        fault = ruleFault(field.key, settings);
+    } catch (const JsonError&) {
+        fault = wantedKind(value);
+    }
+    if (!fault.empty()) value.reset();
+    return fault;
+}
+
+/// Throws `JsonError` where one of the two is of the wrong kind, or the second is missing.
+AppSettings essentialsIn(const boost::json::object& object) {
+    AppSettings settings;
+    readField(object, "password", settings.password);
+    readField(object, "startAtLogin", settings.startAtLogin);
+    return settings;
+}
+
+template <typename Value>
+bool isSet(const std::optional<Value>& value) {
+    return value.has_value();
+}
+
+constexpr bool isSet(bool) { return true; }
+
 std::string textOf(const AppSettings& settings, const boost::json::object& unknown) {
     JsonWriter writer;
     writer.beginObject();
     std::apply([&](const auto&... fields) { (writeField(writer, fields.key, settings.*fields.member), ...); },
                fieldsOf<AppSettings>());
     for (const auto& [key, value] : unknown) {
+        if (settings.has(key)) continue; // it was faulty
         writer.key(key);
         writeValue(writer, value);
     }
@@ -101,6 +159,21 @@ void undoSettingAside(const fs::path& file, const fs::path& kept) {
 
 } // namespace
 
+template <typename Member>
+void SettingsFile::readOne(const Field<AppSettings, Member>& field, AppSettings& settings) {
+    if constexpr (isOptional<Member>) {
+        auto fault = readSetting(unknown_, field, settings);
+        if (!fault.empty()) return faults_.push_back({std::string(field.key), std::move(fault)});
+    }
+    unknown_.erase(field.key);
+}
+
+bool AppSettings::has(std::string_view key) const {
+    return std::apply(
+        [&](const auto&... fields) { return ((fields.key == key && isSet(this->*fields.member)) || ...); },
+        fieldsOf<AppSettings>());
+}
+
 fs::path AppSettings::fileIn(const fs::path& dataFolder) { return dataFolder / "settings.json"; }
 
 SettingsFile::SettingsFile(fs::path file) : file_(std::move(file)) {
@@ -112,10 +185,10 @@ SettingsFile::SettingsFile(fs::path file) : file_(std::move(file)) {
 void SettingsFile::read(const std::string& text) {
     try {
         auto json = parseJson(withoutMark(text));
-        initial_ = decodeJson<AppSettings>(json);
+        auto settings = essentialsIn(jsonObject(json));
         unknown_ = std::move(json.as_object());
-        std::apply([this](const auto&... fields) { (unknown_.erase(fields.key), ...); },
-                   fieldsOf<AppSettings>());
+        std::apply([&](const auto&... fields) { (readOne(fields, settings), ...); }, fieldsOf<AppSettings>());
+        initial_ = std::move(settings);
     } catch (const JsonError&) {
         isUnreadable_ = true;
     }

@@ -11,10 +11,11 @@ namespace {
 constexpr std::size_t decodedAtOnce = std::size_t{128} * 1024 * 1024;
 
 /// A script must not keep a host from stopping, however slow its fixes are to find.
-MakeFixResolver fixesIn(std::shared_ptr<NavDatabase> navDatabase, const Clock& clock,
+MakeFixResolver fixesIn(std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> present, const Clock& clock,
                         std::shared_ptr<std::atomic<bool>> isStopping) {
     using Lookup = NavDatabase::Lookup;
     return [=, &clock](std::function<bool()> isScriptWanted) -> FixResolver {
+        const auto navDatabase = present->copy();
         if (!navDatabase) return [](const std::string&) { return std::nullopt; };
         auto isWanted = [isStopping, isScriptWanted = std::move(isScriptWanted)] {
             return !*isStopping && isScriptWanted();
@@ -51,7 +52,8 @@ std::function<void()> tellWatchedTo(std::shared_ptr<SimBackend> backend,
 
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
                              std::shared_ptr<SimBackend> backend, Configuration configuration)
-    : clock_(clock),
+    : workers_(workers),
+      clock_(clock),
       budget_(decodedAtOnce),
       instanceName_(std::move(configuration.instanceName)),
       simKind_(std::move(configuration.simKind)),
@@ -65,14 +67,16 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       freedMemory_(std::make_shared<FreedMemory>(executor, workers, clock)),
       admission_(
           std::make_shared<Admission>(executor, clock, configuration.admission, noteFreed(freedMemory_))),
-      gate_(std::move(configuration.hostName), std::move(configuration.allowedOrigins)),
+      hostName_(std::move(configuration.hostName)),
+      gate_(hostName_, std::move(configuration.allowedOrigins)),
       pages_(std::make_shared<WebPages>(std::move(configuration.pages))),
+      navDatabase_(
+          std::make_shared<Guarded<std::shared_ptr<NavDatabase>>>(std::move(configuration.navDatabase))),
       server_(std::make_shared<ProtocolServer>(
           executor, clock,
           [services =
                ProtocolSession::Services{pairing_, std::make_shared<PairingGuard>(executor, clock), backend,
-                                         recording_, loadedScript_,
-                                         fixesIn(std::move(configuration.navDatabase), clock, isStopping_),
+                                         recording_, loadedScript_, fixesIn(navDatabase_, clock, isStopping_),
                                          std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers,
                                          scriptWorkers_, noteFreed(freedMemory_)}](const PeerNetwork& peer) {
               return std::make_shared<ProtocolSession>(services, peer);
@@ -107,6 +111,23 @@ Task<> CompanionHost::start() {
     options.pages = pages_;
     co_await advertiser_.start(std::move(service), std::move(onNewConnection), std::move(options));
     sampling_->start();
+}
+
+Task<> CompanionHost::publishAs(std::optional<std::string> instanceName) {
+    thread_.check();
+    // The daemon may take its time to withdraw.
+    auto letGo = [before = advertiser_.takeBack()]() mutable { before.reset(); };
+    co_await workers_.run(std::move(letGo));
+    advertiser_.publishAs(std::move(instanceName), pairing_->requiresPairing());
+}
+
+void CompanionHost::allowOrigins(std::vector<WebOrigin> origins) {
+    thread_.check();
+    advertiser_.useGate(BrowserGate(hostName_, std::move(origins)));
+}
+
+void CompanionHost::useNavDatabase(std::shared_ptr<NavDatabase> navDatabase) {
+    navDatabase_->with([&](auto& present) { present = std::move(navDatabase); });
 }
 
 void CompanionHost::setStageWatched(bool isWatched) {

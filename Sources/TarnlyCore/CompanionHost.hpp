@@ -24,6 +24,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/Admission.hpp"
@@ -44,8 +45,8 @@ class CompanionHost {
   public:
     struct Configuration {
         std::filesystem::path recordingDirectory;
-        /// Under which the companion is published.
-        std::string instanceName;
+        /// Under which the companion is published; absent: not at all.
+        std::optional<std::string> instanceName;
         std::string simKind;
         std::string appVersion;
         /// Absent or empty: pairing is open.
@@ -90,6 +91,15 @@ class CompanionHost {
     /// client is paired or a recording runs. The backend hears of these at each heartbeat, of this at once.
     void setStageWatched(bool isWatched);
 
+    /// Publishes the companion under another name, or not at all. One call at a time.
+    Task<> publishAs(std::optional<std::string> instanceName);
+
+    /// Of web pages that may use the companion from now on.
+    void allowOrigins(std::vector<WebOrigin> origins);
+
+    /// For scripts that are loaded from now on. Null: no fix is found.
+    void useNavDatabase(std::shared_ptr<NavDatabase> navDatabase);
+
     PairingManager& pairing() { return *pairing_; }
     FlightRecorder& recording() { return *recording_; }
     LoadedScript& loadedScript() { return *loadedScript_; }
@@ -100,9 +110,10 @@ class CompanionHost {
 
   private:
     OnOneThread thread_;
+    WorkerPool& workers_;
     Clock& clock_;
     ByteBudget budget_;
-    const std::string instanceName_;
+    const std::optional<std::string> instanceName_;
     const std::string simKind_;
     const std::string appVersion_;
     const std::vector<std::uint16_t> ports_;
@@ -115,9 +126,11 @@ class CompanionHost {
     const std::shared_ptr<FreedMemory> freedMemory_;
     // depends-on: freedMemory_
     const std::shared_ptr<Admission> admission_;
+    const std::string hostName_;
     const BrowserGate gate_;
     const std::shared_ptr<const WebPages> pages_;
-    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_
+    const std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> navDatabase_;
+    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_, navDatabase_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);
     // depends-on: recording_, server_, isStageWatched_

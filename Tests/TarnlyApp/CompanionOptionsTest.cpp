@@ -31,7 +31,8 @@ EarlyExit exitOf(const std::vector<std::string>& arguments,
 
 TEST(CompanionOptions, HaveDefaults) {
     const auto defaults = options({});
-    EXPECT_EQ(defaults.simulator, (Endpoint{"127.0.0.1", 8086}));
+    EXPECT_FALSE(defaults.simulatorHost);
+    EXPECT_FALSE(defaults.simulatorPort);
     EXPECT_FALSE(defaults.port);
     EXPECT_FALSE(defaults.name);
     EXPECT_FALSE(defaults.dataFolder);
@@ -46,7 +47,8 @@ TEST(CompanionOptions, AreAllTaken) {
     const auto given = options({"--sim-host", "rig", "--sim-port", "8087", "--port", "41234", "--name",
                                 "rig 42", "--data-dir", "/d", "--nav-db", "/n.db", "--situations", "/s",
                                 "--no-advertise", "--status-file", "/s.json"});
-    EXPECT_EQ(given.simulator, (Endpoint{"rig", 8087}));
+    EXPECT_EQ(given.simulatorHost, "rig");
+    EXPECT_EQ(given.simulatorPort, 8087);
     EXPECT_EQ(given.port, 41234);
     EXPECT_EQ(given.name, "rig 42");
     EXPECT_EQ(given.dataFolder, "/d");
@@ -98,21 +100,6 @@ TEST(CompanionOptions, ToAskForTheStatusWhereNoneRunsEndsWithTheCure) {
                              "; start tarnly or tarnlyd, or name another folder by --data-dir\n");
 }
 
-TEST(CompanionOptions, ACommandLineAsksForThemAgain) {
-    EXPECT_TRUE(commandLine({}).empty());
-    CompanionOptions all;
-    all.simulator = {"rig", 8087};
-    all.port = 41234;
-    all.name = "--rig 42 = \"best\"";
-    all.dataFolder = "/d d";
-    all.navigationDatabase = "/n.db";
-    all.situationsFolder = "/s";
-    all.statusFile = "/s.json";
-    all.advertises = false;
-    all.startsInBackground = true;
-    EXPECT_EQ(options(commandLine(all), CompanionProgram::tarnly), all);
-}
-
 TEST(CompanionOptions, ThePortIsAUsualOneUnlessOneIsWanted) {
     const auto usual = portsToTry(options({}).port);
     EXPECT_EQ(usual.size(), 11U);
@@ -121,15 +108,6 @@ TEST(CompanionOptions, ThePortIsAUsualOneUnlessOneIsWanted) {
     EXPECT_EQ(usual.back(), 0) << "any, at last";
     EXPECT_EQ(portsToTry(options({"--port", "0"}).port), std::vector<std::uint16_t>{0});
     EXPECT_EQ(portsToTry(options({"--port", "41234"}).port), std::vector<std::uint16_t>{41234});
-    EXPECT_EQ(options(commandLine(options({"--port", "0"}))).port, 0);
-}
-
-TEST(CompanionOptions, ACommandLineHasAbsolutePaths) {
-    CompanionOptions relative;
-    relative.dataFolder = "data";
-    relative.statusFile = "status.json";
-    EXPECT_EQ(options(commandLine(relative)).dataFolder, std::filesystem::absolute("data"));
-    EXPECT_EQ(options(commandLine(relative)).statusFile, std::filesystem::absolute("status.json"));
 }
 
 } // namespace

@@ -3,7 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <cstdlib>
 #include <future>
 #include <new>
 #include <thread>
@@ -37,14 +43,16 @@ class CompanionRuntimeTest : public testing::Test {
   protected:
     CompanionRuntimeTest() {
         options.dataFolder = folder.path();
-        options.simulator.port = 1; // nobody is there
+        options.simulatorPort = 1; // nobody is there
         options.advertises = false;
         options.port = 0;
+        ::setenv("HOME", folder.path().c_str(), 1); // no person's simulator
     }
 
     ~CompanionRuntimeTest() override {
         if (runtime) runtime->end();
         if (network.joinable()) network.join();
+        ::setenv("HOME", home.c_str(), 1);
     }
 
     /// Starts, and returns when the outcome is known.
@@ -81,7 +89,34 @@ class CompanionRuntimeTest : public testing::Test {
         return decodeJson<CompanionStatus>(parseJson(test::contentOf(*options.statusFile)));
     }
 
+    /// Asks until the answer says so.
+    void waitUntilAnswered(const std::string& request, const std::string& part) {
+        const auto client = connect();
+        ask(client, pairAsking);
+        for (int i = 0; i < 6000; ++i) {
+            if (ask(client, request).find(part) != std::string::npos) return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ADD_FAILURE() << request << " is never answered with " << part;
+    }
+
+    /// Until one of the warnings says so; none where `part` is empty.
+    void waitForWarning(const std::string& part) {
+        for (int i = 0; i < 6000; ++i) {
+            const auto warnings = status().warnings.value_or(std::vector<std::string>());
+            if (part.empty() ? warnings.empty() : std::ranges::any_of(warnings, [&](const auto& warning) {
+                    return warning.find(part) != std::string::npos;
+                }))
+                return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ADD_FAILURE() << "no warning: " << part;
+    }
+
     const test::TemporaryFolder folder;
+    const std::string home = ::getenv("HOME") == nullptr ? "" : ::getenv("HOME");
+    const std::string pairAsking = R"({"type":"pair"})";
+    const std::string listing = R"({"type":"list_flights"})";
     CompanionOptions options;
     SettingsStore settings{AppSettings::fileIn(folder.path()), nullptr};
     boost::asio::io_context io;
@@ -91,7 +126,6 @@ class CompanionRuntimeTest : public testing::Test {
     std::thread network;
 };
 
-const std::string pairAsking = R"({"type":"pair"})";
 const std::string pairAskingWithSecret = R"({"type":"pair","params":{"password":"secret"}})";
 
 TEST_F(CompanionRuntimeTest, SaysWhereItListens) {
@@ -222,11 +256,99 @@ TEST_F(CompanionRuntimeTest, TheStatusFileSaysWhyTheStartFailed) {
     EXPECT_EQ(statusInFile(), endedStatus(runtime->statusText(), folder.path()));
 }
 
+TEST_F(CompanionRuntimeTest, TheSimulatorsSituationsAreFoundByItsInstallersNote) {
+    const auto situations = folder.path() / "X-Plane 12" / "Output" / "situations";
+    std::filesystem::create_directories(situations);
+    std::filesystem::create_directories(folder.path() / ".x-plane");
+    folder.write("X-Plane 12/Output/situations/Pattern.sit", "");
+    folder.write(".x-plane/x-plane_install_12.txt", (folder.path() / "X-Plane 12").string() + "/\n");
+    start();
+    waitUntilAnswered(listing, "Pattern");
+    waitForWarning("");
+}
+
+TEST_F(CompanionRuntimeTest, ASimulatorWithoutSituationsIsSaidToHaveNone) {
+    std::filesystem::create_directories(folder.path() / "X-Plane 12");
+    std::filesystem::create_directories(folder.path() / ".x-plane");
+    folder.write(".x-plane/x-plane_install_12.txt", (folder.path() / "X-Plane 12").string() + "/\n");
+    start();
+    waitForWarning("X-Plane 12/Output/situations, is not there, so none is listed.");
+}
+
+TEST_F(CompanionRuntimeTest, SettingsOfTheSimulatorsFilesCountAtOnce) {
+    std::filesystem::create_directory(folder.path() / "left");
+    std::filesystem::create_directory(folder.path() / "right");
+    folder.write("left/Left.sit", "");
+    folder.write("right/Right.sit", "");
+    settings.set(&AppSettings::situationsFolder, (folder.path() / "left").string());
+    start();
+    waitUntilAnswered(listing, "Left");
+    settings.set(&AppSettings::situationsFolder, (folder.path() / "right").string());
+    waitUntilAnswered(listing, "Right");
+    settings.set(&AppSettings::situationsFolder, (folder.path() / "neither").string());
+    waitForWarning("neither, is not there, so none is listed.");
+    settings.set(&AppSettings::situationsFolder, std::nullopt);
+    waitForWarning("");
+    waitUntilAnswered(listing, "situationsDirectoryNotConfigured");
+}
+
+TEST_F(CompanionRuntimeTest, ANavigationDatabaseOfTheSettingsThatIsMissingIsAWarning) {
+    settings.set(&AppSettings::navigationDatabase, (folder.path() / "missing.db").string());
+    start();
+    EXPECT_EQ(runtime->state(), State::listening);
+    waitForWarning("The navigation database of the settings cannot be used");
+    settings.set(&AppSettings::navigationDatabase, std::nullopt);
+    waitForWarning("");
+}
+
+TEST_F(CompanionRuntimeTest, OriginsOfTheSettingsCountAtOnce) {
+    const auto isLetIn = [&] {
+        boost::asio::ip::tcp::socket socket(io);
+        socket.connect({boost::asio::ip::address_v4::loopback(), runtime->port().value()});
+        const std::string request =
+            "GET / HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\n"
+            "Connection: Upgrade\r\nSec-WebSocket-Version: 13\r\n"
+            "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n"
+            "Origin: https://example.com\r\n\r\n";
+        boost::asio::write(socket, boost::asio::buffer(request));
+        std::string status(std::string("HTTP/1.1 101").size(), ' ');
+        boost::asio::read(socket, boost::asio::buffer(status));
+        return status.ends_with("101");
+    };
+    const auto waitUntilLetIn = [&](bool expected) {
+        for (int i = 0; i < 1000 && isLetIn() != expected; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(isLetIn(), expected);
+    };
+    start();
+    EXPECT_FALSE(isLetIn());
+    settings.set(&AppSettings::allowedOrigins, std::vector<std::string>{"https://example.com"});
+    waitUntilLetIn(true);
+    settings.set(&AppSettings::allowedOrigins, std::nullopt);
+    waitUntilLetIn(false);
+}
+
+TEST_F(CompanionRuntimeTest, ASettingThatCannotBeIsAWarning) {
+    folder.write("settings.json", R"({"startAtLogin":false,"port":70000})");
+    SettingsStore faulty{AppSettings::fileIn(folder.path()), nullptr};
+    runtime.emplace(faulty, options);
+    runtime->start();
+    network = std::thread([this] { runtime->run(); });
+    waitForWarning("The setting \"port\" in ");
+    faulty.set(&AppSettings::port, 28086);
+    waitForWarning("");
+    runtime->end();
+    network.join();
+    runtime.reset();
+}
+
 TEST_F(CompanionRuntimeTest, LetsGoOfTheSettingsAtItsEnd) {
     runtime.emplace(settings, options);
     EXPECT_TRUE(settings.onPasswordChange);
+    EXPECT_TRUE(settings.onSetupChange);
     runtime.reset();
     EXPECT_FALSE(settings.onPasswordChange);
+    EXPECT_FALSE(settings.onSetupChange);
 }
 
 TEST(StatusText, SaysHowTheCompanionCanBeReached) {

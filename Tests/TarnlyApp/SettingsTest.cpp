@@ -6,6 +6,7 @@
 
 #include <array>
 #include <atomic>
+#include <boost/json/serialize.hpp>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -36,6 +37,101 @@ TEST(AppSettings, AreReadFromTheFile) {
     EXPECT_EQ(loaded(R"({"startAtLogin":false,"unknown":[1]})"), (AppSettings{std::nullopt, false}));
     EXPECT_EQ(loaded(R"({"password":null,"startAtLogin":true})"), (AppSettings{std::nullopt, true}));
     EXPECT_EQ(loaded("\xEF\xBB\xBF{\"startAtLogin\":true}\r\n"), (AppSettings{std::nullopt, true}));
+}
+
+AppSettings allSet() {
+    AppSettings all{"abc", true};
+    all.name = "Left rig";
+    all.port = 41234;
+    all.advertise = false;
+    all.simulatorHost = "192.0.2.7";
+    all.simulatorPort = 8090;
+    all.situationsFolder = "/srv/situations";
+    all.navigationDatabase = "/srv/nav.db";
+    all.allowedOrigins = {"https://example.com", "http://192.0.2.8:8080"};
+    return all;
+}
+
+const std::string allText =
+    R"({"password":"abc","startAtLogin":true,"name":"Left rig","port":41234,"advertise":false,)"
+    R"("sim_host":"192.0.2.7","sim_port":8090,"situations_folder":"/srv/situations",)"
+    R"("navigation_database":"/srv/nav.db","allowed_origins":["https://example.com","http://192.0.2.8:8080"]})";
+
+TEST(AppSettings, StandInTheFileByTheirNames) {
+    EXPECT_EQ(loaded(allText), allSet());
+    const test::TemporaryFolder folder;
+    SettingsFile file(folder.path() / "settings.json");
+    file.save(allSet());
+    EXPECT_EQ(parseJson(test::contentOf(file.path())), parseJson(allText));
+}
+
+TEST(AppSettings, WhatIsAsUsualIsNotInTheFile) {
+    const test::TemporaryFolder folder;
+    SettingsFile file(folder.write("settings.json", allText));
+    file.save({"abc", true});
+    EXPECT_EQ(test::contentOf(file.path()), R"({"password":"abc","startAtLogin":true})");
+}
+
+struct Faulty {
+    std::string key;
+    std::string value;
+};
+
+const std::vector<Faulty> faulty{{"name", R"("")"},
+                                 {"name", "7"},
+                                 {"port", "65536"},
+                                 {"port", "-1"},
+                                 {"port", "80.5"},
+                                 {"port", R"("28086")"},
+                                 {"advertise", R"("no")"},
+                                 {"advertise", "0"},
+                                 {"sim_host", R"("[::1]")"},
+                                 {"sim_host", "true"},
+                                 {"sim_port", "0"},
+                                 {"sim_port", "1e300"},
+                                 {"situations_folder", R"("Output/situations")"},
+                                 {"situations_folder", "[]"},
+                                 {"navigation_database", R"("")"},
+                                 {"navigation_database", "{}"},
+                                 {"allowed_origins", R"("https://example.com")"},
+                                 {"allowed_origins", R"(["https://example.com",1])"},
+                                 {"allowed_origins", R"(["https://example.com","example.com"])"}};
+
+/// The file with one setting that cannot be.
+std::string withFault(const Faulty& fault) {
+    auto json = parseJson(allText);
+    json.as_object()[fault.key] = parseJson(fault.value);
+    return boost::json::serialize(json);
+}
+
+TEST(SettingsFile, ASettingThatCannotBeCostsNoOther) {
+    for (const auto& fault : faulty) {
+        const test::TemporaryFolder folder;
+        const auto text = withFault(fault);
+        const SettingsFile file(folder.write("settings.json", text));
+        EXPECT_FALSE(file.isUnreadable()) << text;
+        ASSERT_EQ(file.faults().size(), 1U) << text;
+        EXPECT_EQ(file.faults()[0].key, fault.key);
+        EXPECT_THAT(file.faults()[0].wanted,
+                    testing::AnyOf(HasSubstr(" wanted"), HasSubstr(" cannot be empty")));
+        EXPECT_FALSE(file.initial().has(fault.key)) << text;
+        auto json = parseJson(text);
+        json.as_object().erase(fault.key);
+        EXPECT_EQ(file.initial(), loaded(boost::json::serialize(json))) << text;
+    }
+    EXPECT_TRUE(allSet().has("port"));
+}
+
+TEST(SettingsFile, ASettingThatCannotBeStaysUntilItHasAValue) {
+    for (const auto& fault : faulty) {
+        const test::TemporaryFolder folder;
+        const auto text = withFault(fault);
+        SettingsFile file(folder.write("settings.json", text));
+        file.save(file.initial());
+        EXPECT_EQ(parseJson(test::contentOf(file.path())), parseJson(text));
+        file.save(allSet());
+        EXPECT_EQ(parseJson(test::contentOf(file.path())), parseJson(allText));
+    }
 }
 
 constexpr std::array unreadable{"",
@@ -286,6 +382,35 @@ TEST_F(SettingsStoreTest, WhatWasSetLastIsSavedWhenTheStoreHasGone) {
         store().setPassword(password);
     store_.reset();
     EXPECT_EQ(SettingsFile(file_).initial().password, "secr");
+}
+
+TEST_F(SettingsStoreTest, WhatTheCompanionGoesByIsToldWhenItChanges) {
+    int changes = 0;
+    store().onSetupChange = [&] { ++changes; };
+    store().set(&AppSettings::name, "Left rig");
+    store().set(&AppSettings::port, 41234);
+    store().set(&AppSettings::allowedOrigins, std::vector<std::string>{"https://example.com"});
+    EXPECT_EQ(changes, 3);
+    store().set(&AppSettings::port, 41234);
+    EXPECT_EQ(changes, 3) << "the same again";
+    store().set(&AppSettings::name, std::nullopt);
+    EXPECT_EQ(changes, 4);
+    store_.reset();
+    AppSettings expected;
+    expected.port = 41234;
+    expected.allowedOrigins = {"https://example.com"};
+    EXPECT_EQ(store().current(), expected);
+}
+
+TEST_F(SettingsStoreTest, ASettingThatCannotBeIsToldUntilItIsSet) {
+    saved(R"({"password":"abc","startAtLogin":true,"port":70000,"sim_host":""})");
+    EXPECT_EQ(store().password(), "abc");
+    ASSERT_EQ(store().problems().size(), 2U);
+    EXPECT_THAT(store().problems()[0], HasSubstr("The setting \"port\" in " + file_.string()));
+    EXPECT_THAT(store().problems()[0], HasSubstr("a number from 0 to 65535 is wanted. Set it anew, or mend"));
+    store().set(&AppSettings::port, 0);
+    ASSERT_EQ(store().problems().size(), 1U);
+    EXPECT_THAT(store().problems()[0], HasSubstr("\"sim_host\""));
 }
 
 TEST_F(SettingsStoreTest, TheFileIsItsOwnersOnly) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <sstream>
 
@@ -41,11 +43,23 @@ TEST_F(StartAtLoginTest, TheEntryStartsThisProgramWithoutAWindow) {
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "autostart" / "tarnly.desktop"));
 }
 
-TEST_F(StartAtLoginTest, TheEntryKeepsTheOptionsOfThisStart) {
-    options.port = 28086;
+TEST_F(StartAtLoginTest, TheEntryLeavesTheOptionsOfThisStartToTheSettings) {
+    options.port = 41234;
     options.name = "rig42";
+    options.simulatorHost = "192.0.2.7";
+    options.advertises = false;
     makeLoginItem(options)->enable();
-    EXPECT_THAT(entry("tarnly.desktop"), HasSubstr(" --background --port=28086 --name=rig42\n"));
+    EXPECT_THAT(entry("tarnly.desktop"), HasSubstr("Exec=" + programPath().string() + " --background\n"));
+}
+
+TEST_F(StartAtLoginTest, TheEntryHasTheDataFolderFromTheRootOn) {
+    options.dataFolder = "rig";
+    makeLoginItem(options)->enable();
+    const auto data = std::filesystem::absolute("rig").string();
+    auto id = "tarnly" + data;
+    std::ranges::replace_if(
+        id, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '-');
+    EXPECT_THAT(entry(id + ".desktop"), HasSubstr(" --background --data-dir=" + data + "\n"));
 }
 
 TEST_F(StartAtLoginTest, EachDataFolderHasAnEntryOfItsOwn) {

@@ -46,17 +46,42 @@ Task<> ServiceAdvertiser::start(Service service, WebSocketListener::ConnectionHa
         return std::make_unique<WebSocketListener>(executor_, clock_, options, onNewConnection);
     });
     const auto port = listener->port();
-    if (publish_) {
-        PublishedService published{std::move(service.instanceName), std::string(serviceType), port, {}};
-        published.txt.emplace_back("sim", std::move(service.simKind));
-        published.txt.emplace_back("ver", std::move(service.appVersion));
-        published.txt.emplace_back("pairing", service.pairingRequired ? "required" : "open");
-        publication_ = publish_(std::move(published));
-        followPublication();
-    }
+    service_ = std::move(service);
+    service_.ports = {port};
+    publish();
     listener_ = std::move(listener);
     advertisedPort_.with([&](auto& advertised) { advertised = port; });
     co_return;
+}
+
+void ServiceAdvertiser::publish() {
+    if (!publish_ || !service_.instanceName) return;
+    PublishedService published{*service_.instanceName, std::string(serviceType), service_.ports.front(), {}};
+    published.txt.emplace_back("sim", service_.simKind);
+    published.txt.emplace_back("ver", service_.appVersion);
+    published.txt.emplace_back("pairing", service_.pairingRequired ? "required" : "open");
+    publication_ = publish_(std::move(published));
+    followPublication();
+}
+
+std::shared_ptr<Publication> ServiceAdvertiser::takeBack() {
+    thread_.check();
+    return std::exchange(publication_, nullptr);
+}
+
+void ServiceAdvertiser::publishAs(std::optional<std::string> instanceName, bool pairingRequired) {
+    thread_.check();
+    if (!listener_) return;
+    publication_.reset();
+    service_.instanceName = std::move(instanceName);
+    service_.pairingRequired = pairingRequired;
+    publish();
+    publicationChanged_->notifyAll();
+}
+
+void ServiceAdvertiser::useGate(BrowserGate gate) {
+    thread_.check();
+    if (listener_) listener_->useGate(std::move(gate));
 }
 
 void ServiceAdvertiser::followPublication() {

@@ -39,7 +39,8 @@ class ServiceAdvertiser {
     using Publish = std::function<std::shared_ptr<Publication>(PublishedService)>;
 
     struct Service {
-        std::string instanceName;
+        /// Absent: it listens, and is not published.
+        std::optional<std::string> instanceName;
         /// Tried in this order. 0: a free port that the system chooses.
         std::vector<std::uint16_t> ports{0};
         std::string simKind;
@@ -56,6 +57,18 @@ class ServiceAdvertiser {
     /// `ServiceAdvertiserError::alreadyStarted`, or the `NetworkError` of the last port where none listens.
     Task<> start(Service service, WebSocketListener::ConnectionHandler onNewConnection,
                  WebSocketListener::Options options = {});
+
+    /// Takes the service back. Whoever lets go of what is returned withdraws it, and waits for the daemon's
+    /// word, for half a second at most; null where nothing is published.
+    std::shared_ptr<Publication> takeBack();
+
+    /// Publishes the service under another name, or not at all; the port stays. To be called when what was
+    /// published before is withdrawn, else the daemon takes the two for rivals. Does nothing before `start`
+    /// and after `stop`.
+    void publishAs(std::optional<std::string> instanceName, bool pairingRequired);
+
+    /// Keeps other web pages out from now on, where the port has a gate.
+    void useGate(BrowserGate gate);
 
     /// Withdraws the service and closes the port; connections that were handed over live on. May be
     /// started again.
@@ -75,12 +88,14 @@ class ServiceAdvertiser {
     Task<> publicationChange() const;
 
   private:
+    void publish();
     void followPublication();
 
     OnOneThread thread_;
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const Publish publish_;
+    Service service_;
     std::unique_ptr<WebSocketListener> listener_;
     /// Told by whatever thread the publication has.
     const std::shared_ptr<Event> publicationChanged_;

@@ -14,6 +14,9 @@ std::filesystem::path applicationDataFolder();
 /// folder.
 std::filesystem::path configurationFolder();
 
+/// The person's own folder. Throws `std::runtime_error` for a person without one.
+std::filesystem::path homeFolder();
+
 /// The absolute path of the running program's file. Still that path after an update has replaced the file.
 /// Throws `std::runtime_error` where the system does not tell it.
 std::filesystem::path programPath();

@@ -9,14 +9,6 @@
 namespace tarnly {
 namespace {
 
-std::filesystem::path homeFolder() {
-    const char* home = std::getenv("HOME");
-    if (home != nullptr && *home == '/') return home;
-    const passwd* person = getpwuid(getuid());
-    if (person != nullptr && person->pw_dir != nullptr && *person->pw_dir == '/') return person->pw_dir;
-    throw std::runtime_error("there is no home folder: HOME is not set");
-}
-
 /// The folder that `variable` names, or `standard` in the home folder.
 std::filesystem::path baseFolder(const char* variable, const std::filesystem::path& standard) {
     const char* configured = std::getenv(variable);
@@ -26,6 +18,14 @@ std::filesystem::path baseFolder(const char* variable, const std::filesystem::pa
 }
 
 } // namespace
+
+std::filesystem::path homeFolder() {
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && *home == '/') return home;
+    const passwd* person = getpwuid(getuid());
+    if (person != nullptr && person->pw_dir != nullptr && *person->pw_dir == '/') return person->pw_dir;
+    throw std::runtime_error("there is no home folder: HOME is not set");
+}
 
 std::filesystem::path applicationDataFolder() {
     return baseFolder("XDG_DATA_HOME", ".local/share") / "Tarnly";

@@ -139,7 +139,7 @@ struct WebSocketListener::State {
     Clock& clock;
     const WebSocketLimits limits;
     const std::shared_ptr<Admission> admission;
-    const std::optional<BrowserGate> gate;
+    std::optional<BrowserGate> gate;
     const std::shared_ptr<const WebPages> pages;
     const std::function<void(const PeerNetwork&)> onPageVisit;
     const ConnectionHandler onConnection;
@@ -234,6 +234,8 @@ WebSocketListener::WebSocketListener(asio::any_io_executor executor, Clock& cloc
 WebSocketListener::~WebSocketListener() { cancel(); }
 
 std::uint16_t WebSocketListener::port() const { return acceptor_.port(); }
+
+void WebSocketListener::useGate(BrowserGate gate) { state_->gate = std::move(gate); }
 
 void WebSocketListener::cancel() {
     state_->isCancelled = true;

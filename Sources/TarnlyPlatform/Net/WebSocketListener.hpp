@@ -57,6 +57,9 @@ class WebSocketListener {
 
     std::uint16_t port() const;
 
+    /// For requests from now on.
+    void useGate(BrowserGate gate);
+
     /// Stops accepting, and drops who has not become a WebSocket yet; connections that were handed over live
     /// on. Harmless when repeated.
     void cancel();

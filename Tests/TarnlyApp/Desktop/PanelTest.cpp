@@ -119,7 +119,7 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
     SettingsStore unreadable{folder.write("settings.json", "garbled"), nullptr};
     CompanionOptions options;
     options.dataFolder = folder.path();
-    options.simulator.port = 1; // nobody is there
+    options.simulatorPort = 1; // nobody is there
     options.advertises = false;
     options.port = 0;
     CompanionRuntime warning{unreadable, options};

@@ -40,7 +40,7 @@ class RuntimeModelTest : public testing::Test {
     CompanionOptions options() const {
         CompanionOptions result;
         result.dataFolder = folder.path();
-        result.simulator.port = 1;
+        result.simulatorPort = 1;
         result.advertises = false;
         result.port = 0;
         return result;

@@ -126,6 +126,38 @@ TEST_F(ServiceAdvertiserTest, ListensOnTheFirstPortThatIsFree) {
     EXPECT_EQ(publishedBySecond.at(0).port, second.advertisedPort());
 }
 
+TEST_F(ServiceAdvertiserTest, MayBePublishedUnderAnotherName) {
+    start({"rig42", {0}, "xplane", "0.1", false});
+    const auto port = advertiser.advertisedPort();
+    auto before = advertiser.takeBack();
+    EXPECT_TRUE(before);
+    EXPECT_FALSE(advertiser.publicationState());
+    before.reset();
+    EXPECT_TRUE(publication.expired());
+    advertiser.publishAs("rig43", true);
+    ASSERT_EQ(published.size(), 2U);
+    EXPECT_EQ(published[1].name, "rig43");
+    EXPECT_EQ(published[1].port, port);
+    EXPECT_THAT(published[1].txt,
+                ElementsAre(Pair("sim", "xplane"), Pair("ver", "0.1"), Pair("pairing", "required")));
+    EXPECT_EQ(advertiser.advertisedPort(), port);
+}
+
+TEST_F(ServiceAdvertiserTest, MayBePublishedOnlyLaterOrNoMore) {
+    start({std::nullopt, {0}, "xplane", "0.1", false});
+    EXPECT_TRUE(published.empty());
+    EXPECT_TRUE(advertiser.advertisedPort());
+    advertiser.publishAs("rig42", false);
+    EXPECT_EQ(published.size(), 1U);
+    EXPECT_TRUE(advertiser.publicationState());
+    advertiser.publishAs(std::nullopt, false);
+    EXPECT_EQ(published.size(), 1U);
+    EXPECT_TRUE(publication.expired());
+    advertiser.stop();
+    advertiser.publishAs("rig42", false);
+    EXPECT_EQ(published.size(), 1U) << "nobody listens";
+}
+
 /// A publication that is under way, and time that the test lets pass.
 struct PublicationUnderWayTest : testing::Test {
     using Kind = PublicationState::Kind;

@@ -1,0 +1,151 @@
+#include "TarnlyApp/SetupFollower.hpp"
+
+#include <boost/asio/cancellation_type.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <exception>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Base/WithinLimit.hpp"
+#include "TarnlyXPlane/SimulatorFolder.hpp"
+
+namespace tarnly {
+namespace {
+
+/// A disk that takes longer than that does not answer.
+constexpr std::chrono::seconds lookLimit{5};
+
+std::string installerNote() {
+    try {
+        return simulatorInstallerNote().string();
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
+
+std::string missingText(const std::string& folder) {
+    return "The folder of saved situations, " + printable(folder) +
+           ", is not there, so none is listed. Save a situation in the simulator, or name another folder in "
+           "the settings.";
+}
+
+std::string silentText(const std::string& path) {
+    return "The disk does not answer that has " + printable(path) +
+           ", by which the folder of saved situations is found. Mend that, or name another folder in the "
+           "settings.";
+}
+
+} // namespace
+
+SetupFollower::SetupFollower(const boost::asio::any_io_executor& executor, WorkerPool& workers, Clock& clock,
+                             CompanionHost& host, ReconnectingBackend& backend, CompanionSetup setup,
+                             OpenNavDatabase openNavDatabase, Tell tell)
+    : workers_(workers),
+      clock_(clock),
+      host_(host),
+      backend_(backend),
+      openNavDatabase_(std::move(openNavDatabase)),
+      tell_(std::move(tell)),
+      note_(installerNote()),
+      present_(setup),
+      wanted_(std::move(setup)),
+      changed_(executor),
+      looks_(executor,
+             [note = note_](const std::string& path) { return path == note ? findBy(note) : lookAt(path); }),
+      tasks_(executor) {}
+
+void SetupFollower::start() {
+    thread_.check();
+    tasks_.spawn(keepInStep(), [this](const std::exception_ptr&) {
+        tell_("Changed settings are not followed any more, for lack of memory. Start Tarnly anew.");
+    });
+}
+
+void SetupFollower::follow(CompanionSetup setup) {
+    thread_.check();
+    wanted_ = std::move(setup);
+    changed_.notifyAll();
+}
+
+void SetupFollower::close() {
+    tasks_.cancel();
+    looks_.close();
+}
+
+std::vector<std::string> SetupFollower::warnings() const {
+    std::vector<std::string> all;
+    if (auto warning = situationsWarning_.copy()) all.push_back(std::move(*warning));
+    return all;
+}
+
+Task<> SetupFollower::keepInStep() {
+    co_await findSituations();
+    for (;;) {
+        const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+        if (cancellation.cancelled() != boost::asio::cancellation_type::none) co_return;
+        if (wanted_ == present_) {
+            co_await changed_.wait();
+        } else {
+            auto next = wanted_;
+            co_await apply(std::move(next));
+        }
+    }
+}
+
+Task<> SetupFollower::apply(CompanionSetup next) {
+    const auto before = std::exchange(present_, std::move(next));
+    if (present_.allowedOrigins != before.allowedOrigins) host_.allowOrigins(present_.allowedOrigins);
+    if (present_.name != before.name) {
+        auto name = present_.name;
+        co_await host_.publishAs(std::move(name));
+    }
+    if (present_.situationsFolder != before.situationsFolder) {
+        co_await findSituations();
+    }
+    if (present_.navigationDatabase != before.navigationDatabase) {
+        co_await openDatabase();
+    }
+}
+
+Task<> SetupFollower::openDatabase() {
+    auto open = [open = openNavDatabase_, path = present_.navigationDatabase] { return open(path); };
+    auto opened = co_await workers_.run(std::move(open));
+    host_.useNavDatabase(std::move(opened));
+}
+
+/// Also where the disk does not answer, a folder that is named is used: who lists it is told.
+Task<> SetupFollower::findSituations() {
+    const auto named = present_.situationsFolder;
+    auto path = named ? named->string() : note_;
+    backend_.setSituationsDirectory(named ? std::optional(path) : std::nullopt);
+    warnOfSituations(std::nullopt);
+    if (path.empty()) co_return;
+    auto look = looks_.at(path);
+    const auto seen = co_await withinLimit(clock_, lookLimit, std::move(look));
+    if (!seen) {
+        warnOfSituations(silentText(path));
+    } else if (seen->folder) {
+        backend_.setSituationsDirectory(seen->folder);
+        if (!seen->exists) warnOfSituations(missingText(*seen->folder));
+    }
+}
+
+SetupFollower::Situations SetupFollower::findBy(const std::string& note) {
+    const auto simulator = findSimulatorFolder(note);
+    return simulator ? lookAt(situationsFolderOf(*simulator).string()) : Situations{};
+}
+
+SetupFollower::Situations SetupFollower::lookAt(const std::string& folder) {
+    std::error_code isNone;
+    return {folder, std::filesystem::is_directory(folder, isNone)};
+}
+
+void SetupFollower::warnOfSituations(std::optional<std::string> warning) {
+    const auto before =
+        situationsWarning_.with([&](auto& present) { return std::exchange(present, warning); });
+    if (warning && warning != before) tell_(*warning);
+}
+
+} // namespace tarnly

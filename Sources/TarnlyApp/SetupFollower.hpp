@@ -1,0 +1,94 @@
+#pragma once
+
+#include <boost/asio/any_io_executor.hpp>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TarnlyApp/CompanionSetup.hpp"
+#include "TarnlyCore/CompanionHost.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Event.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/TaskGroup.hpp"
+#include "TarnlyPlatform/Base/WorkerPool.hpp"
+#include "TarnlyXPlane/FileLooks.hpp"
+#include "TarnlyXPlane/ReconnectingBackend.hpp"
+
+namespace tarnly {
+
+/// Keeps a running companion in step with its settings: the name under which it is published, the origins of
+/// web pages, the folder of the saved situations, which is looked for where nobody names it, and the
+/// navigation database. Address and port hold for a whole run.
+///
+/// Belongs to the network thread, except for what says otherwise.
+class SetupFollower {
+  public:
+    /// Called on a worker. Null without a path, and for a database that cannot be opened, of which it tells.
+    using OpenNavDatabase =
+        std::function<std::shared_ptr<NavDatabase>(const std::optional<std::filesystem::path>& path)>;
+    /// Told what a person should know. From the network thread.
+    using Tell = std::function<void(const std::string& text)>;
+
+    /// `host` and `backend` go by `setup` already, but for a folder of situations that nobody names. What is
+    /// given by reference outlives all that runs on `executor`.
+    SetupFollower(const boost::asio::any_io_executor& executor, WorkerPool& workers, Clock& clock,
+                  CompanionHost& host, ReconnectingBackend& backend, CompanionSetup setup,
+                  OpenNavDatabase openNavDatabase, Tell tell);
+
+    SetupFollower(const SetupFollower&) = delete;
+    SetupFollower& operator=(const SetupFollower&) = delete;
+
+    /// To be called once, when the host listens.
+    void start();
+
+    /// As soon as what was asked for before is done. The last call counts.
+    void follow(CompanionSetup setup);
+
+    /// Harmless when repeated.
+    void close();
+
+    /// What is not as the present settings want it, in whole sentences. From any thread.
+    std::vector<std::string> warnings() const;
+
+  private:
+    /// Of a look at the folder that is named, or of the search for one.
+    struct Situations {
+        /// Absent where none was found.
+        std::optional<std::string> folder;
+        bool exists = false;
+    };
+
+    static Situations lookAt(const std::string& folder);
+    static Situations findBy(const std::string& note);
+    Task<> keepInStep();
+    Task<> apply(CompanionSetup next);
+    Task<> openDatabase();
+    Task<> findSituations();
+    void warnOfSituations(std::optional<std::string> warning);
+
+    OnOneThread thread_;
+    WorkerPool& workers_;
+    Clock& clock_;
+    CompanionHost& host_;
+    ReconnectingBackend& backend_;
+    const OpenNavDatabase openNavDatabase_;
+    const Tell tell_;
+    /// Of the simulator's installer; empty for a person without a home folder.
+    const std::string note_;
+
+    /// What the companion goes by, and what it shall.
+    CompanionSetup present_;
+    CompanionSetup wanted_;
+    Event changed_;
+    FileLooks<Situations> looks_;
+    Guarded<std::optional<std::string>> situationsWarning_;
+    // depends-on: workers_, clock_, host_, backend_, changed_, looks_
+    TaskGroup tasks_;
+};
+
+} // namespace tarnly
