@@ -13,6 +13,8 @@ namespace {
 using namespace Qt::StringLiterals;
 
 std::atomic<DisplayLoss*> present = nullptr;
+/// Whether the main thread has heard of the loss, and holds the program.
+std::atomic<bool> isHeld = false;
 QtMessageHandler previousHandler = nullptr;
 
 /// Qt's last words, for X11 and for Wayland. After the one it calls `exit`, after the other `_exit`, of which
@@ -28,7 +30,8 @@ bool isOnMainThread() {
     return application != nullptr && QThread::currentThread() == application->thread();
 }
 
-/// Wayland has threads that read what comes; the first that hears of the loss ends the program.
+/// Wayland has threads that read what comes. Each that hears of the loss would end the program, also one that
+/// hears of it when the main thread has already.
 [[noreturn]] void leaveItToMainThread() {
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
@@ -43,7 +46,7 @@ bool isOnMainThread() {
 
 void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (previousHandler != nullptr) previousHandler(type, context, message);
-    if (present == nullptr || !isLastWord(message)) return;
+    if ((present == nullptr && !isHeld) || !isLastWord(message)) return;
     isOnMainThread() ? DisplayLoss::notice() : leaveItToMainThread();
 }
 
@@ -51,6 +54,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext& context, const QStr
 
 DisplayLoss::DisplayLoss(std::function<void()> beforeEnd) : beforeEnd_(std::move(beforeEnd)) {
     thread_.check();
+    isHeld = false;
     present = this;
     previousHandler = qInstallMessageHandler(handleMessage);
     // Xlib's own handler says nothing to Qt.
@@ -61,9 +65,11 @@ DisplayLoss::~DisplayLoss() {
     thread_.check();
     qInstallMessageHandler(previousHandler);
     present = nullptr;
+    isHeld = false;
 }
 
 void DisplayLoss::notice() {
+    if (present != nullptr) isHeld = true; // before nobody is present
     auto* const loss = present.exchange(nullptr);
     if (loss != nullptr) loss->beforeEnd_();
 }

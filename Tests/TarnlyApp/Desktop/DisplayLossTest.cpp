@@ -5,8 +5,10 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <optional>
 #include <thread>
 
@@ -69,6 +71,26 @@ TEST(DisplayLossDeathTest, TheLastWordOfAnotherThreadIsNoticedOnTheMainThread) {
         QCoreApplication::exec();
     };
     EXPECT_EXIT(exits(), ExitedWithCode(1), "the main thread");
+}
+
+/// Wayland's threads hear of it one after the other.
+TEST(DisplayLossDeathTest, TheLastWordOfAThreadDoesNotEndALessonThatIsBeingFinished) {
+    const auto exits = [] {
+        static std::promise<void> said;
+        qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString&) { said.set_value(); });
+        const DisplayLoss loss([] {
+            std::thread([] {
+                qWarning("The Wayland connection broke. Did the Wayland compositor die?");
+                std::_Exit(7);
+            }).detach();
+            said.get_future().wait();
+            std::this_thread::sleep_for(std::chrono::milliseconds(100)); // in which it would have ended
+            std::fputs("the lesson is over", stderr);
+        });
+        std::exit(1);
+    };
+    EXPECT_EXIT(exits(), ExitedWithCode(1), "the lesson is over");
 }
 
 TEST(DisplayLossDeathTest, AnExitAfterItsEndIsNone) {
