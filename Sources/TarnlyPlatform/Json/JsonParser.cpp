@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Json/JsonLimits.hpp"
 #include "TarnlyPlatform/Json/JsonNumber.hpp"
 
 namespace tarnly {
@@ -20,7 +21,6 @@ using boost::json::error;
 using boost::json::error_code;
 using boost::json::string_view;
 
-constexpr std::size_t deepest = 64;
 constexpr JsonShape everything;
 
 /// Builds the value that is wanted from the parser's events.
@@ -239,7 +239,7 @@ class Builder {
     /// What is wanted of the next value; null for nothing.
     const JsonShape* next_;
     JsonElements* elements_;
-    std::array<Open, deepest> open_;
+    std::array<Open, deepestJson> open_;
     std::size_t depth_ = 0;
     /// How many containers are open that are not wanted.
     std::size_t skipped_ = 0;
@@ -255,7 +255,7 @@ class Builder {
 boost::json::value parse(std::string_view text, NonFinite nonFinite, const JsonShape& wanted,
                          JsonElements* elements, boost::json::storage_ptr storage) {
     boost::json::parse_options options;
-    options.max_depth = deepest;
+    options.max_depth = deepestJson;
     boost::json::basic_parser<Builder> parser(options, nonFinite, wanted, elements, std::move(storage));
     error_code ec;
     const auto parsed = parser.write_some(false, text.data(), text.size(), ec);

@@ -1,0 +1,22 @@
+#include "TarnlyPlatform/Base/TextPlace.hpp"
+
+namespace tarnly {
+namespace {
+
+/// Whether the byte goes on with a character that has begun before it.
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+} // namespace
+
+TextPlace TextPlaces::at(std::size_t offset) {
+    for (; walked_ < offset && walked_ < text_.size(); ++walked_) {
+        if (text_[walked_] == '\n') {
+            place_ = {place_.line + 1, 1};
+        } else if (walked_ + 1 >= text_.size() || !isContinuation(text_[walked_ + 1])) {
+            ++place_.column; // the character ends here
+        }
+    }
+    return place_;
+}
+
+} // namespace tarnly
