@@ -1,15 +1,15 @@
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
 
 #include <cstddef>
-#include <optional>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
 
-namespace tarnly::ScriptTriggerMapper {
-namespace {
+#include "TarnlyCore/Script/ConditionFields.hpp"
 
-/// What a client calls the kind.
+namespace tarnly::ScriptTriggerMapper {
+
 std::string_view wireName(TriggerConditionKind::Case kind) {
     switch (kind) {
         case TriggerConditionKind::reachesFix:
@@ -28,15 +28,21 @@ std::string_view wireName(TriggerConditionKind::Case kind) {
     return {};
 }
 
+std::optional<TriggerConditionKind> kindNamed(std::string_view name) {
+    return TriggerConditionKind::find([&](auto which) { return wireName(which) == name; });
+}
+
+namespace {
+
 TriggerConditionKind kindOf(const std::string& name) {
-    const auto kind = TriggerConditionKind::find([&](auto which) { return wireName(which) == name; });
+    const auto kind = kindNamed(name);
     if (!kind) throw MappingError(MappingError::Case::unknownConditionKind, name);
     return *kind;
 }
 
 template <typename T>
-std::optional<T> read(const std::map<std::string, JsonScalar>& condition, const std::string& key) {
-    const auto found = condition.find(key);
+std::optional<T> read(const std::map<std::string, JsonScalar>& condition, std::string_view key) {
+    const auto found = condition.find(std::string(key));
     if (found == condition.end()) return std::nullopt;
     const auto* value = std::get_if<T>(&found->second.scalar);
     return value == nullptr ? std::nullopt : std::optional<T>(*value);
@@ -59,21 +65,23 @@ void requireWithinLimits(const LoadScriptRequest& script) {
         requireShort(trigger.id);
         requireShort(trigger.conditionKind);
         requireShort(trigger.actionKind);
-        for (const auto* key : {"fix", "after_trigger_id"})
-            requireShort(read<std::string>(trigger.condition, key).value_or(std::string()));
+        forEachConditionField([&](const auto& field) {
+            using Value = typename std::decay_t<decltype(field)>::Value;
+            if constexpr (std::is_same_v<Value, std::string>)
+                requireShort(read<Value>(trigger.condition, field.key).value_or(Value()));
+        });
     }
 }
 
 } // namespace
 
 TriggerCondition toCondition(const std::string& kind, const std::map<std::string, JsonScalar>& condition) {
-    return {.kind = kindOf(kind),
-            .fix = read<std::string>(condition, "fix"),
-            .withinNm = read<double>(condition, "within_nm"),
-            .feet = read<double>(condition, "feet"),
-            .climbing = read<bool>(condition, "climbing"),
-            .seconds = read<double>(condition, "seconds"),
-            .afterTriggerId = read<std::string>(condition, "after_trigger_id")};
+    TriggerCondition result{.kind = kindOf(kind)};
+    forEachConditionField([&](const auto& field) {
+        using Value = typename std::decay_t<decltype(field)>::Value;
+        result.*field.member = read<Value>(condition, field.key);
+    });
+    return result;
 }
 
 TriggerEngine toEngine(LoadScriptRequest script, const FixResolver& fixResolver) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,12 @@ struct MappingErrorCases {
     static constexpr std::array<std::string_view, 1> names{"unknownConditionKind"};
 };
 using MappingError = Error<MappingErrorCases>;
+
+/// What a client calls the kind; empty for a number behind the last case.
+std::string_view wireName(TriggerConditionKind::Case kind);
+
+/// The kind that a client calls so, letter case included; absent where there is none.
+std::optional<TriggerConditionKind> kindNamed(std::string_view name);
 
 /// Every field is read whatever the kind, and none is required: a value that is missing or of the wrong
 /// JSON kind is absent, and the condition then never holds. Throws `MappingError` for an unknown kind.

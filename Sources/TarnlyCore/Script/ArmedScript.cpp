@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "TarnlyCore/Script/ConditionFields.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -14,13 +15,13 @@ constexpr double absent = std::numeric_limits<double>::quiet_NaN();
 
 /// The number that a sample is compared with.
 double limit(const TriggerCondition& condition) {
+    if (!isComplete(condition)) return absent;
     switch (condition.kind) {
         case TriggerConditionKind::reachesFix:
             return condition.withinNm.value_or(absent);
         case TriggerConditionKind::crossesAgl:
         case TriggerConditionKind::crossesAltitude:
-            // Without a direction a threshold means nothing.
-            return condition.climbing ? condition.feet.value_or(absent) : absent;
+            return condition.feet.value_or(absent);
         case TriggerConditionKind::afterGearDown:
         case TriggerConditionKind::afterStart:
         case TriggerConditionKind::afterTrigger:
