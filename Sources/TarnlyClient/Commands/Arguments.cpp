@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyClient/Output/ReadableText.hpp"
+#include "TarnlyCore/Protocol/ProtocolLimits.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
@@ -17,6 +19,23 @@ double requireNumber(const std::string& name, const std::string& text) {
     const auto number = parseNumber(text);
     if (!number) throw CLI::ValidationError(name, "\"" + printable(text) + "\" is not a finite number");
     return *number;
+}
+
+// Each is empty where nothing is to be complained about.
+
+std::string complaintIfEmpty(const std::string& text) {
+    return text.empty() ? "a text that is not empty is wanted" : "";
+}
+
+std::string complaintAboutText(const std::string& text) {
+    if (text.empty()) return complaintIfEmpty(text);
+    return isWellFormedUtf8(text) ? "" : "\"" + printable(text) + "\" is not UTF-8";
+}
+
+std::string complaintAboutName(std::string_view name) {
+    if (name.empty()) return "the name is missing";
+    if (name.size() <= ProtocolLimits::nameSize) return "";
+    return "the name is longer than " + std::to_string(ProtocolLimits::nameSize) + " bytes";
 }
 
 template <typename Value>
@@ -91,9 +110,25 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option_function<std::string>(name, read, description)->type_name("SECONDS");
 }
 
-CLI::Validator utf8Text() {
-    const auto check = [](std::string& text) {
-        return wellFormedUtf8(text) == text ? std::string() : "\"" + printable(text) + "\" is not UTF-8";
+CLI::Validator numberFrom(double least, double most, const std::string& wanted) {
+    const auto check = [=](const std::string& text) {
+        const auto number = parseNumber(text);
+        const bool isFine = !number || (*number >= least && *number <= most);
+        if (isFine) return std::string(); // what is no number is refused where it is read
+        return text + " is out of range: " + wanted + " from " + numberText(least) + " to " +
+               numberText(most) + " are wanted";
+    };
+    return {check, ""};
+}
+
+CLI::Validator notEmpty() { return {complaintIfEmpty, ""}; }
+
+CLI::Validator utf8Text() { return {complaintAboutText, ""}; }
+
+CLI::Validator simulatorName() {
+    const auto check = [](const std::string& name) {
+        const auto complaint = complaintAboutText(name);
+        return complaint.empty() ? complaintAboutName(name) : complaint;
     };
     return {check, ""};
 }
@@ -119,7 +154,7 @@ DatarefSetEntry parseAssignment(std::string_view text) {
         if (!index) throw refuse("the index is not a whole number from 0 on");
         name = name.substr(0, bracket);
     }
-    if (name.empty()) throw refuse("the name is missing");
+    if (const auto complaint = complaintAboutName(name); !complaint.empty()) throw refuse(complaint);
     if (name.find_first_of("[]") != std::string_view::npos)
         throw refuse("the brackets of the index do not match");
     return {std::string(name), *value, index};

@@ -37,8 +37,17 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, std::optional<dou
 CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
                         std::function<void(std::chrono::milliseconds)> take);
 
-/// Refuses text that cannot be sent because it is not UTF-8.
+/// Refuses a number outside of `least` to `most`, and says what is wanted: "degrees", say, "from -90 to 90".
+CLI::Validator numberFrom(double least, double most, const std::string& wanted);
+
+/// Refuses text that is empty, which scripts pass for a variable that is not set.
+CLI::Validator notEmpty();
+
+/// Refuses text that is empty, or cannot be sent because it is not UTF-8.
 CLI::Validator utf8Text();
+
+/// The same, and what is longer than the name of a dataref or a command may be.
+CLI::Validator simulatorName();
 
 /// `argument` as the parser takes it: a negative number that begins with its point is none to it.
 std::string parseableArgument(std::string argument);

@@ -16,12 +16,16 @@ namespace {
 constexpr int refused = 1;
 constexpr int wrongUsage = 2;
 
+std::string requireHost(const std::string& host) {
+    return isHost(host) ? "" : "a host name or an address without brackets is wanted";
+}
+
 void addGlobalOptions(CLI::App& app, ClientOptions& options) {
     auto* instance = app.add_option("--instance", options.companion.instance,
                                     "The companion's name, where there are several");
     instance->type_name("NAME")->check(utf8Text());
     auto* host = app.add_option("--host", options.companion.host, "The companion's host name or address");
-    host->type_name("HOST")->excludes(instance);
+    host->type_name("HOST")->excludes(instance)->check(requireHost);
     auto* port = app.add_option("--port", options.companion.port, "The companion's port");
     port->type_name("PORT")->check(CLI::Range(1, 65535))->needs(host);
     host->needs(port);

@@ -80,7 +80,9 @@ void addCatchUp(CLI::App& app, CommandContext& context) {
 void addScriptCommand(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("script", "Load a script of triggers");
     const auto file = std::make_shared<std::string>();
-    command->add_option("FILE", *file, "The script, JSON; - for the standard input")->required();
+    command->add_option("FILE", *file, "The script, JSON; - for the standard input")
+        ->required()
+        ->check(notEmpty());
     command->callback([&context, file] { runScript(context, *file); });
 }
 

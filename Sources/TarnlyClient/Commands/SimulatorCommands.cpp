@@ -10,6 +10,9 @@
 namespace tarnly::client {
 namespace {
 
+/// Knots: beyond every aircraft, and short of numbers that were meant for something else.
+constexpr double fastest = 2000;
+
 using Texts = std::shared_ptr<std::vector<std::string>>;
 
 Task<> getValues(CompanionSession& session, std::vector<std::string> names, Printer printer) {
@@ -55,25 +58,37 @@ std::function<void()> sender(const CommandContext& context, std::string_view typ
 void addRun(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("run", "Trigger a simulator command once");
     const auto params = std::make_shared<RunCommandRequest>();
-    command->add_option("COMMAND", params->name, "The command's name")->required()->check(utf8Text());
+    command->add_option("COMMAND", params->name, "The command's name")->required()->check(simulatorName());
     command->callback(sender(context, MessageType::runCommand, params));
 }
 
 void addMove(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("move", "Move the aircraft, at its height above ground");
     const auto params = std::make_shared<MoveToPreservingAglRequest>();
-    addNumber(*command, "LAT", params->lat, "Latitude in degrees")->required();
-    addNumber(*command, "LON", params->lon, "Longitude in degrees")->required();
+    addNumber(*command, "LAT", params->lat, "Latitude in degrees")
+        ->required()
+        ->check(numberFrom(-90, 90, "degrees"));
+    addNumber(*command, "LON", params->lon, "Longitude in degrees")
+        ->required()
+        ->check(numberFrom(-180, 180, "degrees"));
     command->callback(sender(context, MessageType::moveToPreservingAgl, params));
 }
 
 void addAttitude(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("attitude", "Put the aircraft into an attitude and airspeed");
     const auto params = std::make_shared<ApplyAttitudeRequest>();
-    addNumber(*command, "PITCH", params->pitchDeg, "Degrees, nose up")->required();
-    addNumber(*command, "BANK", params->bankDeg, "Degrees, right wing down")->required();
-    addNumber(*command, "IAS", params->iasKts, "Indicated airspeed in knots")->required();
-    addNumber(*command, "THROTTLE", params->throttle, "Ratio, 0 to 1")->required();
+    addNumber(*command, "PITCH", params->pitchDeg, "Degrees, nose up")
+        ->required()
+        ->check(numberFrom(-90, 90, "degrees"));
+    addNumber(*command, "BANK", params->bankDeg, "Degrees, right wing down")
+        ->required()
+        ->check(numberFrom(-180, 180, "degrees"));
+    addNumber(*command, "IAS", params->iasKts, "Indicated airspeed in knots")
+        ->required()
+        ->check(numberFrom(0, fastest, "knots"));
+    addNumber(*command, "THROTTLE", params->throttle, "Ratio, 0 to 1")
+        ->required()
+        ->check(numberFrom(0, 1, "ratios"));
     command->callback(sender(context, MessageType::applyAttitude, params));
 }
 
@@ -106,7 +121,7 @@ Task<> loadFlight(CompanionSession& session, std::string nameOrPath, Printer pri
 void addDatarefCommands(CLI::App& app, CommandContext& context) {
     auto* get = app.add_subcommand("get", "Print the present values of datarefs");
     const Texts names = std::make_shared<std::vector<std::string>>();
-    get->add_option("NAME", *names, "Datarefs")->required()->check(utf8Text());
+    get->add_option("NAME", *names, "Datarefs")->required()->check(simulatorName());
     get->callback([&context, names] { runGet(context, *names); });
 
     auto* set = app.add_subcommand("set", "Write datarefs, or elements of array datarefs");

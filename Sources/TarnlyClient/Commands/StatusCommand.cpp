@@ -45,7 +45,8 @@ void addStatusCommand(CLI::App& app, CommandContext& context) {
     auto* command = app.add_subcommand("status", "Show how the companion on this computer stands");
     const auto dataFolder = std::make_shared<Folder>();
     command->add_option("--data-dir", *dataFolder, "The companion's data folder, where it has another one")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(notEmpty());
     command->callback([&context, dataFolder] { showStatus(context, *dataFolder); });
 }
 

@@ -132,7 +132,7 @@ void addWatchCommand(CLI::App& app, CommandContext& context) {
     auto* command =
         app.add_subcommand("watch", "Print the values of datarefs, or what is recorded, until interrupted");
     const auto watch = std::make_shared<Watch>();
-    auto* names = command->add_option("NAME", watch->names, "Datarefs")->check(utf8Text());
+    auto* names = command->add_option("NAME", watch->names, "Datarefs")->check(simulatorName());
     command->add_flag("--recording", watch->recording, "Follow the recording: print the triggers that fire")
         ->excludes(names);
     command->add_option("--count", watch->count, "End after so many pushes, or triggers")

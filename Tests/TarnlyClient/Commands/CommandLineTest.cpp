@@ -125,6 +125,34 @@ TEST(CommandLine, MissingOrBadParametersAreWrongUsage) {
     expectWrongUsage({"script", "/nowhere/lesson.json"});
 }
 
+TEST(CommandLine, NumbersOutOfRangeAreRefusedWithTheRange) {
+    EXPECT_EQ(run({"move", "91", "200"}).err,
+              "tarnly-client: LAT: 91 is out of range: degrees from -90 to 90 are wanted\n");
+    EXPECT_EQ(run({"move", "90", "-180.5"}).err,
+              "tarnly-client: LON: -180.5 is out of range: degrees from -180 to 180 are wanted\n");
+    EXPECT_EQ(run({"attitude", "1", "2", "-1", "0"}).err,
+              "tarnly-client: IAS: -1 is out of range: knots from 0 to 2000 are wanted\n");
+    expectWrongUsage({"attitude", "91", "0", "100", "0"});
+    expectWrongUsage({"attitude", "0", "-181", "100", "0"});
+    expectWrongUsage({"attitude", "0", "0", "2001", "0"});
+    expectWrongUsage({"attitude", "0", "0", "100", "1.1"});
+    expectWrongUsage({"attitude", "0", "0", "100", "60"});
+}
+
+TEST(CommandLine, NamesThatAreEmptyOrTooLongAreRefused) {
+    EXPECT_EQ(run({"run", ""}).err, "tarnly-client: COMMAND: a text that is not empty is wanted\n");
+    for (const auto* command : {"get", "watch", "load", "run", "script"})
+        expectWrongUsage({command, ""});
+    expectWrongUsage({"--instance", "", "info"});
+    expectWrongUsage({"--host", "", "--port", "1", "info"});
+    expectWrongUsage({"--host", "[::1]", "--port", "1", "info"});
+    expectWrongUsage({"status", "--data-dir", ""});
+    const std::string tooLong(1025, 'a');
+    for (const auto* command : {"get", "watch", "run"})
+        expectWrongUsage({command, tooLong});
+    expectWrongUsage({"set", tooLong + "=1"});
+}
+
 TEST(CommandLine, AWatchIsOfDatarefsOrOfTheRecording) {
     expectWrongUsage({"watch", "--recording", "a"});
     EXPECT_EQ(run({"watch"}).err, "tarnly-client: watch what? NAME... or --recording is required\n");

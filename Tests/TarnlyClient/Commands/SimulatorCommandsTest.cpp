@@ -42,6 +42,14 @@ TEST(SimulatorCommands, MoveTakesNegativeDegrees) {
               R"({"type":"move_to_preserving_agl","req_id":2,"params":{"lat":-33.9,"lon":-0.5}})");
 }
 
+TEST(SimulatorCommands, TheEndsOfARangeBelongToIt) {
+    EXPECT_EQ(requestOf({"move", "-90", "180"}),
+              R"({"type":"move_to_preserving_agl","req_id":2,"params":{"lat":-90,"lon":180}})");
+    EXPECT_EQ(requestOf({"attitude", "90", "-180", "0", "1"}),
+              R"({"type":"apply_attitude","req_id":2,)"
+              R"("params":{"pitch_deg":90,"bank_deg":-180,"ias_kts":0,"throttle":1}})");
+}
+
 TEST(SimulatorCommands, AttitudeTakesNegativeDegrees) {
     EXPECT_EQ(requestOf({"attitude", "-5", "-1e1", "120", "0.5"}),
               R"({"type":"apply_attitude","req_id":2,)"
