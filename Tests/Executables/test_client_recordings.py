@@ -134,9 +134,9 @@ def test_a_script_may_come_from_the_standard_input(rig):
 
 
 @pytest.mark.parametrize("text, status, complaint", [
-    ('[\n{"id":"a",}]', 2, "script.json, line 2: no valid JSON"),
-    ('{"trigger":[]}', 2, "a list of triggers is wanted"),
-    ('[{"id":"a","condition_kind":"after_start"}]', 2, 'trigger 1 "a"'),
+    ('[\n{"id":"a",}]', 2, "script.json:2:11: no valid JSON"),
+    ('{"trigger":[]}', 2, 'unknown field "trigger"; did you mean "triggers"?'),
+    ('[{"id":"a","condition_kind":"after_start"}]', 2, 'script.json:1:2: "action" is missing'),
     (json.dumps([trigger("a", "after_landing")]), 1, 'unknownConditionKind("after_landing")'),
 ], ids=["no JSON", "no list", "no trigger", "unknown kind"])
 def test_a_wrong_script_leaves_the_one_before_in_place(rig, tmp_path, text, status, complaint):

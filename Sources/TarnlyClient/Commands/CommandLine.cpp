@@ -63,11 +63,12 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error) {
     return error.what();
 }
 
-int parseAndRun(CLI::App& app, const std::vector<std::string>& arguments, std::ostream& out,
-                std::ostream& err) {
+int parseAndRun(CLI::App& app, const std::vector<std::string>& arguments, const CommandContext& context) {
+    auto& out = context.stream;
+    auto& err = context.errors;
     try {
         app.parse(parserArguments(arguments));
-        return 0;
+        return context.exitCode;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error, out, err);
         return complain(err, printable(describe(app, error)), wrongUsage);
@@ -106,7 +107,7 @@ int runClient(const std::vector<std::string>& arguments, std::ostream& out, std:
     addScriptCommand(app, context);
     addRecordingCommands(app, context);
     addSendCommand(app, context);
-    return parseAndRun(app, arguments, out, err);
+    return parseAndRun(app, arguments, context);
 }
 
 } // namespace tarnly::client

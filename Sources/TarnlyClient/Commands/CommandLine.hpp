@@ -15,6 +15,7 @@ namespace tarnly::client {
 
 /// Does what the command line asks for. `arguments` are those after the program's name. Returns the exit
 /// code: 0 done, 1 the companion or the network refused, 2 wrong usage; the latter two with a text on `err`.
+/// 1 as well where faults were looked for and found.
 int runClient(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
 
 /// What holds for every subcommand.
@@ -31,6 +32,8 @@ struct CommandContext {
     ClientOptions options;
     std::ostream& stream;
     std::ostream& errors;
+    /// Of a subcommand that throws nothing.
+    int exitCode = 0;
 
     Printer printer() const { return {stream, options.json}; }
 

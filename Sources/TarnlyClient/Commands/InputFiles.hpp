@@ -15,11 +15,12 @@ namespace tarnly::client {
 /// empty or no UTF-8.
 std::string readPassword(const std::filesystem::path& file);
 
-/// The triggers that `text` lists: an object with the key "triggers", or the list alone. `name` is what
-/// complaints call it. Throws `UsageError` that says what is wrong, and where.
-LoadScriptRequest parseScript(std::string_view text, const std::string& name);
+/// All of the script in the file, or of `input` when the file is called "-". Throws `UsageError` when it
+/// cannot be read.
+std::string readScript(const std::string& file, std::istream& input);
 
-/// The same of a file, or of `input` when the file is called "-".
-LoadScriptRequest readScript(const std::string& file, std::istream& input);
+/// The triggers that `text` lists: an object with the key "triggers", or the list alone. Throws `UsageError`
+/// that names `file` when companions would refuse it; why, `checkScript` tells.
+LoadScriptRequest parseScript(std::string_view text, const std::string& file);
 
 } // namespace tarnly::client

@@ -25,6 +25,27 @@ struct CompanionListing {
     }
 };
 
+/// A finding as programs are told of it.
+struct FindingListing {
+    std::string file;
+    std::int64_t line = 0;
+    std::int64_t column = 0;
+    std::string severity;
+    std::string text;
+
+    static constexpr auto fields() {
+        return std::tuple(field("file", &FindingListing::file), field("line", &FindingListing::line),
+                          field("column", &FindingListing::column),
+                          field("severity", &FindingListing::severity), field("text", &FindingListing::text));
+    }
+};
+
+FindingListing listing(const std::string& file, const ScriptFinding& finding) {
+    const bool isWarning = finding.severity == ScriptFinding::Severity::warning;
+    return {wellFormedUtf8(file), static_cast<std::int64_t>(finding.place.line),
+            static_cast<std::int64_t>(finding.place.column), isWarning ? "warning" : "error", finding.text};
+}
+
 CompanionListing listing(const FoundService& service) {
     CompanionListing result{
         wellFormedUtf8(service.name), wellFormedUtf8(service.hostName), service.address, service.port, {}};
@@ -86,6 +107,10 @@ void Printer::companion(const FoundService& service) {
     for (const auto& [key, value] : service.txt)
         text.append("  ").append(key).append("=").append(value);
     line(printable(text));
+}
+
+void Printer::finding(const std::string& file, const ScriptFinding& finding) {
+    line(json_ ? encodeJson(listing(file, finding)) : findingText(file, finding));
 }
 
 void Printer::flight(const FlightListing& flight) {

@@ -8,6 +8,7 @@
 #include "TarnlyClient/Companion/CompanionMessages.hpp"
 #include "TarnlyCore/Protocol/Messages.hpp"
 #include "TarnlyCore/Recording/RecordingLog.hpp"
+#include "TarnlyCore/ScriptCheck/ScriptFinding.hpp"
 #include "TarnlyPlatform/Dnssd/ServiceBrowser.hpp"
 
 namespace tarnly::client {
@@ -33,6 +34,9 @@ class Printer {
     void companion(const FoundService& service);
 
     void flight(const FlightListing& flight);
+
+    /// What a check of the script `file` has found.
+    void finding(const std::string& file, const ScriptFinding& finding);
 
     /// A sample or a fired trigger; for programs in the form of the recording's log.
     void recorded(const LogLine& line);

@@ -4,6 +4,7 @@
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Flight/Values.hpp"
+#include "TarnlyCore/ScriptCheck/ScriptFinding.hpp"
 
 namespace tarnly::client {
 
@@ -11,6 +12,9 @@ namespace tarnly::client {
 
 /// The shortest text that reads back as the same number.
 std::string numberText(double value);
+
+/// "lesson.json:3:7: what is wrong with it".
+std::string findingText(const std::string& file, const ScriptFinding& finding);
 
 // What was recorded: one line each, in columns, with "-" for what is not known.
 

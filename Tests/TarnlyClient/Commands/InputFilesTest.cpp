@@ -11,21 +11,11 @@
 namespace tarnly::client {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr auto gear =
     R"({"id":"gear","condition_kind":"after_gear_down","condition":{"seconds":2.5,"fix":null},)"
     R"("action_kind":"speak","action":{"text":"Down.","again":false}})";
-
-std::string complaint(const std::string& text) {
-    try {
-        parseScript(text, "x.json");
-        return "";
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-}
 
 TEST(ScriptFile, AListAndAnObjectWithAListAreScripts) {
     ScriptTrigger trigger;
@@ -41,37 +31,23 @@ TEST(ScriptFile, AListAndAnObjectWithAListAreScripts) {
     EXPECT_EQ(parseScript("[]", "x"), LoadScriptRequest{});
 }
 
-TEST(ScriptFile, WhatIsNoJsonIsToldWithItsLine) {
-    EXPECT_THAT(complaint("[\n{},\n{]"), StartsWith("x.json, line 3: no valid JSON: "));
-    EXPECT_THAT(complaint("nonsense"), StartsWith("x.json, line 1: no valid JSON: "));
-    EXPECT_THAT(complaint("[]\n\n[]"), StartsWith("x.json, line 3: no valid JSON: "));
-    EXPECT_THAT(complaint("{\"triggers\":[\n\n"), StartsWith("x.json, line 1: no valid JSON: "));
-    EXPECT_THAT(complaint(""), StartsWith("x.json, line 1: no valid JSON: "));
-    EXPECT_THAT(complaint("[1e999]"), StartsWith("x.json: no valid JSON: "));
-}
-
-TEST(ScriptFile, WhatListsNoTriggersIsRefused) {
-    for (const auto* text : {"1", "null", "\"x\"", "{}", R"({"triggers":{}})", R"({"Triggers":[]})"}) {
-        EXPECT_EQ(complaint(text), "x.json: a list of triggers is wanted, or an object {\"triggers\":[…]}");
+TEST(ScriptFile, WhatCompanionsRefuseIsRefused) {
+    for (const auto* text : {"", "[", "[1e999]", "7", "{}", R"({"triggers":{}})", "[7]", R"([{"id":"a"}])"}) {
+        try {
+            parseScript(text, "x.json");
+            FAIL() << text;
+        } catch (const UsageError& error) {
+            EXPECT_STREQ(error.what(), "the script x.json is not sent, as companions would refuse it");
+        }
     }
-}
-
-TEST(ScriptFile, ATriggerThatIsNoneIsNamed) {
-    EXPECT_THAT(complaint("[" + std::string(gear) + R"(,{"id":"b","condition_kind":"after_start"}])"),
-                StartsWith("x.json: trigger 2 \"b\": "));
-    EXPECT_THAT(complaint("[7]"), StartsWith("x.json: trigger 1: "));
-    EXPECT_THAT(complaint(R"([{"id":1}])"), StartsWith("x.json: trigger 1: "));
-    EXPECT_THAT(complaint(R"([{"id":"a\u001b","condition_kind":"x","condition":{"feet":[1]},)"
-                          R"("action_kind":"speak","action":{}}])"),
-                HasSubstr("trigger 1 \"a?\": unsupported JSON value"));
 }
 
 TEST(ScriptFile, ComesFromAFileOrFromTheInput) {
     const test::TemporaryFolder folder;
-    const auto file = folder.write("lesson.json", "[" + std::string(gear) + "]");
-    std::istringstream input("[" + std::string(gear) + "," + gear + "]");
-    EXPECT_EQ(readScript(file.string(), input).triggers.size(), 1U);
-    EXPECT_EQ(readScript("-", input).triggers.size(), 2U);
+    const auto file = folder.write("lesson.json", "[1]");
+    std::istringstream input("[2]");
+    EXPECT_EQ(readScript(file.string(), input), "[1]");
+    EXPECT_EQ(readScript("-", input), "[2]");
 }
 
 TEST(ScriptFile, AFileThatCannotBeReadIsRefused) {

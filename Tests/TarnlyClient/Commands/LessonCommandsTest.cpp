@@ -1,68 +1,17 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "Support/TemporaryFolder.hpp"
 #include "TarnlyClient/Commands/ClientRun.hpp"
 
 namespace tarnly::client {
 namespace {
-
-using testing::StartsWith;
 
 using test::answering;
 using test::requestOf;
 using test::ScriptedCompanion;
 
 constexpr auto run = test::runClientOn;
-
-class ScriptCommand : public testing::Test {
-  public:
-    const test::TemporaryFolder folder;
-    const std::string file =
-        folder
-            .write("lesson.json", R"([{"id":"a","condition_kind":"after_start","condition":{"seconds":1},)"
-                                  R"("action_kind":"speak","action":{}}])")
-            .string();
-};
-
-TEST_F(ScriptCommand, SendsTheTriggers) {
-    EXPECT_EQ(
-        requestOf({"script", file}, R"({"unresolved_fixes":[]})"),
-        R"({"type":"load_script","req_id":2,"params":{"triggers":[{"id":"a",)"
-        R"("condition_kind":"after_start","condition":{"seconds":1},"action_kind":"speak","action":{}}]}})");
-}
-
-TEST_F(ScriptCommand, AScriptWhoseFixesAreKnownIsOk) {
-    const ScriptedCompanion companion(answering(R"({"unresolved_fixes":[]})"));
-    const auto outcome = run(companion, {"script", file});
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.out, "ok\n");
-    EXPECT_EQ(outcome.err, "");
-}
-
-TEST_F(ScriptCommand, WarnsOfUnknownFixes) {
-    const ScriptedCompanion companion(answering(R"({"unresolved_fixes":["XYZZY","A\u001bB"]})"));
-    const auto outcome = run(companion, {"script", file});
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.out, "ok\n");
-    EXPECT_EQ(outcome.err,
-              "tarnly-client: warning: the companion does not know these fixes, whose triggers will never "
-              "fire: XYZZY, A?B\n");
-    const auto forPrograms = run(companion, {"script", file, "--json"});
-    EXPECT_EQ(forPrograms.out, "{\"unresolved_fixes\":[\"XYZZY\",\"A\\u001bB\"]}\n");
-    EXPECT_EQ(forPrograms.err, "");
-}
-
-TEST_F(ScriptCommand, AFileThatIsNoScriptIsNotSent) {
-    const ScriptedCompanion companion(answering(R"({"unresolved_fixes":[]})"));
-    const auto wrong = folder.write("wrong.json", "[{]").string();
-    const auto outcome = run(companion, {"script", wrong});
-    EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_THAT(outcome.err, StartsWith("tarnly-client: the script " + wrong + ", line 1: no valid JSON: "));
-    EXPECT_EQ(companion.received().size(), 0U);
-}
 
 TEST(RecordingCommands, StartAndStop) {
     EXPECT_EQ(requestOf({"record", "start"}), R"({"type":"recording_start","req_id":2})");

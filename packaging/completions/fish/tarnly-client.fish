@@ -31,6 +31,9 @@ complete -c tarnly-client -n $none -a send -d 'Send a request as it is, and prin
 
 complete -c tarnly-client -n '__fish_seen_subcommand_from status' -l data-dir -x \
     -a '(__fish_complete_directories)' -d 'The companion\'s data folder'
+set -l scripting '__fish_seen_subcommand_from script'
+complete -c tarnly-client -n $scripting -l check -d 'Only look for what can never fire'
+complete -c tarnly-client -n $scripting -l nav-db -r -F -d 'A navigation database in which to look for the fixes'
 set -l watching '__fish_seen_subcommand_from watch'
 complete -c tarnly-client -n $watching -l recording -d 'Print the triggers of the recording as they fire'
 complete -c tarnly-client -n $watching -l count -x -d 'End after so many pushes, or triggers'
