@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <utility>
 
+#include "TarnlyApp/OptionPaths.hpp"
 #include "TarnlyApp/SettingRules.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
@@ -14,8 +16,14 @@ namespace {
 
 constexpr int wrongUsage = 2;
 
+/// For the disks of the paths that are named: one that sleeps may take longer, and holds up the start no
+/// more.
+constexpr auto disksPatience = std::chrono::seconds(1);
+
 /// CLI11's messages can have several lines.
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+std::string requirePath(const std::string& path) { return path.empty() ? "a path cannot be empty" : ""; }
 
 std::string nameOf(CompanionProgram program) {
     return program == CompanionProgram::tarnly ? "tarnly" : "tarnlyd";
@@ -64,14 +72,18 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->type_name("NAME")
         ->check(nameFault);
     app.add_option("--data-dir", options.dataFolder, "The folder of settings.json and of the recordings")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(requirePath);
     app.add_option("--nav-db", options.navigationDatabase,
                    "The navigation database with the fixes of scripts")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(requirePath);
     app.add_option("--situations", options.situationsFolder, "The folder of the simulator's saved situations")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(requirePath);
     app.add_option("--status-file", options.statusFile, "Keep a file that tells how the companion stands")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(requirePath);
     app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD");
     app.add_option("--max-clients", options.mostClients, "The most connections at once")
         ->type_name("N")
@@ -107,7 +119,12 @@ std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, i
                                                      const char* const* argv) {
     auto parsed = parseOptions(program, argc, argv);
     const auto* options = std::get_if<CompanionOptions>(&parsed);
-    if (options == nullptr || !options->asksForStatus) return parsed;
+    if (options == nullptr) return parsed;
+    if (!options->asksForStatus) {
+        const auto problem = problemOfPaths(*options, disksPatience);
+        if (problem) return EarlyExit{nameOf(program) + ": " + *problem + "\n", wrongUsage};
+        return parsed;
+    }
     try {
         return EarlyExit{askForStatus(dataFolder(*options)) + "\n", 0};
     } catch (const std::exception& error) {

@@ -63,8 +63,9 @@ enum class CompanionProgram { tarnly, tarnlyd };
 std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
                                                        const char* const* argv);
 
-/// As `parseOptions`; and where the command line asks only how a companion stands, that has been asked: its
-/// answer with status 0, or status 1 and one line with what to do. Blocks for five seconds at most.
+/// As `parseOptions`; and where the paths that the options name cannot be what they are to be, that is wrong
+/// usage (`problemOfPaths`). Where the command line asks only how a companion stands, that has been asked:
+/// its answer with status 0, or status 1 and one line with what to do. Blocks for five seconds at most.
 std::variant<CompanionOptions, EarlyExit> prepareRun(CompanionProgram program, int argc,
                                                      const char* const* argv);
 

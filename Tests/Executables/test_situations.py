@@ -95,13 +95,28 @@ def test_a_folder_is_listed_as_it_is_now(client, situations):
     assert names(client) == ["b"]
 
 
-def test_a_missing_folder_has_no_flights_until_it_is_there(programs):
-    folder = programs.new_folder() / "later"
+def test_a_folder_that_has_gone_has_no_flights_until_it_is_there(programs):
+    folder = programs.new_folder() / "situations"
+    folder.mkdir()
     client = programs.companion("--situations", folder).client()
+    folder.rmdir()
     assert listed(client) == []
     folder.mkdir()
     (folder / "a.sit").touch()
     assert names(client) == ["a"]
+
+
+def refusal(programs, *arguments):
+    ended = programs.run("tarnlyd", "--no-advertise", "--data-dir", programs.new_folder(), *arguments)
+    assert (ended.status, ended.output) == (2, ""), ended
+    return ended.errors
+
+
+def test_a_folder_that_is_not_there_is_refused(programs):
+    folder = programs.new_folder() / "later"
+    assert refusal(programs, "--situations", folder) == (
+        f"tarnlyd: --situations: {folder} does not exist; name the folder in which the simulator saves its "
+        "situations\n")
 
 
 def test_a_relative_folder_gives_absolute_paths(programs, situations):
@@ -116,12 +131,20 @@ def test_without_a_folder_listing_is_refused(programs):
     assert programs.companion().client().error("list_flights") == "situationsDirectoryNotConfigured"
 
 
-def test_a_folder_that_is_a_file_is_an_error_and_no_more(programs):
-    file = programs.new_folder() / "file"
-    file.touch()
-    client = programs.companion("--situations", file).client()
+def test_a_folder_that_becomes_a_file_is_an_error_and_no_more(programs):
+    folder = programs.new_folder() / "situations"
+    folder.mkdir()
+    client = programs.companion("--situations", folder).client()
+    folder.rmdir()
+    folder.touch()
     assert "Not a directory" in client.error("list_flights")
     assert client.data("sim_info")["sim"] == "xplane"
+
+
+def test_a_file_is_no_folder(programs):
+    file = programs.new_folder() / "file"
+    file.touch()
+    assert refusal(programs, "--situations", file).startswith(f"tarnlyd: --situations: {file} is no folder; name ")
 
 
 def test_a_long_listing_is_whole(client, situations):
@@ -313,32 +336,23 @@ def test_a_mount_that_hangs_does_not_keep_the_program_from_ending(programs, moun
 # The navigation database
 
 
-def failure_to_start(programs, path):
-    ended = programs.run("tarnlyd", "--no-advertise", "--data-dir", programs.new_folder(), "--nav-db", path)
-    assert (ended.status, ended.output) == (1, ""), ended
-    return ended.errors
-
-
-def test_a_database_that_is_not_there_is_a_failure_to_start(programs):
+def test_a_database_that_is_not_there_is_refused(programs):
     path = programs.new_folder() / "nav.db"
-    assert failure_to_start(programs, path) == (
-        f'Failed to start: openFailed(path: "{path}", message: "unable to open database file")\n')
+    assert refusal(programs, "--nav-db", path) == (
+        f"tarnlyd: --nav-db: {path} does not exist; name an SQLite file with the table enroute_fixes (fix_id, lat, "
+        "lon), navaids (nav_id, lat, lon) or both\n")
     assert not path.exists()
 
 
-def test_the_path_of_a_database_is_shown_escaped(programs):
+def test_the_path_of_a_database_is_shown_printable(programs):
     folder = programs.new_folder()
-    assert failure_to_start(programs, folder / 'a "b"\\c') == (
-        rf'Failed to start: openFailed(path: "{folder}/a \"b\"\\c", '
-        'message: "unable to open database file")'
-        "\n")
+    assert refusal(programs, "--nav-db", folder / "a\nb").startswith(
+        f"tarnlyd: --nav-db: {folder}/a?b does not exist; ")
 
 
 def test_a_folder_is_no_database(programs):
     folder = programs.new_folder()
-    # The words are those of the database library, and change with its version.
-    start = re.escape(f'Failed to start: openFailed(path: "{folder}", message: "')
-    assert re.fullmatch(start + r'[^"\n]+"\)\n', failure_to_start(programs, folder))
+    assert refusal(programs, "--nav-db", folder).startswith(f"tarnlyd: --nav-db: {folder} is a folder; ")
 
 
 def unresolved(programs, path, *fixes):
@@ -347,12 +361,14 @@ def unresolved(programs, path, *fixes):
     return client.data("load_script", {"triggers": script})["unresolved_fixes"]
 
 
-@pytest.mark.parametrize("content", [b"", b"this is no database at all, but long enough to be looked at" * 50],
-                         ids=["empty", "text"])
-def test_a_database_without_tables_knows_no_fix(programs, content):
+@pytest.mark.parametrize("content, problem", [
+    (b"", "has none of the tables of a navigation database"),
+    (b"this is no database at all, but long enough to be looked at" * 50, "is no SQLite database"),
+], ids=["empty", "text"])
+def test_a_file_of_something_else_is_no_database(programs, content, problem):
     path = programs.new_folder() / "nav.db"
     path.write_bytes(content)
-    assert unresolved(programs, path, "Kloten") == ["KLOTEN"]
+    assert refusal(programs, "--nav-db", path).startswith(f"tarnlyd: --nav-db: {path} {problem}; name ")
     assert path.read_bytes() == content
 
 
