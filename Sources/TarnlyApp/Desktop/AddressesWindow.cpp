@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "TarnlyApp/Desktop/QrCode.hpp"
+#include "TarnlyApp/Desktop/QrCodeWidget.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 

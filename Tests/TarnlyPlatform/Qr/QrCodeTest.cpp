@@ -1,4 +1,4 @@
-#include "TarnlyApp/Desktop/QrCode.hpp"
+#include "TarnlyPlatform/Qr/QrCode.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,9 @@
 #include <array>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tarnly {
 namespace {
@@ -93,6 +95,44 @@ TEST(QrCode, IsLightAllAround) {
     for (const int outside : {-1, code->size(), 1000}) {
         EXPECT_FALSE(code->isDark(outside, 0));
         EXPECT_FALSE(code->isDark(0, outside));
+    }
+}
+
+/// What a terminal shows of a line, two rows of "#" and ".".
+std::array<std::string, 2> rowsOf(const std::string& line) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> shown{
+        {{" ", ".."}, {"▀", "#."}, {"▄", ".#"}, {"█", "##"}}};
+    std::array<std::string, 2> rows;
+    std::string_view rest = line;
+    while (!rest.empty()) {
+        const auto found =
+            std::ranges::find_if(shown, [&](const auto& known) { return rest.starts_with(known.first); });
+        if (found == shown.end()) return {"?", "?"};
+        rows[0] += found->second[0];
+        rows[1] += found->second[1];
+        rest.remove_prefix(found->first.size());
+    }
+    return rows;
+}
+
+TEST(QrCode, ATerminalShowsItBlackOnWhiteWithItsQuietZone) {
+    const auto code = QrCode::of("http://192.168.1.20:41234/");
+    ASSERT_TRUE(code);
+    const std::string before = "\x1b[30;107m";
+    const std::string after = "\x1b[0m";
+    std::vector<std::string> rows;
+    for (const auto& line : terminalLines(*code)) {
+        ASSERT_TRUE(line.starts_with(before) && line.ends_with(after));
+        for (auto& row : rowsOf(line.substr(before.size(), line.size() - before.size() - after.size())))
+            rows.push_back(std::move(row));
+    }
+    const int width = code->size() + 2 * QrCode::quietZone;
+    ASSERT_EQ(static_cast<int>(rows.size()), width + 1); // the last line has a row to spare
+    for (int y = 0; y <= width; ++y) {
+        std::string expected;
+        for (int x = 0; x < width; ++x)
+            expected += code->isDark(x - QrCode::quietZone, y - QrCode::quietZone) ? '#' : '.';
+        EXPECT_EQ(rows[static_cast<std::size_t>(y)], expected) << y;
     }
 }
 

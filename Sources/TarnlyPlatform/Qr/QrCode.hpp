@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,11 +11,14 @@ namespace tarnly {
 /// A text as a square of dark and light modules that a camera reads. A plain value, for any thread.
 class QrCode {
   public:
+    /// In modules, on each side: ISO/IEC 18004 asks for four.
+    static constexpr int quietZone = 4;
+
     /// `text` byte by byte, with about a seventh of the code repairable (error correction level M). Absent
     /// for an empty text and for one that does not fit.
     static std::optional<QrCode> of(const std::string& text);
 
-    /// The modules along an edge, without the quiet zone of four light ones that it needs on each side.
+    /// The modules along an edge, without the quiet zone that it needs on each side.
     int size() const { return size_; }
 
     /// The module in column `x` and row `y`, from the upper left; light outside of the code.
@@ -29,23 +32,8 @@ class QrCode {
     std::vector<bool> modules_;
 };
 
-/// Shows a text as a QR code, black on white in every theme: many readers know no other.
-class QrCodeWidget : public QWidget {
-    Q_OBJECT
-
-  public:
-    QrCodeWidget();
-
-    /// An empty text shows nothing.
-    void showCode(const std::string& text);
-
-    QSize sizeHint() const override;
-
-  protected:
-    void paintEvent(QPaintEvent* event) override;
-
-  private:
-    std::optional<QrCode> code_;
-};
+/// The code with its quiet zone for a terminal, two rows of modules a line, black on white whatever the
+/// terminal's colours are (ECMA-48): many readers know no other.
+std::vector<std::string> terminalLines(const QrCode& code);
 
 } // namespace tarnly
