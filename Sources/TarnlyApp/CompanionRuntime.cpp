@@ -147,7 +147,7 @@ void CompanionRuntime::build() {
         executor, workers_, clock_, *host_, *backend_, setup,
         [this](const auto& path) { return openNavDatabaseOrTell(path); }, remark);
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
-                                [this] { return warnings(); }};
+                                [this] { return warnings(); }, [this] { return follower_->sources(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
 }
 

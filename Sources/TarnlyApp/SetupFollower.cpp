@@ -49,6 +49,7 @@ SetupFollower::SetupFollower(const boost::asio::any_io_executor& executor, Worke
       openNavDatabase_(std::move(openNavDatabase)),
       tell_(std::move(tell)),
       note_(installerNote()),
+      simulator_(setup.simulator),
       present_(setup),
       wanted_(std::move(setup)),
       changed_(executor),
@@ -78,6 +79,15 @@ std::vector<std::string> SetupFollower::warnings() const {
     std::vector<std::string> all;
     if (auto warning = situationsWarning_.copy()) all.push_back(std::move(*warning));
     return all;
+}
+
+SourcesStatus SetupFollower::sources() const {
+    thread_.check();
+    SourcesStatus sources{wellFormedUtf8(simulator_.host), simulator_.port, {}, {}};
+    if (situationsInUse_) sources.situations = wellFormedUtf8(*situationsInUse_);
+    if (present_.navigationDatabase)
+        sources.navDatabase = wellFormedUtf8(present_.navigationDatabase->string());
+    return sources;
 }
 
 Task<> SetupFollower::keepInStep() {
@@ -119,7 +129,7 @@ Task<> SetupFollower::openDatabase() {
 Task<> SetupFollower::findSituations() {
     const auto named = present_.situationsFolder;
     auto path = named ? named->string() : note_;
-    backend_.setSituationsDirectory(named ? std::optional(path) : std::nullopt);
+    useSituations(named ? std::optional(path) : std::nullopt);
     warnOfSituations(std::nullopt);
     if (path.empty()) co_return;
     auto look = looks_.at(path);
@@ -127,9 +137,14 @@ Task<> SetupFollower::findSituations() {
     if (!seen) {
         warnOfSituations(silentText(path));
     } else if (seen->folder) {
-        backend_.setSituationsDirectory(seen->folder);
+        useSituations(seen->folder);
         if (!seen->exists) warnOfSituations(missingText(*seen->folder));
     }
+}
+
+void SetupFollower::useSituations(std::optional<std::string> folder) {
+    situationsInUse_ = folder;
+    backend_.setSituationsDirectory(std::move(folder));
 }
 
 SetupFollower::Situations SetupFollower::findBy(const std::string& note) {

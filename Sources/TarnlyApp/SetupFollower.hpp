@@ -10,6 +10,7 @@
 
 #include "TarnlyApp/CompanionSetup.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
+#include "TarnlyCore/Protocol/CompanionStatus.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
@@ -52,6 +53,9 @@ class SetupFollower {
     /// Harmless when repeated.
     void close();
 
+    /// What the companion draws upon at present.
+    SourcesStatus sources() const;
+
     /// What is not as the present settings want it, in whole sentences. From any thread.
     std::vector<std::string> warnings() const;
 
@@ -69,6 +73,7 @@ class SetupFollower {
     Task<> apply(CompanionSetup next);
     Task<> openDatabase();
     Task<> findSituations();
+    void useSituations(std::optional<std::string> folder);
     void warnOfSituations(std::optional<std::string> warning);
 
     OnOneThread thread_;
@@ -81,11 +86,15 @@ class SetupFollower {
     /// Of the simulator's installer; empty for a person without a home folder.
     const std::string note_;
 
+    /// For the whole run.
+    const Endpoint simulator_;
     /// What the companion goes by, and what it shall.
     CompanionSetup present_;
     CompanionSetup wanted_;
     Event changed_;
     FileLooks<Situations> looks_;
+    /// As the backend has it.
+    std::optional<std::string> situationsInUse_;
     Guarded<std::optional<std::string>> situationsWarning_;
     // depends-on: workers_, clock_, host_, backend_, changed_, looks_
     TaskGroup tasks_;

@@ -23,6 +23,9 @@ CompanionStatus StatusReporter::collect() const {
     status.port = host_.advertiser().advertisedPort();
     status.published = PublicationStatus::of(host_.advertiser().publicationState());
     status.stage = StageStatus::of(backend_.stage(), clock_.now());
+    status.pairing = host_.pairing().requiresPairing() ? "password" : "open";
+    if (facts_.sources) status.sources = facts_.sources();
+    status.visitors = VisitorsStatus::of(host_.visitors());
     status.clients.paired = static_cast<std::int64_t>(host_.server().pairedCount());
     status.clients.connected = static_cast<std::int64_t>(host_.server().connectionCount());
     if (const auto progress = host_.recording().progress()) {

@@ -19,6 +19,8 @@ class StatusReporter {
         std::function<std::string()> words;
         /// What else is not as it should be, in whole sentences.
         std::function<std::vector<std::string>()> warnings;
+        /// What the companion draws upon; may be empty.
+        std::function<SourcesStatus()> sources{};
     };
 
     /// What is given outlives the reporter.

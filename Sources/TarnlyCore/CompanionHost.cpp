@@ -25,6 +25,12 @@ MakeFixResolver fixesIn(std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> p
     };
 }
 
+PairingGuard::OnAnswer noteIn(const std::shared_ptr<Visitors>& visitors) {
+    return [visitors](const PeerNetwork& from, bool isAccepted) {
+        visitors->note(isAccepted ? Visitors::Kind::paired : Visitors::Kind::refused, from);
+    };
+}
+
 SamplingLoop::PushSubscriptions pushThrough(std::shared_ptr<ProtocolServer> server) {
     return [server = std::move(server)] {
         server->broadcast(
@@ -60,6 +66,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       appVersion_(std::move(configuration.appVersion)),
       ports_(std::move(configuration.ports)),
       pairing_(std::make_shared<PairingManager>(std::move(configuration.password))),
+      visitors_(std::make_shared<Visitors>(FlightRecorder::systemTime)),
       recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock,
                                                   FlightRecorder::systemTime, RecordingLog::open,
                                                   std::move(configuration.tell))),
@@ -75,10 +82,11 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       server_(std::make_shared<ProtocolServer>(
           executor, clock,
           [services =
-               ProtocolSession::Services{pairing_, std::make_shared<PairingGuard>(executor, clock), backend,
-                                         recording_, loadedScript_, fixesIn(navDatabase_, clock, isStopping_),
-                                         std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers,
-                                         scriptWorkers_, noteFreed(freedMemory_)}](const PeerNetwork& peer) {
+               ProtocolSession::Services{
+                   pairing_, std::make_shared<PairingGuard>(executor, clock, noteIn(visitors_)), backend,
+                   recording_, loadedScript_, fixesIn(navDatabase_, clock, isStopping_),
+                   std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers, scriptWorkers_,
+                   noteFreed(freedMemory_)}](const PeerNetwork& peer) {
               return std::make_shared<ProtocolSession>(services, peer);
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
@@ -109,6 +117,9 @@ Task<> CompanionHost::start() {
     options.admission = admission_;
     options.gate = gate_;
     options.pages = pages_;
+    options.onPageVisit = [visitors = visitors_](const PeerNetwork& from) {
+        visitors->note(Visitors::Kind::page, from);
+    };
     co_await advertiser_.start(std::move(service), std::move(onNewConnection), std::move(options));
     sampling_->start();
 }

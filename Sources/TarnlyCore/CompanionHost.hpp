@@ -14,6 +14,7 @@
 
 #include "TarnlyCore/Discovery/PairingManager.hpp"
 #include "TarnlyCore/Discovery/ServiceAdvertiser.hpp"
+#include "TarnlyCore/Discovery/Visitors.hpp"
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
@@ -104,6 +105,7 @@ class CompanionHost {
     FlightRecorder& recording() { return *recording_; }
     LoadedScript& loadedScript() { return *loadedScript_; }
     ProtocolServer& server() { return *server_; }
+    const Visitors& visitors() const { return *visitors_; }
     SamplingLoop& sampling() { return *sampling_; }
     ServiceAdvertiser& advertiser() { return advertiser_; }
     const ServiceAdvertiser& advertiser() const { return advertiser_; }
@@ -121,6 +123,7 @@ class CompanionHost {
     /// Each loads one session's script at a time. As many as the navigation database answers side by side.
     WorkerPool scriptWorkers_{NavDatabase::sideBySide};
     const std::shared_ptr<PairingManager> pairing_;
+    const std::shared_ptr<Visitors> visitors_;
     const std::shared_ptr<FlightRecorder> recording_;
     const std::shared_ptr<LoadedScript> loadedScript_;
     const std::shared_ptr<FreedMemory> freedMemory_;
@@ -130,7 +133,7 @@ class CompanionHost {
     const BrowserGate gate_;
     const std::shared_ptr<const WebPages> pages_;
     const std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> navDatabase_;
-    // depends-on: scriptWorkers_, pairing_, recording_, loadedScript_, freedMemory_, navDatabase_
+    // depends-on: scriptWorkers_, pairing_, visitors_, recording_, loadedScript_, freedMemory_, navDatabase_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);
     // depends-on: recording_, server_, isStageWatched_

@@ -68,8 +68,10 @@ def test_the_status_file_has_every_key(told, status_file):
     assert status["published"] == {"state": "off"}
     assert status["stage"].keys() >= {"name", "words", "advice"}
     assert status["stage"]["words"].startswith("Simulator: ")
+    assert status["pairing"] == "open"
+    assert status["sources"].keys() == {"sim_host", "sim_port"}
     assert status["clients"] == {"paired": 0, "connected": 0}
-    assert "recording" not in status
+    assert "recording" not in status and "visitors" not in status
     assert status["data_folder"] == str(folder_of(told))
 
 

@@ -67,6 +67,21 @@ TEST_F(StatusReporterTest, FollowsTheWarnings) {
     EXPECT_EQ(reporter.collect().warnings, warnings);
 }
 
+TEST_F(StatusReporterTest, TellsWhetherAPasswordIsAskedFor) {
+    EXPECT_EQ(reporter.collect().pairing, "open");
+    host.pairing().setPassword("secret");
+    EXPECT_EQ(reporter.collect().pairing, "password");
+}
+
+TEST_F(StatusReporterTest, TellsWhatTheCompanionDrawsUpon) {
+    const SourcesStatus sources{"rig", 8086, "/x/Output/situations", {}};
+    const StatusReporter telling(
+        host, *backend, clock,
+        {"/d", [] { return ""; }, [] { return std::vector<std::string>(); }, [&] { return sources; }});
+    EXPECT_EQ(telling.collect().sources, sources);
+    EXPECT_FALSE(telling.collect().visitors);
+}
+
 TEST_F(StatusReporterTest, FollowsThePublication) {
     test::runTask(io, host.start());
     EXPECT_EQ(reporter.collect().port, host.advertiser().advertisedPort());

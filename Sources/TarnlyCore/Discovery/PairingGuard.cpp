@@ -60,6 +60,7 @@ Task<> PairingGuard::waitForTurn(PeerNetwork network, std::function<bool()> isAb
 
 void PairingGuard::note(const PeerNetwork& network, bool isAccepted) {
     thread_.check();
+    if (onAnswer_) onAnswer_(network, isAccepted);
     forgetOld();
     if (isAccepted) {
         if (auto* line = find(network)) line->refusals = 0;

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
@@ -35,9 +36,12 @@ class PairingGuard {
     /// Of so many the refusals are remembered; beyond that the longest ago are forgotten.
     static constexpr std::size_t mostNetworks = 1024;
 
-    /// `clock` outlives all that runs on `executor`.
-    PairingGuard(const boost::asio::any_io_executor& executor, Clock& clock)
-        : clock_(clock), changed_(executor) {}
+    /// An attempt of a network is answered.
+    using OnAnswer = std::function<void(const PeerNetwork& network, bool isAccepted)>;
+
+    /// `clock` outlives all that runs on `executor`. `onAnswer` may be empty.
+    PairingGuard(const boost::asio::any_io_executor& executor, Clock& clock, OnAnswer onAnswer = {})
+        : clock_(clock), onAnswer_(std::move(onAnswer)), changed_(executor) {}
 
     /// Whether an attempt to pair can wait for its answer; where it cannot, the connection is to be closed.
     bool hasRoom(const PeerNetwork& network);
@@ -77,6 +81,7 @@ class PairingGuard {
 
     OnOneThread thread_;
     Clock& clock_;
+    const OnAnswer onAnswer_;
     Event changed_;
     std::map<PeerNetwork, Line> lines_;
 };

@@ -27,6 +27,17 @@ std::string durationText(double seconds) {
     return start + ":" + twoDigits(time.seconds().count());
 }
 
+/// "2026-11-22T15:04:05Z"
+std::string utcText(std::chrono::sys_seconds time) {
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(time - day);
+    return std::to_string(static_cast<int>(date.year())) + "-" +
+           twoDigits(static_cast<unsigned>(date.month())) + "-" +
+           twoDigits(static_cast<unsigned>(date.day())) + "T" + twoDigits(clock.hours().count()) + ":" +
+           twoDigits(clock.minutes().count()) + ":" + twoDigits(clock.seconds().count()) + "Z";
+}
+
 std::string sentence(std::string clause) {
     clause.at(0) = static_cast<char>(std::toupper(static_cast<unsigned char>(clause.at(0))));
     return clause + ".";
@@ -68,6 +79,20 @@ PublicationStatus PublicationStatus::of(const std::optional<PublicationState>& p
             break;
     }
     return {"not_published", {}, text};
+}
+
+std::optional<VisitStatus> VisitStatus::of(const std::optional<Visitors::Visits>& visits) {
+    if (!visits) return std::nullopt;
+    return VisitStatus{visits->count, utcText(visits->lastAt), visits->lastFrom};
+}
+
+std::optional<VisitorsStatus> VisitorsStatus::of(const Visitors& visitors) {
+    using Kind = Visitors::Kind;
+    VisitorsStatus status{VisitStatus::of(visitors.of(Kind::page)),
+                          VisitStatus::of(visitors.of(Kind::refused)),
+                          VisitStatus::of(visitors.of(Kind::paired))};
+    if (status == VisitorsStatus()) return std::nullopt;
+    return status;
 }
 
 RecordingStatus RecordingStatus::of(const FlightRecorder::Progress& progress) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TarnlyCore/Discovery/Visitors.hpp"
 #include "TarnlyCore/Flight/SimulatorStage.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
@@ -65,6 +66,54 @@ struct ClientsStatus {
     }
 };
 
+/// Of one kind, from other computers.
+struct VisitStatus {
+    std::int64_t count = 0;
+    /// The last one's moment, "2026-11-22T15:04:05Z", and the address, of IPv6 the first half.
+    std::string at;
+    std::string from;
+
+    static std::optional<VisitStatus> of(const std::optional<Visitors::Visits>& visits);
+
+    bool operator==(const VisitStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("count", &VisitStatus::count), field("at", &VisitStatus::at),
+                          field("from", &VisitStatus::from));
+    }
+};
+
+struct VisitorsStatus {
+    std::optional<VisitStatus> page;
+    std::optional<VisitStatus> refused;
+    std::optional<VisitStatus> paired;
+
+    /// Absent while there were none.
+    static std::optional<VisitorsStatus> of(const Visitors& visitors);
+
+    bool operator==(const VisitorsStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("page", &VisitorsStatus::page), field("refused", &VisitorsStatus::refused),
+                          field("paired", &VisitorsStatus::paired));
+    }
+};
+
+/// What the companion draws upon.
+struct SourcesStatus {
+    std::string simulatorHost;
+    std::int64_t simulatorPort = 0;
+    /// A folder and a file; absolute paths.
+    std::optional<std::string> situations;
+    std::optional<std::string> navDatabase;
+
+    bool operator==(const SourcesStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("sim_host", &SourcesStatus::simulatorHost),
+                          field("sim_port", &SourcesStatus::simulatorPort),
+                          field("situations", &SourcesStatus::situations),
+                          field("nav_db", &SourcesStatus::navDatabase));
+    }
+};
+
 /// Times in seconds, to the tenth.
 struct RecordingStatus {
     /// The log's path; empty where none could be made.
@@ -101,6 +150,10 @@ struct CompanionStatus {
     /// This and what follows is absent, or nothing, while it does not run.
     std::optional<PublicationStatus> published;
     std::optional<StageStatus> stage;
+    /// "open" or "password".
+    std::optional<std::string> pairing;
+    std::optional<SourcesStatus> sources;
+    std::optional<VisitorsStatus> visitors;
     ClientsStatus clients;
     std::optional<RecordingStatus> recording;
     /// An absolute path.
@@ -116,7 +169,9 @@ struct CompanionStatus {
             field("words", &CompanionStatus::words), field("warnings", &CompanionStatus::warnings),
             field("port", &CompanionStatus::port), field("addresses", &CompanionStatus::addresses),
             field("published", &CompanionStatus::published), field("stage", &CompanionStatus::stage),
-            field("clients", &CompanionStatus::clients), field("recording", &CompanionStatus::recording),
+            field("pairing", &CompanionStatus::pairing), field("sources", &CompanionStatus::sources),
+            field("visitors", &CompanionStatus::visitors), field("clients", &CompanionStatus::clients),
+            field("recording", &CompanionStatus::recording),
             field("data_folder", &CompanionStatus::dataFolder));
     }
 };

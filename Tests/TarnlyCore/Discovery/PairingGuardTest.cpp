@@ -6,6 +6,7 @@
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
+#include <string>
 #include <vector>
 
 #include "Support/VirtualClock.hpp"
@@ -49,6 +50,16 @@ struct PairingGuardTest : testing::Test {
         return isAbandoned;
     }
 };
+
+TEST_F(PairingGuardTest, AnswersAreHandedOn) {
+    std::vector<std::string> told;
+    PairingGuard telling(io.get_executor(), clock, [&](const PeerNetwork& network, bool isAccepted) {
+        told.push_back(network.text() + (isAccepted ? " in" : " out"));
+    });
+    telling.note(guesser, false);
+    telling.note(networkOf("10.0.0.2"), true);
+    EXPECT_THAT(told, ElementsAre("10.0.0.1 out", "10.0.0.2 in"));
+}
 
 TEST_F(PairingGuardTest, TheFirstRefusalsAreAnsweredAtOnce) {
     EXPECT_TRUE(guard.isPrompt(guesser));

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/asio/ip/address.hpp>
+
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -27,6 +29,13 @@ CompanionStatus wholeStatus() {
     status.addresses = {"ws://192.168.1.20:41234", "ws://[fd42::20]:41234"};
     status.published = {"published", "rig42 (2)", {}};
     status.stage = StageStatus::of({Kind::silent, "", now - 7s}, now);
+    status.pairing = "password";
+    status.sources = SourcesStatus{"127.0.0.1", 8086, "/x/Output/situations", "/x/nav.db"};
+    Visitors visitors(
+        [] { return std::chrono::sys_days(std::chrono::year(2026) / 11 / 2) + 3h + 4min + 5s; });
+    visitors.note(Visitors::Kind::page, PeerNetwork(boost::asio::ip::make_address("192.0.2.7")));
+    visitors.note(Visitors::Kind::refused, PeerNetwork(boost::asio::ip::make_address("2001:db8::1")));
+    status.visitors = VisitorsStatus::of(visitors);
     status.clients = {2, 3};
     status.recording =
         RecordingStatus::of({"/d/Recordings/a.jsonl", 65s, 12, 430ms, "The log is not being written."});
@@ -42,6 +51,10 @@ constexpr auto wholeStatusJson =
     R"-("published":{"state":"published","name":"rig42 (2)"},)-"
     R"-("stage":{"name":"silent","words":"Simulator: silent for 7 s",)-"
     R"-("advice":"look at the simulator, and restart it if it does not react","silent_for_s":7},)-"
+    R"-("pairing":"password","sources":{"sim_host":"127.0.0.1","sim_port":8086,)-"
+    R"-("situations":"\/x\/Output\/situations","nav_db":"\/x\/nav.db"},)-"
+    R"-("visitors":{"page":{"count":1,"at":"2026-11-02T03:04:05Z","from":"192.0.2.7"},)-"
+    R"-("refused":{"count":1,"at":"2026-11-02T03:04:05Z","from":"2001:db8::"}},)-"
     R"-("clients":{"paired":2,"connected":3},)-"
     R"-("recording":{"file":"\/d\/Recordings\/a.jsonl","samples":12,)-"
     R"-("last_sample_age_s":0.4,"running_for_s":65,)-"
@@ -77,10 +90,11 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
     status.published->reason = "x";
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
-    EXPECT_EQ(keys.size(), 26U);
+    EXPECT_EQ(keys.size(), 41U);
     const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "status.md");
-    // The table does not list `clients` itself.
+    // The table does not list `clients` itself, and what is told of a visit but once.
     std::erase(keys, "clients");
+    std::erase_if(keys, [](const auto& key) { return key.starts_with("visitors.refused."); });
     for (const auto& key : keys)
         EXPECT_THAT(page, testing::HasSubstr("\n| `" + key + "` | ")) << key;
 }
