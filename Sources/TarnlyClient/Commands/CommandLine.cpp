@@ -100,6 +100,7 @@ int runClient(const std::vector<std::string>& arguments, std::ostream& out, std:
     addGlobalOptions(app, context.options);
     addCompanionCommands(app, context);
     addStatusCommand(app, context);
+    addDoctorCommand(app, context);
     addDatarefCommands(app, context);
     addWatchCommand(app, context);
     addControlCommands(app, context);

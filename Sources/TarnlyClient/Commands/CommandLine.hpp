@@ -56,6 +56,8 @@ struct CommandContext {
 void addCompanionCommands(CLI::App& app, CommandContext& context);
 /// status
 void addStatusCommand(CLI::App& app, CommandContext& context);
+/// doctor
+void addDoctorCommand(CLI::App& app, CommandContext& context);
 /// send
 void addSendCommand(CLI::App& app, CommandContext& context);
 /// get, set

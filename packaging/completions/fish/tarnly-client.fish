@@ -1,6 +1,6 @@
 # fish completion for tarnly-client
 
-set -l subcommands discover info status get set watch run move attitude flights load script record catch-up send
+set -l subcommands discover info status doctor get set watch run move attitude flights load script record catch-up send
 set -l none "not __fish_seen_subcommand_from $subcommands"
 
 complete -c tarnly-client -f
@@ -16,6 +16,7 @@ complete -c tarnly-client -l version -d 'Print the version'
 complete -c tarnly-client -n $none -a discover -d 'List the companions on the network'
 complete -c tarnly-client -n $none -a info -d 'Show which simulator the companion is connected with'
 complete -c tarnly-client -n $none -a status -d 'Show how the companion on this computer stands'
+complete -c tarnly-client -n $none -a doctor -d 'Find out what keeps a lesson from working'
 complete -c tarnly-client -n $none -a get -d 'Print the present values of datarefs'
 complete -c tarnly-client -n $none -a set -d 'Write datarefs, or elements of array datarefs'
 complete -c tarnly-client -n $none -a watch -d 'Print the values of datarefs, or what is recorded'
@@ -29,11 +30,16 @@ complete -c tarnly-client -n $none -a record -d 'Start or stop the recording of 
 complete -c tarnly-client -n $none -a catch-up -d 'Show what has been recorded'
 complete -c tarnly-client -n $none -a send -d 'Send a request as it is, and print the answer'
 
-complete -c tarnly-client -n '__fish_seen_subcommand_from status' -l data-dir -x \
+complete -c tarnly-client -n '__fish_seen_subcommand_from status doctor' -l data-dir -x \
     -a '(__fish_complete_directories)' -d 'The companion\'s data folder'
 set -l scripting '__fish_seen_subcommand_from script'
 complete -c tarnly-client -n $scripting -l check -d 'Only look for what can never fire'
 complete -c tarnly-client -n $scripting -l nav-db -r -F -d 'A navigation database in which to look for the fixes'
+set -l examining '__fish_seen_subcommand_from doctor'
+complete -c tarnly-client -n $examining -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
+complete -c tarnly-client -n $examining -l sim-port -x -d 'The port of the simulator\'s web API'
+complete -c tarnly-client -n $examining -l reach -d 'Wait for a device to open the companion\'s address'
+complete -c tarnly-client -n $examining -l wait -x -d 'How long to wait for the device'
 set -l watching '__fish_seen_subcommand_from watch'
 complete -c tarnly-client -n $watching -l recording -d 'Print the triggers of the recording as they fire'
 complete -c tarnly-client -n $watching -l count -x -d 'End after so many pushes, or triggers'
