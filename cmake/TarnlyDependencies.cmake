@@ -1,4 +1,4 @@
-find_package(Boost 1.81 REQUIRED COMPONENTS json)
+find_package(Boost 1.81 REQUIRED CONFIG) # its headers alone: nothing of ours links its libraries
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(PkgConfig REQUIRED)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
@@ -14,3 +14,9 @@ target_compile_definitions(tarnly_asio PUBLIC
     BOOST_BEAST_SEPARATE_COMPILATION
     BOOST_ASIO_NO_DEPRECATED)
 target_link_libraries(tarnly_asio PUBLIC Boost::headers Threads::Threads)
+
+# Boost.JSON compiled in: the programs then need no library with a release of Boost in its name. Where nothing is
+# optimized it would parse several times slower than the system's own does, and nobody debugs it here.
+add_library(tarnly_json STATIC ${CMAKE_CURRENT_LIST_DIR}/json.cpp)
+target_compile_options(tarnly_json PRIVATE $<$<CONFIG:Debug>:-O2>)
+target_link_libraries(tarnly_json PUBLIC Boost::headers)
