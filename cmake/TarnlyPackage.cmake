@@ -1,4 +1,5 @@
 # The Debian package: cmake --build --preset release --target deb
+set(TARNLY_PACKAGE_RELEASE 1 CACHE STRING "The Debian package's release, with the system that it is for")
 set(CPACK_GENERATOR DEB)
 set(CPACK_SOURCE_GENERATOR "")
 set(CPACK_PACKAGE_NAME tarnly)
@@ -8,7 +9,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete-tree.cmake)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${TARNLY_PACKAGE_RELEASE})
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The Tarnly developers <tarnly@example.org>")
 set(CPACK_DEBIAN_PACKAGE_SECTION education)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "flight-training companion of the X-Plane flight simulator")

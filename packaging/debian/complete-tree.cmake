@@ -10,6 +10,11 @@ file(COPY "${CMAKE_CURRENT_LIST_DIR}/lintian-overrides" DESTINATION "${tree}/sha
     ${plainFile})
 file(RENAME "${tree}/share/lintian/overrides/lintian-overrides" "${tree}/share/lintian/overrides/tarnly")
 
+# A package for one release of Debian says so in its version.
+file(READ "${documents}/changelog.Debian" changes)
+string(REPLACE "-1) " "-${CPACK_DEBIAN_PACKAGE_RELEASE}) " changes "${changes}")
+file(WRITE "${documents}/changelog.Debian" "${changes}")
+
 file(GLOB programs "${tree}/bin/*")
 execute_process(
     COMMAND strip --remove-section=.comment --remove-section=.note ${programs}
