@@ -1,162 +1,212 @@
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 
-#include <sqlite3.h>
-
-#include <filesystem>
-#include <thread>
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
 #include <utility>
+#include <vector>
 
+#include "TarnlyPlatform/Base/StartThread.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
 namespace {
 
-constexpr const char* fixQuery = "SELECT lat, lon FROM enroute_fixes WHERE fix_id = ?1";
-constexpr const char* navaidQuery = "SELECT lat, lon FROM navaids WHERE nav_id = ?1";
-
-constexpr int toItsNul = -1;
-
-/// Steps of SQLite's machine between two looks at the time: less than a millisecond.
-constexpr int stepsBetweenLooks = 1000;
-/// How long to leave a file alone that somebody writes.
-constexpr auto writersTurn = std::chrono::milliseconds(10);
-
-// A row has a few dozen bytes. What takes more is no such row, and a single step over it may take as long as
-// it likes.
-constexpr int longestValue = 100'000;
-constexpr sqlite3_int64 mostMemory = 32 * 1024 * 1024;
-
-/// Nothing in the file is to be trusted, and no file is to be something else by its name: SQLite may be built
-/// to read a path that begins with "file:" as a URI, and knows ":memory:".
-void distrust(sqlite3* connection) {
-    sqlite3_hard_heap_limit64(mostMemory);
-    sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, longestValue);
-    sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-}
-
-std::string asPlainPath(const std::string& path) {
-    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
-}
+/// How often who waits for a disk looks whether it is to go on.
+constexpr std::chrono::milliseconds slice{5};
 
 } // namespace
 
-void NavDatabase::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
+/// What a lookup and its thread share. Protected by the mutex of the room, but for `isOver`.
+struct NavDatabase::Lookup::Search {
+    std::atomic<bool> isOver = false;
+    std::optional<std::string> asked;
+    std::optional<NavConnection::Answer> answer;
+};
 
-NavDatabase::NavDatabase(const std::string& path, Warn warn) : path_(path), warn_(std::move(warn)) {
-    idle_.with([&](auto& idle) {
-        for (std::size_t number = 0; number < sideBySide; ++number)
-            idle.push_back(open(path));
-    });
-}
+/// What the threads share with the database, which they may outlive.
+class NavDatabase::Room {
+  public:
+    using Search = Lookup::Search;
 
-NavDatabase::Connection NavDatabase::open(const std::string& path) {
-    sqlite3* opened = nullptr;
-    // Without a lock of its own: each is used by one thread at a time.
-    const int result = sqlite3_open_v2(asPlainPath(path).c_str(), &opened,
-                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
-    Connection connection(opened);
-    if (result == SQLITE_OK) {
-        distrust(opened);
-        return connection;
+    Room(std::string path, Warn warn) : path_(std::move(path)), warn_(std::move(warn)) {}
+
+    /// The thread that opens: all at the start, as later the file may have another name, or the process no
+    /// handle to spare.
+    void open() {
+        std::vector<std::unique_ptr<NavConnection>> opened;
+        std::exception_ptr failure;
+        try {
+            while (opened.size() < sideBySide)
+                opened.push_back(std::make_unique<NavConnection>(path_));
+        } catch (const std::exception&) {
+            failure = std::current_exception();
+        }
+        const std::lock_guard lock(mutex_);
+        if (!failure) idle_ = std::move(opened);
+        openFailure_ = std::move(failure);
+        isOpened_ = true;
+        changed_.notify_all();
     }
-    const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
-    throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
-}
 
-NavDatabase::Connection NavDatabase::take() const {
-    available_.acquire();
-    return idle_.with([](auto& idle) {
-        auto last = std::move(idle.back());
-        idle.pop_back();
+    void awaitOpening(std::chrono::milliseconds limit) {
+        std::unique_lock lock(mutex_);
+        const bool isInTime = changed_.wait_for(lock, limit, [&] { return isOpened_; });
+        if (openFailure_) std::rethrow_exception(openFailure_);
+        if (isInTime) return;
+        lock.unlock();
+        warn("The navigation database " + printable(path_) + " has not opened within " +
+             std::to_string(limit.count()) +
+             " milliseconds; until it has, its fixes count as not found. Give --nav-db a file on a disk that "
+             "answers, or load the script again later.");
+    }
+
+    /// A search's thread.
+    void serve(Search& search) {
+        auto connection = take(search);
+        while (auto id = next(search)) {
+            NavConnection::Answer answer;
+            try {
+                answer = connection ? connection->find(*id, search.isOver) : unopened();
+            } catch (const std::exception& error) {
+                answer = {{}, error.what()};
+            }
+            const std::lock_guard lock(mutex_);
+            search.answer = std::move(answer);
+            changed_.notify_all();
+        }
+        if (!connection) return;
+        const std::lock_guard lock(mutex_);
+        idle_.push_back(std::move(connection)); // for which there was room
+        changed_.notify_all();
+    }
+
+    /// What the thread of `search` answers, unless `mayGoOn` says no first.
+    template <typename MayGoOn>
+    std::optional<NavConnection::Answer> ask(Search& search, std::string id, const MayGoOn& mayGoOn) {
+        std::unique_lock lock(mutex_);
+        search.asked = std::move(id);
+        changed_.notify_all();
+        while (!changed_.wait_for(lock, slice, [&] { return search.answer.has_value(); })) {
+            lock.unlock();
+            if (!mayGoOn()) return std::nullopt;
+            lock.lock();
+        }
+        return std::exchange(search.answer, std::nullopt);
+    }
+
+    void end(Search& search) {
+        const std::lock_guard lock(mutex_);
+        search.isOver = true;
+        changed_.notify_all();
+    }
+
+    void noteLateness() {
+        if (!isOpened() || wasLate_.exchange(true)) return;
+        warn("The navigation database " + printable(path_) +
+             " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; "
+             "give "
+             "--nav-db one with plain tables and indexes, on a disk that answers.");
+    }
+
+    void noteFailure(const std::string& message) {
+        if (hasFailed_.exchange(true)) return;
+        warn("The navigation database " + printable(path_) + " cannot be read (" + message +
+             "): fixes of a script that were not found may be there. See that --nav-db names the right file "
+             "and "
+             "that its disk is well, then load the script again.");
+    }
+
+  private:
+    void warn(const std::string& text) const {
+        if (warn_) warn_(text);
+    }
+
+    bool isOpened() {
+        const std::lock_guard lock(mutex_);
+        return isOpened_;
+    }
+
+    /// Null once the search is over, or where the database has not opened.
+    std::unique_ptr<NavConnection> take(const Search& search) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return search.isOver || openFailure_ || !idle_.empty(); });
+        if (search.isOver || idle_.empty()) return nullptr;
+        auto last = std::move(idle_.back());
+        idle_.pop_back();
         return last;
-    });
-}
+    }
 
-void NavDatabase::giveBack(Connection connection) const {
-    idle_.with([&](auto& idle) { idle.push_back(std::move(connection)); });
-    available_.release();
-}
+    std::optional<std::string> next(Search& search) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return search.isOver || search.asked; });
+        if (search.isOver) return std::nullopt;
+        return std::exchange(search.asked, std::nullopt); // which needs no memory
+    }
 
-void NavDatabase::noteLateness() const {
-    if (wasLate_.exchange(true) || !warn_) return;
-    warn_("The navigation database " + printable(path_) +
-          " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; give "
-          "--nav-db one with plain tables and indexes.");
-}
+    NavConnection::Answer unopened() {
+        const std::lock_guard lock(mutex_);
+        return {{}, messageOf(openFailure_)};
+    }
 
-void NavDatabase::Lookup::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+    static std::string messageOf(const std::exception_ptr& failure) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    }
+
+    const std::string path_;
+    const Warn warn_;
+    std::atomic<bool> wasLate_ = false;
+    std::atomic<bool> hasFailed_ = false;
+
+    // State below is protected by the mutex
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool isOpened_ = false;
+    std::exception_ptr openFailure_;
+    std::vector<std::unique_ptr<NavConnection>> idle_;
+};
+
+NavDatabase::NavDatabase(const std::string& path, Warn warn, std::chrono::milliseconds limit)
+    : room_(std::make_shared<Room>(path, std::move(warn))) {
+    startThread([room = room_] { room->open(); }).detach();
+    room_->awaitOpening(limit);
+}
 
 NavDatabase::Lookup::Lookup(const NavDatabase& database, const Clock& clock, std::function<bool()> isWanted)
-    : database_(database),
+    : room_(database.room_),
       clock_(clock),
       isWanted_(std::move(isWanted)),
-      connection_(database.take()),
-      deadline_(clock.now() + lookupLimit),
-      fixes_{fixQuery},
-      navaids_{navaidQuery} {
-    const auto connection = connection_.get();
-    sqlite3_progress_handler(
-        connection, stepsBetweenLooks,
-        [](void* lookup) { return static_cast<Lookup*>(lookup)->mayGoOn() ? 0 : 1; }, this);
-    sqlite3_busy_handler(
-        connection,
-        [](void* lookup, int) {
-            std::this_thread::sleep_for(writersTurn);
-            return static_cast<Lookup*>(lookup)->mayGoOn() ? 1 : 0;
-        },
-        this);
-    // While a statement is prepared there are no steps: views upon views may make that long, too.
-    sqlite3_set_authorizer(
-        connection,
-        [](void* lookup, int, const char*, const char*, const char*, const char*) {
-            return static_cast<Lookup*>(lookup)->mayGoOn() ? SQLITE_OK : SQLITE_DENY;
-        },
-        this);
-}
+      deadline_(clock.now() + lookupLimit) {}
 
 NavDatabase::Lookup::~Lookup() {
-    fixes_.statement.reset();
-    navaids_.statement.reset();
-    const auto connection = connection_.get();
-    sqlite3_progress_handler(connection, 0, nullptr, nullptr);
-    sqlite3_busy_handler(connection, nullptr, nullptr);
-    sqlite3_set_authorizer(connection, nullptr, nullptr);
-    database_.giveBack(std::move(connection_));
+    if (search_) room_->end(*search_);
 }
 
 std::optional<Coordinate> NavDatabase::Lookup::resolve(const std::string& id) {
-    std::optional<Coordinate> found;
-    if (mayGoOn()) {
-        const auto key = upperCased(id);
-        found = find(fixes_, key);
-        if (!found) found = find(navaids_, key);
+    if (!mayGoOn()) return std::nullopt;
+    if (!search_) {
+        auto search = std::make_shared<Search>();
+        startThread([room = room_, search] { room->serve(*search); }).detach();
+        search_ = std::move(search);
     }
-    if (isLate_) database_.noteLateness();
-    return found;
+    const auto answer = room_->ask(*search_, upperCased(id), [this] { return mayGoOn(); });
+    if (isLate_) room_->noteLateness();
+    if (!answer) return std::nullopt;
+    if (!answer->failure.empty()) room_->noteFailure(answer->failure);
+    return answer->found;
 }
 
-std::optional<Coordinate> NavDatabase::Lookup::find(Query& query, const std::string& key) {
-    if (!query.statement) {
-        sqlite3_stmt* prepared = nullptr;
-        sqlite3_prepare_v2(connection_.get(), query.sql, toItsNul, &prepared, nullptr);
-        query.statement.reset(prepared);
-        if (prepared == nullptr) return std::nullopt;
-    }
-    const auto statement = query.statement.get();
-    std::optional<Coordinate> found;
-    sqlite3_bind_text(statement, 1, key.c_str(), toItsNul, SQLITE_TRANSIENT);
-    if (sqlite3_step(statement) == SQLITE_ROW)
-        found = Coordinate{sqlite3_column_double(statement, 0), sqlite3_column_double(statement, 1)};
-    sqlite3_reset(statement);
-    return found;
-}
-
-bool NavDatabase::Lookup::mayGoOn() noexcept {
+bool NavDatabase::Lookup::mayGoOn() {
     if (hasEnded_) return false;
     const bool isWanted = isWanted_();
     isLate_ = isWanted && clock_.now() >= deadline_;
     hasEnded_ = !isWanted || isLate_;
+    if (hasEnded_ && search_) room_->end(*search_);
     return !hasEnded_;
 }
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <atomic>
 #include <filesystem>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -41,7 +43,13 @@ class GoingOn final : public Clock {
 
 bool always() { return true; }
 
+/// However long it takes.
 std::optional<Coordinate> find(const NavDatabase& database, const std::string& id) {
+    const test::VirtualClock clock;
+    return NavDatabase::Lookup(database, clock, always).resolve(id);
+}
+
+std::optional<Coordinate> findInTime(const NavDatabase& database, const std::string& id) {
     const GoingOn clock;
     return NavDatabase::Lookup(database, clock, always).resolve(id);
 }
@@ -176,7 +184,7 @@ TEST_F(NavDatabaseTest, FindsNothingWhileSomebodyWritesAndFindsItAfterwards) {
     sqlite3* writer = nullptr;
     ASSERT_EQ(sqlite3_open(file.c_str(), &writer), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-    EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    EXPECT_EQ(findInTime(database, "KLO"), std::nullopt);
     sqlite3_close(writer);
     EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
 }
@@ -223,24 +231,24 @@ TEST_F(EndlessTest, LookupEndsAtItsLimitAndSaysSoOnce) {
     const auto end = clock.now();
     EXPECT_EQ(lookup.resolve("KLO"), std::nullopt) << "the limit is the whole script's";
     EXPECT_LT(clock.now() - end, std::chrono::milliseconds(200));
-    EXPECT_EQ(find(database, "NOWHERE"), std::nullopt);
+    EXPECT_EQ(findInTime(database, "NOWHERE"), std::nullopt);
     EXPECT_THAT(warnings,
                 testing::ElementsAre(testing::HasSubstr(file.string() + " took more than 2 seconds")));
 }
 
 TEST_F(EndlessTest, EachLookupHasTheWholeLimit) {
-    EXPECT_EQ(find(database, "NOWHERE"), std::nullopt);
+    EXPECT_EQ(findInTime(database, "NOWHERE"), std::nullopt);
     EXPECT_EQ(find(database, "NONE5"), (Coordinate{1, 2}));
 }
 
 TEST_F(EndlessTest, SearchThatNobodyWantsEndsInTheMiddle) {
     const test::VirtualClock clock; // its time never comes
     int asked = 0;
-    NavDatabase::Lookup lookup(database, clock, [&] { return ++asked < 100; });
+    NavDatabase::Lookup lookup(database, clock, [&] { return ++asked < 20; });
     EXPECT_EQ(lookup.resolve("NOWHERE"), std::nullopt);
-    EXPECT_EQ(asked, 100);
+    EXPECT_EQ(asked, 20);
     EXPECT_EQ(lookup.resolve("KLO"), std::nullopt);
-    EXPECT_EQ(asked, 100) << "it is not asked again";
+    EXPECT_EQ(asked, 20) << "it is not asked again";
     EXPECT_THAT(warnings, testing::IsEmpty());
 }
 
@@ -253,7 +261,7 @@ TEST_F(NavDatabaseTest, ViewsUponViewsEndInTime) {
                " LIMIT 9) a, (SELECT * FROM " + before + " LIMIT 9) b;";
     }
     makeDatabase(file, sql + "CREATE VIEW enroute_fixes AS SELECT * FROM v40;");
-    EXPECT_EQ(find(NavDatabase(file.string()), "NOWHERE"), std::nullopt);
+    EXPECT_EQ(findInTime(NavDatabase(file.string()), "NOWHERE"), std::nullopt);
 }
 
 TEST_F(NavDatabaseTest, OneValueThatIsHugeIsNotFound) {
@@ -279,6 +287,176 @@ TEST_F(NavDatabaseTest, NamesThatSqliteKnowsAreFilesHere) {
         makeDatabase("./" + name, tables + std::string("INSERT INTO navaids VALUES ('KLO', 1, 2);"));
         EXPECT_EQ(find(NavDatabase(name), "KLO"), (Coordinate{1, 2})) << name;
     }
+}
+
+// What the disk does
+
+/// What SQLite takes for the disk, which may fail or hang. There is one, which never goes: threads that are
+/// left behind use it still.
+class Disk {
+  public:
+    static Disk& installed() {
+        static auto* const disk = new Disk;
+        return *disk;
+    }
+
+    Disk(const Disk&) = delete;
+    Disk& operator=(const Disk&) = delete;
+
+    /// Returns when nobody hangs any more.
+    void recover() {
+        opensHang = looksHang = looksFail = false;
+        while (hanging > 0)
+            std::this_thread::yield();
+    }
+
+    void waitUntilHanging(int count) const {
+        while (hanging < count)
+            std::this_thread::yield();
+    }
+
+    std::atomic<bool> opensHang = false;
+    std::atomic<bool> looksHang = false;
+    std::atomic<bool> looksFail = false;
+    std::atomic<int> hanging = 0;
+
+  private:
+    struct Mine : sqlite3_vfs {
+        Disk* disk;
+    };
+
+    Disk() {
+        static_cast<sqlite3_vfs&>(mine_) = *base_;
+        mine_.disk = this;
+        mine_.zName = "tarnly-test-disk";
+        mine_.xOpen = [](sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* outFlags) {
+            auto& disk = *static_cast<Mine*>(vfs)->disk;
+            disk.pass(disk.opensHang);
+            return disk.base_->xOpen(disk.base_, name, file, flags, outFlags);
+        };
+        // The first that a transaction asks for.
+        mine_.xAccess = [](sqlite3_vfs* vfs, const char* name, int flags, int* result) {
+            auto& disk = *static_cast<Mine*>(vfs)->disk;
+            disk.pass(disk.looksHang);
+            if (disk.looksFail) return SQLITE_IOERR_ACCESS;
+            return disk.base_->xAccess(disk.base_, name, flags, result);
+        };
+        sqlite3_vfs_register(&mine_, 1);
+    }
+    void pass(const std::atomic<bool>& hangs) {
+        if (!hangs) return;
+        ++hanging;
+        while (hangs)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        --hanging;
+    }
+
+    sqlite3_vfs* const base_ = sqlite3_vfs_find(nullptr);
+    Mine mine_{};
+};
+
+struct NavDatabaseDiskTest : NavDatabaseTest {
+    NavDatabaseDiskTest() {
+        makeDatabase(file, tables + std::string("INSERT INTO navaids VALUES ('KLO', 1, 2);"));
+    }
+
+    NavDatabase opened(std::chrono::milliseconds limit = std::chrono::minutes(1)) {
+        return NavDatabase(
+            file.string(), [this](const std::string& text) { warnings.push_back(text); }, limit);
+    }
+
+    ~NavDatabaseDiskTest() override { disk.recover(); }
+
+    Disk& disk = Disk::installed();
+    std::vector<std::string> warnings;
+};
+
+TEST_F(NavDatabaseDiskTest, WhatCannotBeReadIsToldOnceAndFoundWhenItCan) {
+    const auto database = opened();
+    disk.looksFail = true;
+    EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    disk.looksFail = false;
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::AllOf(
+                              testing::HasSubstr(file.string() + " cannot be read (disk I/O error"),
+                              testing::HasSubstr("load the script again"))));
+}
+
+TEST_F(NavDatabaseDiskTest, WhatIsNotFoundInASoundDatabaseIsNoFailure) {
+    EXPECT_EQ(find(opened(), "NONE"), std::nullopt);
+    EXPECT_THAT(warnings, testing::IsEmpty());
+}
+
+TEST_F(NavDatabaseDiskTest, OneThatHangsCostsItsScriptTheRestAndOthersNothing) {
+    const auto database = opened();
+    disk.looksHang = true;
+    EXPECT_EQ(findInTime(database, "KLO"), std::nullopt);
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::HasSubstr("took more than 2 seconds")));
+    disk.waitUntilHanging(1);
+    disk.looksHang = false;
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
+}
+
+TEST_F(NavDatabaseDiskTest, AllThatHungServeAgain) {
+    const auto database = opened();
+    disk.looksHang = true;
+    for (std::size_t i = 0; i < NavDatabase::sideBySide; ++i)
+        EXPECT_EQ(findInTime(database, "KLO"), std::nullopt);
+    disk.waitUntilHanging(NavDatabase::sideBySide);
+    EXPECT_EQ(findInTime(database, "KLO"), std::nullopt) << "it waits in vain for one of them";
+    disk.recover();
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
+}
+
+TEST_F(NavDatabaseDiskTest, NeitherItsMakingNorItsEndWaitsForADiskThatHangs) {
+    disk.opensHang = true;
+    {
+        const auto database = opened(std::chrono::milliseconds(1));
+        EXPECT_THAT(warnings,
+                    testing::ElementsAre(testing::HasSubstr("has not opened within 1 milliseconds")));
+        EXPECT_EQ(findInTime(database, "KLO"), std::nullopt);
+        EXPECT_EQ(warnings.size(), 1U);
+        disk.waitUntilHanging(1);
+    }
+    disk.recover();
+}
+
+TEST_F(NavDatabaseDiskTest, WhatOpensLateServesFromThenOn) {
+    disk.opensHang = true;
+    const auto database = opened(std::chrono::milliseconds(1));
+    disk.waitUntilHanging(1);
+    disk.recover();
+    EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
+}
+
+TEST_F(NavDatabaseDiskTest, WhatDoesNotOpenAfterAllIsTold) {
+    disk.opensHang = true;
+    const auto database = opened(std::chrono::milliseconds(1));
+    disk.waitUntilHanging(1);
+    fs::remove(file);
+    disk.recover();
+    EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    ASSERT_EQ(warnings.size(), 2U);
+    EXPECT_THAT(warnings[1], testing::HasSubstr("cannot be read (openFailed("));
+}
+
+TEST_F(NavDatabaseDiskTest, WhatIsNoNavigationDatabaseIsTold) {
+    folder.write("nav.db", std::string(5000, 'x'));
+    EXPECT_EQ(find(opened(), "KLO"), std::nullopt);
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::HasSubstr("(file is not a database)")));
+    fs::remove(file);
+    makeDatabase(file, "CREATE TABLE other (x)");
+    EXPECT_EQ(find(opened(), "KLO"), std::nullopt);
+    ASSERT_EQ(warnings.size(), 2U);
+    EXPECT_THAT(warnings[1], testing::HasSubstr("(no such table: "));
+}
+
+TEST_F(NavDatabaseDiskTest, OneTableIsEnough) {
+    fs::remove(file);
+    makeDatabase(file, "CREATE TABLE navaids (nav_id TEXT, lat REAL, lon REAL);");
+    EXPECT_EQ(find(opened(), "KLO"), std::nullopt);
+    EXPECT_THAT(warnings, testing::IsEmpty());
 }
 
 } // namespace
