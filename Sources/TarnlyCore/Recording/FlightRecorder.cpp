@@ -46,6 +46,7 @@ void FlightRecorder::start() {
         state.account = account;
         state.startTime = clock_.now();
         state.lastSampleTime.reset();
+        state.unkept.reset();
         isRecording_ = true;
         writer_.begin(std::move(file), std::move(account));
     });
@@ -54,6 +55,10 @@ void FlightRecorder::start() {
 
 void FlightRecorder::stop() {
     state_.with([&](State& state) {
+        try {
+            keepUnkept(state);
+        } catch (const std::exception&) {
+        }
         isRecording_ = false;
         state.startTime.reset();
         writer_.end();
@@ -106,15 +111,39 @@ std::vector<std::string> FlightRecorder::problemsOfEarlier() const {
 void FlightRecorder::recordSample(TrackSample sample, std::optional<Clock::TimePoint> takenAt,
                                   const Fire& fire) {
     if (!isRecording_) return;
+    state_.with([this](State& state) { keepUnkept(state); });
     sample = withoutNonFinite(std::move(sample));
     auto fired = fire ? fire(sample) : FiredTriggers();
+    Moment moment{std::move(sample), takenAt ? *takenAt : clock_.now(), std::move(fired)};
     state_.with([&](State& state) {
-        state.lastSampleTime = takenAt ? *takenAt : clock_.now();
-        auto kept = state.track->samples.append(sample);
-        if (!fired.empty()) state.track->fired.append(fired);
-        writer_.write({std::move(kept), std::move(fired)});
+        try {
+            keep(state, moment);
+        } catch (const std::exception&) {
+            state.unkept = std::move(moment);
+            throw;
+        }
     });
     writer_.hang(); // so that it is told
+}
+
+void FlightRecorder::keep(State& state, const Moment& moment) {
+    auto& [samples, fired] = *state.track;
+    fired.makeRoom();
+    auto kept = samples.append(moment.sample);
+    try {
+        writer_.write({std::move(kept), moment.fired});
+    } catch (const std::exception&) {
+        samples.takeBackLast();
+        throw;
+    }
+    if (!moment.fired.empty()) fired.append(moment.fired);
+    state.lastSampleTime = moment.takenAt;
+}
+
+void FlightRecorder::keepUnkept(State& state) {
+    if (!state.unkept) return;
+    keep(state, *state.unkept);
+    state.unkept.reset();
 }
 
 FlightRecorder::Snapshot FlightRecorder::snapshot() const {

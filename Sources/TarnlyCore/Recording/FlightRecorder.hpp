@@ -66,6 +66,9 @@ class FlightRecorder {
 
     /// Records the sample, all of it but values that are not finite numbers, with what `fire` tells of it.
     /// Outside a recording nothing is, and `fire` is not asked. `takenAt` is now when it is absent.
+    ///
+    /// Throws for lack of memory. What has fired is not lost by that: the next call, or the end, records it
+    /// with its sample before anything else.
     void recordSample(TrackSample sample, std::optional<Clock::TimePoint> takenAt = std::nullopt,
                       const Fire& fire = nullptr);
 
@@ -114,6 +117,12 @@ class FlightRecorder {
         GrowingList<FiredTriggers> fired;
     };
 
+    struct Moment {
+        TrackSample sample;
+        Clock::TimePoint takenAt;
+        FiredTriggers fired;
+    };
+
     struct State {
         /// Never null.
         std::shared_ptr<Track> track = std::make_shared<Track>();
@@ -123,7 +132,13 @@ class FlightRecorder {
         RecordingWriter::SharedAccount account;
         /// When the last sample was taken.
         std::optional<Clock::TimePoint> lastSampleTime;
+        /// For which there was no memory.
+        std::optional<Moment> unkept;
     };
+
+    /// All of it, or nothing where it throws.
+    void keep(State& state, const Moment& moment);
+    void keepUnkept(State& state);
 
     const std::filesystem::path directory_;
     Clock& clock_;

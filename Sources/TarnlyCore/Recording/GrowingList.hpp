@@ -36,8 +36,13 @@ class GrowingList {
         std::size_t size_ = 0;
     };
 
-    void append(T element) {
+    /// The next `append` needs no memory of the list's own after this.
+    void makeRoom() {
         if (size_ == blocks_.size() * blockSize) blocks_.push_back(std::make_shared<Block>());
+    }
+
+    void append(T element) {
+        makeRoom();
         // No snapshot reaches as far as this element yet.
         at(blocks_, size_) = std::move(element);
         ++size_;

@@ -54,6 +54,12 @@ class SampleList {
     /// The sample where it stands now.
     PackedSample append(const TrackSample& sample);
 
+    /// As if the last `append` had not been; to be called before anything else is.
+    void takeBackLast() {
+        blocks_.back()->size -= packed_.size();
+        --size_;
+    }
+
     std::size_t size() const { return size_; }
 
     Snapshot snapshot() const;

@@ -57,11 +57,23 @@ TriggerEngine::TriggerEngine(std::vector<ArmedTrigger> triggers, const FixResolv
 FiredTriggers TriggerEngine::evaluate(const TriggerSample& sample) {
     forgetOtherLink(sample);
     trackGear(sample);
-    auto fired = walk(sample);
+    std::vector<TriggerIndex> fired;
+    FiredTriggers result;
+    try {
+        walk(sample, fired);
+        if (!fired.empty()) result = firings_.emplace_back(script_, fired, sample);
+    } catch (...) {
+        takeBack(fired);
+        throw;
+    }
     previous_ = sample;
-    if (fired.empty()) return {};
-    std::erase_if(waiting_, [this](TriggerIndex index) { return hasFired(index); });
-    return firings_.emplace_back(script_, std::move(fired), sample);
+    if (!result.empty()) std::erase_if(waiting_, [this](TriggerIndex index) { return hasFired(index); });
+    return result;
+}
+
+void TriggerEngine::takeBack(const std::vector<TriggerIndex>& fired) noexcept {
+    for (const auto index : fired)
+        firedAt_[script_->tests()[index].id].reset();
 }
 
 std::vector<ArmedTrigger> TriggerEngine::waiting() const {
@@ -119,13 +131,11 @@ TriggerEngine::Moment TriggerEngine::momentOf(const TriggerSample& sample) const
             .gearDownSince = orNaN(gearDownSince_)};
 }
 
-std::vector<TriggerIndex> TriggerEngine::walk(const TriggerSample& sample) {
+void TriggerEngine::walk(const TriggerSample& sample, std::vector<TriggerIndex>& fired) {
     const auto now = momentOf(sample);
-    std::vector<TriggerIndex> fired;
     Retests retests;
     for (const auto index : waiting_) {
-        if (!fires(index, now)) continue;
-        fired.push_back(index);
+        if (!fires(index, now, fired)) continue;
         for (const auto dependent : script_->dependents(index)) {
             if (dependent < index) retests.push({2, dependent});
         }
@@ -135,18 +145,17 @@ std::vector<TriggerIndex> TriggerEngine::walk(const TriggerSample& sample) {
     while (!retests.empty()) {
         const auto [walk, index] = retests.top();
         retests.pop();
-        if (!fires(index, now)) continue;
-        fired.push_back(index);
+        if (!fires(index, now, fired)) continue;
         for (const auto dependent : script_->dependents(index)) {
             retests.push({dependent > index ? walk : walk + 1, dependent});
         }
     }
-    return fired;
 }
 
-bool TriggerEngine::fires(TriggerIndex index, const Moment& now) {
+bool TriggerEngine::fires(TriggerIndex index, const Moment& now, std::vector<TriggerIndex>& fired) {
     const auto& test = script_->tests()[index];
     if (hasFired(index) || !holds(test, now)) return false;
+    fired.push_back(index);
     firedAt_[test.id] = now.sample.elapsed;
     return true;
 }

@@ -30,6 +30,8 @@ class TriggerEngine {
     ///
     /// The first sample of another link only says where the aircraft is: what lies between it and the sample
     /// before is no crossing, and a period with the gear down has ended.
+    ///
+    /// Where it throws, for lack of memory, nothing has fired: what holds on is reported by the next sample.
     FiredTriggers evaluate(const TriggerSample& sample);
 
     /// In load order.
@@ -54,10 +56,12 @@ class TriggerEngine {
     void forgetOtherLink(const TriggerSample& sample);
     void trackGear(const TriggerSample& sample);
     Moment momentOf(const TriggerSample& sample) const;
-    /// What fires, in the order of firing.
-    std::vector<TriggerIndex> walk(const TriggerSample& sample);
-    /// Whether the trigger fires now, which is then noted.
-    bool fires(TriggerIndex index, const Moment& now);
+    /// Appends what fires, in the order of firing.
+    void walk(const TriggerSample& sample, std::vector<TriggerIndex>& fired);
+    /// Whether the trigger fires now, which is then noted, and appended.
+    bool fires(TriggerIndex index, const Moment& now, std::vector<TriggerIndex>& fired);
+    /// As if these had not fired.
+    void takeBack(const std::vector<TriggerIndex>& fired) noexcept;
     bool holds(const TriggerTest& test, const Moment& now) const;
     bool hasFired(TriggerIndex index) const { return firedAt_[script_->tests()[index].id].has_value(); }
 
