@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/post.hpp>
 #include <chrono>
@@ -12,6 +13,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -33,8 +35,10 @@ class FileLooks {
     /// Blocks; called from any thread, and perhaps not back when all else has gone.
     using Look = std::function<Result(const std::string& path)>;
 
-    /// So many looks hang at most; who comes later waits until one does not.
-    static constexpr std::size_t sideBySide = 32;
+    /// So many looks hang at most in one folder, and in all; who comes later waits until one does not. A
+    /// folder that answers is looked into however many hang in others, of which there are few.
+    static constexpr std::size_t sideBySide = 8;
+    static constexpr std::size_t inAll = 256;
 
     FileLooks(boost::asio::any_io_executor executor, Look look)
         : state_(std::make_shared<State>(std::move(executor), std::move(look))) {}
@@ -76,7 +80,20 @@ class FileLooks {
         const std::shared_ptr<Mailbox> mailbox;
         std::uint64_t calls = 0;
         std::map<std::string, std::shared_ptr<UnderWay>> underWay;
+
+        bool hasRoomFor(const std::string& path) const {
+            const auto isBeside = [folder = folderOf(path)](const auto& entry) {
+                return folderOf(entry.first) == folder;
+            };
+            return underWay.size() < inAll &&
+                   static_cast<std::size_t>(std::ranges::count_if(underWay, isBeside)) < sideBySide;
+        }
     };
+
+    static std::string_view folderOf(std::string_view path) {
+        const auto stroke = path.rfind('/');
+        return path.substr(0, stroke == std::string_view::npos ? 0 : stroke);
+    }
 
     static Task<Result> wait(std::shared_ptr<State> state, std::string path) {
         state->thread.check();
@@ -100,7 +117,7 @@ class FileLooks {
         if (present != state->underWay.end()) {
             return present->second->number >= call ? present->second : nullptr;
         }
-        if (state->underWay.size() >= sideBySide) return nullptr;
+        if (!state->hasRoomFor(path)) return nullptr;
         auto begun = std::make_shared<UnderWay>(UnderWay{state->calls});
         const auto entry = state->underWay.emplace(path, begun).first;
         try {

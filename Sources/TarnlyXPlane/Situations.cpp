@@ -31,7 +31,13 @@ std::optional<FlightListing> listing(const fs::path& path) {
 
 SituationList listSituations(const std::string& directory) {
     SituationList found;
-    if (!situationExists(directory)) return found;
+    // The system would look at what stands before the NUL.
+    if (directory.find('\0') != std::string::npos) return found;
+    std::error_code unreachable;
+    if (!fs::exists(directory, unreachable)) {
+        if (unreachable) found.failure = unreachable.message();
+        return found;
+    }
     for (const auto& entry : fs::directory_iterator(directory)) {
         if (entry.path().extension() != ".sit") continue;
         if (auto flight = listing(entry.path())) {
@@ -44,7 +50,6 @@ SituationList listSituations(const std::string& directory) {
 }
 
 bool situationExists(const std::string& path) {
-    // The system would look at what stands before the NUL.
     if (path.find('\0') != std::string::npos) return false;
     std::error_code unreachable;
     return fs::exists(path, unreachable);

@@ -15,11 +15,13 @@ struct SituationList {
     /// How many are left out, as their names or that of their directory are not UTF-8: nobody could ask for
     /// them.
     std::size_t leftOut = 0;
+    /// Why nobody can tell whether there is such a directory; empty where that is known.
+    std::string failure{};
 };
 
 /// Whatever in `directory` has the extension "sit", in the order of the file system; nothing when there is no
-/// such directory. Throws `std::filesystem::filesystem_error` when it cannot be read. Blocking, perhaps for
-/// good where a mount hangs, as is `situationExists`.
+/// such directory, or nobody can tell. Throws `std::filesystem::filesystem_error` when it cannot be read.
+/// Blocking, perhaps for good where a mount hangs, as is `situationExists`.
 SituationList listSituations(const std::string& directory);
 
 bool situationExists(const std::string& path);

@@ -1,5 +1,6 @@
 #include "TarnlyXPlane/XPlaneBackend.hpp"
 
+#include <filesystem>
 #include <span>
 #include <utility>
 
@@ -213,8 +214,15 @@ Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
     const auto directory = situationsDirectory_.copy();
     if (!directory) throw XPlaneBackendError(Case::situationsDirectoryNotConfigured);
     auto listing = listings_.at(*directory);
-    auto list = co_await inTime(std::move(listing));
+    SituationList list;
+    try {
+        list = co_await inTime(std::move(listing));
+    } catch (const std::filesystem::filesystem_error& error) {
+        warnOfUnreadable(*directory, error.what());
+        throw;
+    }
     warnOfLeftOut(*directory, list.leftOut);
+    warnOfUnreadable(*directory, list.failure);
     co_return std::move(list.flights);
 }
 
@@ -226,9 +234,15 @@ Task<Result> XPlaneBackend::inTime(Task<Result> look) {
 }
 
 void XPlaneBackend::warnOfLeftOut(const std::string& directory, std::size_t count) {
-    if (count == 0 || !warn_ || std::exchange(hasWarned_, true)) return;
+    if (count == 0 || !warn_ || std::exchange(hasWarnedOfLeftOut_, true)) return;
     warn_("Saved flights in " + printable(directory) + " whose names are not UTF-8 are left out (" +
           std::to_string(count) + "); give them other names.");
+}
+
+void XPlaneBackend::warnOfUnreadable(const std::string& directory, const std::string& why) {
+    if (why.empty() || !warn_ || std::exchange(hasWarnedOfUnreadable_, true)) return;
+    warn_("The saved flights in " + printable(directory) + " cannot be listed: " + printable(why) +
+          ". See that you may read the folder and what is in it, and that its disk is well.");
 }
 
 Task<> XPlaneBackend::loadFlight(std::string path) {

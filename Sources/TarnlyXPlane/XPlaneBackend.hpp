@@ -127,6 +127,7 @@ class XPlaneBackend final : public SimBackend {
     template <typename Result>
     Task<Result> inTime(Task<Result> look);
     void warnOfLeftOut(const std::string& directory, std::size_t count);
+    void warnOfUnreadable(const std::string& directory, const std::string& why);
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
     Task<std::int64_t> commandId(std::string name);
@@ -147,7 +148,8 @@ class XPlaneBackend final : public SimBackend {
     FileLooks<SituationList> listings_;
     FileLooks<bool> existence_;
     std::function<void(const std::string& text)> warn_;
-    bool hasWarned_ = false;
+    bool hasWarnedOfLeftOut_ = false;
+    bool hasWarnedOfUnreadable_ = false;
 
     std::shared_ptr<std::string> version_ = std::make_shared<std::string>(unknownVersion);
     TaskGroup asking_;

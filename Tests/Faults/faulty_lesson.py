@@ -242,7 +242,7 @@ class Lesson:
     def _learn(self, learner):
         learner.refuse_me(self._warnings)
         flights = learner.ask("list_flights")["flights"]
-        if [flight["name"] for flight in flights] != ["Long final"]:
+        if [flight["name"] for flight in flights] != ["Long final"] and not self._warnings():
             raise Wrong(f"flights were lost without a word: {flights}")
         unknown = learner.ask("load_script", {"triggers": SCRIPT})["unresolved_fixes"]
         if unknown and not self._warnings():

@@ -107,6 +107,22 @@ TEST_F(FileLooksTest, AsManyHangAsMayAndTheNextWaits) {
     EXPECT_EQ(found.at(1), "a at look " + std::to_string(Looks::sideBySide + 1));
 }
 
+TEST_F(FileLooksTest, FolderInWhichAllHangHoldsUpNoOther) {
+    for (std::size_t i = 0; i < 2 * Looks::sideBySide; ++i)
+        ask("hung/" + std::to_string(i));
+    until([&] { return disk->hanging == Looks::sideBySide; });
+    EXPECT_THAT(test::runTask(io, looks->at("sound/a")), testing::StartsWith("sound/a"));
+}
+
+TEST_F(FileLooksTest, FoldersWithoutEndTakeNoThreadsWithoutEnd) {
+    for (std::size_t i = 0; i <= Looks::inAll; ++i)
+        ask("hung" + std::to_string(i) + "/a");
+    until([&] { return disk->hanging == Looks::inAll; });
+    EXPECT_EQ(disk->looks, Looks::inAll);
+    letGo(1);
+    until([&] { return found.size() == 1 && disk->hanging == Looks::inAll; });
+}
+
 TEST_F(FileLooksTest, TheEndWaitsForNoThread) {
     ask("hung");
     until([&] { return disk->hanging == 1; });

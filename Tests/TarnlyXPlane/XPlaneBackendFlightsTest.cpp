@@ -95,6 +95,31 @@ TEST_F(XPlaneBackendFlightsTest, ANameThatIsNotUtf8IsLeftOutWithOneWarning) {
                                        "names."});
 }
 
+TEST_F(XPlaneBackendFlightsTest, AFolderThatNobodyCanLookIntoIsToldOnce) {
+    std::vector<std::string> warnings;
+    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    const auto tooLong = folder.path() / std::string(5000, 'x');
+    backend->setSituationsDirectory(tooLong.string());
+    EXPECT_TRUE(runTask(io, backend->listFlights()).empty());
+    EXPECT_TRUE(runTask(io, backend->listFlights()).empty());
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_TRUE(warnings[0].starts_with("The saved flights in " + tooLong.string() +
+                                        " cannot be listed: File name too long. "))
+        << warnings[0];
+}
+
+TEST_F(XPlaneBackendFlightsTest, AListingThatFailsIsToldBesides) {
+    std::vector<std::string> warnings;
+    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    backend->setSituationsDirectory((folder.path() / "missing").string());
+    runTask(io, backend->listFlights());
+    EXPECT_TRUE(warnings.empty()) << "a folder that is not there has no flights";
+    backend->setSituationsDirectory(folder.write("file", "").string());
+    EXPECT_THROW(runTask(io, backend->listFlights()), std::filesystem::filesystem_error);
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_NE(warnings[0].find("Not a directory"), std::string::npos) << warnings[0];
+}
+
 /// Files on a mount that hangs until the test lets it go on.
 struct HungMount {
     std::promise<void> release;
