@@ -13,6 +13,7 @@
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Base/Descriptors.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
+#include "TarnlyPlatform/Base/OnceMore.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
@@ -120,7 +121,7 @@ void CompanionRuntime::start() {
     } catch (const std::exception&) {
         return announceFailure(std::current_exception());
     }
-    boost::asio::post(network_, [backend = backend_] { backend->start(); });
+    boost::asio::post(network_, [backend = backend_] { onceMoreWithoutMemory([&] { backend->start(); }); });
     boost::asio::post(network_, [this] { tellStatus(); });
     boost::asio::co_spawn(network_, host_->start(), [this](const std::exception_ptr& failure) {
         if (failure) return announceFailure(failure);
@@ -231,14 +232,16 @@ void CompanionRuntime::makeStatusFile() {
 void CompanionRuntime::run() {
     runThrough(network_);
     network_.restart();
-    boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
+    onceMoreWithoutMemory([this] {
+        boost::asio::co_spawn(network_, close(), [this](const std::exception_ptr&) { network_.stop(); });
+    });
     runThrough(network_);
 }
 
 Task<> CompanionRuntime::close() {
     publicationTask_.cancel();
     if (follower_) follower_->close();
-    statusSocket_.reset();
+    if (statusSocket_) statusSocket_->close();
     if (host_) host_->stop(); // whatever becomes of the status
     co_await closeStatusFile();
     if (!host_) co_return;

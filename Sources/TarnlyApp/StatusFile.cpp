@@ -14,6 +14,9 @@
 namespace tarnly {
 namespace {
 
+/// At the end.
+constexpr auto patience = std::chrono::seconds(1);
+
 /// A pipe or a device has readers of its own, and is not ours to replace.
 void requireFile(const std::filesystem::path& file) {
     std::error_code ignored;
@@ -87,12 +90,13 @@ Task<> StatusFile::finish(CompanionStatus last) {
     thread_.check();
     task_.cancel();
     // What is being written just now comes first; a disk that hangs does not get another one.
-    constexpr auto patience = std::chrono::seconds(1);
+    const auto deadline = clock_.now() + patience;
     const bool isQuiet = co_await task_.join(clock_, patience);
     if (!isQuiet) co_return;
+    const auto left = deadline - clock_.now();
     auto write = [writer = writer_, status = std::move(last)]() mutable { writer->write(std::move(status)); };
     auto writing = workers_.run(std::move(write));
-    co_await withinLimit(clock_, patience, std::move(writing));
+    co_await withinLimit(clock_, left, std::move(writing));
 }
 
 } // namespace tarnly

@@ -38,7 +38,7 @@ class StatusFile {
     /// Begins to look, and goes on until `finish`.
     void start();
 
-    /// Stops looking, and writes `last`.
+    /// Stops looking, and writes `last`, unless the disk takes longer than a second.
     Task<> finish(CompanionStatus last);
 
   private:

@@ -7,6 +7,7 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyApp/DataFolderClaim.hpp"
+#include "TarnlyApp/EndWatch.hpp"
 #include "TarnlyApp/Settings.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
@@ -15,6 +16,7 @@ namespace tarnly {
 namespace {
 
 int runDaemon(const CompanionOptions& options) {
+    EndWatch endWatch;
     const DataFolderClaim claim(dataFolder(options));
     // What starts at login is the desktop application; the daemon leaves that alone.
     SettingsStore settingsStore(AppSettings::fileIn(dataFolder(options)), nullptr);
@@ -22,7 +24,9 @@ int runDaemon(const CompanionOptions& options) {
     if (claim.problem()) runtime.warn(*claim.problem());
     boost::asio::signal_set signals(runtime.executor(), SIGINT, SIGTERM);
     signals.async_wait([&](const boost::system::error_code& cancelled, int) {
-        if (!cancelled) runtime.end();
+        if (cancelled) return;
+        endWatch.expectEnd(EndWatch::longest, 0);
+        runtime.end();
     });
     runtime.onStatusChange = [&] {
         const bool failed = runtime.state() == CompanionRuntime::State::failed;
@@ -31,7 +35,10 @@ int runDaemon(const CompanionOptions& options) {
     };
     runtime.start();
     runtime.run();
-    return runtime.state() == CompanionRuntime::State::failed ? 1 : 0;
+    runtime.finishRecordings();
+    const int status = runtime.state() == CompanionRuntime::State::failed ? 1 : 0;
+    endWatch.expectEnd(EndWatch::takingDown, status);
+    return status;
 }
 
 } // namespace

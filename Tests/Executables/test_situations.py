@@ -12,7 +12,7 @@ import time
 from types import SimpleNamespace
 
 import pytest
-from harness import is_instrumented
+from harness import is_instrumented, wait_until
 from lesson import loopback_address, trigger
 from nav_database import write_nav_database
 
@@ -270,17 +270,32 @@ def test_nobody_at_the_command_port_is_no_error(programs):
 
 # A mount that hangs
 
-HANGING_STAT = """
+HANGING_CALLS = """
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <cstring>
 
-extern "C" int stat(const char* path, struct stat* status) {
-    static const auto next = reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, "stat"));
-    while (std::strstr(path, "/hung") != nullptr && access(HANGS_WHILE, F_OK) == 0) usleep(20000);
-    return next(path, status);
+static void wait_for_mount(const char* path) {
+    while (std::strstr(path, "/hung") != nullptr && syscall(SYS_access, HANGS_WHILE, F_OK) == 0) usleep(20000);
 }
+
+#define HANGING(name, parameters, ...)                                                                     \\
+    extern "C" int name parameters {                                                                       \\
+        static const auto next = reinterpret_cast<int (*) parameters>(dlsym(RTLD_NEXT, #name));             \\
+        wait_for_mount(path);                                                                              \\
+        return next(path, __VA_ARGS__);                                                                    \\
+    }
+
+HANGING(stat, (const char* path, struct stat* status), status)
+HANGING(lstat, (const char* path, struct stat* status), status)
+HANGING(stat64, (const char* path, struct stat64* status), status)
+HANGING(lstat64, (const char* path, struct stat64* status), status)
+HANGING(access, (const char* path, int mode), mode)
+HANGING(open, (const char* path, int flags, ...), flags, 0600)
+HANGING(open64, (const char* path, int flags, ...), flags, 0600)
 """
 
 
@@ -291,7 +306,7 @@ def mount(programs):
         pytest.skip("a sanitizer has to be loaded first")
     folder = programs.new_folder()
     source, library, hangs = folder / "hang.cpp", folder / "hang.so", folder / "hangs"
-    source.write_text(HANGING_STAT.replace("HANGS_WHILE", f'"{hangs}"'))
+    source.write_text(HANGING_CALLS.replace("HANGS_WHILE", f'"{hangs}"'))
     subprocess.run(["c++", "-D_GNU_SOURCE", "-shared", "-fPIC", "-o", library, source, "-ldl"], check=True)
     hangs.touch()
     situations = folder / "hung"
@@ -323,14 +338,57 @@ def test_a_mount_that_hangs_holds_up_nobody_but_who_asks_for_it(programs, situat
     assert asking.data("load_flight", {"path": str(mount.situations / "a.sit")}) == {"ok": True}
 
 
+def assert_ends_soon(companion):
+    begin = time.monotonic()
+    assert companion.program.end() == 0
+    assert time.monotonic() - begin < 4, "it waits for the mount"
+
+
 def test_a_mount_that_hangs_does_not_keep_the_program_from_ending(programs, mount):
     companion = programs.companion("--situations", mount.situations, LD_PRELOAD=mount.library)
     client = companion.client()
     client.post("list_flights")
     assert companion.client().data("sim_info")["sim"] == "xplane"
-    begin = time.monotonic()
-    assert companion.program.end() == 0
-    assert time.monotonic() - begin < 4, "it waits for the mount"
+    assert_ends_soon(companion)
+
+
+def test_a_status_file_on_a_mount_that_hangs_costs_nothing_but_itself(programs, mount):
+    companion = programs.companion("--status-file", mount.situations / "status.json", LD_PRELOAD=mount.library)
+    client = companion.client()
+    assert client.data("recording_start") == {"ok": True}
+    assert_ends_soon(companion)
+
+
+@pytest.fixture
+def nav_db(mount):
+    return write_nav_database(mount.situations / "nav.db", fixes=[("RIDGE", 47.9, 8.5)])
+
+
+RIDGE = {"triggers": [trigger("ridge", "reaches_fix", fix="ridge", within_nm=1)]}
+
+
+def test_a_database_on_a_mount_that_hangs_holds_up_no_start_and_serves_when_it_can(programs, mount, nav_db):
+    companion = programs.companion("--nav-db", nav_db, LD_PRELOAD=mount.library)
+    client = companion.client()
+    assert client.data("load_script", RIDGE) == {"unresolved_fixes": ["RIDGE"]}
+    [warning] = companion.program.errors().splitlines()
+    assert f"{nav_db} has not opened within 2000 milliseconds" in warning
+    mount.hangs.unlink()
+    wait_until(lambda: client.data("load_script", RIDGE) == {"unresolved_fixes": []}, "the database")
+
+
+def test_a_database_whose_mount_hangs_later_delays_its_script_and_no_end(programs, mount, nav_db):
+    mount.hangs.unlink()
+    companion = programs.companion("--nav-db", nav_db, LD_PRELOAD=mount.library)
+    loading, other = companion.client(), companion.client()
+    assert loading.data("load_script", RIDGE) == {"unresolved_fixes": []}
+    mount.hangs.touch()
+    loading.post("load_script", RIDGE)
+    assert other.data("sim_info")["sim"] == "xplane"
+    assert loading.reply()["data"] == {"unresolved_fixes": ["RIDGE"]}
+    [warning] = companion.program.errors().splitlines()
+    assert "took more than 2 seconds" in warning
+    assert_ends_soon(companion)
 
 
 # The navigation database

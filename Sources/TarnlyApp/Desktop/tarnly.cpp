@@ -11,6 +11,7 @@
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
+#include "TarnlyApp/EndWatch.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
 
@@ -54,9 +55,12 @@ int runApplication(const CompanionOptions& options, const char* program) {
         case SingleInstance::Outcome::noAnswer:
             return complain("it is running already, and does not answer");
     }
+    EndWatch endWatch;
     DesktopApplication app(options);
     QObject::connect(&instance, &SingleInstance::panelRequested, &app, &DesktopApplication::showPanel);
-    return app.run();
+    const int status = app.run();
+    endWatch.expectEnd(EndWatch::takingDown, status);
+    return status;
 }
 
 } // namespace

@@ -81,12 +81,16 @@ LocalListener::LocalListener(boost::asio::any_io_executor executor, Clock& clock
     state_->tasks.keepUp([state = std::weak_ptr(state_)] { return acceptAll(state.lock()); });
 }
 
-LocalListener::~LocalListener() {
+void LocalListener::close() {
     state_->isCancelled = true;
     boost::system::error_code ignored;
     state_->acceptor.close(ignored);
-    state_->file.reset();
     state_->tasks.cancel();
+}
+
+LocalListener::~LocalListener() {
+    close();
+    state_->file.reset();
 }
 
 std::string askLocally(const std::filesystem::path& file, std::chrono::milliseconds limit) {

@@ -33,8 +33,11 @@ class LocalListener {
     LocalListener(const LocalListener&) = delete;
     LocalListener& operator=(const LocalListener&) = delete;
 
-    /// Removes the socket, and tells the answering that is under way to end.
+    /// Closes, and removes the socket, for which it may have to wait for a disk.
     ~LocalListener();
+
+    /// Listens no longer, and tells the answering that is under way to end.
+    void close();
 
   private:
     struct State;
