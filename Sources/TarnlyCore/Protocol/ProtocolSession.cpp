@@ -6,6 +6,7 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -324,14 +325,22 @@ Task<Reply> ProtocolSession::loadScript(SharedRequest request) {
 
 Task<Reply> ProtocolSession::startRecording(SharedRequest request) {
     services_.recording->start(); // on the thread that records: never between a sample and its triggers
-    co_await services_.recording->written(fileLimit);
+    co_await waitUntilWritten(fileLimit);
     co_return replyTo(*request, OkPayload{});
 }
 
 Task<Reply> ProtocolSession::stopRecording(SharedRequest request) {
     services_.recording->stop();
-    co_await services_.recording->written(stopLimit);
+    co_await waitUntilWritten(stopLimit);
     co_return replyTo(*request, OkPayload{});
+}
+
+Task<> ProtocolSession::waitUntilWritten(Clock::Duration limit) {
+    try {
+        co_await services_.recording->written(limit);
+    } catch (const std::bad_alloc&) {
+        // The recording has begun, or ended, all the same: who is told otherwise asks for it again.
+    }
 }
 
 Task<Reply> ProtocolSession::catchUp(SharedRequest request) {

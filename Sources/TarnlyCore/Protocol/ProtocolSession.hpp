@@ -162,6 +162,7 @@ class ProtocolSession {
     Task<Reply> loadScript(SharedRequest request);
     Task<Reply> startRecording(SharedRequest request);
     Task<Reply> stopRecording(SharedRequest request);
+    Task<> waitUntilWritten(Clock::Duration limit);
     Task<Reply> catchUp(SharedRequest request);
     Task<Reply> subscribeValues(SharedRequest request);
     Task<Reply> setValues(SharedRequest request);

@@ -54,10 +54,15 @@ LogInProgress::LogInProgress(OpenLog openLog, std::filesystem::path file, Shared
       flushing_(flushing),
       file_(wantedFile_) {}
 
-void LogInProgress::add(Batch batch) {
+void LogInProgress::add(const Batch& batch) {
     if (isEnding_) return;
-    samples_.push_back(std::move(batch.sample));
-    if (!batch.fired.empty()) fired_.push_back({samples_.size() - 1, std::move(batch.fired)});
+    if (!batch.fired.empty()) fired_.push_back({samples_.size(), batch.fired});
+    try {
+        samples_.push_back(batch.sample);
+    } catch (const std::exception&) {
+        if (!batch.fired.empty()) fired_.pop_back();
+        throw;
+    }
 }
 
 bool LogInProgress::waits(TimePoint now, Patience patience) const {

@@ -64,7 +64,8 @@ class LogInProgress {
     LogInProgress(OpenLog openLog, std::filesystem::path file, SharedAccount account, Pauses pauses,
                   Tell tell, std::launch flushing = std::launch::async);
 
-    void add(Batch batch);
+    /// Adds all of it, or nothing where it throws for lack of memory.
+    void add(const Batch& batch);
 
     /// Nothing is added any more.
     void end() { isEnding_ = true; }

@@ -8,6 +8,7 @@
 #include <list>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 #include <variant>
 
@@ -27,6 +28,10 @@ constexpr auto quietPatience = std::chrono::seconds(1);
 
 /// How many logs of earlier recordings may wait for a disk; more would take too much memory.
 constexpr std::size_t mostWaiting = 4;
+
+/// How often, and how long after each other, a step is tried for which there is no memory.
+constexpr int mostAttempts = 10;
+constexpr auto attemptPause = std::chrono::milliseconds(100);
 
 struct Begin {
     std::filesystem::path file;
@@ -86,8 +91,7 @@ class RecordingWriter::Room {
     void run() {
         while (next()) {
             for (auto& order : taken_)
-                // What fails, for lack of memory say, is lost alone, and ends neither thread nor program.
-                attempt([&] { std::visit([&](auto& known) { carryOut(known); }, order); });
+                persist([&] { std::visit([&](auto& known) { carryOut(known); }, order); });
             attempt([this] { workOn(LogInProgress::Patience::pauses); });
             attempt([this] { tellOfReturn(); });
         }
@@ -137,6 +141,18 @@ class RecordingWriter::Room {
         return !orders_.empty();
     }
 
+    /// Once more, and again, where there was no memory: a step that fails has done nothing. What fails on and
+    /// on is lost alone, and ends neither thread nor program.
+    static void persist(const auto& step) {
+        for (int times = 0; times < mostAttempts; ++times) {
+            try {
+                return step();
+            } catch (const std::exception&) {
+                std::this_thread::sleep_for(attemptPause);
+            }
+        }
+    }
+
     static void attempt(const auto& step) {
         try {
             step();
@@ -152,11 +168,11 @@ class RecordingWriter::Room {
             logs_.front().giveUp();
             logs_.pop_front();
         }
-        logs_.emplace_back(openLog_, std::move(order.file), std::move(order.account), pauses_, tell_);
-        logs_.back().write(SteadyClock::now());
+        logs_.emplace_back(openLog_, order.file, order.account, pauses_, tell_);
+        attempt([this] { logs_.back().write(SteadyClock::now()); }); // else it is tried again as for a disk
     }
     void carryOut(RecordingWriter::Batch& order) {
-        if (!logs_.empty()) logs_.back().add(std::move(order));
+        if (!logs_.empty()) logs_.back().add(order);
     }
     void carryOut(const End& /*order*/) {
         if (!logs_.empty()) logs_.back().end();
@@ -169,7 +185,7 @@ class RecordingWriter::Room {
 
     void writeLogs(LogInProgress::Patience patience) {
         for (auto& log : logs_)
-            attempt([&] { log.write(SteadyClock::now(), patience); });
+            persist([&] { log.write(SteadyClock::now(), patience); });
         tellOfEarlier();
     }
 

@@ -6,9 +6,12 @@
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/this_coro.hpp>
+#include <cstdint>
 #include <map>
 #include <new>
 #include <utility>
+
+#include "TarnlyPlatform/Base/OnceMore.hpp"
 
 namespace tarnly {
 namespace {
@@ -30,6 +33,8 @@ struct TaskGroup::State {
         bool isSpawned = false;
         bool hasBegun = false;
         bool isCancelled = false;
+        /// The calls of `cancel` before it was spawned.
+        std::uint64_t round;
     };
     class Ending;
 
@@ -39,10 +44,13 @@ struct TaskGroup::State {
     const asio::any_io_executor executor;
     std::map<Signal, Entry> running;
     Event changed;
+    /// How often all were told to end.
+    std::uint64_t round = 0;
 
     static Task<> run(std::shared_ptr<State> state, Signal signal, Task<> task);
     static void spawn(const std::shared_ptr<State>& state, Task<> task, OnFailure onFailure);
     static void keepUp(const std::shared_ptr<State>& state, Make make);
+    static void tell(const asio::any_io_executor& executor, const Signal& signal, bool hasBegun);
 
     /// Whether it had been told to end.
     bool remove(const Signal& signal) {
@@ -112,7 +120,7 @@ class TaskGroup::State::Ending {
 
 void TaskGroup::State::spawn(const std::shared_ptr<State>& state, Task<> task, OnFailure onFailure) {
     auto signal = std::make_shared<asio::cancellation_signal>();
-    state->running.try_emplace(signal);
+    state->running.try_emplace(signal, Entry{.round = state->round});
     Ending whenEnded(state, signal, std::move(onFailure));
     try {
         asio::co_spawn(state->executor, State::run(state, signal, std::move(task)),
@@ -130,11 +138,7 @@ void TaskGroup::State::keepUp(const std::shared_ptr<State>& state, Make make) {
         auto task = make();
         spawn(state, std::move(task), [state, make](const std::exception_ptr&) { keepUp(state, make); });
     };
-    try {
-        begin();
-    } catch (const std::bad_alloc&) {
-        begin(); // nobody else would try again
-    }
+    onceMoreWithoutMemory(begin);
 }
 
 TaskGroup::TaskGroup(asio::any_io_executor executor) : state_(std::make_shared<State>(std::move(executor))) {}
@@ -148,20 +152,33 @@ void TaskGroup::spawn(Task<> task, OnFailure onFailure) {
 void TaskGroup::keepUp(Make make) { State::keepUp(state_, std::move(make)); }
 
 void TaskGroup::cancel() {
-    // A task may come to its end, and so leave the table, while it is told.
-    const auto running = state_->running;
-    for (const auto& [signal, entry] : running) {
-        const auto present = state_->running.find(signal);
-        if (present == state_->running.end()) continue;
-        present->second.isCancelled = true;
-        auto tell = [signal = signal] { signal->emit(asio::cancellation_type::terminal); };
+    const auto state = state_;
+    const auto round = ++state->round;
+    // Tasks may come to their end, and so leave the table, while one is told, and others be spawned.
+    auto next = state->running.begin();
+    while (next != state->running.end()) {
+        const auto signal = next->first;
+        auto& entry = next->second;
+        if (entry.round < round) {
+            entry.isCancelled = true;
+            State::tell(state->executor, signal, entry.hasBegun);
+        }
+        next = state->running.upper_bound(signal);
+    }
+}
+
+void TaskGroup::State::tell(const asio::any_io_executor& executor, const Signal& signal, bool hasBegun) {
+    auto emit = [signal] { signal->emit(asio::cancellation_type::terminal); };
+    try {
         // Outside the executor a signal would travel to the task by itself, and might not find its own
         // handler there any more; a task that waits for its beginning is told after that.
-        if (entry.hasBegun) {
-            asio::dispatch(state_->executor, std::move(tell));
+        if (hasBegun) {
+            asio::dispatch(executor, std::move(emit));
         } else {
-            asio::post(state_->executor, std::move(tell));
+            asio::post(executor, std::move(emit));
         }
+    } catch (const std::bad_alloc&) {
+        // It goes on to an end of its own.
     }
 }
 

@@ -1,6 +1,7 @@
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
@@ -192,6 +193,19 @@ Task<> WebApiLink::drained() {
 
 Task<> WebApiLink::subscribe(std::vector<std::int64_t> ids) {
     throwIfEnded();
+    bool isQueued = false;
+    try {
+        isQueued = queueSubscription(ids);
+    } catch (const std::bad_alloc&) {
+        end(); // it may count as asked for, and nobody has asked: the next link does
+        throw;
+    }
+    if (isQueued) {
+        co_await drained();
+    }
+}
+
+bool WebApiLink::queueSubscription(const std::vector<std::int64_t>& ids) {
     auto messages = subscriptions_.messagesFor(ids, clock_.now());
     for (auto& message : messages) {
         const auto reqId = ++nextReqId_;
@@ -199,9 +213,7 @@ Task<> WebApiLink::subscribe(std::vector<std::int64_t> ids) {
         subscriptions_.noteSent(reqId, std::move(message));
         queue(reqId, WebApiType::subscribeValues, std::move(wanted));
     }
-    if (!messages.empty()) {
-        co_await drained();
-    }
+    return !messages.empty();
 }
 
 Task<> WebApiLink::subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector<std::int64_t> ids) {

@@ -148,6 +148,8 @@ class WebApiLink : public std::enable_shared_from_this<WebApiLink> {
     void throwIfEnded() const;
     static Task<> subscribeSingly(std::shared_ptr<WebApiLink> link, std::vector<std::int64_t> ids);
     void queue(std::int64_t reqId, std::string_view type, std::vector<DatarefEntry> datarefs);
+    /// Whether there was anything to ask for.
+    bool queueSubscription(const std::vector<std::int64_t>& ids);
     Task<> drained();
     static Task<> refreshHolding(std::shared_ptr<WebApiLink> link, Catalogue& catalogue);
     TaskGroup::OnFailure closeOnFailure();
