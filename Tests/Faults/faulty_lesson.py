@@ -176,8 +176,9 @@ class Lesson:
             environment["TARNLY_FAULT"] = plan
         self._environment = environment
         self._program = Program("tarnlyd", [
-            executable("tarnlyd"), "--sim-port", str(sim_port), "--data-dir", str(self._data), "--nav-db", str(nav_db),
-            "--situations", str(situations), "--status-file", str(self._status_file), *arguments], folder, environment)
+            executable("tarnlyd"), "--sim-port", str(sim_port), "--port", "0", "--data-dir", str(self._data),
+            "--nav-db", str(nav_db), "--situations", str(situations), "--status-file", str(self._status_file),
+            *arguments], folder, environment)
 
     def run(self):
         outcome = self.outcome
