@@ -199,7 +199,6 @@ def test_a_device_with_a_wrong_password_has_arrived(programs, hosts):
 
 
 def test_where_nothing_arrives_there_are_two_causes(programs, hosts):
-    hosts.lose_far()
     reach = Reach(programs, hosts, "--wait", "0.5")
     status, lines = reach.end()
     assert status == 1
