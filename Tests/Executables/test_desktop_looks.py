@@ -37,7 +37,7 @@ ON_KDE = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
 
 @pytest.fixture(scope="module", params=[1, 2])
 def desktop(request):
-    with Desktop(1280, 960) as started:
+    with Desktop(1280, 960 * request.param) as started:
         started.scale = request.param
         started.start_tray(icon_size=22 * started.scale)
         yield started

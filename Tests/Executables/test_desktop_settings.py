@@ -13,6 +13,8 @@ from harness import executable, wait_until
 FIELD, CHECK_BOX = "text", "check box"
 WIDTH, PADDING = 420, 20
 AT_LOGIN = "Start Tarnly at login"
+FOUND = "Let tablets find this computer"
+GROUPS = ["Pairing", "Network", "Simulator", "Start"]
 SET, NOT_SET = "Set.", "Not set — open pairing."
 REFUSED = {"accepted": False, "reason": "incorrect password"}
 
@@ -102,23 +104,27 @@ def test_the_shortcut_opens_the_settings_with_the_password_first(tarnly):
     assert tarnly.screen.area.contains(window.area)
 
 
-def test_the_window_shows_the_pairing_and_the_login(tarnly):
+def test_the_window_shows_all_settings_in_their_groups(tarnly):
     settings = tarnly.open_settings()
-    shown = settings.showing(LABEL, FIELD, CHECK_BOX)
+    shown = settings.showing(FIELD, CHECK_BOX)
     assert [(element.role, element.name) for element in shown] == [
-        (LABEL, "Pairing"),
-        (LABEL, "Password"),
         (FIELD, "Password"),
-        (LABEL, NOT_SET),
+        (FIELD, "Name"),
+        (CHECK_BOX, FOUND),
+        (FIELD, "Port"),
+        (FIELD, "Web pages"),
+        (FIELD, "Computer"),
+        (FIELD, "Web port"),
+        (FIELD, "Saved flights"),
+        (FIELD, "Fixes"),
         (CHECK_BOX, AT_LOGIN),
     ]
-    assert shown[2].is_password_field
-    assert not shown[4].is_("checked")
-    assert shown[3].area.height < shown[2].area.height  # one line of a smaller font
+    assert [text for text in tarnly.texts(SETTINGS) if text in GROUPS] == GROUPS
+    assert shown[0].is_password_field
+    assert [element.name for element in shown if element.is_("checked")] == [FOUND]
     inner = settings.area.shrunk(PADDING)
     assert all(inner.contains(element.area) for element in shown)
-    assert shown[0].area[:2] == inner[:2]
-    assert inner.bottom - shown[4].area.bottom <= 1  # a check box rounds
+    assert tarnly.screen.area.contains(tarnly.window(SETTINGS).area)
 
 
 def test_opening_the_settings_saves_nothing(tarnly):
@@ -199,7 +205,7 @@ def test_the_keyboard_switches_the_start_at_login(tarnly):
     settings = tarnly.open_settings()
     box = tarnly.element(settings, CHECK_BOX, AT_LOGIN)
     wait_for_focus(tarnly.element(settings, FIELD, "Password"))
-    tarnly.screen.key("Tab")
+    tarnly.tab_to(settings, AT_LOGIN)
     wait_for_focus(box)
     tarnly.screen.key("space")
     wait_until_checked(box)
@@ -209,8 +215,10 @@ def test_the_keyboard_switches_the_start_at_login(tarnly):
     wait_until(lambda: not tarnly.autostart_entry.exists(), "the end of the entry")
 
 
-def test_the_desktop_starts_it_at_login_in_the_background_with_its_options(desktop, programs, dnssd):
-    tarnly = Tarnly(desktop, programs, "--name", 'two "words" 100% $HOME', DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
+def test_the_desktop_starts_it_at_login_in_the_background_with_its_settings(desktop, programs, dnssd):
+    home = programs.new_folder()
+    write_settings(home, json.dumps({"startAtLogin": False, "name": 'two "words" 100% $HOME'}))
+    tarnly = Tarnly(desktop, programs, "--name", "once", home=home, DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
     settings = tarnly.open_settings()
     tarnly.click(tarnly.element(settings, CHECK_BOX, AT_LOGIN).area)
     wait_until(tarnly.autostart_entry.exists, "the entry")
@@ -220,8 +228,32 @@ def test_the_desktop_starts_it_at_login_in_the_background_with_its_options(deskt
     assert not tarnly.has_windows()
     tarnly.open_panel()
     tarnly.wait_for_text(r'advertising as "two "words" 100% \$HOME"')
-    assert settings_of(tarnly) == {"startAtLogin": True}
+    assert settings_of(tarnly) == {"startAtLogin": True, "name": 'two "words" 100% $HOME'}
     assert tarnly.autostart_entry.exists()
+
+
+def test_another_name_is_published_at_once(desktop, programs, dnssd):
+    tarnly = Tarnly(desktop, programs, DBUS_SYSTEM_BUS_ADDRESS=dnssd.address)
+    settings = tarnly.open_settings()
+    tarnly.tab_to(settings, "Name")
+    tarnly.screen.type("Left rig")
+    tarnly.screen.key("Tab")
+    wait_for_settings(tarnly, startAtLogin=False, name="Left rig")
+    tarnly.screen.key("Escape")
+    tarnly.wait_for_no_window(SETTINGS)
+    tarnly.wait_for_no_panel()
+    tarnly.open_panel()
+    tarnly.wait_for_text(r'advertising as "Left rig", ')
+
+
+def test_what_cannot_be_is_said_and_not_saved(tarnly):
+    settings = tarnly.open_settings()
+    tarnly.tab_to(settings, "Port")
+    tarnly.screen.type("70000")
+    tarnly.wait_for_text(r"^Not saved: a number from 0 to 65535 is wanted\.$", SETTINGS)
+    tarnly.screen.key("Escape")
+    tarnly.wait_for_no_window(SETTINGS)
+    assert settings_of(tarnly) is None
 
 
 def test_the_settings_outlive_the_program(tarnly, desktop, programs):

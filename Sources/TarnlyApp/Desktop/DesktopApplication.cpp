@@ -25,7 +25,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
       runtime_(companion_.runtime()),
       panel_(runtime_),
       addresses_(runtime_),
-      settings_(companion_.settingsStore()),
+      settings_(companion_.settingsStore(), options),
       trayIcon_(panel_, runtime_, options.startsInBackground),
       displayLoss_([this] { finishLesson(); }) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });

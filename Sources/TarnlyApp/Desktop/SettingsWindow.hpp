@@ -1,29 +1,56 @@
 #pragma once
 
+#include <QLayout>
+#include <QString>
 #include <QWidget>
+#include <functional>
+#include <string>
+#include <vector>
 
+#include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/Desktop/SettingField.hpp"
 #include "TarnlyApp/Settings.hpp"
 
 namespace tarnly {
 
 class CaptionLabel;
 
-/// The settings window. Every edit goes straight to the store: there is nothing to confirm.
+/// The settings window. Every edit that can be used goes to the store: there is nothing to confirm. Where the
+/// command line says something else for this run, the line of help tells.
 class SettingsWindow : public QWidget {
     Q_OBJECT
 
   public:
-    explicit SettingsWindow(SettingsStore& store);
+    explicit SettingsWindow(SettingsStore& store, const CompanionOptions& options = {});
+
+    /// Keeps what was typed last.
+    ~SettingsWindow() override;
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
+    using Text = std::optional<std::string> AppSettings::*;
+    using Number = std::optional<std::int64_t> AppSettings::*;
+
+    QFormLayout* addGroup(const QString& title);
+    void addPairing();
+    void addNetwork(const CompanionOptions& options);
+    void addSimulator(const CompanionOptions& options);
+    void addStart();
+    void addText(QFormLayout& form, SettingField::Description description, Text setting,
+                 SettingField::Fault fault);
+    void addNumber(QFormLayout& form, SettingField::Description description, Number setting,
+                   std::function<std::string(std::int64_t)> fault);
+    void addOrigins(QFormLayout& form, const CompanionOptions& options);
     void changePassword(const QString& password);
     void showWhetherPasswordIsSet();
+    void commit();
 
     SettingsStore& store_;
     CaptionLabel* const caption_; // owned by this widget, as Qt does it
+    std::vector<SettingField*> fields_;
 };
 
 } // namespace tarnly
