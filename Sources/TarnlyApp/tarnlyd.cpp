@@ -36,6 +36,7 @@ int runDaemon(const CompanionOptions& options) {
     runtime.start();
     runtime.run();
     runtime.finishRecordings();
+    settingsStore.finishSaving();
     const int status = runtime.state() == CompanionRuntime::State::failed ? 1 : 0;
     endWatch.expectEnd(EndWatch::takingDown, status);
     return status;
