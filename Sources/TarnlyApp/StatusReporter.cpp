@@ -26,8 +26,7 @@ CompanionStatus StatusReporter::collect() const {
     status.pairing = host_.pairing().requiresPairing() ? "password" : "open";
     if (facts_.sources) status.sources = facts_.sources();
     status.visitors = VisitorsStatus::of(host_.visitors());
-    status.clients.paired = static_cast<std::int64_t>(host_.server().pairedCount());
-    status.clients.connected = static_cast<std::int64_t>(host_.server().connectionCount());
+    status.clients = ClientsStatus::of(host_.server().pairedClients(), host_.server().connectionCount());
     if (const auto progress = host_.recording().progress()) {
         status.recording = RecordingStatus::of(*progress);
     }

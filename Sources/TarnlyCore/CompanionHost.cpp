@@ -54,6 +54,37 @@ std::function<void()> tellWatchedTo(std::shared_ptr<SimBackend> backend,
     };
 }
 
+/// What the person at the computer may want to be told of.
+struct Activity {
+    std::size_t paired = 0;
+    std::int64_t pairings = 0;
+    std::int64_t refusals = 0;
+    bool isRecording = false;
+    std::string problem{};
+
+    bool operator==(const Activity&) const = default;
+};
+
+std::int64_t countOf(const Visitors& visitors, Visitors::Kind kind) {
+    const auto& visits = visitors.of(kind);
+    return visits ? visits->count : 0;
+}
+
+std::function<void()> tellActivityTo(std::function<void()> tell, std::shared_ptr<ProtocolServer> server,
+                                     std::shared_ptr<FlightRecorder> recording,
+                                     std::shared_ptr<Visitors> visitors) {
+    return [tell = std::move(tell), server = std::move(server), recording = std::move(recording),
+            visitors = std::move(visitors), before = std::make_shared<Activity>()] {
+        const auto progress = recording->progress();
+        Activity present{server->pairedCount(), countOf(*visitors, Visitors::Kind::paired),
+                         countOf(*visitors, Visitors::Kind::refused), progress.has_value(),
+                         progress ? progress->problem : std::string()};
+        if (present == *before) return;
+        *before = std::move(present);
+        tell();
+    };
+}
+
 } // namespace
 
 CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& workers, Clock& clock,
@@ -90,8 +121,13 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
               return std::make_shared<ProtocolSession>(services, peer);
           })),
       tellWatched_(tellWatchedTo(backend, server_, recording_, isStageWatched_)),
+      tellActivity_(tellActivityTo(std::move(configuration.onActivity), server_, recording_, visitors_)),
       sampling_(std::make_shared<SamplingLoop>(
-          executor, clock, backend, recording_, loadedScript_, pushThrough(server_), tellWatched_,
+          executor, clock, backend, recording_, loadedScript_, pushThrough(server_),
+          [tellWatched = tellWatched_, tellActivity = tellActivity_] {
+              tellWatched();
+              tellActivity();
+          },
           [server = server_, recording = recording_] {
               return recording->isRecording() || server->connectionCount() > 0;
           })),

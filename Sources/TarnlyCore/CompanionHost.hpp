@@ -66,6 +66,9 @@ class CompanionHost {
         WebPages pages{};
         /// Told when a recording's log cannot be written, and when it can again. Called from other threads.
         RecordingWriter::Tell tell = [](const std::string&) {};
+        /// Told on the network thread, within a heartbeat, when somebody has paired, left or been refused,
+        /// and when a recording has begun, ended, or come into trouble or out of it.
+        std::function<void()> onActivity = [] {};
     };
 
     /// `workers` and `clock` must outlive all that runs on `executor`, and nothing may run there any more
@@ -138,7 +141,9 @@ class CompanionHost {
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);
     // depends-on: recording_, server_, isStageWatched_
     const std::function<void()> tellWatched_;
-    // depends-on: recording_, loadedScript_, server_, tellWatched_
+    // depends-on: recording_, server_, visitors_
+    const std::function<void()> tellActivity_;
+    // depends-on: recording_, loadedScript_, server_, tellWatched_, tellActivity_
     const std::shared_ptr<SamplingLoop> sampling_;
     // depends-on: server_
     ServiceAdvertiser advertiser_;

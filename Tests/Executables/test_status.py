@@ -6,6 +6,8 @@ import re
 import signal
 import stat
 import threading
+import time
+from datetime import datetime
 from pathlib import Path
 
 import pytest
@@ -85,7 +87,11 @@ def test_the_status_file_is_one_line_for_its_owner(told, status_file):
 def test_the_status_file_follows_clients_and_a_recording(told, status_file):
     told.client(paired=False)
     client = told.client()
-    status_file.wait_for(lambda status: status["clients"] == {"paired": 1, "connected": 2}, "two clients")
+    both = {"paired": 1, "connected": 2}
+    clients = status_file.wait_for(lambda status: both.items() <= status["clients"].items(), "two clients")["clients"]
+    listed, = clients["list"]
+    assert listed["address"] == "127.0.0.1"
+    assert abs(datetime.fromisoformat(listed["since"].replace("Z", "+00:00")).timestamp() - time.time()) < 120
     client.data("recording_start")
     recording = status_file.wait_for(lambda status: status.get("recording", {}).get("file"),
                                      "a recording with its file")["recording"]

@@ -34,9 +34,12 @@ struct CompanionHostTest : testing::Test {
             published.push_back(std::move(service));
             return nullptr;
         };
+        configuration.onActivity = [this] { ++activities; };
         return std::make_unique<CompanionHost>(io.get_executor(), workers, clock, backend,
                                                std::move(configuration));
     }
+
+    int activities = 0;
 
     void start(CompanionHost& host) { test::runTask(io, host.start()); }
 
@@ -151,6 +154,29 @@ TEST_F(CompanionHostTest, TheBackendIsWatchedWhileAClientIsPaired) {
     EXPECT_TRUE(comesToBeWatched(true));
     client->cancel();
     EXPECT_TRUE(comesToBeWatched(false));
+    host->stop();
+}
+
+TEST_F(CompanionHostTest, WhatAPersonMayWantToBeToldOfIsToldOnce) {
+    const auto host = newHost();
+    start(*host);
+    const auto comesTo = [&](int expected) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        io.restart();
+        while (activities < expected && io.run_one_until(deadline) > 0) {
+        }
+        return activities == expected;
+    };
+    const Endpoint endpoint{"127.0.0.1", *host->advertiser().advertisedPort()};
+    const auto client = openWebSocket(io.get_executor(), clock, endpoint, "/");
+    client->send(R"({"type":"pair"})", Kind::awaited);
+    EXPECT_TRUE(comesTo(1)) << "paired";
+    host->recording().start();
+    EXPECT_TRUE(comesTo(2)) << "recording";
+    host->recording().stop();
+    EXPECT_TRUE(comesTo(3)) << "no recording";
+    client->cancel();
+    EXPECT_TRUE(comesTo(4)) << "nobody";
     host->stop();
 }
 

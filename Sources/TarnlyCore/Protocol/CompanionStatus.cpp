@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 
+#include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -105,6 +106,23 @@ RecordingStatus RecordingStatus::of(const FlightRecorder::Progress& progress) {
     return status;
 }
 
+ClientStatus ClientStatus::of(const PairedClient& client) {
+    return {client.id, wellFormedUtf8(client.address), utcText(client.since),
+            static_cast<std::int64_t>(client.subscriptions)};
+}
+
+ClientsStatus ClientsStatus::of(const std::vector<PairedClient>& paired, std::size_t connected) {
+    ClientsStatus status;
+    status.paired = static_cast<std::int64_t>(paired.size());
+    status.connected = static_cast<std::int64_t>(connected);
+    if (paired.empty()) return status;
+    auto& list = status.list.emplace();
+    list.reserve(paired.size());
+    for (const auto& client : paired)
+        list.push_back(ClientStatus::of(client));
+    return status;
+}
+
 void CompanionStatus::warn(std::string_view sentence) {
     if (!warnings) warnings.emplace();
     warnings->push_back(wellFormedUtf8(std::string(sentence)));
@@ -132,6 +150,15 @@ std::string recordingSentence(const std::optional<RecordingStatus>& recording) {
     const auto duration = "Recording for " + durationText(recording->runningSeconds);
     const auto sentence = duration + (recording->samples == 0 ? ", no samples yet." : ".");
     return recording->problem ? sentence + " " + *recording->problem : sentence;
+}
+
+std::string samplesSentence(const RecordingStatus& recording) {
+    if (recording.samples == 0 || !recording.lastSampleAgeSeconds) return {};
+    const bool isOne = recording.samples == 1;
+    auto text =
+        std::to_string(recording.samples) + (isOne ? " sample, taken " : " samples, the last one taken ");
+    appendNumber(text, *recording.lastSampleAgeSeconds);
+    return text + " s ago.";
 }
 
 std::string warningSentences(const CompanionStatus& status) {

@@ -9,6 +9,7 @@
 
 #include "TarnlyCore/Discovery/Visitors.hpp"
 #include "TarnlyCore/Flight/SimulatorStage.hpp"
+#include "TarnlyCore/Protocol/ProtocolServer.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
@@ -54,15 +55,40 @@ struct PublicationStatus {
     }
 };
 
+/// A paired client.
+struct ClientStatus {
+    /// By which it can be disconnected.
+    std::int64_t id = 0;
+    /// Without a port, of IPv6 the first half.
+    std::string address;
+    /// In UTC: "2026-11-22T03:15:00Z".
+    std::string since;
+    /// Datarefs.
+    std::int64_t subscriptions = 0;
+
+    static ClientStatus of(const PairedClient& client);
+
+    bool operator==(const ClientStatus&) const = default;
+    static constexpr auto fields() {
+        return std::tuple(field("id", &ClientStatus::id), field("address", &ClientStatus::address),
+                          field("since", &ClientStatus::since),
+                          field("subscriptions", &ClientStatus::subscriptions));
+    }
+};
+
 struct ClientsStatus {
     std::int64_t paired = 0;
     /// The paired ones too.
     std::int64_t connected = 0;
+    /// The paired ones. Absent while there are none.
+    std::optional<std::vector<ClientStatus>> list{};
+
+    static ClientsStatus of(const std::vector<PairedClient>& paired, std::size_t connected);
 
     bool operator==(const ClientsStatus&) const = default;
     static constexpr auto fields() {
         return std::tuple(field("paired", &ClientsStatus::paired),
-                          field("connected", &ClientsStatus::connected));
+                          field("connected", &ClientsStatus::connected), field("list", &ClientsStatus::list));
     }
 };
 
@@ -188,6 +214,9 @@ std::string clientsSentence(const ClientsStatus& clients);
 /// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05.", and why its
 /// log is not being written.
 std::string recordingSentence(const std::optional<RecordingStatus>& recording);
+
+/// "1 sample, taken 0.4 s ago.", "240 samples, the last one taken 0.4 s ago."; empty before the first one.
+std::string samplesSentence(const RecordingStatus& recording);
 
 /// What is not as it should be, all in one; empty while all is well.
 std::string warningSentences(const CompanionStatus& status);

@@ -35,8 +35,9 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
   public:
     Client(std::shared_ptr<WebSocketConnection> connection, std::shared_ptr<ProtocolSession> session,
            std::weak_ptr<ProtocolServer> server, const boost::asio::any_io_executor& executor,
-           Clock::TimePoint now)
-        : connection_(std::move(connection)),
+           Clock::TimePoint now, std::int64_t id)
+        : id_(id),
+          connection_(std::move(connection)),
           session_(std::move(session)),
           server_(std::move(server)),
           heardAt_(now),
@@ -44,6 +45,13 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
 
     WebSocketConnection& connection() { return *connection_; }
     const std::shared_ptr<ProtocolSession>& session() const { return session_; }
+    std::int64_t id() const { return id_; }
+
+    PairedClient description() const {
+        const auto visit = connection_->visit();
+        return {id_, (visit ? visit->from() : PeerNetwork()).text(), pairedAt_,
+                session_->subscriptionCount()};
+    }
     bool hasMessageUnderWay = false;
 
     /// Asks a client that says nothing whether it is there, and cuts one that does not answer. Says when to
@@ -106,6 +114,7 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
     void noteIfPaired() {
         if (std::exchange(isPaired_, session_->isPaired()) || !isPaired_) return;
         connection_->setMessageLimit(pairedMessageLimit);
+        if (const auto server = server_.lock()) pairedAt_ = server->wallClock_();
         if (const auto visit = connection_->visit()) visit->trust();
     }
 
@@ -164,10 +173,12 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
         }
     }
 
+    const std::int64_t id_;
     const std::shared_ptr<WebSocketConnection> connection_;
     const std::shared_ptr<ProtocolSession> session_;
     const std::weak_ptr<ProtocolServer> server_;
     bool isPaired_ = false;
+    std::chrono::sys_seconds pairedAt_{};
     Clock::TimePoint heardAt_;
     bool isAsked_ = false; // since it was heard last
     std::optional<UnderWay> underWay_;
@@ -176,10 +187,12 @@ class ProtocolServer::Client final : public WebSocketConnection::Receiver,
     Event changed_;
 };
 
-ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession)
+ProtocolServer::ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession,
+                               Visitors::WallClock wallClock)
     : executor_(std::move(executor)),
       clock_(clock),
       makeSession_(std::move(makeSession)),
+      wallClock_(std::move(wallClock)),
       changed_(executor_),
       tasks_(executor_),
       silenceWatch_(executor_) {}
@@ -191,8 +204,8 @@ void ProtocolServer::accept(std::shared_ptr<WebSocketConnection> connection) {
     connection->setMessageLimit(unpairedMessageLimit);
     const auto visit = connection->visit();
     auto session = makeSession_(visit ? visit->from() : PeerNetwork());
-    const auto client =
-        std::make_shared<Client>(connection, std::move(session), weak_from_this(), executor_, clock_.now());
+    const auto client = std::make_shared<Client>(connection, std::move(session), weak_from_this(), executor_,
+                                                 clock_.now(), ++lastId_);
     clients_.emplace(client.get(), client);
     connection->setReceiver(client);
     if (std::exchange(isSilenceWatched_, true)) return;
@@ -300,6 +313,26 @@ std::size_t ProtocolServer::pairedCount() const {
     const auto count =
         std::ranges::count_if(clients_, [](const auto& kept) { return kept.second->session()->isPaired(); });
     return static_cast<std::size_t>(count);
+}
+
+std::vector<PairedClient> ProtocolServer::pairedClients() const {
+    thread_.check();
+    std::vector<PairedClient> paired;
+    for (const auto& [key, client] : clients_) {
+        if (client->session()->isPaired()) paired.push_back(client->description());
+    }
+    std::ranges::sort(paired, {}, &PairedClient::id);
+    return paired;
+}
+
+bool ProtocolServer::disconnect(std::int64_t id) {
+    thread_.check();
+    const auto found =
+        std::ranges::find_if(clients_, [id](const auto& kept) { return kept.second->id() == id; });
+    if (found == clients_.end()) return false;
+    const auto client = found->second; // leaves the table by it
+    client->connection().abort();
+    return true;
 }
 
 /// A connection may come to its end, and so leave the table, while the table is gone through.

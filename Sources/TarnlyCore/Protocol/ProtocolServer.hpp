@@ -2,6 +2,8 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "TarnlyCore/Discovery/Visitors.hpp"
 #include "TarnlyCore/Protocol/ProtocolSession.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
@@ -20,6 +23,17 @@
 #include "TarnlyPlatform/Net/WebSocketConnection.hpp"
 
 namespace tarnly {
+
+/// A client that has paired, as people want to know it. A plain value.
+struct PairedClient {
+    /// No other connection of this server has it, before or after.
+    std::int64_t id = 0;
+    /// Of IPv6 that of its network; "127.0.0.1" for this computer, by whichever address it comes.
+    std::string address;
+    /// When it paired, in UTC.
+    std::chrono::sys_seconds since;
+    std::size_t subscriptions = 0;
+};
 
 /// The companion's connection table: gives every connection a session, reads its text messages one at a time,
 /// and writes the session's answers back.
@@ -43,8 +57,10 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     static constexpr std::chrono::seconds silenceBeforePing{30};
     static constexpr std::chrono::seconds silenceAfterPing{60};
 
-    /// `executor` runs the tasks of all connections. `clock` outlives them.
-    ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession);
+    /// `executor` runs the tasks of all connections. `clock` outlives them. `wallClock` tells the time in
+    /// UTC.
+    ProtocolServer(boost::asio::any_io_executor executor, Clock& clock, MakeSession makeSession,
+                   Visitors::WallClock wallClock = FlightRecorder::systemTime);
 
     ~ProtocolServer();
 
@@ -71,6 +87,13 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     /// How many of the connections have paired.
     std::size_t pairedCount() const;
 
+    /// These, who has come first stands first.
+    std::vector<PairedClient> pairedClients() const;
+
+    /// Ends a connection as if the network had lost it: the client may come back at once, and goes on where
+    /// it was. Says whether it was there.
+    bool disconnect(std::int64_t id);
+
   private:
     class Client;
     using Table = std::map<const Client*, std::shared_ptr<Client>>;
@@ -85,7 +108,9 @@ class ProtocolServer : public std::enable_shared_from_this<ProtocolServer> {
     const boost::asio::any_io_executor executor_;
     Clock& clock_;
     const MakeSession makeSession_;
+    const Visitors::WallClock wallClock_;
     OnOneThread thread_;
+    std::int64_t lastId_ = 0;
     Table clients_;
     bool isSilenceWatched_ = false;
     Event changed_;

@@ -111,6 +111,11 @@ void ProtocolSession::hangUp() {
     services_.guard->wake();
 }
 
+std::size_t ProtocolSession::subscriptionCount() const {
+    const auto names = namesToPush_.copy();
+    return names ? names->size() : 0;
+}
+
 void ProtocolSession::addSubscriptions(Names names) {
     std::ranges::sort(names);
     bool isInForce = false;

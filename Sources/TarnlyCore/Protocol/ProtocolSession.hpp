@@ -106,6 +106,9 @@ class ProtocolSession {
     /// first read that fails throws. May run beside `handleMessage`.
     Push buildSubscriptionPush();
 
+    /// How many datarefs it is subscribed to. From any thread.
+    std::size_t subscriptionCount() const;
+
     /// From any thread; of very many names, best on a worker's. Throws `ProtocolLimitError`.
     void addSubscriptions(std::vector<std::string> names);
 

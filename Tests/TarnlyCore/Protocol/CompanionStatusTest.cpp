@@ -36,7 +36,8 @@ CompanionStatus wholeStatus() {
     visitors.note(Visitors::Kind::page, PeerNetwork(boost::asio::ip::make_address("192.0.2.7")));
     visitors.note(Visitors::Kind::refused, PeerNetwork(boost::asio::ip::make_address("2001:db8::1")));
     status.visitors = VisitorsStatus::of(visitors);
-    status.clients = {2, 3};
+    const std::chrono::sys_seconds time(std::chrono::seconds(1'795'317'300));
+    status.clients = ClientsStatus::of({{4, "192.168.1.30", time, 12}, {7, "fd42::", time + 5s, 0}}, 3);
     status.recording =
         RecordingStatus::of({"/d/Recordings/a.jsonl", 65s, 12, 430ms, "The log is not being written."});
     status.dataFolder = "/d";
@@ -55,7 +56,9 @@ constexpr auto wholeStatusJson =
     R"-("situations":"\/x\/Output\/situations","nav_db":"\/x\/nav.db"},)-"
     R"-("visitors":{"page":{"count":1,"at":"2026-11-02T03:04:05Z","from":"192.0.2.7"},)-"
     R"-("refused":{"count":1,"at":"2026-11-02T03:04:05Z","from":"2001:db8::"}},)-"
-    R"-("clients":{"paired":2,"connected":3},)-"
+    R"-("clients":{"paired":2,"connected":3,"list":[)-"
+    R"-({"id":4,"address":"192.168.1.30","since":"2026-11-22T03:15:00Z","subscriptions":12},)-"
+    R"-({"id":7,"address":"fd42::","since":"2026-11-22T03:15:05Z","subscriptions":0}]},)-"
     R"-("recording":{"file":"\/d\/Recordings\/a.jsonl","samples":12,)-"
     R"-("last_sample_age_s":0.4,"running_for_s":65,)-"
     R"-("problem":"The log is not being written."},)-"
@@ -80,7 +83,11 @@ TEST(CompanionStatus, WhatIsNotThereIsLeftOut) {
 void addKeys(const boost::json::object& object, const std::string& above, std::vector<std::string>& keys) {
     for (const auto& [key, value] : object) {
         keys.push_back(above + std::string(key));
-        if (value.is_object()) addKeys(value.as_object(), keys.back() + ".", keys);
+        const auto whose = keys.back() + ".";
+        if (value.is_object()) addKeys(value.as_object(), whose, keys);
+        if (!value.is_array() || value.get_array().empty()) continue;
+        const auto& first = value.get_array().front();
+        if (first.is_object()) addKeys(first.get_object(), whose, keys);
     }
 }
 
@@ -90,7 +97,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
     status.published->reason = "x";
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
-    EXPECT_EQ(keys.size(), 41U);
+    EXPECT_EQ(keys.size(), 46U);
     const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "status.md");
     // The table does not list `clients` itself, and what is told of a visit but once.
     std::erase(keys, "clients");
@@ -171,6 +178,13 @@ TEST(ClientsStatus, CountsTheClientsThatHavePaired) {
     EXPECT_EQ(clientsSentence({1, 1}), "1 client is paired.");
     EXPECT_EQ(clientsSentence({2, 2}), "2 clients are paired.");
     EXPECT_EQ(clientsSentence({11, 12}), "11 clients are paired.");
+}
+
+TEST(RecordingStatus, TellsHowManySamplesThereAreAndHowOldTheLastIs) {
+    EXPECT_EQ(samplesSentence(RecordingStatus::of({"/a", 65s, 0, std::nullopt, {}})), "");
+    EXPECT_EQ(samplesSentence(RecordingStatus::of({"/a", 65s, 1, 430ms, {}})), "1 sample, taken 0.4 s ago.");
+    EXPECT_EQ(samplesSentence(RecordingStatus::of({"/a", 65s, 1200, 12s, {}})),
+              "1200 samples, the last one taken 12 s ago.");
 }
 
 std::string recordingFor(std::chrono::nanoseconds time) {

@@ -33,8 +33,10 @@ struct ProtocolServerTest : testing::Test {
     std::vector<std::shared_ptr<ProtocolSession>> sessions;
     std::shared_ptr<PairingGuard> guard = std::make_shared<PairingGuard>(io.get_executor(), clock);
     std::shared_ptr<Allowance> names = std::make_shared<Allowance>(ProtocolLimits::namesInAll);
-    std::shared_ptr<ProtocolServer> server =
-        std::make_shared<ProtocolServer>(io.get_executor(), clock, [this](const PeerNetwork& peer) {
+    std::chrono::sys_seconds wallTime{std::chrono::seconds(1'795'317'300)};
+    std::shared_ptr<ProtocolServer> server = std::make_shared<ProtocolServer>(
+        io.get_executor(), clock,
+        [this](const PeerNetwork& peer) {
             const auto findNone = [](const auto&) {
                 return [](const std::string&) { return std::optional<Coordinate>(); };
             };
@@ -42,7 +44,8 @@ struct ProtocolServerTest : testing::Test {
                                                findNone, names, workers, workers};
             sessions.push_back(std::make_shared<ProtocolSession>(std::move(services), peer));
             return sessions.back();
-        });
+        },
+        [this] { return wallTime; });
 
     std::shared_ptr<test::FakeConnection> connect() {
         auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
@@ -359,6 +362,54 @@ TEST_F(ProtocolServerTest, TheTimeThatALateAnswerTakesDoesNotCount) {
     EXPECT_EQ(server->pairedCount(), 1U);
     clock.advance(io, std::chrono::seconds(25));
     EXPECT_FALSE(connection->isAborted);
+}
+
+TEST_F(ProtocolServerTest, TellsWhoIsPairedAndSinceWhen) {
+    Admission admission(io.get_executor(), clock, {});
+    const auto connectFrom = [&](const char* address) {
+        auto connection = std::make_shared<test::FakeConnection>(io.get_executor());
+        connection->stay = admission.admit(PeerNetwork(boost::asio::ip::make_address(address)), [] {});
+        server->accept(connection);
+        settle();
+        return connection;
+    };
+    const auto first = connectFrom("192.168.1.30");
+    const auto second = connectFrom("fd42::31");
+    connectFrom("192.168.1.32");
+    EXPECT_THAT(server->pairedClients(), IsEmpty());
+    const auto secondPairedAt = wallTime;
+    second->deliver(R"({"type":"pair"})");
+    settle();
+    wallTime += std::chrono::seconds(5);
+    first->deliver(R"({"type":"pair"})");
+    second->deliver(R"({"type":"pair"})"); // again
+    settle();
+    sessions.at(1)->addSubscriptions({"a", "b"});
+    const auto paired = server->pairedClients();
+    ASSERT_THAT(paired, SizeIs(2));
+    EXPECT_EQ(paired[0].address, "192.168.1.30");
+    EXPECT_EQ(paired[0].since, wallTime);
+    EXPECT_EQ(paired[0].subscriptions, 0U);
+    EXPECT_EQ(paired[1].address, "fd42::");
+    EXPECT_EQ(paired[1].since, secondPairedAt);
+    EXPECT_EQ(paired[1].subscriptions, 2U);
+}
+
+TEST_F(ProtocolServerTest, ADisconnectedClientIsGoneWithoutAWordAndMayComeBack) {
+    const auto first = connectPaired();
+    const auto second = connectPaired();
+    const auto ids = server->pairedClients();
+    ASSERT_THAT(ids, SizeIs(2));
+    EXPECT_TRUE(server->disconnect(ids[0].id));
+    settle();
+    EXPECT_TRUE(first->isAborted);
+    EXPECT_THAT(first->sent, IsEmpty());
+    EXPECT_FALSE(second->isAborted);
+    EXPECT_EQ(server->connectionCount(), 1U);
+    EXPECT_FALSE(server->disconnect(ids[0].id)) << "nobody else gets its id";
+    connectPaired();
+    EXPECT_FALSE(server->disconnect(ids[0].id));
+    EXPECT_EQ(server->pairedCount(), 2U);
 }
 
 TEST_F(ProtocolServerTest, WhoHangsUpWhileItWaitsIsForgotten) {
