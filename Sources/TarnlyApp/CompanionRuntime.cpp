@@ -168,6 +168,9 @@ CompanionHost::Configuration CompanionRuntime::hostConfiguration(const Companion
     configuration.allowedOrigins = setup.allowedOrigins;
     configuration.pages = reachPages();
     configuration.tell = remark;
+    configuration.onActivity = [this] {
+        if (onActivity) onActivity();
+    };
     return configuration;
 }
 
@@ -275,6 +278,22 @@ void CompanionRuntime::askStatus(std::function<void(CompanionStatus)> answer) {
         if (reporter_) answer(reporter_->collect());
     });
 }
+
+void CompanionRuntime::disconnectClient(std::int64_t id) {
+    if (state_ == State::failed) return;
+    boost::asio::post(network_, [this, id] {
+        if (host_) host_->server().disconnect(id);
+    });
+}
+
+void CompanionRuntime::doAside(std::function<void()> work) {
+    if (state_ == State::failed) return;
+    boost::asio::post(network_, [this, work = std::move(work)]() mutable {
+        asideTasks_.spawn(workAside(std::move(work)), dropFailure);
+    });
+}
+
+Task<> CompanionRuntime::workAside(std::function<void()> work) { co_await workers_.run(std::move(work)); }
 
 void CompanionRuntime::setStatusShown(bool isShown) {
     if (state_ == State::failed) return;

@@ -76,12 +76,22 @@ class CompanionRuntime {
     /// Called on the network thread when the simulator's stage has changed. To be set before `start`.
     std::function<void()> onStageChange;
 
+    /// Called on the network thread when somebody has paired, left or been refused, and when a recording has
+    /// begun, ended, or come into trouble or out of it. To be set before `start`.
+    std::function<void()> onActivity;
+
+    /// Ends the connection of a client, by its id in the status; one that has gone meanwhile is no error.
+    void disconnectClient(std::int64_t id);
+
     /// Has `answer` called on the network thread, if that runs, with how the companion stands just now, but
     /// for its addresses.
     void askStatus(std::function<void(CompanionStatus)> answer);
 
     /// Whether a person looks at the status: a simulator that is away is then looked for more often.
     void setStatusShown(bool isShown);
+
+    /// Has a worker do what must not hold up a window, if the network runs. What it throws is lost.
+    void doAside(std::function<void()> work);
 
     boost::asio::any_io_executor executor() { return network_.get_executor(); }
 
@@ -101,6 +111,7 @@ class CompanionRuntime {
     Task<> close();
     Task<> closeStatusFile();
     Task<> tellHowItListens();
+    Task<> workAside(std::function<void()> work);
     void announceListening();
     void announceFailure(const std::exception_ptr& failure);
     void announce(State state, std::string text);
@@ -138,6 +149,8 @@ class CompanionRuntime {
     std::unique_ptr<LocalListener> statusSocket_;
     // depends-on: clock_, network_, host_
     TaskGroup publicationTask_{network_.get_executor()};
+    // depends-on: network_, workers_
+    TaskGroup asideTasks_{network_.get_executor()};
 };
 
 /// The line that tells the person how the companion can be reached.

@@ -199,7 +199,7 @@ def test_the_icon_has_a_mark_unless_a_flight_is_loaded(light, desktop, programs)
 
 def test_enlarged_windows_are_of_full_size(light, desktop):
     light.open_panel()
-    assert light.window(PANEL).area.width == 280 * desktop.scale
+    assert light.window(PANEL).area.width == 360 * desktop.scale
     assert light.screen.area.contains(light.window(PANEL).area)
 
 
@@ -232,6 +232,7 @@ def test_the_panel_during_a_lesson(start, desktop, programs, picture, scheme):
         tarnly.wait_for_text(r"^Simulator: flight loaded\.$")
         tarnly.wait_for_text(r"^1 client is paired\.$")
         tarnly.wait_for_text(r"^Recording for 0:(0[1-9]|[1-5]\d)\.$")
+        tarnly.wait_for_text(r"^\d+ samples, the last one taken [\d.]+ s ago\.$")
         wait_for_darkness(tarnly, PANEL, scheme == Portal.DARK)
         expect_readable(tarnly, panel, LABEL, BUTTON)
         area = tarnly.window(PANEL).area

@@ -65,6 +65,23 @@ def test_a_watcher_that_ends_leaves_a_window(desktop, programs):
     wait_until(lambda: tarnly.window(PANEL), "the window")
 
 
+def test_a_recording_that_cannot_be_written_is_told_by_one_notification(desktop, programs):
+    home = programs.new_folder()
+    (home / "data" / "Tarnly").mkdir(parents=True)
+    (home / "data" / "Tarnly" / "Recordings").write_text("in the way of the folder")
+    with StatusNotifier(desktop.bus_address) as notifier:
+        tarnly = Tarnly(desktop, programs, home=home)
+        wait_for_icon(notifier)
+        tarnly.wait_for_reader()
+        notifier.activate(500, 5)
+        client = tarnly.client(tarnly.port())
+        client.data("recording_start")
+        wait_until(lambda: notifier.notices, "a notification")
+        tarnly.wait_for_text(r"^Recording for 0:0[2-9]")
+        (title, text), = notifier.notices
+        assert title == "The recording cannot be written" and "Recordings" in text
+
+
 @pytest.fixture
 def held_pointer(desktop):
     """A window of somebody else in which the button is down; a function that lets it go."""

@@ -10,7 +10,7 @@ from desktop.tarnly import ADDRESSES, BUTTON, LABEL, MENU_ITEM, PANEL, SETTINGS
 from dnssd import PrivateDnssd
 from harness import wait_until
 
-WIDTH, PADDING = 280, 12
+WIDTH, PADDING = 360, 12
 # Where neither panel nor menu reaches.
 ELSEWHERE = 100, 600
 
@@ -36,6 +36,29 @@ def dnssd():
 def test_it_starts_as_an_icon_without_a_window(tarnly):
     tarnly.icon()
     assert not tarnly.has_windows()
+
+
+def test_the_first_start_shows_the_panel_beside_the_icon_and_no_other_does(desktop, programs):
+    tarnly = Tarnly(desktop, programs, first_start=True)
+    icon = tarnly.icon()
+    panel = tarnly.view(PANEL).area
+    assert tarnly.screen.area.contains(panel) and icon.bottom <= panel.y <= icon.bottom + 10
+    memory = tarnly.data / "desktop.json"
+    wait_until(lambda: memory.exists() and json.loads(memory.read_text())["introduced"], "the memory of it")
+    assert tarnly.program.end(signal.SIGTERM) == 0
+    later = Tarnly(desktop, programs, home=tarnly.home, first_start=True)
+    later.icon()
+    later.open_menu()  # by now it would be there
+    later.screen.key("Escape")
+    assert not later.window(PANEL)
+
+
+def test_a_first_start_in_the_background_opens_nothing(desktop, programs):
+    tarnly = Tarnly(desktop, programs, "--background", first_start=True)
+    tarnly.icon()
+    tarnly.open_menu()
+    tarnly.screen.key("Escape")
+    assert not tarnly.window(PANEL)
 
 
 def test_a_click_on_the_icon_opens_the_panel_beside_it(tarnly):
@@ -68,15 +91,16 @@ def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
     panel = tarnly.open_panel()
     port = tarnly.port()
     simulator = tarnly.wait_for_text(r"^Simulator: .*").group()
-    shown = panel.showing(LABEL, BUTTON, "frame")
+    unpublished = tarnly.wait_for_text(r"^Not published by DNS-SD: .*").group()
+    shown = panel.showing(LABEL, BUTTON)
     assert [(element.role, element.name) for element in shown] == [
         (LABEL, "Tarnly"),
         (LABEL, f"Listening on port {port}, not advertised: no DNS-SD daemon, pairing open."),
+        (LABEL, unpublished),
+        (BUTTON, "Addresses…"),
         (LABEL, simulator),
         (LABEL, "No client is paired."),
         (LABEL, "No recording is running."),
-        (BUTTON, "Addresses…"),
-        ("frame", ""),
         (BUTTON, "Settings…"),
         (BUTTON, "Quit Tarnly"),
     ]
@@ -89,9 +113,10 @@ def test_the_panel_fits_its_content(tarnly):
     frame = wait_until(lambda: panel.area == tarnly.window(PANEL).area and panel.area, "the final size")
     shown = [element.area for element in panel.showing(LABEL, BUTTON)]
     assert all(frame.shrunk(PADDING).contains(area) for area in shown)
-    assert {area.x for area in shown} == {frame.x + PADDING}
     assert (shown[0].y, shown[-1].bottom) == (frame.y + PADDING, frame.bottom - PADDING)
-    assert all(upper.bottom <= lower.y for upper, lower in zip(shown, shown[1:]))
+    *column, settings, quit_button = shown
+    assert all(upper.bottom <= lower.y for upper, lower in zip(column, column[1:]))
+    assert column[-1].bottom <= settings.y == quit_button.y and settings.right <= quit_button.x
 
 
 def test_a_click_elsewhere_closes_the_panel(tarnly):
@@ -198,6 +223,19 @@ def test_the_open_panel_counts_the_paired_clients(tarnly):
     tarnly.wait_for_text(r"^1 client is paired\.$")
     second.close()
     tarnly.wait_for_text(r"^No client is paired\.$")
+
+
+def test_a_client_has_a_row_and_a_button_that_disconnects_it(tarnly):
+    panel = tarnly.open_panel()
+    port = tarnly.port()
+    client = tarnly.client(port)
+    tarnly.wait_for_text("^this computer$")
+    tarnly.wait_for_text("^since .*, 0 values$")
+    tarnly.press(panel, "Disconnect this computer")
+    assert client.ends_without_reply()
+    tarnly.wait_for_text(r"^No client is paired\.$")
+    tarnly.client(port)  # it may come back
+    tarnly.wait_for_text(r"^1 client is paired\.$")
 
 
 def test_the_panel_opens_with_what_is_so_now(tarnly):

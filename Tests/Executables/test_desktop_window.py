@@ -5,7 +5,7 @@ from desktop import Desktop, Tarnly
 from desktop.tarnly import ADDRESSES, BUTTON, LABEL, PANEL, SETTINGS
 from harness import wait_until
 
-WIDTH = 280
+WIDTH = 360
 
 
 @pytest.fixture(scope="module")
@@ -41,9 +41,10 @@ def test_the_panel_is_an_ordinary_window(tarnly):
     assert tarnly.screen.area.contains(window.area)
     port = tarnly.port()
     simulator = tarnly.wait_for_text(r"^Simulator: .*").group()
+    unpublished = tarnly.wait_for_text(r"^Not published by DNS-SD: .*").group()
     assert panel.names(LABEL, BUTTON) == [
-        "Tarnly", f'Listening on port {port}, not advertised: no DNS-SD daemon, pairing open.', simulator,
-        "No client is paired.", "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"]
+        "Tarnly", f'Listening on port {port}, not advertised: no DNS-SD daemon, pairing open.', unpublished, "Addresses…",
+        simulator, "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"]
     tarnly.client(port)
     tarnly.wait_for_text(r"^1 client is paired\.$")
 
@@ -155,6 +156,12 @@ def test_settings_stay_open_while_a_tray_comes(tarnly, tray):
     tarnly.screen.type("gate")
     wait_until(tarnly.settings_file.exists, "the settings")
     assert tarnly.window(SETTINGS)
+
+
+def test_in_the_background_the_first_start_is_minimized_too(desktop, programs):
+    tarnly = Tarnly(desktop, programs, "--background", first_start=True)
+    wait_until(lambda: is_minimized(tarnly), "the minimized window")
+    assert not tarnly.has_windows()
 
 
 def test_in_the_background_the_window_is_minimized(desktop, programs):

@@ -2,9 +2,11 @@
 
 #include <QApplication>
 #include <QScopeGuard>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
@@ -21,7 +23,11 @@ void remark(const char* text) { std::cerr << "Tarnly: " << text << std::endl; }
 } // namespace
 
 DesktopApplication::DesktopApplication(const CompanionOptions& options)
-    : companion_(options),
+    : dataFolder_(std::filesystem::absolute(dataFolder(options))),
+      startsInBackground_(options.startsInBackground),
+      companion_(options),
+      memory_(DeskMemory::in(dataFolder_)),
+      notices_(clock_, memory_.knownDevices),
       runtime_(companion_.runtime()),
       panel_(runtime_),
       addresses_(runtime_),
@@ -30,6 +36,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
       displayLoss_([this] { finishLesson(); }) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
     connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
+    connect(&runtime_, &RuntimeModel::activityChanged, this, &DesktopApplication::tellNews);
     // `quit` would ask the windows first.
     connect(&panel_, &Panel::quitRequested, qApp, [] { QApplication::exit(); });
     connect(&quitSignals_, &QuitSignals::received, qApp, [] { QApplication::exit(); });
@@ -41,7 +48,28 @@ int DesktopApplication::run() {
     const auto ending = qScopeGuard([this] { companion_.stop(); });
     QApplication::setQuitOnLastWindowClosed(false);
     companion_.start();
+    if (!memory_.isIntroduced && !startsInBackground_) introduce();
     return QApplication::exec();
+}
+
+void DesktopApplication::introduce() {
+    trayIcon_.introduce();
+    memory_.isIntroduced = true;
+    remember();
+}
+
+void DesktopApplication::tellNews() {
+    for (const auto& notice : notices_.newIn(runtime_.activity()))
+        trayIcon_.tell(QString::fromStdString(notice.title), QString::fromStdString(notice.text));
+    auto known = notices_.known();
+    if (std::ranges::is_permutation(known, memory_.knownDevices)) return; // only who was here last
+    memory_.knownDevices = std::move(known);
+    remember();
+}
+
+/// Beside the windows, which do not wait for a disk.
+void DesktopApplication::remember() {
+    runtime_.doAside([memory = memory_, folder = dataFolder_] { memory.keepIn(folder); });
 }
 
 /// The display has gone: the companion does not need it. A client whose connection breaks comes back.

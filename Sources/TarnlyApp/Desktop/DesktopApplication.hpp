@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QObject>
+#include <filesystem>
 
 #include "TarnlyApp/CompanionOptions.hpp"
+#include "TarnlyApp/DeskMemory.hpp"
 #include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
 #include "TarnlyApp/Desktop/CompanionThread.hpp"
@@ -12,6 +14,8 @@
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
 #include "TarnlyApp/Desktop/TrayIcon.hpp"
+#include "TarnlyApp/Notices.hpp"
+#include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 
 namespace tarnly {
@@ -35,9 +39,19 @@ class DesktopApplication : public QObject {
 
   private:
     void finishLesson();
+    void tellNews();
+    void introduce();
+    void remember();
 
     OnOneThread thread_;
+    const SystemClock clock_;
+    const std::filesystem::path dataFolder_;
+    const bool startsInBackground_;
     CompanionThread companion_;
+    // depends-on: companion_, which has the data folder
+    DeskMemory memory_;
+    // depends-on: clock_, memory_
+    Notices notices_;
     ColorScheme colorScheme_;
     QuitSignals quitSignals_;
     // depends-on: companion_

@@ -1,15 +1,18 @@
 #include "TarnlyApp/Desktop/Panel.hpp"
 
 #include <qdrawutil.h>
-#include <QFrame>
+#include <QGroupBox>
+#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <string>
 
+#include "TarnlyApp/Desktop/ClientList.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -18,13 +21,27 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr int padding = 12;
-constexpr int panelWidth = 280;
+constexpr int panelWidth = 360;
 
-QFrame* divider() {
-    auto* line = new QFrame;
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
-    return line;
+/// A group that answers one question.
+QGroupBox* question(const QString& text, std::initializer_list<QWidget*> answers) {
+    auto* group = new QGroupBox(text);
+    auto* layout = new QVBoxLayout(group);
+    for (auto* answer : answers) {
+        const bool isButton = qobject_cast<QPushButton*>(answer) != nullptr;
+        layout->addWidget(answer, 0, isButton ? Qt::AlignLeading : Qt::Alignment());
+    }
+    return group;
+}
+
+/// A line takes room while it has something to say.
+void say(CaptionLabel& label, const std::string& text) {
+    label.setVisible(!text.empty());
+    label.showText(QString::fromStdString(text));
+}
+
+std::string unpublishedSentence(const std::optional<PublicationStatus>& published) {
+    return published && published->reason ? publicationSentence(*published) : std::string();
 }
 
 /// Buttons of one width, with some air around the longest text.
@@ -40,31 +57,35 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
 
 Panel::Panel(RuntimeModel& runtime)
     : runtime_(runtime),
-      status_(new CaptionLabel),
       warnings_(new CaptionLabel),
+      status_(new CaptionLabel),
+      publication_(new CaptionLabel),
+      addresses_(new QPushButton(tr("Addresses…"))),
       simulator_(new CaptionLabel),
       clients_(new CaptionLabel),
+      list_(new ClientList),
       recording_(new CaptionLabel),
-      addresses_(new QPushButton(u"Addresses…"_s)) {
+      samples_(new CaptionLabel) {
     setWindowTitle(u"Tarnly"_s);
-    auto* settings = new QPushButton(u"Settings…"_s);
+    auto* settings = new QPushButton(tr("Settings…"));
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
-    auto* quit = new QPushButton(u"Quit Tarnly"_s);
+    auto* quit = new QPushButton(tr("Quit Tarnly"));
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     alignWidths({addresses_, settings, quit});
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
-    layout->addWidget(status_);
     layout->addWidget(warnings_);
-    layout->addWidget(simulator_);
-    layout->addWidget(clients_);
-    layout->addWidget(recording_);
-    layout->addWidget(addresses_, 0, Qt::AlignLeading);
-    layout->addWidget(divider());
-    layout->addWidget(settings, 0, Qt::AlignLeading);
-    layout->addWidget(quit, 0, Qt::AlignLeading);
+    layout->addWidget(question(tr("Can clients find it?"), {status_, publication_, addresses_}));
+    layout->addWidget(question(tr("Is the simulator there?"), {simulator_}));
+    layout->addWidget(question(tr("Who is connected?"), {clients_, list_}));
+    layout->addWidget(question(tr("Is it recording?"), {recording_, samples_}));
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(settings);
+    buttons->addStretch();
+    buttons->addWidget(quit);
+    layout->addLayout(buttons);
 
     connect(addresses_, &QPushButton::clicked, this, &Panel::addressesRequested);
     connect(settings, &QPushButton::clicked, this, &Panel::settingsRequested);
@@ -72,10 +93,17 @@ Panel::Panel(RuntimeModel& runtime)
     for (auto* button : {addresses_, settings}) {
         connect(button, &QPushButton::clicked, this, &Panel::hideIfPopup);
     }
+    connect(list_, &ClientList::disconnectRequested, &runtime_, &RuntimeModel::disconnectClient);
     connect(&runtime_, &RuntimeModel::statusChanged, this, &Panel::showStatus);
-    connect(&runtime_, &RuntimeModel::activityChanged, this, &Panel::showActivity);
+    connect(&runtime_, &RuntimeModel::activityChanged, this, &Panel::showIfSeen);
     showStatus();
     showActivity();
+}
+
+// In the show event it would be too late: a window whose size changes there does not appear minimized.
+void Panel::setVisible(bool isVisible) {
+    if (isVisible && isHidden()) showActivity();
+    QWidget::setVisible(isVisible);
 }
 
 void Panel::showEvent(QShowEvent* event) {
@@ -115,24 +143,32 @@ void Panel::showStatus() {
 
 void Panel::showActivity() {
     const auto& activity = runtime_.activity();
-    const auto warnings = QString::fromStdString(warningSentences(activity));
-    warnings_->setVisible(!warnings.isEmpty());
-    warnings_->showText(warnings);
-    // Before the start nobody knows of a simulator.
-    simulator_->setVisible(activity.stage.has_value());
-    if (activity.stage) simulator_->showText(QString::fromStdString(stageSentences(*activity.stage)));
-    clients_->showText(QString::fromStdString(clientsSentence(activity.clients)));
-    recording_->showText(QString::fromStdString(recordingSentence(activity.recording)));
+    say(*warnings_, warningSentences(activity));
+    say(*publication_, unpublishedSentence(activity.published));
+    const bool isKnown = activity.stage.has_value(); // not before the start
+    say(*simulator_, isKnown ? stageSentences(*activity.stage) : tr("Not known yet.").toStdString());
+    say(*clients_, clientsSentence(activity.clients));
+    list_->showClients(activity.clients);
+    say(*recording_, recordingSentence(activity.recording));
+    say(*samples_, activity.recording ? samplesSentence(*activity.recording) : std::string());
     contentChanged();
+}
+
+void Panel::showIfSeen() {
+    if (isVisible()) showActivity();
 }
 
 void Panel::contentChanged() {
     fitContent(*this, panelWidth);
     QStringList spoken;
-    for (const auto* label : {status_, warnings_, simulator_, clients_, recording_}) {
+    for (const auto* label : captions()) {
         if (!label->accessibleName().isEmpty()) spoken += label->accessibleName();
     }
     setAccessibleDescription(spoken.join(u' '));
+}
+
+std::vector<const CaptionLabel*> Panel::captions() const {
+    return {warnings_, status_, publication_, simulator_, clients_, recording_, samples_};
 }
 
 void Panel::hideIfPopup() {

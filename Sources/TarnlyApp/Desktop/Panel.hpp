@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <vector>
 
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 
@@ -9,13 +10,21 @@ class QPushButton;
 namespace tarnly {
 
 class CaptionLabel;
+class ClientList;
 
-/// The panel of the tray icon: what the companion is doing, and the ways to the settings and to the end.
+/// The panel of the tray icon: whether clients find the companion, whether the simulator is there, who is
+/// connected and what is recorded, each with its cure where something is wrong; and the ways to the settings
+/// and to the end.
+///
+/// Follows the companion once a second at most, and only while it is shown.
 class Panel : public QWidget {
     Q_OBJECT
 
   public:
     explicit Panel(RuntimeModel& runtime);
+
+    /// A panel that appears has its texts, and their size, before.
+    void setVisible(bool isVisible) override;
 
   signals:
     void addressesRequested();
@@ -31,18 +40,23 @@ class Panel : public QWidget {
   private:
     void showStatus();
     void showActivity();
+    void showIfSeen();
     void contentChanged();
     void hideIfPopup();
     bool isOrdinaryWindow() const;
+    std::vector<const CaptionLabel*> captions() const;
 
     RuntimeModel& runtime_;
     // Owned by this widget, as Qt does it
-    CaptionLabel* const status_;
     CaptionLabel* const warnings_;
+    CaptionLabel* const status_;
+    CaptionLabel* const publication_;
+    QPushButton* const addresses_;
     CaptionLabel* const simulator_;
     CaptionLabel* const clients_;
+    ClientList* const list_;
     CaptionLabel* const recording_;
-    QPushButton* const addresses_;
+    CaptionLabel* const samples_;
 };
 
 } // namespace tarnly

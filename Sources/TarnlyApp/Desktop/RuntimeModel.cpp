@@ -4,16 +4,24 @@
 #include <chrono>
 
 namespace tarnly {
+namespace {
+
+constexpr std::chrono::milliseconds interval{1000};
+
+} // namespace
 
 RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
     runtime_.onStatusChange = [this] {
         QMetaObject::invokeMethod(this, &RuntimeModel::statusChanged, Qt::QueuedConnection);
     };
     runtime_.onStageChange = [this] {
-        QMetaObject::invokeMethod(this, &RuntimeModel::askActivity, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &RuntimeModel::askSoon, Qt::QueuedConnection);
     };
-    connect(this, &RuntimeModel::statusChanged, this, &RuntimeModel::askActivity);
-    timer_.setInterval(std::chrono::seconds(1));
+    runtime_.onActivity = runtime_.onStageChange;
+    connect(this, &RuntimeModel::statusChanged, this, &RuntimeModel::askSoon);
+    later_.setSingleShot(true);
+    connect(&later_, &QTimer::timeout, this, &RuntimeModel::askActivity);
+    timer_.setInterval(interval);
     connect(&timer_, &QTimer::timeout, this, &RuntimeModel::askActivity);
 }
 
@@ -40,8 +48,24 @@ void RuntimeModel::followTime() {
     isNeeded ? timer_.start() : timer_.stop();
 }
 
+void RuntimeModel::disconnectClient(std::int64_t id) {
+    thread_.check();
+    runtime_.disconnectClient(id);
+    askSoon();
+}
+
+/// Strangers must not keep the windows busy.
+void RuntimeModel::askSoon() {
+    thread_.check();
+    if (later_.isActive()) return;
+    const std::chrono::milliseconds passed(sinceAsked_.isValid() ? sinceAsked_.elapsed() : interval.count());
+    passed < interval ? later_.start(interval - passed) : askActivity();
+}
+
 void RuntimeModel::askActivity() {
     thread_.check();
+    later_.stop();
+    sinceAsked_.start();
     runtime_.askStatus([this](const CompanionStatus& activity) {
         QMetaObject::invokeMethod(
             this, [this, activity] { takeActivity(activity); }, Qt::QueuedConnection);

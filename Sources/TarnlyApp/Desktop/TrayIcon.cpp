@@ -12,7 +12,6 @@
 #include <chrono>
 #include <utility>
 
-#include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -28,11 +27,20 @@ constexpr auto patienceForRestart = 3s;
 /// A click on the icon that closes the panel comes as a click on the icon, too.
 constexpr auto sameClick = 300ms;
 constexpr auto grabInterval = 250ms;
+/// How long the panel of a first start waits for the icon's place, in looks.
+constexpr auto lookInterval = 100ms;
+constexpr int mostLooks = 20;
 
 /// A window under Wayland can be a popup of another one only.
 Qt::WindowFlags panelFlags() {
     const bool isWayland = QGuiApplication::platformName().startsWith(u"wayland"_s);
     return Qt::FramelessWindowHint | (isWayland ? Qt::Tool : Qt::Popup);
+}
+
+std::array<QIcon, 3> iconsByLook() {
+    const auto icon = QApplication::windowIcon();
+    return {withLook(icon, TrayLook::calm), withLook(icon, TrayLook::recording),
+            withLook(icon, TrayLook::trouble)};
 }
 
 /// A panel that is larger than the screen shows its beginning.
@@ -43,13 +51,10 @@ int within(int start, int length, int screenStart, int screenLength) {
 } // namespace
 
 TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
-    : panel_(panel),
-      runtime_(runtime),
-      plainIcon_(QApplication::windowIcon()),
-      markedIcon_(withAttentionMark(plainIcon_)),
-      windowIsMinimized_(startsInBackground) {
+    : panel_(panel), runtime_(runtime), icons_(iconsByLook()), windowIsMinimized_(startsInBackground) {
     addActions();
     connect(&runtime_, &RuntimeModel::activityChanged, this, &TrayIcon::showActivity);
+    connect(&runtime_, &RuntimeModel::statusChanged, this, &TrayIcon::showActivity);
     panel_.installEventFilter(this);
     waitingForTray_.setSingleShot(true);
     connect(&waitingForTray_, &QTimer::timeout, this, &TrayIcon::becomeWindow);
@@ -62,11 +67,11 @@ TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
 }
 
 void TrayIcon::addActions() {
-    menu_.addAction(u"Show Tarnly"_s, this, &TrayIcon::showPanel);
-    menu_.addAction(u"Addresses…"_s, &panel_, &Panel::addressesRequested);
+    menu_.addAction(tr("Show Tarnly"), this, &TrayIcon::showPanel);
+    menu_.addAction(tr("Addresses…"), &panel_, &Panel::addressesRequested);
     menu_.addSeparator();
-    menu_.addAction(u"Settings…"_s, &panel_, &Panel::settingsRequested);
-    menu_.addAction(u"Quit Tarnly"_s, &panel_, &Panel::quitRequested);
+    menu_.addAction(tr("Settings…"), &panel_, &Panel::settingsRequested);
+    menu_.addAction(tr("Quit Tarnly"), &panel_, &Panel::quitRequested);
 }
 
 void TrayIcon::followTray() {
@@ -81,8 +86,8 @@ void TrayIcon::becomeIcon() {
     delete question_; // it asks about a window that goes
     panel_.hide();
     panel_.setWindowFlags(panelFlags());
-    icon_ = std::make_unique<QSystemTrayIcon>(plainIcon_);
-    showsMark_ = false;
+    look_ = TrayLook::calm;
+    icon_ = std::make_unique<QSystemTrayIcon>(icons_.front());
     showActivity();
     icon_->setContextMenu(&menu_);
     connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
@@ -92,9 +97,8 @@ void TrayIcon::becomeIcon() {
 // An icon that is set anew is painted anew, or sent to the desktop: only when it is another one.
 void TrayIcon::showActivity() {
     if (!hasIcon()) return;
-    const bool wantsMark = needsAttention(runtime_.activity());
-    if (wantsMark != std::exchange(showsMark_, wantsMark))
-        icon_->setIcon(wantsMark ? markedIcon_ : plainIcon_);
+    const auto look = lookOf(runtime_.activity(), runtime_.hasFailed());
+    if (look != std::exchange(look_, look)) icon_->setIcon(icons_.at(static_cast<std::size_t>(look)));
     const auto toolTip = toolTipOf(runtime_.activity());
     if (toolTip != icon_->toolTip()) icon_->setToolTip(toolTip);
 }
@@ -107,8 +111,32 @@ void TrayIcon::becomeWindow() {
 
 void TrayIcon::showPanel() { hasIcon() ? openBesideIcon() : bringUpWindow(); }
 
-void TrayIcon::openBesideIcon() {
-    place_ = iconPlace();
+// The tray needs a moment to give the icon its place, and some never tell it. Nobody has pointed at anything
+// here, so the pointer tells no place either.
+void TrayIcon::introduce() {
+    if (!hasIcon() || panel_.isVisible()) return;
+    const auto told = icon_->geometry();
+    const bool isPlaced = told.isValid() && !told.topLeft().isNull();
+    if (!isPlaced && introductionLooks_++ < mostLooks) {
+        QTimer::singleShot(lookInterval, this, &TrayIcon::introduce);
+        return;
+    }
+    const auto screen = QGuiApplication::primaryScreen()->availableGeometry();
+    openAt(isPlaced ? told : QRect(screen.topRight(), QSize(1, 1)));
+}
+
+void TrayIcon::tell(const QString& title, const QString& text) {
+    if (hasIcon()) {
+        icon_->showMessage(title, text, icons_.at(static_cast<std::size_t>(look_)));
+    } else {
+        QApplication::alert(&panel_);
+    }
+}
+
+void TrayIcon::openBesideIcon() { openAt(iconPlace()); }
+
+void TrayIcon::openAt(const QRect& place) {
+    place_ = place;
     placePanel();
     panel_.show();
     panel_.raise();
@@ -167,12 +195,12 @@ bool TrayIcon::eventFilter(QObject* watched, QEvent* event) {
 
 // Closing the only window may be meant to put it away, and would end a lesson.
 void TrayIcon::askWhetherToQuit() {
-    question_ = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, u"Quit Tarnly?"_s, QMessageBox::NoButton,
+    question_ = new QMessageBox(QMessageBox::Question, u"Tarnly"_s, tr("Quit Tarnly?"), QMessageBox::NoButton,
                                 &panel_);
-    question_->setInformativeText(u"Clients lose their connection, and a recording ends."_s);
+    question_->setInformativeText(tr("Clients lose their connection, and a recording ends."));
     question_->setAttribute(Qt::WA_DeleteOnClose);
-    auto* quit = question_->addButton(u"Quit Tarnly"_s, QMessageBox::DestructiveRole);
-    auto* minimize = question_->addButton(u"Minimize"_s, QMessageBox::AcceptRole);
+    auto* quit = question_->addButton(tr("Quit Tarnly"), QMessageBox::DestructiveRole);
+    auto* minimize = question_->addButton(tr("Minimize"), QMessageBox::AcceptRole);
     question_->addButton(QMessageBox::Cancel);
     question_->setDefaultButton(minimize);
     connect(quit, &QPushButton::clicked, &panel_, &Panel::quitRequested);

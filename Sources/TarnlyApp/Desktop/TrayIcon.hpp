@@ -11,17 +11,19 @@
 #include <QSize>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <array>
 #include <memory>
 
+#include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/TrayWatch.hpp"
 
 namespace tarnly {
 
-/// The application's place on the desktop: an icon in the tray that opens the panel, and has a mark while the
-/// simulator needs somebody to look after it, or, while the desktop
-/// shows no tray, the panel as an ordinary window.
+/// The application's place on the desktop: an icon in the tray that opens the panel, and tells at a glance
+/// whether something needs looking after and whether a recording runs; or, while the desktop shows no tray,
+/// the panel as an ordinary window.
 class TrayIcon : public QObject {
     Q_OBJECT
 
@@ -31,6 +33,12 @@ class TrayIcon : public QObject {
 
     /// Brings the panel to the person's eyes, whatever form it has.
     void showPanel();
+
+    /// Opens the panel of a program that is new to the person. A window is there without.
+    void introduce();
+
+    /// Says something that nobody has asked for. Where there is no tray the window asks to be looked at.
+    void tell(const QString& title, const QString& text);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -43,6 +51,7 @@ class TrayIcon : public QObject {
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     QRect iconPlace() const;
     void placePanel();
+    void openAt(const QRect& place);
     void openBesideIcon();
     void grabPointer();
     void bringUpWindow();
@@ -51,8 +60,8 @@ class TrayIcon : public QObject {
 
     Panel& panel_;
     RuntimeModel& runtime_;
-    const QIcon plainIcon_;
-    const QIcon markedIcon_;
+    /// By `TrayLook`.
+    const std::array<QIcon, 3> icons_;
     QMenu menu_;
     TrayWatch tray_;
     // depends-on: menu_
@@ -65,7 +74,8 @@ class TrayIcon : public QObject {
     QElapsedTimer sinceHidden_;
     /// Of the icon, when the panel was opened.
     QRect place_;
-    bool showsMark_ = false;
+    TrayLook look_ = TrayLook::calm;
+    int introductionLooks_ = 0;
 };
 
 /// Where the top left corner of a panel of this size goes, so that it stands beside its icon and whole on the

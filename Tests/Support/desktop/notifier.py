@@ -18,8 +18,19 @@ _INTERFACE = """<node><interface name="org.kde.StatusNotifierWatcher">
 </interface></node>"""
 
 
+_NOTICES_NAME, _NOTICES_PATH = "org.freedesktop.Notifications", "/org/freedesktop/Notifications"
+_NOTICES = """<node><interface name="org.freedesktop.Notifications">
+  <method name="Notify">
+    <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="s" direction="in"/>
+    <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="as" direction="in"/>
+    <arg type="a{sv}" direction="in"/><arg type="i" direction="in"/><arg type="u" direction="out"/>
+  </method>
+</interface></node>"""
+
+
 class StatusNotifier:
-    """A tray over D-Bus, without a picture: the watcher that icons register with, whose host comes and goes.
+    """A tray over D-Bus, without a picture: the watcher that icons register with, whose host comes and goes; and
+    the desktop's notifications, as pairs of title and text in `notices`.
 
     A context manager. Runs on a thread of its own, since icons ask while a test waits.
     """
@@ -28,6 +39,7 @@ class StatusNotifier:
         self._bus_address = bus_address
         self._has_host = has_host
         self.items = []
+        self.notices = []
         self._context = GLib.MainContext()
         self._loop = GLib.MainLoop(self._context)
         self._ready = threading.Event()
@@ -56,6 +68,9 @@ class StatusNotifier:
         self._bus = connect(self._bus_address)
         interface = Gio.DBusNodeInfo.new_for_xml(_INTERFACE).interfaces[0]
         self._bus.register_object(_PATH, interface, self._called, self._asked, None)
+        notices = Gio.DBusNodeInfo.new_for_xml(_NOTICES).interfaces[0]
+        self._bus.register_object(_NOTICES_PATH, notices, self._notified, None, None)
+        Gio.bus_own_name_on_connection(self._bus, _NOTICES_NAME, Gio.BusNameOwnerFlags.NONE, None, None)
         Gio.bus_own_name_on_connection(self._bus, _NAME, Gio.BusNameOwnerFlags.NONE,
                                        lambda *_: self._ready.set(), None)
         self._loop.run()
@@ -66,6 +81,11 @@ class StatusNotifier:
         if method == "RegisterStatusNotifierItem":
             self.items.append(sender)
         invocation.return_value(None)
+
+    def _notified(self, _bus, _sender, _path, _interface, _method, arguments, invocation):
+        _program, _replaced, _icon, title, text, *_ = arguments.unpack()
+        self.notices.append((title, text))
+        invocation.return_value(GLib.Variant("(u)", (len(self.notices),)))
 
     def _asked(self, _bus, _sender, _path, _interface, name):
         return {

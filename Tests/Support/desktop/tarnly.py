@@ -17,12 +17,12 @@ LIST_ITEM = "list item"
 class Tarnly:
     """The companion on a desktop, as a person handles it, where the desktop enlarges it by `scale`.
 
-    `home` is the folder of its data and its configuration; given again, both are there again. `prefix` is a
+    It has been started there before, unless this is its `first_start`. `home` is the folder of its data and its configuration; given again, both are there again. `prefix` is a
     command that becomes the program.
     """
 
     def __init__(self, desktop, programs, *options, home=None, sim_port=None, prefix=(), scale=1,
-                 **environment):
+                 first_start=False, **environment):
         self.desktop = desktop
         self.screen = desktop.screen
         self._programs = programs
@@ -33,6 +33,10 @@ class Tarnly:
         any_port = [] if "--port" in options else ["--port", 0]
         self.options = ["--sim-port", sim_port or nobody_there(programs), *any_port, *options]
         self.scale = scale
+        if not first_start:
+            self.data.mkdir(parents=True, mode=0o700, exist_ok=True)
+            with contextlib.suppress(FileExistsError), open(self.data / "desktop.json", "x") as memory:
+                memory.write('{"introduced":true,"knownDevices":[]}')
         self.environment = desktop.environment | environment | {
             "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / "config"),
             "XDG_DATA_HOME": str(self.home / "data"), "QT_SCALE_FACTOR": str(scale)}

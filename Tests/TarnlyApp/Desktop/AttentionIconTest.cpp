@@ -40,6 +40,41 @@ TEST(Attention, IsNeededUnlessAFlightIsLoaded) {
     }
 }
 
+TEST(Attention, IsNeededWhereClientsFindNothingAndWhereALogIsNotWritten) {
+    auto status = statusWith(Kind::flightLoaded);
+    status.published = PublicationStatus{"published", "rig42", {}};
+    status.recording.emplace();
+    EXPECT_FALSE(needsAttention(status));
+    status.recording->problem = "The disk is full. Make room.";
+    EXPECT_TRUE(needsAttention(status));
+    status.recording.reset();
+    status.published = PublicationStatus{"not_published", {}, "no daemon"};
+    EXPECT_TRUE(needsAttention(status));
+    status.published = PublicationStatus{"off", {}, {}};
+    EXPECT_FALSE(needsAttention(status)) << "nobody wants it to be found";
+}
+
+TEST(TrayLooks, TroubleOutranksARecording) {
+    auto status = statusWith(Kind::flightLoaded);
+    EXPECT_EQ(lookOf(status, false), TrayLook::calm);
+    status.recording.emplace();
+    EXPECT_EQ(lookOf(status, false), TrayLook::recording);
+    status.recording->problem = "The disk is full. Make room.";
+    EXPECT_EQ(lookOf(status, false), TrayLook::trouble);
+    EXPECT_EQ(lookOf({}, true), TrayLook::trouble);
+}
+
+TEST(Attention, TheToolTipTellsOfARecordingAndOfTrouble) {
+    auto status = statusWith(Kind::flightLoaded);
+    status.recording.emplace();
+    EXPECT_EQ(toolTipOf(status), "Tarnly\nSimulator: flight loaded.\nA recording is running.");
+    status.recording->problem = "The disk is full. Make room.";
+    status.published = PublicationStatus{"not_published", {}, "no daemon"};
+    EXPECT_EQ(toolTipOf(status),
+              "Tarnly\nSimulator: flight loaded.\nNot published by DNS-SD: no daemon.\n"
+              "The disk is full. Make room.");
+}
+
 TEST(Attention, TheToolTipHasTheWordsAndTheAdvice) {
     EXPECT_EQ(toolTipOf({}), "Tarnly");
     EXPECT_EQ(toolTipOf(statusWith(Kind::flightLoaded)), "Tarnly\nSimulator: flight loaded.");
@@ -47,23 +82,33 @@ TEST(Attention, TheToolTipHasTheWordsAndTheAdvice) {
 }
 
 TEST(AttentionMark, IsInEverySizeAndLeavesTheRestOfTheIcon) {
-    const auto marked = withAttentionMark(iconOf(Qt::blue));
-    EXPECT_EQ(marked.availableSizes(), iconOf(Qt::blue).availableSizes());
-    for (const auto& size : marked.availableSizes()) {
-        const auto image = marked.pixmap(size, 1.0).toImage();
-        EXPECT_EQ(image.size(), size);
-        EXPECT_EQ(image.pixelColor(1, 1), QColor(Qt::blue));
-        EXPECT_NE(image, iconOf(Qt::blue).pixmap(size, 1.0).toImage());
+    for (const auto look : {TrayLook::recording, TrayLook::trouble}) {
+        const auto marked = withLook(iconOf(Qt::blue), look);
+        EXPECT_EQ(marked.availableSizes(), iconOf(Qt::blue).availableSizes());
+        for (const auto& size : marked.availableSizes()) {
+            const auto image = marked.pixmap(size, 1.0).toImage();
+            EXPECT_EQ(image.size(), size);
+            EXPECT_EQ(image.pixelColor(1, 1), QColor(Qt::blue));
+            EXPECT_NE(image, iconOf(Qt::blue).pixmap(size, 1.0).toImage());
+        }
     }
+    const auto calm = withLook(iconOf(Qt::blue), TrayLook::calm);
+    EXPECT_EQ(calm.pixmap(QSize(22, 22), 1.0).toImage(),
+              iconOf(Qt::blue).pixmap(QSize(22, 22), 1.0).toImage());
 }
 
 TEST(AttentionMark, IsToldWithoutColours) {
     for (const auto& colour : {QColor(Qt::black), QColor(Qt::white), QColor(Qt::gray)}) {
-        const auto image = withAttentionMark(iconOf(colour)).pixmap(QSize(64, 64), 1.0).toImage();
+        const auto image = withLook(iconOf(colour), TrayLook::trouble).pixmap(QSize(64, 64), 1.0).toImage();
         const int disc = grey(image, 0.52, 0.7);
         EXPECT_GT(disc, 150) << "bright disc";
         EXPECT_LT(grey(image, 0.7, 0.6), disc - 100) << "dark stroke in it";
         EXPECT_LT(grey(image, 0.7, 0.38), 40) << "gap around it";
+        const auto recording =
+            withLook(iconOf(colour), TrayLook::recording).pixmap(QSize(64, 64), 1.0).toImage();
+        EXPECT_LT(grey(recording, 0.52, 0.7), 100) << "dark disc";
+        EXPECT_GT(grey(recording, 0.7, 0.7), 220) << "bright dot in its middle";
+        EXPECT_LT(grey(recording, 0.7, 0.38), 40) << "gap around it";
     }
 }
 

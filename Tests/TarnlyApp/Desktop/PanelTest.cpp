@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QGroupBox>
 #include <QKeyEvent>
 #include <QLayout>
 #include <QPushButton>
@@ -41,12 +42,20 @@ class PanelTest : public testing::Test {
 
 TEST_F(PanelTest, HasItsTextsInTheirOrder) {
     panel.show();
-    EXPECT_EQ(panel.width(), 280);
+    EXPECT_EQ(panel.width(), 360);
     EXPECT_EQ(panel.layout()->contentsMargins(), QMargins(12, 12, 12, 12));
     EXPECT_EQ(panel.windowTitle(), "Tarnly");
     EXPECT_THAT(test::textsFromTop(panel),
-                ElementsAre("Tarnly", "Starting…", "No client is paired.", "No recording is running.",
-                            "Addresses…", "Settings…", "Quit Tarnly"));
+                ElementsAre("Tarnly", "Starting…", "Addresses…", "Not known yet.", "No client is paired.",
+                            "No recording is running.", "Settings…", "Quit Tarnly"));
+}
+
+TEST_F(PanelTest, AnswersFourQuestions) {
+    QStringList questions;
+    for (const auto* group : panel.findChildren<QGroupBox*>())
+        questions += group->title();
+    EXPECT_EQ(questions, QStringList({"Can clients find it?", "Is the simulator there?", "Who is connected?",
+                                      "Is it recording?"}));
 }
 
 TEST_F(PanelTest, ItsButtonsAskForWhatTheySay) {
@@ -76,7 +85,8 @@ TEST_F(PanelTest, ReturnPressesTheButtonWithTheFocus) {
 
 TEST_F(PanelTest, AScreenReaderIsToldWhatThePanelSays) {
     panel.show();
-    EXPECT_EQ(panel.accessibleDescription(), "Starting… No client is paired. No recording is running.");
+    EXPECT_EQ(panel.accessibleDescription(),
+              "Starting… Not known yet. No client is paired. No recording is running.");
     EXPECT_EQ(panel.focusWidget(), button("Addresses…"));
 }
 
@@ -107,15 +117,15 @@ TEST_F(PanelTest, AFailedStartIsShownInFull) {
     const auto texts = test::textsFromTop(failingPanel);
     EXPECT_EQ(texts.at(1), failing.statusText());
     EXPECT_THAT(texts.at(1), testing::StartsWith("Failed to start: "));
-    EXPECT_EQ(failingPanel.width(), 280);
+    EXPECT_EQ(failingPanel.width(), 360);
     EXPECT_GT(failingPanel.height(), height) << "a long text takes several lines";
     for (const auto* child : failingPanel.findChildren<QWidget*>()) {
         EXPECT_TRUE(child->isHidden() || failingPanel.rect().contains(child->geometry()));
     }
 }
 
-TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
-    EXPECT_EQ(test::textsFromTop(panel).size(), 7U);
+TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsAboveAllElse) {
+    EXPECT_EQ(test::textsFromTop(panel).size(), 8U);
     SettingsStore unreadable{folder.write("settings.json", "garbled"), nullptr};
     CompanionOptions options;
     options.dataFolder = folder.path();
@@ -131,8 +141,8 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsBelowTheStatus) {
     const auto isWarned = [&] { return warningModel.activity().warnings.has_value(); };
     EXPECT_TRUE(QTest::qWaitFor(isWarned, 60'000));
     const auto texts = test::textsFromTop(warningPanel);
-    EXPECT_EQ(texts.at(2), unreadable.problems().at(0));
-    EXPECT_TRUE(warningPanel.accessibleDescription().contains(QString::fromStdString(texts.at(2))));
+    EXPECT_EQ(texts.at(1), unreadable.problems().at(0));
+    EXPECT_TRUE(warningPanel.accessibleDescription().contains(QString::fromStdString(texts.at(1))));
     warning.end();
     network.join();
 }

@@ -58,9 +58,10 @@ TEST_F(RuntimeModelTest, ThePanelSaysTheStagesWords) {
     start();
     panel.show();
     const auto words = stageSentences(*model.activity().stage);
-    EXPECT_THAT(test::textsFromTop(panel),
-                testing::ElementsAre("Tarnly", runtime.statusText(), words, "No client is paired.",
-                                     "No recording is running.", "Addresses…", "Settings…", "Quit Tarnly"));
+    EXPECT_THAT(
+        test::textsFromTop(panel),
+        testing::ElementsAre("Tarnly", runtime.statusText(), "Addresses…", words, "No client is paired.",
+                             "No recording is running.", "Settings…", "Quit Tarnly"));
     EXPECT_THAT(panel.accessibleDescription().toStdString(), testing::HasSubstr(words));
 }
 
