@@ -19,9 +19,9 @@ constexpr auto answerPatience = 2s;
 constexpr auto pause = 50ms;
 
 // A request is one line: what is asked for, and for the panel the desktop's leave to bring it up.
-const QByteArray showRequest = "show "_qba;
-const QByteArray lookRequest = "look "_qba;
-const QByteArray answerText = "here\n"_qba;
+const QByteArray showRequest = "show "_ba;
+const QByteArray lookRequest = "look "_ba;
+const QByteArray answerText = "here\n"_ba;
 
 /// A person may have logged in several times; each login has a display of its own.
 QString instanceName() { return u"tarnly"_s + displayName(); }
