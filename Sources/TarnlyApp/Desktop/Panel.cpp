@@ -100,14 +100,8 @@ Panel::Panel(RuntimeModel& runtime)
     showActivity();
 }
 
-// In the show event it would be too late: a window whose size changes there does not appear minimized.
-void Panel::setVisible(bool isVisible) {
-    if (isVisible && isHidden()) showActivity();
-    QWidget::setVisible(isVisible);
-}
-
 void Panel::showEvent(QShowEvent* event) {
-    fitContent(*this, panelWidth); // the desktop style is known only now
+    if (!isMinimized()) showActivity(); // the desktop style is known only now
     runtime_.watchActivity();
     addresses_->setFocus(Qt::PopupFocusReason); // where a screen reader begins
     QWidget::showEvent(event);
@@ -155,11 +149,12 @@ void Panel::showActivity() {
 }
 
 void Panel::showIfSeen() {
-    if (isVisible()) showActivity();
+    if (isVisible() && !isMinimized()) showActivity();
 }
 
+// A minimized window that is given another size comes back to the screen.
 void Panel::contentChanged() {
-    fitContent(*this, panelWidth);
+    if (!isMinimized()) fitContent(*this, panelWidth);
     QStringList spoken;
     for (const auto* label : captions()) {
         if (!label->accessibleName().isEmpty()) spoken += label->accessibleName();

@@ -23,9 +23,6 @@ class Panel : public QWidget {
   public:
     explicit Panel(RuntimeModel& runtime);
 
-    /// A panel that appears has its texts, and their size, before.
-    void setVisible(bool isVisible) override;
-
   signals:
     void addressesRequested();
     void settingsRequested();
