@@ -324,7 +324,7 @@ def test_an_entry_that_cannot_be_written_is_told_and_the_wish_is_kept(desktop, p
     tarnly.click(box.area)
     tarnly.program.wait_for_line(r"^\[Tarnly\] SMAppService register failed: .+")
     wait_until_checked(box)
-    assert settings_of(tarnly) == {"startAtLogin": True}
+    wait_until(lambda: settings_of(tarnly) == {"startAtLogin": True}, "the settings")  # a thread of its own saves
     assert len(tarnly.program.output()) == 1
 
 
