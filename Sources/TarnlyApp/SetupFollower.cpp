@@ -98,10 +98,23 @@ Task<> SetupFollower::keepInStep() {
         if (wanted_ == present_) {
             co_await changed_.wait();
         } else {
-            auto next = wanted_;
-            co_await apply(std::move(next));
+            co_await applyOrTell();
         }
     }
+}
+
+Task<> SetupFollower::applyOrTell() {
+    std::string problem;
+    try {
+        auto next = wanted_;
+        co_await apply(std::move(next));
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
+    const bool isEnding = cancellation.cancelled() != boost::asio::cancellation_type::none;
+    if (!problem.empty() && !isEnding)
+        tell_("A changed setting is not followed: " + problem + ". Start Tarnly anew to have it.");
 }
 
 Task<> SetupFollower::apply(CompanionSetup next) {
@@ -122,7 +135,9 @@ Task<> SetupFollower::apply(CompanionSetup next) {
 Task<> SetupFollower::openDatabase() {
     auto open = [open = openNavDatabase_, path = present_.navigationDatabase] { return open(path); };
     auto opened = co_await workers_.run(std::move(open));
-    host_.useNavDatabase(std::move(opened));
+    // The files of the one before may be on a disk that hangs.
+    auto close = [before = host_.useNavDatabase(std::move(opened))]() mutable { before.reset(); };
+    co_await workers_.run(std::move(close));
 }
 
 /// Also where the disk does not answer, a folder that is named is used: who lists it is told.

@@ -70,6 +70,7 @@ class SetupFollower {
     static Situations lookAt(const std::string& folder);
     static Situations findBy(const std::string& note);
     Task<> keepInStep();
+    Task<> applyOrTell();
     Task<> apply(CompanionSetup next);
     Task<> openDatabase();
     Task<> findSituations();

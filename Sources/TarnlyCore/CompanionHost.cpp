@@ -173,8 +173,9 @@ void CompanionHost::allowOrigins(std::vector<WebOrigin> origins) {
     advertiser_.useGate(BrowserGate(hostName_, std::move(origins)));
 }
 
-void CompanionHost::useNavDatabase(std::shared_ptr<NavDatabase> navDatabase) {
-    navDatabase_->with([&](auto& present) { present = std::move(navDatabase); });
+std::shared_ptr<NavDatabase> CompanionHost::useNavDatabase(std::shared_ptr<NavDatabase> navDatabase) {
+    navDatabase_->with([&](auto& present) { present.swap(navDatabase); });
+    return navDatabase;
 }
 
 void CompanionHost::setStageWatched(bool isWatched) {

@@ -101,8 +101,8 @@ class CompanionHost {
     /// Of web pages that may use the companion from now on.
     void allowOrigins(std::vector<WebOrigin> origins);
 
-    /// For scripts that are loaded from now on. Null: no fix is found.
-    void useNavDatabase(std::shared_ptr<NavDatabase> navDatabase);
+    /// For scripts that are loaded from now on. Null: no fix is found. Returns the one before.
+    std::shared_ptr<NavDatabase> useNavDatabase(std::shared_ptr<NavDatabase> navDatabase);
 
     PairingManager& pairing() { return *pairing_; }
     FlightRecorder& recording() { return *recording_; }

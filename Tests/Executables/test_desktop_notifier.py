@@ -77,7 +77,7 @@ def test_a_recording_that_cannot_be_written_is_told_by_one_notification(desktop,
         client = tarnly.client(tarnly.port())
         client.data("recording_start")
         wait_until(lambda: notifier.notices, "a notification")
-        tarnly.wait_for_text(r"^Recording for 0:0[2-9]")
+        tarnly.wait_for_text(r"^Recording for (0:(0[2-9]|[1-5]\d)|[1-9])")
         (title, text), = notifier.notices
         assert title == "The recording cannot be written" and "Recordings" in text
 

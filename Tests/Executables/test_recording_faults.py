@@ -19,7 +19,8 @@ def data(programs):
 @pytest.fixture
 def companion(programs, fake, data):
     add_sample_datarefs(fake)
-    return Companion(programs.start("tarnlyd", "--sim-port", fake.port, "--data-dir", data, "--no-advertise"), programs)
+    program = programs.start("tarnlyd", "--port", 0, "--sim-port", fake.port, "--data-dir", data, "--no-advertise")
+    return Companion(program, programs)
 
 
 def start(companion):
@@ -133,7 +134,8 @@ def test_a_folder_that_is_removed_is_said_at_once_and_made_by_the_next_recording
 
 
 def test_a_folder_that_is_removed_is_said_though_no_sample_comes(programs, data):
-    companion = Companion(programs.start("tarnlyd", "--sim-port", 1, "--data-dir", data, "--no-advertise"), programs)
+    companion = Companion(programs.start("tarnlyd", "--port", 0, "--sim-port", 1, "--data-dir", data, "--no-advertise"),
+                          programs)
     companion.client().data("recording_start")
     wait_until(lambda: logs(data), "a log")
     shutil.rmtree(data / "Recordings")
@@ -145,8 +147,8 @@ def test_a_folder_that_is_removed_is_said_though_no_sample_comes(programs, data)
 def test_a_disk_that_hangs_is_said_and_costs_nothing(programs, fake, data, tmp_path):
     add_sample_datarefs(fake)
     disk = HangingDisk(tmp_path)
-    companion = Companion(programs.start("tarnlyd", "--sim-port", fake.port, "--data-dir", data, "--no-advertise",
-                                         **disk.environment), programs)
+    companion = Companion(programs.start("tarnlyd", "--port", 0, "--sim-port", fake.port, "--data-dir", data,
+                                         "--no-advertise", **disk.environment), programs)
     recorder = start(companion)
     recorder.wait_for_samples(1)
     disk.hang("write")

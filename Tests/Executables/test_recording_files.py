@@ -40,8 +40,8 @@ def companion(programs, flight, data):
 
 
 def start_companion(programs, flight, folder, **environment):
-    program = programs.start("tarnlyd", "--sim-port", flight.port, "--data-dir", folder, "--no-advertise",
-                             **environment)
+    program = programs.start("tarnlyd", "--port", 0, "--sim-port", flight.port, "--data-dir", folder,
+                             "--no-advertise", **environment)
     return Companion(program, programs)
 
 
@@ -386,7 +386,7 @@ def test_a_kill_costs_the_last_beat_at_most(programs, flight, number):
     chance = random.Random(number)
     script = [trigger(f"{n}", "after_start", "x" * 200, seconds=n % 3 * 0.5) for n in range(300)]
     folders = [programs.new_folder() for _ in range(side_by_side)]
-    started = [programs.start("tarnlyd", "--sim-port", flight.port, "--data-dir", folder, "--no-advertise")
+    started = [programs.start("tarnlyd", "--port", 0, "--sim-port", flight.port, "--data-dir", folder, "--no-advertise")
                for folder in folders]
     recorders = [start(Companion(program, programs).client(), *script) for program in started]
     for folder, program, recorder in zip(folders, started, recorders):

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QScopeGuard>
+#include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -22,8 +23,9 @@ void remark(const char* text) { std::cerr << "Tarnly: " << text << std::endl; }
 
 } // namespace
 
-DesktopApplication::DesktopApplication(const CompanionOptions& options)
-    : dataFolder_(std::filesystem::absolute(dataFolder(options))),
+DesktopApplication::DesktopApplication(const CompanionOptions& options, EndWatch& endWatch)
+    : endWatch_(endWatch),
+      dataFolder_(std::filesystem::absolute(dataFolder(options))),
       startsInBackground_(options.startsInBackground),
       companion_(options),
       memory_(DeskMemory::in(dataFolder_)),
@@ -45,7 +47,11 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options)
 int DesktopApplication::run() {
     thread_.check();
     // The companion calls `runtime_`, which goes before it.
-    const auto ending = qScopeGuard([this] { companion_.stop(); });
+    const auto ending = qScopeGuard([this] {
+        settings_.commit();
+        endWatch_.expectEnd(EndWatch::longest, EXIT_SUCCESS);
+        companion_.stop();
+    });
     QApplication::setQuitOnLastWindowClosed(false);
     companion_.start();
     if (!memory_.isIntroduced && !startsInBackground_) introduce();
@@ -59,8 +65,13 @@ void DesktopApplication::introduce() {
 }
 
 void DesktopApplication::tellNews() {
-    for (const auto& notice : notices_.newIn(runtime_.activity()))
+    const auto notices = notices_.newIn(runtime_.activity());
+    for (const auto& notice : notices)
         trayIcon_.tell(QString::fromStdString(notice.title), QString::fromStdString(notice.text));
+    // What is kept back meanwhile is told then, though nothing else may happen.
+    constexpr auto soonAfter =
+        Notices::pauseOfRefusals + std::chrono::seconds(5); // the timer is a coarse one
+    if (!notices.empty()) QTimer::singleShot(soonAfter, this, &DesktopApplication::tellNews);
     auto known = notices_.known();
     if (std::ranges::is_permutation(known, memory_.knownDevices)) return; // only who was here last
     memory_.knownDevices = std::move(known);
@@ -83,6 +94,7 @@ void DesktopApplication::finishLesson() {
             looks = companion_.isInUse() ? 0 : looks + 1;
         }
     }
+    endWatch_.expectEnd(EndWatch::longest, EXIT_FAILURE);
     companion_.stop();
     remark("the display has gone, and the companion has ended");
     // All that is whole is on the disk. What stands further down on this stack must not be used any more,

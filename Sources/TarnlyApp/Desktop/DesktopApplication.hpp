@@ -14,6 +14,7 @@
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
 #include "TarnlyApp/Desktop/TrayIcon.hpp"
+#include "TarnlyApp/EndWatch.hpp"
 #include "TarnlyApp/Notices.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -27,9 +28,9 @@ class DesktopApplication : public QObject {
     Q_OBJECT
 
   public:
-    /// Throws `std::runtime_error` for a person without a home folder, and when another companion has the
-    /// data folder.
-    explicit DesktopApplication(const CompanionOptions& options);
+    /// `endWatch` outlives it. Throws `std::runtime_error` for a person without a home folder, and when
+    /// another companion has the data folder.
+    DesktopApplication(const CompanionOptions& options, EndWatch& endWatch);
 
     /// Starts the companion and serves the windows until the person quits; returns the exit status.
     int run();
@@ -44,6 +45,7 @@ class DesktopApplication : public QObject {
     void remember();
 
     OnOneThread thread_;
+    EndWatch& endWatch_;
     const SystemClock clock_;
     const std::filesystem::path dataFolder_;
     const bool startsInBackground_;

@@ -26,6 +26,9 @@ class SettingsWindow : public QWidget {
     /// Keeps what was typed last.
     ~SettingsWindow() override;
 
+    /// Keeps it now.
+    void commit();
+
   protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -46,7 +49,6 @@ class SettingsWindow : public QWidget {
     void addOrigins(QFormLayout& form, const CompanionOptions& options);
     void changePassword(const QString& password);
     void showWhetherPasswordIsSet();
-    void commit();
 
     SettingsStore& store_;
     CaptionLabel* const caption_; // owned by this widget, as Qt does it

@@ -37,7 +37,6 @@ int complain(const char* text) {
 
 int runApplication(const CompanionOptions& options, const char* program) {
     if (!hasDisplay()) return complain("there is no display; tarnlyd runs without one");
-    QuitSignals::block();
     int argc = 1; // the options are ours, not Qt's
     char* argv[] = {const_cast<char*>(program), nullptr};
     QApplication::setApplicationName(u"Tarnly"_s);
@@ -56,7 +55,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
             return complain("it is running already, and does not answer");
     }
     EndWatch endWatch;
-    DesktopApplication app(options);
+    DesktopApplication app(options, endWatch);
     QObject::connect(&instance, &SingleInstance::panelRequested, &app, &DesktopApplication::showPanel);
     const int status = app.run();
     endWatch.expectEnd(EndWatch::takingDown, status);
@@ -70,6 +69,7 @@ int main(int argc, char** argv) {
     try {
         tarnly::keepLittleFreedMemory();
         tarnly::failRatherThanEnd();
+        tarnly::QuitSignals::block(); // before there are other threads, which inherit it
         const auto parsed = tarnly::prepareRun(tarnly::CompanionProgram::tarnly, argc, argv);
         if (const auto* exit = std::get_if<tarnly::EarlyExit>(&parsed)) {
             (exit->status == 0 ? std::cout : std::cerr) << exit->text;

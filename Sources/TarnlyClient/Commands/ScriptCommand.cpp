@@ -14,6 +14,7 @@
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
 #include "TarnlyCore/ScriptCheck/ScriptCheck.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
@@ -29,20 +30,24 @@ struct ScriptOptions {
 /// More are no help to who loads a script; the check lists all.
 constexpr std::size_t mostWarnings = 20;
 
-std::vector<ScriptFinding> findingsIn(const std::string& text, const ScriptOptions& options,
-                                      const CommandContext& context) {
+std::vector<ScriptFinding> findingsIn(const std::string& text, const ScriptOptions& options) {
     if (!options.navigationDatabase) return checkScript(text);
     const auto path = options.navigationDatabase->string();
     if (const auto problem = problemOfNavDatabase(path)) throw UsageError("--nav-db: " + *problem);
     const SystemClock clock;
-    const NavDatabase database(path, [&](const std::string& warning) { context.remark(warning); });
+    Guarded<std::optional<std::string>> trouble; // told on the database's thread
+    const NavDatabase database(
+        path, [&](const std::string& warning) { trouble.with([&](auto& told) { told = warning; }); });
     NavDatabase::Lookup fixes(database, clock, [] { return true; });
-    return checkScript(text, [&](const std::string& ident) { return fixes.resolve(ident); });
+    auto findings = checkScript(text, [&](const std::string& ident) { return fixes.resolve(ident); });
+    // Otherwise fixes that nobody has looked for would count as unknown.
+    if (const auto told = trouble.copy()) throw ClientError("the fixes could not all be looked up: " + *told);
+    return findings;
 }
 
 void check(CommandContext& context, const ScriptOptions& options) {
     const auto text = readScript(options.file, std::cin);
-    const auto findings = findingsIn(text, options, context);
+    const auto findings = findingsIn(text, options);
     auto printer = context.printer();
     for (const auto& finding : findings)
         printer.finding(options.file, finding);

@@ -45,6 +45,9 @@ Finding judgePublication(const CompanionStatus& status, const std::optional<std:
         return Finding::unknown(step, "The companion is not published by DNS-SD, as it was told not to.",
                                 "The address has to be entered in the application.");
     }
+    if (status.published->state == "publishing") {
+        return Finding::unknown(step, publicationSentence(*status.published), "Ask again in a moment.");
+    }
     if (!status.published->name) {
         return Finding::amiss(
             step, publicationSentence(*status.published),

@@ -101,7 +101,9 @@ TEST(Judgement, PairingIsFineEitherWay) {
 
 TEST(Judgement, ASimulatorIsFineWithAFlight) {
     const auto judge = [](Kind kind) {
-        SimulatorProbe probe{"127.0.0.1:8086", {}, "12.1.4"};
+        SimulatorProbe probe;
+        probe.place = "127.0.0.1:8086";
+        probe.version = "12.1.4";
         probe.stage.kind = kind;
         return judgeSimulator(probe);
     };
