@@ -26,9 +26,12 @@ def test_a_client_that_vanished_is_noticed_within_a_minute(programs, hosts):
     client = programs.start("tarnly-client", "--host", hosts.ADDRESSES[0], "--port", companion.port, "watch",
                             "sim/flightmodel/position/latitude", prefix=hosts.far.prefix)
 
+    def counts():
+        clients = json.loads(status_file.read_text())["clients"]
+        return clients["paired"], clients["connected"]
+
     def wait_for_clients(count):
-        expected = {"paired": count, "connected": count}
-        wait_until(lambda: json.loads(status_file.read_text())["clients"] == expected, f"{count} clients", 120)
+        wait_until(lambda: counts() == (count, count), f"{count} clients", 120)
 
     client.wait_for_line("latitude")
     wait_for_clients(1)
