@@ -60,7 +60,7 @@ def test_it_names_the_line_and_what_is_allowed(folder):
     ("TarnlySimulator__World__A_cpp", '"TarnlySimulator/Api/A.hpp"'),
     ("TarnlySimulator__A_cpp", '"TarnlyCore/Flight/A.hpp"'),
     ("TarnlyClient__Companion__A_cpp", '"TarnlyClient/Output/A.hpp"'),
-    ("TarnlyClient__A_cpp", '"TarnlyCore/NavData/A.hpp"'),
+    ("TarnlyClient__A_cpp", '"TarnlyCore/Discovery/A.hpp"'),
     ("TarnlyCore__Script__A_cpp", '"Engine.hpp"'),
     ("TarnlyCore__Script__A_cpp", '"../Flight/A.hpp"'),
     ("TarnlyPlatform__Net__A_hpp", "<boost/beast/http.hpp>"),
