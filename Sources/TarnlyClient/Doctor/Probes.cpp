@@ -138,6 +138,7 @@ Task<> askForValue(CompanionSession& session, ValueProbe& probe) {
 
 std::vector<PageProbe> probePages(const std::vector<Endpoint>& places, milliseconds limit) {
     std::vector<std::pair<Endpoint, std::string>> wanted;
+    wanted.reserve(places.size());
     for (const auto& place : places)
         wanted.emplace_back(place, "/");
     const auto fetched = fetchAll(wanted, limit);
