@@ -106,7 +106,10 @@ def test_setup_names_what_building_needs_for_any_release(folder):
     system = System(folder, ANOTHER)
     ended = system.set_up("--build-depends")
     assert ended.returncode == 0
-    assert "libboost-dev (>= 1.81) | libboost1.81-dev" in ended.stdout.strip().split(",")
+    needed = ended.stdout.strip().split(",")
+    assert "libboost-dev (>= 1.81) | libboost1.81-dev" in needed
+    # By these CPack finds out what the package depends on; small systems do not have the second one.
+    assert {"dpkg-dev", "file"} <= set(needed)
     assert "libgtest-dev" in system.set_up("--test-depends").stdout.strip().split(",")
     assert system.asked() == []
 
