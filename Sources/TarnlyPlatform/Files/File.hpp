@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -40,6 +41,10 @@ class File {
 
     /// The same at `place`, in bytes from the start, over what stands there.
     std::size_t writeAt(std::size_t place, std::string_view text) const;
+
+    /// Reads on into `room`, which has some; says how many bytes came, 0 at the end. Absent when it cannot be
+    /// read.
+    std::optional<std::size_t> readSome(std::span<char> room) const;
 
     /// All that is left to read; absent when that is more than `limit` bytes or cannot be read.
     std::optional<std::string> readUpTo(std::size_t limit) const;

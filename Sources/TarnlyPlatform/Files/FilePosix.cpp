@@ -65,15 +65,22 @@ std::size_t File::writeAt(std::size_t place, std::string_view text) const {
     return write(text);
 }
 
+std::optional<std::size_t> File::readSome(std::span<char> room) const {
+    for (;;) {
+        const auto count = ::read(handle_, room.data(), room.size());
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) return std::nullopt;
+    }
+}
+
 std::optional<std::string> File::readUpTo(std::size_t limit) const {
     std::string content(limit + 1, '\0');
     std::size_t size = 0;
     while (size < content.size()) {
-        const auto count = ::read(handle_, content.data() + size, content.size() - size);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::nullopt;
-        if (count == 0) break;
-        size += static_cast<std::size_t>(count);
+        const auto count = readSome(std::span(content).subspan(size));
+        if (!count) return std::nullopt;
+        if (*count == 0) break;
+        size += *count;
     }
     if (size > limit) return std::nullopt;
     content.resize(size);
