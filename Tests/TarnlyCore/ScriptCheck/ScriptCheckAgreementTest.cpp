@@ -40,7 +40,7 @@ bool canAllFire(const std::string& script) {
                              .lat = 0,
                              .lon = 0,
                              .altFt = feet,
-                             .aglFt = feet,
+                             .aglFt = std::max(feet, 0.0),
                              .gearDown = true});
         }
         return ids.size() == count && engine.fired().size() == count;
@@ -89,7 +89,7 @@ class RandomScripts {
     }
 
     std::string value(const std::string& good) {
-        return rarely() ? oneOf({"null", "1", "true", "\"1\"", "{}", "[]", "-1"}, 7) : good;
+        return rarely() ? oneOf({"null", "1", "true", "\"1\"", "{}", "[]", "-1", "0"}, 8) : good;
     }
     std::string quotedId() { return "\"" + oneOf({"a", "b", "c", "d", "e", "f"}, 6) + "\""; }
     bool rarely() { return random_() % 60 == 0; }

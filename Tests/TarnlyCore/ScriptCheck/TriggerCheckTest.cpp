@@ -108,13 +108,40 @@ TEST(TriggerCheck, ValuesThatCanHardlyBeMeantAreTold) {
                             "1:76: no distance is below 0, so the fix is never reached; give it a quarter of "
                             "a mile or more"));
     EXPECT_THAT(findings("reaches_fix", R"({"fix":"A ","within_nm":0.01})").size(), 2U);
-    EXPECT_THAT(findings("crosses_agl", R"({"feet":-1,"climbing":true})").size(), 1U);
     EXPECT_THAT(findings("crosses_altitude", R"({"feet":-1,"climbing":true})"), IsEmpty());
     for (const auto* kind : {"after_start", "after_gear_down"})
         EXPECT_THAT(findings(kind, R"({"seconds":-1})").size(), 1U);
     EXPECT_THAT(texts(R"([{"id":"","condition_kind":"after_start","condition":{"seconds":1},)"
                       R"("action_kind":"b","action":{}}])"),
                 ElementsAre("warning: the id is empty; name what fires"));
+}
+
+TEST(TriggerCheck, NothingCrossesTheGround) {
+    const auto below = ElementsAre(
+        "1:62: no height above the ground is below 0, so this one never fires; for an altitude choose the "
+        "condition_kind crosses_altitude");
+    EXPECT_THAT(findings("crosses_agl", R"({"feet":-1,"climbing":true})"), below);
+    EXPECT_THAT(findings("crosses_agl", R"({"feet":-1,"climbing":false})"), below);
+    EXPECT_THAT(findings("crosses_agl", R"({"feet":0,"climbing":true})"),
+                ElementsAre("1:62: nothing climbs through the ground from below, so this one never fires; "
+                            "give it 20 feet or more"));
+    EXPECT_THAT(findings("crosses_agl", R"({"feet":0,"climbing":false})"),
+                ElementsAre("1:62: warning: an aircraft on its wheels may show a height above 0, and then "
+                            "never fires this; give it a few feet more"));
+    EXPECT_THAT(findings("crosses_agl", R"({"feet":0.5,"climbing":true})"), IsEmpty());
+}
+
+TEST(TriggerCheck, ValuesOfAnotherWorldAreTold) {
+    for (const auto* kind : {"crosses_agl", "crosses_altitude"}) {
+        EXPECT_THAT(findings(kind, R"({"feet":500000,"climbing":true})"), IsEmpty());
+        EXPECT_THAT(findings(kind, R"({"feet":500001,"climbing":true})").size(), 1U);
+    }
+    EXPECT_THAT(findings("crosses_altitude", R"({"feet":-5000,"climbing":true})"), IsEmpty());
+    EXPECT_THAT(findings("crosses_altitude", R"({"feet":-5001,"climbing":true})").size(), 1U);
+    EXPECT_THAT(findings("reaches_fix", R"({"fix":"A","within_nm":10799})"), IsEmpty());
+    EXPECT_THAT(findings("reaches_fix", R"({"fix":"A","within_nm":10800})").size(), 1U);
+    EXPECT_THAT(findings("after_start", R"({"seconds":86400})"), IsEmpty());
+    EXPECT_THAT(findings("after_start", R"({"seconds":86401})").size(), 1U);
 }
 
 TEST(TriggerCheck, TextsThatCompanionsDoNotTakeForTheirLengthAreTold) {
