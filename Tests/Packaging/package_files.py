@@ -61,3 +61,10 @@ def run(*command, home, cwd=None, **environment):
                            timeout=120, check=False)
     assert ended.returncode == 0, f"{command} ended with {ended.returncode}:\n{ended.stdout}"
     return ended.stdout
+
+
+def run_script(*command, **environment):
+    """How the command ends, in this environment."""
+    return subprocess.run([str(part) for part in command], env=os.environ | environment, text=True,
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60,
+                          check=False)

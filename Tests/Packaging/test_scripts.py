@@ -12,6 +12,7 @@ from pathlib import Path
 
 import pytest
 from package_files import REPOSITORY
+from package_files import run_script as run
 
 SETUP = REPOSITORY / "scripts" / "setup"
 APART = REPOSITORY / "scripts" / "apart"
@@ -54,12 +55,6 @@ class System:
         update, install = self.asked()
         assert update == "apt-get update -q"
         return {word for word in install.split()[2:] if not word.startswith("-")}
-
-
-def run(*command, **environment):
-    return subprocess.run([str(part) for part in command], env=os.environ | environment, text=True,
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60,
-                          check=False)
 
 
 @pytest.mark.parametrize("description, boost", [(DEBIAN_12, "libboost1.81-dev"), (DEBIAN_13, "libboost-dev")])
