@@ -1,0 +1,42 @@
+import test from "node:test";
+import { equal } from "node:assert/strict";
+import { flight } from "./flight";
+import type { Line } from "../../web/plot/flights";
+import { numberText, STRIPS, valueText } from "../../web/plot/strips";
+import { summaryOf } from "../../web/plot/summary";
+
+function steady(value: number): Line {
+    return { at: Float64Array.of(0, 10), value: Float64Array.of(value, value), breaks: Uint8Array.of(1, 0) };
+}
+
+function strip(key: string) {
+    return STRIPS.find((one) => one.keys.includes(key))!;
+}
+
+test("numbers have their thousands apart, and zero has no sign", () => {
+    equal(numberText(-1234567, 0), "\u22121,234,567");
+    equal(numberText(1234.56, 1), "1,234.6");
+    equal(numberText(-0.04, 1), "0.0");
+});
+
+test("values have their units, switches their words, and engines stand side by side", () => {
+    const one = flight({ lines: new Map([
+        ["alt_ft", [steady(1500)]], ["gear_down", [steady(1)]], ["throttle_ratio", [steady(0.25), steady(0.75)]],
+    ]) });
+    equal(valueText(one, strip("alt_ft"), 5), "1,500\u00a0ft");
+    equal(valueText(one, strip("gear_down"), 5), "down");
+    equal(valueText(one, strip("throttle_ratio"), 5), "25 / 75\u00a0%");
+    equal(valueText(one, strip("alt_ft"), 11), "\u2013");
+});
+
+test("the summary says what was recorded, and what was not", () => {
+    const said = summaryOf(flight({
+        seconds: 3725, distance_nm: 23.44, highest_ft: 4500.2, gaps: [[300, 335]], frozen: [[400, 460], [500, 560]],
+        fired: [{ id: "a", action: "speak", at: 1 }],
+    }));
+    equal(said, "2026-11-16 01:09:38 UTC. Lasted 1 hour 2 minutes 5 seconds; 23.4 nautical miles over ground; "
+        + "highest 4,500 feet indicated; one trigger fired. Nothing was recorded during one gap (5:00 to 5:35). "
+        + "The simulator was paused 2 times (6:40 to 7:40, 8:20 to 9:20).");
+    equal(summaryOf(flight({ start: undefined })),
+        "start unknown. Lasted 1 minute; no trigger fired.");
+});

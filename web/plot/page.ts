@@ -1,0 +1,426 @@
+// The page: one window of time over all strips, one cursor through all of them and the track.
+import type { Flight, PackedFlights } from "./flights";
+import { unpack } from "./flights";
+import { Gestures } from "./gestures";
+import { Drawn, letterOf, linesOf, Strip, STRIPS, Window, xOf } from "./strips";
+import { startText, summaryOf, valueFor } from "./summary";
+import { html, picture, px, svg, text } from "./svg";
+import { Alignment, alignmentsOf, clockText, elapsedText, spokenTime, timeTicks, zeroOf } from "./times";
+import { TrackView } from "./track";
+
+const LEFT = 52;
+const RIGHT = 24;
+const ROW = 16;
+const MOST_ROWS = 500;
+
+class Page {
+    private readonly alignments: Alignment[];
+    private alignment: Alignment = { by: "start" };
+    private readonly shown: boolean[];
+    private cursor: number | undefined;
+    private width = 0;
+
+    private readonly strips: Strip[];
+    private readonly recorded = html("div", { class: "holder" });
+    private readonly bottom = html("div", { class: "holder" });
+    private readonly time = html("output", { class: "time" });
+    private readonly remark = html("p", { class: "remark" });
+    private readonly slider = html("div", {
+        class: "strips", role: "slider", tabindex: 0, "aria-label": "Moment of the flight", "aria-valuemin": 0,
+        "aria-describedby": "keys",
+    });
+    private readonly track: TrackView;
+    private readonly gestures: Gestures;
+    private cursorLines: SVGElement[] = [];
+    private isDrawAsked = false;
+
+    constructor(private readonly flights: Flight[], private readonly root: HTMLElement) {
+        this.alignments = alignmentsOf(flights);
+        this.shown = flights.map(() => true);
+        this.strips = STRIPS.filter((kind) => flights.some((flight) => linesOf(flight, kind).length > 0))
+            .map((kind) => new Strip(kind, flights));
+        this.track = new TrackView(flights, () => this.askDraw());
+        this.gestures = new Gestures(this.slider, "x", () => this.askDraw());
+        this.build();
+        this.listen();
+        new ResizeObserver(() => this.resize()).observe(this.slider);
+        this.resize();
+    }
+
+    private get isSingle(): boolean {
+        return this.flights.length === 1;
+    }
+
+    private drawn(): Drawn[] {
+        const result: Drawn[] = [];
+        this.flights.forEach((flight, place) => {
+            const zero = zeroOf(flight, this.alignment);
+            if (this.shown[place] && zero !== undefined) result.push({ flight, place, zero });
+        });
+        return result;
+    }
+
+    /** All that there is to see, in aligned seconds. */
+    private whole(): [number, number] {
+        let from = Infinity;
+        let to = -Infinity;
+        for (const flight of this.flights) {
+            const zero = zeroOf(flight, this.alignment);
+            if (zero === undefined) continue;
+            from = Math.min(from, -zero);
+            to = Math.max(to, flight.seconds - zero);
+        }
+        return from < to ? [from, to] : [0, 1];
+    }
+
+    private window(): Window {
+        const [from, to] = this.whole();
+        const { transform } = this.gestures;
+        const [left, right] = [LEFT, Math.max(LEFT + 1, this.width - RIGHT)];
+        const perPixel = (to - from) / (right - left);
+        const moment = (x: number) => from + (transform.invertX(x) - left) * perPixel;
+        return { from: moment(left), to: moment(right), left, right };
+    }
+
+    private timeText(moment: number): string {
+        return this.alignment.by === "clock" ? clockText(moment) : elapsedText(moment);
+    }
+
+    // What the page has, once.
+
+    private build(): void {
+        const { flights } = this;
+        const title = this.isSingle ? `Recorded flight, ${startText(flights[0])}` : `${flights.length} recorded flights`;
+        document.title = title;
+        const toolbar = html("div", { class: "toolbar", role: "toolbar", "aria-label": "Part of the flight" });
+        const add = (label: string, name: string, act: () => void) => {
+            const button = html("button", { type: "button", "aria-label": name, title: name }, label);
+            button.addEventListener("click", act);
+            toolbar.append(button);
+        };
+        add("+", "Zoom in", () => this.zoomBy(2));
+        add("\u2212", "Zoom out", () => this.zoomBy(0.5));
+        add("\u25c0", "Earlier", () => this.move(-0.5));
+        add("\u25b6", "Later", () => this.move(0.5));
+        add("Whole", "The whole flight", () => this.showWhole());
+        if (this.alignments.length > 1) toolbar.append(this.alignmentChoice());
+        const place = html("div", { class: "toolbar", role: "toolbar", "aria-label": "Part of the track" });
+        for (const [label, name, factor] of [["+", "Zoom into the track", 2], ["\u2212", "Zoom out of the track", 0.5]] as const) {
+            const button = html("button", { type: "button", "aria-label": name, title: name }, label);
+            button.addEventListener("click", () => {
+                this.track.zoomBy(factor);
+                this.askDraw();
+            });
+            place.append(button);
+        }
+        const whole = html("button", { type: "button", title: "The whole track", "aria-label": "The whole track" }, "Whole");
+        whole.addEventListener("click", () => {
+            this.track.reset();
+            this.askDraw();
+        });
+        place.append(whole);
+
+        this.slider.append(
+            html("section", { class: "strip", "data-key": "recorded" }, html("div", { class: "head" }, html("h3", {}, "Recorded")),
+                this.recorded),
+            ...this.strips.map((strip) => strip.element), this.bottom);
+        this.root.append(
+            html("h1", {}, title),
+            html("section", { class: "flights", "aria-label": "Summary" }, ...flights.map((one, at) => this.flightEntry(one, at))),
+            html("h2", {}, "Ground track"),
+            this.track.isEmpty ? html("p", {}, "No position was recorded.") : html("figure", {}, place, this.track.element),
+            html("h2", {}, "Over time"),
+            html("div", { class: "sticky" }, toolbar, this.time),
+            this.remark,
+            ...this.hatchKey(),
+            html("p", { id: "keys", class: "hint" },
+                "Point at a moment, or take the arrow keys; + and \u2212 zoom, as do two fingers and the wheel with Ctrl; "
+                + "0 shows the whole flight."),
+            this.slider,
+            ...this.triggerTables());
+    }
+
+    private alignmentChoice(): HTMLElement {
+        const choice = html("select", { id: "align" });
+        this.alignments.forEach((alignment, index) => {
+            const label = alignment.by === "start" ? "start of recording"
+                : alignment.by === "clock" ? "time of day (UTC)" : `trigger ${alignment.id}`;
+            choice.append(html("option", { value: index }, label));
+        });
+        choice.addEventListener("change", () => {
+            this.alignment = this.alignments[Number(choice.value)];
+            this.cursor = undefined;
+            this.showWhole();
+        });
+        return html("label", {}, "Laid over by ", choice);
+    }
+
+    /** What the hatches mean, where there are any. */
+    private hatchKey(): HTMLElement[] {
+        const sample = (className: string) => picture(26, 12, svg("rect", { class: className, width: 26, height: 12 }));
+        const said: Node[] = [];
+        if (this.flights.some((one) => one.gaps.length > 0)) said.push(sample("gap"), html("span", {}, "nothing recorded"));
+        if (this.flights.some((one) => one.frozen.length > 0)) said.push(sample("frozen"), html("span", {}, "simulator paused"));
+        return said.length > 0 ? [html("p", { class: "key" }, ...said)] : [];
+    }
+
+    private flightEntry(flight: Flight, place: number): HTMLElement {
+        const key = picture(40, 10, svg("path", { class: `line flight${place}`, d: "M1 5h38" }));
+        const name = html("span", { class: "name" }, flight.name);
+        if (this.isSingle) return html("div", {}, html("p", {}, name, ": ", summaryOf(flight)));
+        const box = html("input", { type: "checkbox", id: `flight${place}` });
+        box.checked = true;
+        box.addEventListener("change", () => {
+            this.shown[place] = box.checked;
+            this.askDraw();
+        });
+        const label = html("label", { for: `flight${place}` }, box, key, html("b", {}, letterOf(place)), " ", name);
+        return html("div", {}, label, html("p", {}, summaryOf(flight)));
+    }
+
+    private triggerTables(): HTMLElement[] {
+        return this.flights.filter((flight) => flight.fired.length > 0).map((flight) => {
+            const place = this.flights.indexOf(flight);
+            const rows = flight.fired.slice(0, MOST_ROWS).map((fired, number) => {
+                const go = html("button", { type: "button", title: "Show this moment" }, elapsedText(fired.at));
+                go.addEventListener("click", () => this.showMoment(place, fired.at));
+                return html("tr", {},
+                    html("td", {}, String(number + 1)), html("td", {}, go),
+                    html("td", {}, flight.start === undefined ? "\u2013" : clockText(flight.start + fired.at)),
+                    html("td", { class: "id" }, fired.id), html("td", { class: "id" }, fired.action),
+                    html("td", { class: "number" }, valueFor(flight, "alt_ft", fired.at, 0)),
+                    html("td", { class: "number" }, valueFor(flight, "agl_ft", fired.at, 0)));
+            });
+            const names = ["No.", "After", "UTC", "Trigger", "Action", "Altitude, ft", "Above ground, ft"];
+            const head = html("tr", {}, ...names.map((name) => html("th", { scope: "col" }, name)));
+            const of = this.isSingle ? "" : ` of flight ${letterOf(place)}`;
+            const more = flight.fired.length - rows.length;
+            return html("section", { class: "fired" }, html("h2", {}, `Triggers that fired${of}`),
+                html("div", { class: "scroll" }, html("table", {}, html("thead", {}, head), html("tbody", {}, ...rows))),
+                ...(more > 0 ? [html("p", {}, `and ${more} more`)] : []));
+        });
+    }
+
+    // What people do.
+
+    private listen(): void {
+        const { slider, track } = this;
+        const point = (event: PointerEvent) => {
+            const x = event.clientX - slider.getBoundingClientRect().left;
+            const window = this.window();
+            const part = (x - window.left) / (window.right - window.left);
+            this.setCursor(window.from + Math.min(1, Math.max(0, part)) * (window.to - window.from));
+        };
+        slider.addEventListener("pointermove", point);
+        slider.addEventListener("pointerdown", point);
+        const pointTrack = (event: PointerEvent) => {
+            const box = track.element.getBoundingClientRect();
+            const moment = track.momentAt(event.clientX - box.left, event.clientY - box.top);
+            if (moment !== undefined) this.setCursor(moment);
+        };
+        track.element.addEventListener("pointermove", pointTrack);
+        track.element.addEventListener("pointerdown", pointTrack);
+        slider.addEventListener("keydown", (event) => this.onKey(event));
+    }
+
+    private onKey(event: KeyboardEvent): void {
+        if (event.ctrlKey || event.altKey || event.metaKey) return;
+        const { from, to } = this.window();
+        const step = (to - from) * (event.shiftKey ? 0.1 : 0.01);
+        const [first, last] = this.whole();
+        const at = this.cursor ?? from;
+        const acts: { [key: string]: () => void } = {
+            ArrowLeft: () => this.setCursor(Math.max(first, at - step), true),
+            ArrowDown: () => this.setCursor(Math.max(first, at - step), true),
+            ArrowRight: () => this.setCursor(Math.min(last, at + step), true),
+            ArrowUp: () => this.setCursor(Math.min(last, at + step), true),
+            Home: () => this.setCursor(first, true),
+            End: () => this.setCursor(last, true),
+            PageUp: () => this.move(-0.5),
+            PageDown: () => this.move(0.5),
+            "+": () => this.zoomBy(2),
+            "=": () => this.zoomBy(2),
+            "-": () => this.zoomBy(0.5),
+            "0": () => this.showWhole(),
+        };
+        const act = acts[event.key];
+        if (!act) return;
+        event.preventDefault();
+        act();
+    }
+
+    private showMoment(place: number, at: number): void {
+        const zero = zeroOf(this.flights[place], this.alignment);
+        if (zero !== undefined) this.setCursor(at - zero, true);
+        this.slider.scrollIntoView({ block: "nearest" });
+    }
+
+    private setCursor(moment: number, isKept = false): void {
+        this.cursor = moment;
+        const { from, to } = this.window();
+        if (isKept && (moment < from || moment > to)) {
+            const half = (to - from) / 2;
+            this.showRange(moment - half, moment + half);
+        } else {
+            this.drawCursor();
+        }
+    }
+
+    private zoomBy(factor: number): void {
+        const { from, to } = this.window();
+        const isSeen = this.cursor !== undefined && this.cursor >= from && this.cursor <= to;
+        const middle = isSeen ? this.cursor! : (from + to) / 2;
+        this.showRange(middle - (middle - from) / factor, middle + (to - middle) / factor);
+    }
+
+    /** By a part of what is shown. */
+    private move(part: number): void {
+        const { from, to } = this.window();
+        const step = (to - from) * part;
+        this.showRange(from + step, to + step);
+    }
+
+    private showWhole(): void {
+        this.gestures.show(1, LEFT, LEFT);
+        this.askDraw();
+    }
+
+    private showRange(from: number, to: number): void {
+        const [first, last] = this.whole();
+        const length = Math.min(to - from, last - first);
+        const begin = Math.min(Math.max(from, first), last - length);
+        const { left, right } = this.window();
+        const perSecond = (right - left) / (last - first);
+        this.gestures.show((last - first) / length, left + (begin - first) * perSecond, left);
+        this.askDraw();
+    }
+
+    // What is drawn.
+
+    private resize(): void {
+        const width = Math.floor(this.slider.clientWidth);
+        if (width === this.width || width === 0) return;
+        const { from, to } = this.window();
+        const hadWidth = this.width > 0;
+        this.width = width;
+        this.gestures.setExtent(LEFT, 0, width - RIGHT, 100);
+        this.track.resize(width, Math.round(Math.min(width * 0.75, 480)), this.flights);
+        if (hadWidth) this.showRange(from, to);
+        this.draw();
+    }
+
+    private askDraw(): void {
+        if (this.isDrawAsked) return;
+        this.isDrawAsked = true;
+        requestAnimationFrame(() => {
+            this.isDrawAsked = false;
+            this.draw();
+        });
+    }
+
+    private draw(): void {
+        const { width } = this;
+        const window = this.window();
+        const drawn = this.drawn();
+        const ticks = timeTicks(window.from, window.to, (window.right - window.left) / 75);
+        for (const strip of this.strips) strip.draw(drawn, window, width, ticks);
+        this.drawRecorded(drawn, window, ticks);
+        this.track.draw(drawn, [window.from, window.to], this.isSingle);
+        const left = this.flights.filter((flight) => zeroOf(flight, this.alignment) === undefined);
+        this.remark.textContent = left.length === 0 ? ""
+            : `Without that trigger, and therefore not drawn: ${left.map((flight) => letterOf(this.flights.indexOf(flight))).join(", ")}.`;
+        const [first, last] = this.whole();
+        this.slider.setAttribute("aria-valuemin", first.toFixed(1));
+        this.slider.setAttribute("aria-valuemax", last.toFixed(1));
+        this.slider.dataset.from = window.from.toFixed(2);
+        this.slider.dataset.to = window.to.toFixed(2);
+        this.drawCursor();
+    }
+
+    /** A row a flight: when it was recorded, when the simulator was paused, what fired; above them the time. */
+    private drawRecorded(drawn: Drawn[], window: Window, ticks: number[]): void {
+        const height = 20 + ROW * drawn.length + 4;
+        const inside: Node[] = [];
+        drawn.forEach(({ flight, place, zero }, row) => {
+            const y = 20 + ROW * row;
+            const bar = (className: string, from: number, to: number) => {
+                const x = px(xOf(window, from - zero));
+                return svg("rect", { class: className, x, y, width: Math.max(1, px(xOf(window, to - zero) - x)), height: ROW - 4 });
+            };
+            inside.push(bar(`bar fill${place % 4}`, 0, flight.seconds));
+            for (const [from, to] of flight.gaps) inside.push(bar("gap over", from, to));
+            for (const [from, to] of flight.frozen) inside.push(bar("frozen over", from, to));
+            let free = -Infinity;
+            flight.fired.forEach((fired, number) => {
+                const x = px(xOf(window, fired.at - zero));
+                if (x < window.left || x > window.right) return;
+                inside.push(svg("line", { class: "moment", x1: x, x2: x, y1: y - 1, y2: y + ROW - 3 }, svg("title", {}, fired.id)));
+                if (x < free) return;
+                inside.push(text(x + 2, y + ROW - 6, String(number + 1), { class: "number" }));
+                free = x + 18;
+            });
+        });
+        const labels = drawn.map(({ place }, row) => text(window.left - 5, 20 + ROW * row + 10,
+            this.isSingle ? "" : letterOf(place), { class: "tick", "text-anchor": "end" }));
+        const clip = svg("clipPath", { id: "clip-recorded" },
+            svg("rect", { x: window.left, y: 0, width: window.right - window.left, height }));
+        const plot = svg("g", { "clip-path": "url(#clip-recorded)" }, ...inside);
+        const [upper, lower] = [this.cursorLine(18, height), this.cursorLine(0, 4)];
+        this.cursorLines = [upper, lower];
+        this.recorded.replaceChildren(picture(this.width, height,
+            svg("defs", {}, clip, ...patterns()), this.axis(window, ticks, 12), ...labels, plot, upper));
+        this.bottom.replaceChildren(picture(this.width, 20, this.axis(window, ticks, 15), lower));
+    }
+
+    private cursorLine(top: number, bottom: number): SVGElement {
+        return svg("line", { class: "cursor", x1: -9, x2: -9, y1: top, y2: bottom });
+    }
+
+    private axis(window: Window, ticks: number[], y: number): Node {
+        return svg("g", {}, ...ticks.map((tick) =>
+            text(px(xOf(window, tick)), y, this.timeText(tick), { class: "tick", "text-anchor": "middle" })));
+    }
+
+    private drawCursor(): void {
+        const window = this.window();
+        const drawn = this.drawn();
+        const { cursor } = this;
+        const isSeen = cursor !== undefined && cursor >= window.from && cursor <= window.to;
+        const x = isSeen ? xOf(window, cursor) : undefined;
+        for (const strip of this.strips) strip.point(x, drawn, cursor);
+        for (const line of this.cursorLines) {
+            for (const name of ["x1", "x2"]) line.setAttribute(name, String(x === undefined ? -9 : px(x)));
+        }
+        this.track.point(cursor, this.isSingle);
+        if (cursor === undefined) {
+            this.time.textContent = "";
+            this.slider.setAttribute("aria-valuenow", window.from.toFixed(1));
+            this.slider.setAttribute("aria-valuetext", "no moment chosen");
+            return;
+        }
+        this.time.textContent = this.timeText(cursor);
+        this.slider.setAttribute("aria-valuenow", cursor.toFixed(1));
+        const values = drawn.map(({ flight, place, zero }) => {
+            const altitude = valueFor(flight, "alt_ft", cursor + zero, 0);
+            const height = valueFor(flight, "agl_ft", cursor + zero, 0);
+            const lead = this.isSingle ? "" : `flight ${letterOf(place)}: `;
+            return `${lead}altitude ${altitude} feet, above ground ${height} feet`;
+        });
+        const when = this.alignment.by === "clock" ? clockText(cursor) : spokenTime(cursor);
+        this.slider.setAttribute("aria-valuetext", [when, ...values].join("; "));
+    }
+}
+
+/** Hatched one way: nothing recorded; the other way: recorded while the simulator was paused. */
+function patterns(): Node[] {
+    const hatch = (id: string, d: string) => svg("pattern", { id, width: 6, height: 6, patternUnits: "userSpaceOnUse" },
+        svg("rect", { class: "ground", width: 6, height: 6 }), svg("path", { class: "hatch", d }));
+    return [hatch("hatch-gap", "M-1 5l2 2M0 0l6 6M5 -1l2 2"), hatch("hatch-frozen", "M3 0v6")];
+}
+
+function open(): void {
+    const packed: PackedFlights = JSON.parse(document.getElementById("flights")!.textContent!);
+    new Page(packed.flights.map(unpack), document.getElementById("page")!);
+}
+
+open();
