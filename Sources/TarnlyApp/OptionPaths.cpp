@@ -2,12 +2,10 @@
 
 #include <exception>
 #include <filesystem>
-#include <future>
 #include <system_error>
-#include <thread>
-#include <utility>
 
 #include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
+#include "TarnlyPlatform/Base/Aside.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -43,18 +41,9 @@ Problem look(const CompanionOptions& options) {
 std::optional<std::string> problemOfPaths(const CompanionOptions& options,
                                           std::chrono::milliseconds patience) {
     if (!options.navigationDatabase && !options.situationsFolder) return std::nullopt;
-    std::promise<Problem> promise;
-    auto found = promise.get_future();
     try {
-        std::thread([options, promise = std::move(promise)]() mutable {
-            try {
-                promise.set_value(look(options));
-            } catch (...) {
-                promise.set_exception(std::current_exception());
-            }
-        }).detach();
-        if (found.wait_for(patience) != std::future_status::ready) return std::nullopt;
-        return found.get();
+        const auto found = aside(patience, [options] { return look(options); });
+        return found.value_or(std::nullopt);
     } catch (const std::exception&) {
         return std::nullopt; // the start itself tells what it lacks
     }

@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 import pytest
-from harness import reserved_port
+from harness import is_instrumented, reserved_port
 from two_hosts import NotPermitted, TwoHosts
 
 STEPS = ["companion", "warnings", "published", "reachable", "pairing", "simulator", "values", "situations",
@@ -146,6 +146,99 @@ def test_the_doctor_ends_in_time_whoever_is_silent(programs):
 def hosts():
     try:
         with TwoHosts() as hosts:
+# What hangs, as on a mount whose server has gone, or as where no name server answers: whatever leads to a file of the
+# folder DOCTOR_HANGS, and the look for the address of any name.
+HANGING = """
+#include <dlfcn.h>
+#include <netdb.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+
+static void hangAt(const char* path) {
+    const char* folder = getenv("DOCTOR_HANGS");
+    while (folder != nullptr && path != nullptr && std::strncmp(path, folder, std::strlen(folder)) == 0) sleep(1000);
+}
+
+template <typename Call> static Call* next(const char* name) { return reinterpret_cast<Call*>(dlsym(RTLD_NEXT, name)); }
+
+extern "C" int connect(int file, const sockaddr* address, socklen_t size) {
+    if (address->sa_family == AF_UNIX) hangAt(reinterpret_cast<const sockaddr_un*>(address)->sun_path);
+    return next<int(int, const sockaddr*, socklen_t)>("connect")(file, address, size);
+}
+
+extern "C" int open(const char* path, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const int mode = va_arg(more, int);
+    va_end(more);
+    hangAt(path);
+    return next<int(const char*, int, ...)>("open")(path, flags, mode);
+}
+
+extern "C" int lstat(const char* path, struct stat* found) {
+    hangAt(path);
+    return next<int(const char*, struct stat*)>("lstat")(path, found);
+}
+
+extern "C" int stat(const char* path, struct stat* found) {
+    hangAt(path);
+    return next<int(const char*, struct stat*)>("stat")(path, found);
+}
+
+extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**) {
+    for (;;) sleep(1000);
+}
+"""
+
+
+@pytest.fixture
+def hanging(programs):
+    """The environment of a program for which these things hang."""
+    if is_instrumented():
+        pytest.skip("a sanitizer has to be loaded first")
+    folder = programs.new_folder()
+    source, library = folder / "hang.cpp", folder / "hang.so"
+    source.write_text(HANGING)
+    subprocess.run(["c++", "-D_GNU_SOURCE", "-shared", "-fPIC", "-o", library, source, "-ldl"], check=True)
+    return {"LD_PRELOAD": str(library)}
+
+
+def test_the_doctor_ends_in_time_where_the_data_folder_hangs(programs, simulator, hanging):
+    companion = programs.companion(sim_port=simulator, settings={"password": "secret", "startAtLogin": False})
+    folder = folder_of(companion)
+    hanging["DOCTOR_HANGS"] = str(folder)
+    ended = programs.start("tarnly-client", "--json", "--timeout", 5, "doctor", "--data-dir", folder, "--sim-port",
+                           simulator, **hanging)
+    status = ended.wait()
+    ended.expected_status = status
+    found = {finding["step"]: finding for finding in map(json.loads, ended.output())}
+    assert status == 1 and "does not answer" in found["companion"]["text"]
+    assert found["simulator"]["ok"]
+    for step in ("disk", "settings"):
+        assert "does not answer" in found[step]["text"] and "mount" in found[step]["cure"], step
+
+
+def test_who_asks_for_the_status_waits_no_longer_than_was_said(programs, hanging):
+    folder = programs.new_folder()
+    hanging["DOCTOR_HANGS"] = str(folder)
+    for program in (["tarnly-client", "--timeout", 1, "status"], ["tarnlyd", "--status"]):
+        ended = programs.run(*program, "--data-dir", folder, **hanging)
+        assert ended.status == 1 and "does not answer" in ended.errors, program
+
+
+def test_the_doctor_ends_in_time_where_names_are_not_looked_up(programs, hanging):
+    ended = programs.run("tarnly-client", "--json", "--timeout", 5, "--host", "companion.example", "--port", 28086,
+                         "doctor", "--sim-host", "simulator.example", **hanging)
+    found = Findings(ended)
+    assert found.amiss() == {"reachable", "simulator"}
+    assert "nothing came back in time" in found["reachable"]["text"]
+
+
             yield hosts
     except NotPermitted as reason:
         pytest.skip(f"no network namespaces here: {reason}")

@@ -1,13 +1,10 @@
-#include <algorithm>
-#include <condition_variable>
 #include <exception>
-#include <fstream>
-#include <memory>
-#include <mutex>
-#include <thread>
+#include <system_error>
 #include <utility>
 
 #include "TarnlyClient/Doctor/Probes.hpp"
+#include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
+#include "TarnlyPlatform/Base/Aside.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -17,15 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t largestSettings = std::size_t{1024} * 1024;
-/// How every SQLite file begins.
-constexpr std::string_view databaseMark("SQLite format 3\0", 16);
-
-/// What the thread that looks and the one that waits share.
-struct Look {
-    std::mutex mutex;
-    std::condition_variable isDone;
-    std::optional<FolderProbe> result;
-};
 
 /// "No such file or directory", of a failure of the file system without the paths in it.
 std::string reasonOf(const std::exception& error) {
@@ -55,22 +43,16 @@ FolderProbe probeFolder(const fs::path& path, std::function<void(FolderProbe&)> 
                         std::chrono::milliseconds limit) {
     FolderProbe probe;
     probe.path = path;
-    const auto shared = std::make_shared<Look>();
-    auto run = [shared, probe, look = std::move(look)]() mutable {
+    const auto looked = aside(limit, [probe, look = std::move(look)]() mutable {
         try {
             look(probe);
         } catch (const std::exception& error) {
             probe.failure = reasonOf(error);
         }
         probe.isAnswered = true;
-        const std::lock_guard lock(shared->mutex);
-        shared->result = std::move(probe);
-        shared->isDone.notify_all();
-    };
-    std::thread(std::move(run)).detach();
-    std::unique_lock lock(shared->mutex);
-    shared->isDone.wait_for(lock, limit, [&] { return shared->result.has_value(); });
-    return shared->result.value_or(probe);
+        return std::move(probe);
+    });
+    return looked.value_or(probe);
 }
 
 void lookAtSituations(FolderProbe& folder) {
@@ -80,13 +62,7 @@ void lookAtSituations(FolderProbe& folder) {
 }
 
 void lookAtDatabase(FolderProbe& file) {
-    if (!fs::exists(file.path)) {
-        file.failure = "there is no such file";
-        return;
-    }
-    std::string beginning(databaseMark.size(), ' ');
-    if (fs::is_regular_file(file.path)) std::ifstream(file.path).read(beginning.data(), databaseMark.size());
-    if (beginning != databaseMark) file.failure = "it is no SQLite database that can be read";
+    file.failure = problemOfNavDatabase(file.path.string()).value_or("");
 }
 
 void lookAtDisk(FolderProbe& folder) {
@@ -114,11 +90,11 @@ void lookAtSettings(FolderProbe& file) {
     }
 }
 
-std::optional<std::string> passwordIn(const fs::path& settings) {
-    const auto text = contentOf(settings, largestSettings);
-    if (!text) return std::nullopt;
+std::optional<std::string> passwordIn(const fs::path& settings, std::chrono::milliseconds limit) {
+    const auto text = aside(limit, [settings] { return contentOf(settings, largestSettings); });
+    if (!text || !*text) return std::nullopt;
     try {
-        return decodeJson<SavedPassword>(parseJson(withoutMark(*text))).password;
+        return decodeJson<SavedPassword>(parseJson(withoutMark(**text))).password;
     } catch (const JsonError&) {
         return std::nullopt;
     }

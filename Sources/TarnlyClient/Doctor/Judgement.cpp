@@ -155,11 +155,14 @@ Finding judgeNavDatabase(const std::optional<FolderProbe>& file) {
     }
     if (!file->isAnswered) return unanswered(step, *file);
     if (!file->failure.empty()) {
-        return Finding::amiss(
-            step, shown(file->path) + " cannot be used: " + file->failure + ".",
-            "Name an SQLite file with the tables of docs/scripts.md in the settings, or by --nav-db FILE.");
+        // Its clause on what to do comes last.
+        const auto cut = file->failure.rfind("; ");
+        const bool hasCure = cut != std::string::npos;
+        return Finding::amiss(step, file->failure.substr(0, cut) + ".",
+                              (hasCure ? sentence(file->failure.substr(cut + 2)) + " " : "") +
+                                  "The settings name the file, or --nav-db FILE.");
     }
-    return Finding::fine(step, shown(file->path) + " can be read.");
+    return Finding::fine(step, shown(file->path) + " shows no fault.");
 }
 
 Finding judgeDisk(const FolderProbe& folder) {

@@ -1,11 +1,14 @@
 #include "TarnlyClient/Doctor/Probes.hpp"
 
+#include <algorithm>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
 #include <exception>
+#include <future>
 #include <utility>
 
 #include "TarnlyClient/Companion/CompanionSession.hpp"
+#include "TarnlyPlatform/Base/Aside.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
@@ -29,6 +32,8 @@ using std::chrono::milliseconds;
 constexpr unsigned ok = 200;
 constexpr unsigned forbidden = 403;
 constexpr unsigned notFound = 404;
+/// What a thread may take to bring what it has.
+constexpr milliseconds moment{100};
 constexpr auto probedValue = "sim/flightmodel/position/latitude";
 
 struct Capabilities {
@@ -76,19 +81,34 @@ Task<> fetchInto(Fetched& fetched, Clock& clock, Endpoint endpoint, std::string 
     }
 }
 
-/// All of them side by side.
-std::vector<Fetched> fetchAll(const std::vector<std::pair<Endpoint, std::string>>& wanted,
-                              milliseconds limit) {
+Fetched fetch(const Endpoint& endpoint, const std::string& target, milliseconds limit) {
     SystemClock clock;
     boost::asio::io_context io(1);
-    std::vector<Fetched> all(wanted.size());
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        const auto& [endpoint, target] = wanted[i];
-        // Whatever else may come of it, for lack of memory say: that place has not answered.
-        boost::asio::co_spawn(io, fetchInto(all[i], clock, endpoint, target, limit),
-                              [](const std::exception_ptr&) {});
-    }
+    Fetched fetched;
+    // Whatever else may come of it, for lack of memory say: that place has not answered.
+    boost::asio::co_spawn(io, fetchInto(fetched, clock, endpoint, target, limit),
+                          [](const std::exception_ptr&) {});
     io.run();
+    return fetched;
+}
+
+/// All of them side by side, each on a thread of its own: the network has its limit, the look for the address
+/// of a name has none.
+std::vector<Fetched> fetchAll(const std::vector<std::pair<Endpoint, std::string>>& wanted,
+                              milliseconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit + moment;
+    std::vector<std::future<Fetched>> underWay;
+    underWay.reserve(wanted.size());
+    for (const auto& [endpoint, target] : wanted)
+        underWay.push_back(startAside(
+            [endpoint = endpoint, target = target, limit] { return fetch(endpoint, target, limit); }));
+    std::vector<Fetched> all;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+        auto fetched = answerOf(underWay[i], std::max(left, milliseconds(0)));
+        const NetworkError late(NetworkError::Case::timedOut, describe(wanted[i].first));
+        all.push_back(fetched ? *std::move(fetched) : Fetched{{}, late});
+    }
     return all;
 }
 
@@ -172,14 +192,17 @@ SimulatorProbe probeSimulator(const Endpoint& simulator, milliseconds limit) {
 
 ValueProbe probeValues(const Endpoint& companion, const std::optional<std::string>& password,
                        milliseconds limit) {
-    ValueProbe probe;
-    try {
-        holdSession(companion, {password, limit},
-                    [&](CompanionSession& session) { return askForValue(session, probe); });
-    } catch (const std::exception& error) {
-        probe.failure = error.what();
-    }
-    return probe;
+    const auto probed = aside(2 * limit, [companion, password, limit] {
+        ValueProbe probe;
+        try {
+            holdSession(companion, {password, limit},
+                        [&](CompanionSession& session) { return askForValue(session, probe); });
+        } catch (const std::exception& error) {
+            probe.failure = error.what();
+        }
+        return probe;
+    });
+    return probed.value_or(ValueProbe{false, false, "the companion did not answer in time"});
 }
 
 } // namespace tarnly::client

@@ -10,8 +10,8 @@
 #include "TarnlyClient/Doctor/Judgement.hpp"
 #include "TarnlyPlatform/Net/Http.hpp"
 
-/// How the doctor looks at the world. Each blocks for its `limit` at most, and throws nothing that a look
-/// could meet.
+/// How the doctor looks at the world. Each blocks for its `limit` at most, also where a mount hangs or the
+/// system does not come back from looking a name up, and throws nothing that a look could meet.
 namespace tarnly::client {
 
 /// Asks at all of these places at once for the companion's page.
@@ -33,7 +33,7 @@ FolderProbe probeFolder(const std::filesystem::path& path, std::function<void(Fo
 /// Counts the saved flights of a folder.
 void lookAtSituations(FolderProbe& folder);
 
-/// Whether it is an SQLite file.
+/// Whether it is a navigation database, as far as can be told.
 void lookAtDatabase(FolderProbe& file);
 
 /// The room in a folder, and whether files can be made there.
@@ -42,7 +42,7 @@ void lookAtDisk(FolderProbe& folder);
 /// Whether the file is a JSON object; the count is 0 where there is none.
 void lookAtSettings(FolderProbe& file);
 
-/// The password in the settings of this data folder; absent where there is none, or it cannot be read.
-std::optional<std::string> passwordIn(const std::filesystem::path& settings);
+/// The password in this settings file; absent where there is none, or it cannot be read.
+std::optional<std::string> passwordIn(const std::filesystem::path& settings, std::chrono::milliseconds limit);
 
 } // namespace tarnly::client

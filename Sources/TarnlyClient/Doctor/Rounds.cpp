@@ -138,7 +138,7 @@ void Rounds::lookAtValues() {
     if (!isSimulatorReady_)
         return add(Finding::unknown(step, "Cannot be judged while the simulator is not ready to fly."));
     auto password = options_.password;
-    if (!password && status_) password = passwordIn(options_.dataFolder / "settings.json");
+    if (!password && status_) password = passwordIn(options_.dataFolder / "settings.json", options_.unit);
     add(judgeValues(probeValues(*companion_, password, 2 * options_.unit), password.has_value()));
 }
 

@@ -16,7 +16,7 @@ namespace tarnly::client {
 /// The doctor's rounds, from the outside in: each step is told as soon as it is known, and nothing that a
 /// step finds keeps the later ones from being taken.
 ///
-/// Used once, on one thread; blocks for 15 times `unit` at most.
+/// Used once, on one thread; blocks for little more than 16 times `unit`.
 class Rounds {
   public:
     struct Options {

@@ -6,9 +6,11 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/asio/write.hpp>
 #include <exception>
+#include <optional>
 #include <system_error>
 #include <utility>
 
+#include "TarnlyPlatform/Base/Aside.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WithinLimit.hpp"
@@ -94,19 +96,21 @@ LocalListener::~LocalListener() {
 }
 
 std::string askLocally(const std::filesystem::path& file, std::chrono::milliseconds limit) {
-    std::string answer;
+    std::optional<std::string> read;
     try {
-        answer = readFromLocalSocket(file, limit);
+        // Where the folder's mount hangs, so does connecting.
+        read = aside(limit, [file, limit] { return readFromLocalSocket(file, limit); });
     } catch (const std::system_error& error) {
         const bool isLate = error.code() == std::errc::timed_out;
         throw NetworkError(isLate ? NetworkError::Case::timedOut : NetworkError::Case::connectionFailed,
                            file.string() + ": " + error.code().message());
     }
-    if (!answer.ends_with(endOfAnswer)) {
+    if (!read) throw NetworkError(NetworkError::Case::timedOut, file.string());
+    if (!read->ends_with(endOfAnswer)) {
         throw NetworkError(NetworkError::Case::connectionClosed, file.string());
     }
-    answer.pop_back();
-    return answer;
+    read->pop_back();
+    return *std::move(read);
 }
 
 } // namespace tarnly

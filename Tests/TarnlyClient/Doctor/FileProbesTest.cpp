@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <fstream>
 #include <future>
@@ -13,6 +14,7 @@ namespace tarnly::client {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -46,9 +48,17 @@ TEST_F(FileProbesTest, AFolderThatIsNoneFails) {
     EXPECT_EQ(look("file", lookAtSituations).failure, "Not a directory");
 }
 
-TEST_F(FileProbesTest, ADatabaseHasItsMark) {
-    write("nav.db", std::string("SQLite format 3\0 and so on", 26));
+TEST_F(FileProbesTest, ADatabaseHasTheTablesOfOne) {
+    const auto make = [&](const char* name, const char* sql) {
+        sqlite3* connection = nullptr;
+        sqlite3_open((folder.path() / name).c_str(), &connection);
+        EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(connection);
+    };
+    make("nav.db", "CREATE TABLE navaids (nav_id TEXT, lat REAL, lon REAL)");
     EXPECT_THAT(look("nav.db", lookAtDatabase).failure, IsEmpty());
+    make("another.db", "CREATE TABLE photographs (id TEXT)");
+    EXPECT_THAT(look("another.db", lookAtDatabase).failure, HasSubstr("none of the tables"));
     write("text", "I am no database, and long enough to be one.");
     write("short", "SQLite");
     for (const char* name : {"text", "short", "absent", ""})
@@ -70,16 +80,16 @@ TEST_F(FileProbesTest, SettingsAreAnObjectOrAbsent) {
     const auto probe = look("settings.json", lookAtSettings);
     EXPECT_EQ(probe.count, 1U);
     EXPECT_THAT(probe.failure, IsEmpty());
-    EXPECT_EQ(passwordIn(folder.path() / "settings.json"), "secret");
+    EXPECT_EQ(passwordIn(folder.path() / "settings.json", patience), "secret");
 }
 
 TEST_F(FileProbesTest, SettingsThatAreNoneFail) {
     for (const char* content : {"", "[]", "{\"password\":", "secret"}) {
         write("settings.json", content);
         EXPECT_THAT(look("settings.json", lookAtSettings).failure, Not(IsEmpty())) << content;
-        EXPECT_EQ(passwordIn(folder.path() / "settings.json"), std::nullopt) << content;
+        EXPECT_EQ(passwordIn(folder.path() / "settings.json", patience), std::nullopt) << content;
     }
-    EXPECT_EQ(passwordIn(folder.path() / "absent"), std::nullopt);
+    EXPECT_EQ(passwordIn(folder.path() / "absent", patience), std::nullopt);
 }
 
 TEST_F(FileProbesTest, WhatHangsIsLeftBehind) {

@@ -135,7 +135,9 @@ TEST(Judgement, FilesAreUsableOrNot) {
     EXPECT_EQ(judgeSituations(fine).text, "/x has 3 saved flights.");
     EXPECT_THAT(judgeSituations(failing), isAmiss("--situations"));
     EXPECT_THAT(judgeNavDatabase(fine), isFine());
-    EXPECT_THAT(judgeNavDatabase(failing), isAmiss("--nav-db"));
+    const FolderProbe noDatabase{"/x", true, "/x is a folder; name an SQLite file", 0, 0};
+    EXPECT_THAT(judgeNavDatabase(noDatabase), isAmiss("Name an SQLite file. The settings"));
+    EXPECT_EQ(judgeNavDatabase(noDatabase).text, "/x is a folder.");
     EXPECT_THAT(judgeDisk(fine), isFine());
     EXPECT_THAT(judgeDisk(failing), isAmiss("writable"));
     EXPECT_THAT(judgeSettings(fine), isFine());
