@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <vector>
 
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
@@ -19,8 +20,8 @@ TEST(Messages, ASampleWithNothingOptionalHasTwoKeys) {
 }
 
 TEST(Messages, AFullSampleHasItsKeysInOrder) {
-    TrackSample sample{1.5,   47.25, 8.5,  1200.5, 300.25, true, {{0.5, 0.25}},
-                       {{1}}, {{}},  0.25, 1,      -3.5,   2,    false};
+    TrackSample sample{1.5,  47.25, 8.5,  1200.5, 300.25, true, {{0.5, 0.25}}, {{1}}, std::vector<double>(),
+                       0.25, 1,     -3.5, 2,      false};
     const auto text = encodeJson(sample);
     EXPECT_EQ(text,
               R"({"elapsed_s":1.5,"lat":47.25,"lon":8.5,"alt_ft":1200.5,"agl_ft":300.25,"gear_down":true,)"
