@@ -35,10 +35,16 @@ std::filesystem::path plain(const std::filesystem::path& folder) {
     return path.has_filename() ? path : path.parent_path();
 }
 
+/// Where it is another one than usual.
+std::optional<std::string> ownDataFolder(const CompanionOptions& options) {
+    if (!options.dataFolder || plain(*options.dataFolder) == plain(applicationDataFolder()))
+        return std::nullopt;
+    return plain(*options.dataFolder).string();
+}
+
 /// "tarnly", or "tarnly-home-pilot-rig" for the settings in /home/pilot/rig.
 std::string entryId(const CompanionOptions& options) {
-    if (!options.dataFolder || plain(*options.dataFolder) == plain(applicationDataFolder())) return "tarnly";
-    auto folder = plain(*options.dataFolder).string();
+    auto folder = ownDataFolder(options).value_or("");
     std::ranges::replace_if(
         folder, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '-');
     return "tarnly" + folder;
@@ -51,6 +57,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     const bool isDesktop = program == CompanionProgram::tarnly;
     const auto name = nameOf(program);
     CompanionOptions options;
+    bool advertises = false;
     bool staysHidden = false;
     CLI::App app("Connects the X-Plane flight simulator to a flight-training application on the network.",
                  name);
@@ -84,7 +91,8 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     app.add_option("--status-file", options.statusFile, "Keep a file that tells how the companion stands")
         ->type_name("FILE")
         ->check(requirePath);
-    app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD");
+    auto* advertise = app.add_flag("--advertise", advertises, "Publish by DNS-SD, whatever the settings say");
+    app.add_flag("--no-advertise", staysHidden, "Listen without publishing by DNS-SD")->excludes(advertise);
     app.add_option("--max-clients", options.mostClients, "The most connections at once")
         ->type_name("N")
         ->capture_default_str()
@@ -109,7 +117,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     } catch (const CLI::ParseError& error) {
         return EarlyExit{name + ": " + firstLine(error.what()) + "\n", wrongUsage};
     }
-    options.advertises = !staysHidden;
+    if (advertises || staysHidden) options.advertises = advertises;
     for (const auto& origin : origins)
         options.allowedOrigins.push_back(*originFrom(origin));
     return options;
@@ -152,10 +160,8 @@ std::unique_ptr<LoginItem> makeLoginItem(const CompanionOptions& options) {
     description.comment = "Connects the X-Plane flight simulator to a flight-training application";
     description.icon = "tarnly";
     description.command = {programPath().string(), "--background"};
-    if (options.dataFolder) {
-        const auto folder = std::filesystem::absolute(*options.dataFolder).string();
-        description.command.push_back("--data-dir=" + folder); // one word: it may begin with a dash
-    }
+    if (const auto folder = ownDataFolder(options))
+        description.command.push_back("--data-dir=" + *folder); // one word: it may begin with a dash
     return LoginItem::create(std::move(description));
 }
 

@@ -28,7 +28,7 @@ struct CompanionOptions {
     std::optional<std::filesystem::path> situationsFolder;
     /// Where other programs read how the companion stands.
     std::optional<std::filesystem::path> statusFile;
-    bool advertises = true;
+    std::optional<bool> advertises;
     /// Connections, those of strangers included.
     std::size_t mostClients = AdmissionLimits().peers;
     /// Of web pages that may use the companion.

@@ -39,7 +39,7 @@ CompanionSetup setupFrom(const CompanionOptions& options, const AppSettings& set
     setup.simulator.port =
         portFrom(options.simulatorPort, settings.simulatorPort).value_or(usualSimulatorPort);
     setup.ports = portsToTry(portFrom(options.port, settings.port));
-    if (options.advertises && settings.advertise.value_or(true)) {
+    if (options.advertises.value_or(settings.advertise.value_or(true))) {
         setup.name = options.name ? *options.name : settings.name.value_or(hostName());
     }
     setup.situationsFolder = pathFrom(options.situationsFolder, settings.situationsFolder);

@@ -45,14 +45,19 @@ std::string faultText(const SettingsFile& file, const SettingFault& fault) {
 
 class SettingsStore::Disk {
   public:
-    explicit Disk(std::filesystem::path file) : file_(std::move(file)) {
-        if (file_.isUnreadable())
-            problems_.with([&](auto& problems) { problems.unread = unreadText(file_); });
-        problems_.with([&](auto& problems) { problems.faults = file_.faults(); });
+    explicit Disk(std::filesystem::path file) : file_(std::move(file)), wasUnreadable_(file_.isUnreadable()) {
+        problems_.with([&](auto& problems) {
+            if (wasUnreadable_) {
+                problems.unread = unreadText(file_);
+            } else if (file_.initial().passwordLostIn) {
+                problems.unread = replacedText(file_);
+            }
+            problems.faults = file_.faults();
+        });
     }
 
     const AppSettings& initial() const { return file_.initial(); }
-    bool wasUnreadable() const { return problems_.copy().unread.has_value(); }
+    bool wasUnreadable() const { return wasUnreadable_; }
 
     std::vector<std::string> problems() const {
         std::vector<std::string> all;
@@ -104,6 +109,7 @@ class SettingsStore::Disk {
     }
 
     SettingsFile file_;
+    const bool wasUnreadable_;
     Guarded<Problems> problems_;
 };
 
@@ -121,6 +127,7 @@ std::vector<std::string> SettingsStore::problems() const { return disk_->problem
 void SettingsStore::setPassword(std::string password) {
     thread_.check();
     settings_.password = password.empty() ? std::nullopt : std::optional(std::move(password));
+    settings_.passwordLostIn.reset();
     disk_->forgetUnread();
     saver_.save(settings_);
     if (onPasswordChange) onPasswordChange();
@@ -144,8 +151,11 @@ void SettingsStore::applyStartAtLogin() {
     thread_.check();
     if (!loginItem_) return;
     const bool wanted = settings_.startAtLogin;
-    const bool isEnabled = loginItem_->status() == LoginItem::Status::enabled;
-    if (wanted == isEnabled) return;
+    using Status = LoginItem::Status;
+    const auto status = loginItem_->status();
+    // Options of the day on which it was made would go before the settings for good.
+    if (wanted && status == Status::enabled) return;
+    if (!wanted && status != Status::enabled && status != Status::outdated) return;
     try {
         wanted ? loginItem_->enable() : loginItem_->disable();
     } catch (const std::exception& error) {

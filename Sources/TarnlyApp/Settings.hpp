@@ -58,7 +58,8 @@ class SettingsStore {
     /// Waits until all is saved or refused, for ten seconds at most. The end of this object does that too.
     void finishSaving() { saver_.finish(); }
 
-    /// Registers or unregisters the login item where it differs from the setting. A failure is one line on
+    /// Registers or unregisters the login item where it differs from the setting, and registers one anew that
+    /// has other arguments than it should. A failure is one line on
     /// standard output; the setting keeps its value.
     void applyStartAtLogin();
 

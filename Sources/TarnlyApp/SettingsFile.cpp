@@ -180,6 +180,9 @@ SettingsFile::SettingsFile(fs::path file) : file_(std::move(file)) {
     const auto text = readPrivateFile(file_);
     isUnreadable_ = !text && isPresent(file_);
     if (text) read(*text);
+    if (isUnreadable_) initial_.passwordLostIn = keptPath().filename().string();
+    if (initial_.password) initial_.passwordLostIn.reset();
+    if (const auto& lost = initial_.passwordLostIn) kept_ = file_.parent_path() / fs::path(*lost).filename();
 }
 
 void SettingsFile::read(const std::string& text) {
@@ -199,12 +202,14 @@ fs::path SettingsFile::keptPath() const {
 }
 
 void SettingsFile::save(const AppSettings& settings) {
-    const auto text = textOf(settings, unknown_);
     std::error_code error;
     auto target = fs::canonical(file_, error);
     if (error) target = file_;
     const bool keepsOld = isUnreadable_ && isPresent(target);
-    const auto kept = keepsOld ? freeName(keptPath()) : fs::path();
+    const auto kept = keepsOld ? freeName(keptPath()) : keptPath();
+    auto saved = settings;
+    if (saved.passwordLostIn) saved.passwordLostIn = kept.filename().string();
+    const auto text = textOf(saved, unknown_);
     if (keepsOld) setAside(target, kept);
     try {
         replaceFile(target, text);

@@ -28,6 +28,9 @@ struct AppSettings {
     std::optional<std::string> situationsFolder{};
     std::optional<std::string> navigationDatabase{};
     std::optional<std::vector<std::string>> allowedOrigins{};
+    /// No setting of a person's: the file beside it that may have had a password and could not be read, until
+    /// somebody says which one there is to be.
+    std::optional<std::string> passwordLostIn{};
 
     bool operator==(const AppSettings&) const = default;
 
@@ -41,7 +44,8 @@ struct AppSettings {
             field("sim_port", &AppSettings::simulatorPort),
             field("situations_folder", &AppSettings::situationsFolder),
             field("navigation_database", &AppSettings::navigationDatabase),
-            field("allowed_origins", &AppSettings::allowedOrigins));
+            field("allowed_origins", &AppSettings::allowedOrigins),
+            field("password_lost_in", &AppSettings::passwordLostIn));
     }
 
     /// Whether the setting that the file calls `key` says something.
@@ -67,7 +71,8 @@ class SettingsFile {
     /// Reads `file`. One that others could read is made its owner's only.
     explicit SettingsFile(std::filesystem::path file);
 
-    /// What the file held; the defaults where it is missing or cannot be understood.
+    /// What the file held; the defaults where it is missing. Where it cannot be understood, they tell where
+    /// the password was lost.
     const AppSettings& initial() const { return initial_; }
 
     /// The settings that are absent in `initial`, because they are of the wrong kind or out of their range.
@@ -85,10 +90,10 @@ class SettingsFile {
     /// has been.
     std::filesystem::path keptPath() const;
 
-    /// Writes the file, with the folders above it, for its owner only, and with the keys that it had beside
-    /// ours. What a link leads to is written, not the link. One that could not be understood is kept first,
-    /// as `keptPath`, with a number behind it where that is taken. Throws `std::system_error` and leaves
-    /// the file as it was.
+    /// Writes the file, with where the password was lost as long as `settings` have that, with the folders
+    /// above it, for its owner only, and with the keys that it had beside ours. What a link leads to is
+    /// written, not the link. One that could not be understood is kept first, as `keptPath`, with a number
+    /// behind it where that is taken. Throws `std::system_error` and leaves the file as it was.
     void save(const AppSettings& settings);
 
   private:

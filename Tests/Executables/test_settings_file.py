@@ -64,6 +64,9 @@ def test_the_name_of_the_settings_is_published_and_an_options_before_it(programs
         other.program.wait_for_line(', advertising as "Right rig", ')
         hidden, _ = started(programs, settings | {"advertise": False}, **bus)
         assert ", not advertised, " in hidden.status_line
+        settings = {"startAtLogin": False, "port": 0, "name": "Third rig", "advertise": False}
+        shown, _ = started(programs, settings, "--advertise", **bus)
+        shown.program.wait_for_line(', advertising as "Third rig", ')
 
 
 def test_a_setting_that_cannot_be_costs_no_other(programs):

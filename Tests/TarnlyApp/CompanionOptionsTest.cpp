@@ -38,7 +38,7 @@ TEST(CompanionOptions, HaveDefaults) {
     EXPECT_FALSE(defaults.dataFolder);
     EXPECT_FALSE(defaults.navigationDatabase);
     EXPECT_FALSE(defaults.situationsFolder);
-    EXPECT_TRUE(defaults.advertises);
+    EXPECT_EQ(defaults.advertises, std::nullopt);
     EXPECT_FALSE(defaults.statusFile);
     EXPECT_FALSE(defaults.asksForStatus);
 }
@@ -54,8 +54,13 @@ TEST(CompanionOptions, AreAllTaken) {
     EXPECT_EQ(given.dataFolder, "/d");
     EXPECT_EQ(given.navigationDatabase, "/n.db");
     EXPECT_EQ(given.situationsFolder, "/s");
-    EXPECT_FALSE(given.advertises);
+    EXPECT_EQ(given.advertises, false);
     EXPECT_EQ(given.statusFile, "/s.json");
+}
+
+TEST(CompanionOptions, PublishingIsSaidBothWays) {
+    EXPECT_EQ(options({"--advertise"}).advertises, true);
+    EXPECT_EQ(options({"--no-advertise"}).advertises, false);
 }
 
 TEST(CompanionOptions, HelpAndVersionEndWell) {
@@ -67,12 +72,20 @@ TEST(CompanionOptions, HelpAndVersionEndWell) {
 }
 
 TEST(CompanionOptions, WrongUsageEndsWithOneLine) {
-    const std::vector<std::vector<std::string>> wrong{
-        {"--bogus"},           {"argument"},       {"--port", "65536"},
-        {"--port", "-1"},      {"--port", "x"},    {"--port"},
-        {"--sim-port", "0"},   {"--sim-host", ""}, {"--sim-host", "[::1]"},
-        {"--sim-host", "a b"}, {"--name", ""},     {"--no-advertise=x"},
-        {"--background"}};
+    const std::vector<std::vector<std::string>> wrong{{"--bogus"},
+                                                      {"argument"},
+                                                      {"--port", "65536"},
+                                                      {"--port", "-1"},
+                                                      {"--port", "x"},
+                                                      {"--port"},
+                                                      {"--sim-port", "0"},
+                                                      {"--sim-host", ""},
+                                                      {"--sim-host", "[::1]"},
+                                                      {"--sim-host", "a b"},
+                                                      {"--name", ""},
+                                                      {"--no-advertise=x"},
+                                                      {"--background"},
+                                                      {"--advertise", "--no-advertise"}};
     for (const auto& arguments : wrong) {
         const auto exit = exitOf(arguments);
         EXPECT_EQ(exit.status, 2) << arguments[0];

@@ -85,6 +85,9 @@ TEST(CompanionSetup, EitherMayKeepItFromBeingPublished) {
     options.name = "Right rig";
     options.advertises = false;
     EXPECT_FALSE(setupFrom(options, hidden).name);
+    options.advertises = true;
+    hidden.advertise = false;
+    EXPECT_EQ(setupFrom(options, hidden).name, "Right rig");
 }
 
 TEST(CompanionSetup, AnOptionsPathIsMadeAbsolute) {

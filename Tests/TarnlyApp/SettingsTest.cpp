@@ -143,15 +143,20 @@ constexpr std::array unreadable{"",
                                 "\xFF\xFE",
                                 "\xEF\xBB\xBF\xEF\xBB\xBF{\"startAtLogin\":true}"};
 
+AppSettings withoutLoss(AppSettings settings) {
+    settings.passwordLostIn.reset();
+    return settings;
+}
+
 TEST(AppSettings, AFileThatIsNoneMeansTheDefaultsAndIsKnown) {
     const test::TemporaryFolder folder;
     for (const char* content : unreadable) {
         const SettingsFile file(folder.write("settings.json", content));
-        EXPECT_EQ(file.initial(), AppSettings{}) << content;
+        EXPECT_EQ(withoutLoss(file.initial()), AppSettings{}) << content;
         EXPECT_TRUE(file.isUnreadable()) << content;
     }
     const SettingsFile taken(folder.path());
-    EXPECT_EQ(taken.initial(), AppSettings{}) << "a folder in its place";
+    EXPECT_EQ(withoutLoss(taken.initial()), AppSettings{}) << "a folder in its place";
     EXPECT_TRUE(taken.isUnreadable());
 }
 
@@ -455,8 +460,9 @@ TEST_F(SettingsStoreTest, SettingsThatCannotBeReadAreAProblem) {
 TEST_F(SettingsStoreTest, SettingsThatCouldNotBeReadAreAProblemUntilAPasswordIsSet) {
     for (const char* password : {"a", ""}) {
         saved("garbled");
+        std::filesystem::remove(file_.string() + ".unreadable");
         store().setStartAtLogin(true);
-        EXPECT_EQ(file(), R"({"startAtLogin":true})");
+        EXPECT_EQ(file(), R"({"startAtLogin":true,"password_lost_in":"settings.json.unreadable"})");
         EXPECT_THAT(
             store().problems(),
             ElementsAre(StartsWith("The settings could not be read, and no password is asked for: ")));
@@ -470,6 +476,38 @@ TEST_F(SettingsStoreTest, SettingsThatCouldNotBeReadAreAProblemUntilAPasswordIsS
         EXPECT_THAT(store().problems(), IsEmpty()) << "they can be read again";
         store_.reset();
     }
+}
+
+/// Each start is one on which anybody may pair who could not before.
+TEST_F(SettingsStoreTest, ThatAPasswordWasLostIsToldAtEachStartUntilOneIsSet) {
+    for (const char* password : {"a", ""}) {
+        saved("garbled");
+        std::filesystem::remove(file_.string() + ".unreadable");
+        folder_.write("settings.json.unreadable", "of another day");
+        store().set(&AppSettings::name, "Left rig");
+        for (const char* name : {"Right rig", "Centre rig"}) {
+            store_.reset();
+            EXPECT_THAT(store().problems(), ElementsAre(StartsWith("The settings could not be read, and no "
+                                                                   "password is asked for: ")));
+            EXPECT_THAT(store().problems(), ElementsAre(HasSubstr("is kept as settings.json.unreadable-2.")));
+            store().set(&AppSettings::name, name);
+            store().finishSaving();
+            EXPECT_THAT(store().problems(), SizeIs(1));
+        }
+        store().setPassword(password);
+        EXPECT_THAT(store().problems(), IsEmpty());
+        store_.reset();
+        EXPECT_THAT(store().problems(), IsEmpty());
+        EXPECT_EQ(store().current().name, "Centre rig");
+        store_.reset();
+        std::filesystem::remove(file_.string() + ".unreadable-2");
+    }
+}
+
+TEST_F(SettingsStoreTest, APasswordInTheFileIsNotLost) {
+    saved(R"({"password":"abc","startAtLogin":false,"password_lost_in":"settings.json.unreadable"})");
+    EXPECT_THAT(store().problems(), IsEmpty());
+    EXPECT_EQ(store().current(), (AppSettings{"abc", false}));
 }
 
 TEST_F(SettingsStoreTest, TheProblemNamesTheFileThatIsKept) {
@@ -518,6 +556,20 @@ TEST_F(SettingsStoreTest, WhatIsNotEnabledIsNotUnregistered) {
         store().setStartAtLogin(false);
     }
     EXPECT_THAT(desktop_.calls, IsEmpty());
+}
+
+TEST_F(SettingsStoreTest, AtStartAnOutdatedLoginItemIsMadeAnewOrGoes) {
+    desktop_.status = LoginItem::Status::outdated;
+    saved(R"({"startAtLogin":true})");
+    store();
+    EXPECT_THAT(desktop_.calls, ElementsAre("register"));
+
+    store_.reset();
+    desktop_.calls.clear();
+    desktop_.status = LoginItem::Status::outdated;
+    saved(R"({"startAtLogin":false})");
+    store();
+    EXPECT_THAT(desktop_.calls, ElementsAre("unregister"));
 }
 
 TEST_F(SettingsStoreTest, AtStartTheLoginItemFollowsTheSetting) {

@@ -52,6 +52,18 @@ TEST_F(StartAtLoginTest, TheEntryLeavesTheOptionsOfThisStartToTheSettings) {
     EXPECT_THAT(entry("tarnly.desktop"), HasSubstr("Exec=" + programPath().string() + " --background\n"));
 }
 
+TEST_F(StartAtLoginTest, AnEntryWithOptionsOfItsDayIsOutdatedAndMadeAnew) {
+    const auto program = programPath().string();
+    std::filesystem::create_directories(folder.path() / "autostart");
+    std::ofstream(folder.path() / "autostart" / "tarnly.desktop")
+        << "[Desktop Entry]\nExec=" << program << " --background --port=41234\nTryExec=" << program << "\n";
+    const auto item = makeLoginItem(options);
+    EXPECT_EQ(item->status(), Status::outdated);
+    item->enable();
+    EXPECT_EQ(item->status(), Status::enabled);
+    EXPECT_THAT(entry("tarnly.desktop"), HasSubstr("Exec=" + program + " --background\n"));
+}
+
 TEST_F(StartAtLoginTest, TheEntryHasTheDataFolderFromTheRootOn) {
     options.dataFolder = "rig";
     makeLoginItem(options)->enable();

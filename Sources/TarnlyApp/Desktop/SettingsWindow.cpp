@@ -101,8 +101,9 @@ void SettingsWindow::addNetwork(const CompanionOptions& options) {
     });
     form->addRow(QString(), advertise);
     form->addRow(QString(),
-                 new CaptionLabel(options.advertises ? u"Else its address has to be typed there."_s
-                                                     : u"For this run the command line says no."_s));
+                 new CaptionLabel(!options.advertises   ? u"Else its address has to be typed there."_s
+                                  : *options.advertises ? u"For this run the command line says yes."_s
+                                                        : u"For this run the command line says no."_s));
     addNumber(*form,
               {u"Port"_s,
                helpOr(u"Takes effect at the next start. Empty: 28086, or the next free one."_s, options.port,

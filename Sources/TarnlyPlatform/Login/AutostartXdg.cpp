@@ -52,6 +52,17 @@ std::string programOf(const DesktopEntry& entry) {
     return tried.empty() ? programOfExec(entry.value("Exec").value_or("")) : tried;
 }
 
+/// For the same program: another one may be the person's choice.
+bool hasOtherArguments(const DesktopEntry& entry, const std::vector<std::string>& command) {
+    const auto exec = entry.value("Exec").value_or("");
+    if (command.empty() || programOfExec(exec) != command.front()) return false;
+    try {
+        return exec != execValue(command);
+    } catch (const std::invalid_argument&) {
+        return false; // there is no entry for this command
+    }
+}
+
 std::string optionalLine(std::string_view key, const std::string& value) {
     return value.empty() ? "" : desktopEntryLine(key, value);
 }
@@ -87,7 +98,8 @@ LoginItem::Status AutostartEntry::status() const {
     const auto entry = readEntry(file_);
     if (!entry || entry->flag("Hidden", false)) return Status::disabled;
     if (!entry->flag("X-GNOME-Autostart-enabled", true)) return Status::disabled;
-    return isInstalled(programOf(*entry)) ? Status::enabled : Status::broken;
+    if (!isInstalled(programOf(*entry))) return Status::broken;
+    return hasOtherArguments(*entry, description_.command) ? Status::outdated : Status::enabled;
 }
 
 void AutostartEntry::enable() {

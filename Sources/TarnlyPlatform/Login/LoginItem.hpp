@@ -34,6 +34,8 @@ class LoginItem {
         disabled,
         /// The desktop will start the program.
         enabled,
+        /// It will, with other arguments than these.
+        outdated,
         /// There is an entry, for a program that is not there.
         broken
     };

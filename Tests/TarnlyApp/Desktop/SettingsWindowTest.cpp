@@ -207,6 +207,10 @@ TEST_F(SettingsWindowTest, SaysWhatTheCommandLineSaysForThisRun) {
          {"For this run the command line says Right rig.", "For this run the command line says 41234.",
           "For this run the command line says no."})
         EXPECT_THAT(texts, testing::Contains(said));
+    options.advertises = true;
+    SettingsWindow published(store, options);
+    published.show();
+    EXPECT_THAT(test::textsFromTop(published), testing::Contains("For this run the command line says yes."));
     EXPECT_EQ(field(overruled, u"Name"_s)->text(), QString()) << "the setting";
 }
 

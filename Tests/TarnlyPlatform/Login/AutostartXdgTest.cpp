@@ -32,7 +32,7 @@ class AutostartEntryTest : public testing::Test {
         return entry().status();
     }
 
-    std::string exec() const { return "Exec=" + program_.string() + "\n"; }
+    std::string exec() const { return "Exec=" + program_.string() + " --hidden\n"; }
 
     std::string text() const {
         std::ifstream stream(file_, std::ios::binary);
@@ -105,6 +105,17 @@ TEST_F(AutostartEntryTest, RefusesWhatAnEntryCannotCarry) {
         }
     }
     EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(AutostartEntryTest, OtherArgumentsOfTheSameProgramAreOutdated) {
+    const auto exec = "Exec=" + program_.string();
+    EXPECT_EQ(statusOf(exec + " --hidden\n"), Status::enabled);
+    for (const char* others : {"", " --hidden --port=1", " --shown"})
+        EXPECT_EQ(statusOf(exec + others + "\n"), Status::outdated) << others;
+    EXPECT_EQ(statusOf("Exec=/bin/sh --port=1\n"), Status::enabled) << "another program's";
+    EXPECT_EQ(statusOf(exec + " --port=1\nHidden=true\n"), Status::disabled);
+    EXPECT_EQ(entryFor({"tarnly"}).status(), Status::disabled)
+        << "turned off, and without an entry of its own";
 }
 
 TEST_F(AutostartEntryTest, RegisteringTurnsAnEntryOnAgain) {

@@ -10,6 +10,7 @@ complete -c tarnly -l data-dir -x -a '(__fish_complete_directories)' -d 'The fol
 complete -c tarnly -l nav-db -r -F -d 'The navigation database with the fixes of scripts'
 complete -c tarnly -l situations -x -a '(__fish_complete_directories)' -d 'The folder of situations'
 complete -c tarnly -l status-file -r -F -d 'Keep a file that tells how the companion stands'
+complete -c tarnly -l advertise -d 'Publish by DNS-SD, whatever the settings say'
 complete -c tarnly -l no-advertise -d 'Listen without publishing by DNS-SD'
 complete -c tarnly -l max-clients -x -d 'The most connections at once'
 complete -c tarnly -l allow-origin -x -d 'Let the web pages of one origin use the companion'
