@@ -113,7 +113,7 @@ def test_a_first_one_that_hangs_is_told_and_not_doubled(desktop, programs):
         second = tarnly.start_again()
         assert second.wait() == 1
         second.expected_status = 1
-        assert second.errors() == "tarnly: it is running already, and does not answer\n"
+        assert second.errors() == "tarnly: it is running already, and does not answer; to end it: pkill -x tarnly\n"
     finally:
         tarnly.program.process.send_signal(signal.SIGCONT)
 

@@ -33,8 +33,10 @@ class Findings:
         return [finding for finding in self.all if finding["step"] == step][0]
 
     def steps(self):
-        """Each once: there may be several addresses."""
-        return list(dict.fromkeys(finding["step"] for finding in self.all))
+        """Each once: there may be several addresses. What tells of help is none."""
+        found = dict.fromkeys(finding["step"] for finding in self.all)
+        found.pop("troubleshooting", None)
+        return list(found)
 
     def amiss(self):
         return {finding["step"] for finding in self.all if finding.get("ok") is False}
@@ -71,12 +73,14 @@ def test_people_get_a_line_with_a_mark_and_the_cure_below(programs):
     assert lines[0] == f"ok  companion: {companion.status_line}"
     place = [number for number, line in enumerate(lines) if line.startswith("!!  simulator: ")][0]
     assert lines[place + 1].startswith("      Start X-Plane")
+    assert "docs/troubleshooting.md" in lines[-1]
     assert re.fullmatch(r"tarnly-client: \d+ steps? needs? your attention", ended.error_lines[0])
 
 
 def test_without_a_companion_the_rest_is_looked_at(programs, simulator):
     found = examine(programs, programs.new_folder(), "--sim-port", simulator)
     assert found.status == 1 and found.amiss() == {"companion"}
+    assert "docs/troubleshooting.md" in found["troubleshooting"]["text"]
     assert "start tarnly or tarnlyd" in found["companion"]["cure"]
     assert found["simulator"]["ok"] and found["disk"]["ok"] and found["settings"]["ok"]
 
@@ -142,10 +146,6 @@ def test_the_doctor_ends_in_time_whoever_is_silent(programs):
     os.kill(companion.program.pid, 18)
 
 
-@pytest.fixture
-def hosts():
-    try:
-        with TwoHosts() as hosts:
 # What hangs, as on a mount whose server has gone, or as where no name server answers: whatever leads to a file of the
 # folder DOCTOR_HANGS, and the look for the address of any name.
 HANGING = """
@@ -239,6 +239,10 @@ def test_the_doctor_ends_in_time_where_names_are_not_looked_up(programs, hanging
     assert "nothing came back in time" in found["reachable"]["text"]
 
 
+@pytest.fixture
+def hosts():
+    try:
+        with TwoHosts() as hosts:
             yield hosts
     except NotPermitted as reason:
         pytest.skip(f"no network namespaces here: {reason}")
@@ -286,7 +290,7 @@ def test_a_device_with_a_wrong_password_has_arrived(programs, hosts):
     assert reach.far("wrong") == "False"
     status, lines = reach.end()
     assert status == 1
-    assert lines[-2:] == ["!!  reach: 10.77.0.2 has reached this computer, and its password was refused.",
+    assert lines[-3:-1] == ["!!  reach: 10.77.0.2 has reached this computer, and its password was refused.",
                           "      Enter the password that stands in the companion's settings; upper and lower case "
                           "count."]
 
@@ -295,8 +299,9 @@ def test_where_nothing_arrives_there_are_two_causes(programs, hosts):
     reach = Reach(programs, hosts, "--wait", "0.5")
     status, lines = reach.end()
     assert status == 1
-    assert lines[-2].startswith("!!  reach: Nobody has reached this computer")
-    assert "firewall" in lines[-1] and "Wi-Fi" in lines[-1] and str(reach.companion.port) in lines[-1]
+    assert lines[-3].startswith("!!  reach: Nobody has reached this computer")
+    assert "firewall" in lines[-2] and "Wi-Fi" in lines[-2] and str(reach.companion.port) in lines[-2]
+    assert "docs/troubleshooting.md" in lines[-1]
 
 
 def test_who_was_there_before_does_not_count(programs, hosts):
@@ -315,6 +320,7 @@ def test_all_is_well_on_a_computer_with_a_network(programs, hosts):
     companion = programs.companion(sim_port=port, prefix=hosts.near.prefix)
     found = examine(programs, folder_of(companion), prefix=hosts.near.prefix)
     assert found.status == 0 and found.amiss() == set() and found.errors == ""
+    assert not any(finding["step"] == "troubleshooting" for finding in found.all)
     assert found["reachable"]["text"].startswith(f"10.77.0.1:{companion.port} answers.")
 
 

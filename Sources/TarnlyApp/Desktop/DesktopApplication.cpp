@@ -1,6 +1,7 @@
 #include "TarnlyApp/Desktop/DesktopApplication.hpp"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QScopeGuard>
 #include <QTimer>
 #include <algorithm>
@@ -38,6 +39,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options, EndWatch
       displayLoss_([this] { finishLesson(); }) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
     connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
+    connect(&panel_, &Panel::pageRequested, this, [](const QUrl& page) { QDesktopServices::openUrl(page); });
     connect(&runtime_, &RuntimeModel::activityChanged, this, &DesktopApplication::tellNews);
     // `quit` would ask the windows first.
     connect(&panel_, &Panel::quitRequested, qApp, [] { QApplication::exit(); });

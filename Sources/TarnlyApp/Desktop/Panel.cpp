@@ -11,7 +11,9 @@
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/ClientList.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
@@ -55,7 +57,7 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
 
 } // namespace
 
-Panel::Panel(RuntimeModel& runtime)
+Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> troubleshooting)
     : runtime_(runtime),
       warnings_(new CaptionLabel),
       status_(new CaptionLabel),
@@ -65,7 +67,9 @@ Panel::Panel(RuntimeModel& runtime)
       clients_(new CaptionLabel),
       list_(new ClientList),
       recording_(new CaptionLabel),
-      samples_(new CaptionLabel) {
+      samples_(new CaptionLabel),
+      troubleshooting_(new QPushButton(tr("Troubleshooting"))),
+      troubleshootingPage_(std::move(troubleshooting)) {
     setWindowTitle(u"Tarnly"_s);
     auto* settings = new QPushButton(tr("Settings…"));
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
@@ -81,6 +85,7 @@ Panel::Panel(RuntimeModel& runtime)
     layout->addWidget(question(tr("Is the simulator there?"), {simulator_}));
     layout->addWidget(question(tr("Who is connected?"), {clients_, list_}));
     layout->addWidget(question(tr("Is it recording?"), {recording_, samples_}));
+    layout->addWidget(troubleshooting_, 0, Qt::AlignLeading);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(settings);
     buttons->addStretch();
@@ -90,7 +95,10 @@ Panel::Panel(RuntimeModel& runtime)
     connect(addresses_, &QPushButton::clicked, this, &Panel::addressesRequested);
     connect(settings, &QPushButton::clicked, this, &Panel::settingsRequested);
     connect(quit, &QPushButton::clicked, this, &Panel::quitRequested);
-    for (auto* button : {addresses_, settings}) {
+    connect(troubleshooting_, &QPushButton::clicked, this, [this] {
+        emit pageRequested(QUrl::fromLocalFile(QString::fromStdString(troubleshootingPage_->string())));
+    });
+    for (auto* button : {addresses_, settings, troubleshooting_}) {
         connect(button, &QPushButton::clicked, this, &Panel::hideIfPopup);
     }
     connect(list_, &ClientList::disconnectRequested, &runtime_, &RuntimeModel::disconnectClient);
@@ -145,6 +153,8 @@ void Panel::showActivity() {
     list_->showClients(activity.clients);
     say(*recording_, recordingSentence(activity.recording));
     say(*samples_, activity.recording ? samplesSentence(*activity.recording) : std::string());
+    const bool isAmiss = needsAttention(activity) || !warningSentences(activity).empty();
+    troubleshooting_->setVisible(isAmiss && troubleshootingPage_);
     contentChanged();
 }
 

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <QUrl>
 #include <QWidget>
+#include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 
 class QPushButton;
 
@@ -21,12 +25,16 @@ class Panel : public QWidget {
     Q_OBJECT
 
   public:
-    explicit Panel(RuntimeModel& runtime);
+    /// `troubleshooting` is the page to which a button leads while something is wrong; without it there is
+    /// none.
+    explicit Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> troubleshooting =
+                                              installedDocument("troubleshooting.md"));
 
   signals:
     void addressesRequested();
     void settingsRequested();
     void quitRequested();
+    void pageRequested(const QUrl& page);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -54,6 +62,8 @@ class Panel : public QWidget {
     ClientList* const list_;
     CaptionLabel* const recording_;
     CaptionLabel* const samples_;
+    QPushButton* const troubleshooting_;
+    const std::optional<std::filesystem::path> troubleshootingPage_;
 };
 
 } // namespace tarnly

@@ -52,7 +52,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
         case SingleInstance::Outcome::toldFirst:
             return 0;
         case SingleInstance::Outcome::noAnswer:
-            return complain("it is running already, and does not answer");
+            return complain("it is running already, and does not answer; to end it: pkill -x tarnly");
     }
     EndWatch endWatch;
     DesktopApplication app(options, endWatch);

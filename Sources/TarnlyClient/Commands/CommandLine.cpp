@@ -74,6 +74,9 @@ int parseAndRun(CLI::App& app, const std::vector<std::string>& arguments, const 
         return complain(err, printable(describe(app, error)), wrongUsage);
     } catch (const UsageError& error) {
         return complain(err, oneLine(error.what()), wrongUsage);
+    } catch (const ConnectionLost& error) {
+        return complain(err, error.what() + std::string("; tarnly-client doctor tells what is in the way"),
+                        refused);
     } catch (const std::exception& error) {
         return complain(err, error.what(), refused);
     }

@@ -15,7 +15,9 @@ void discover(const CommandContext& context) {
         throw UsageError("discover looks for all companions: it takes neither --host nor --instance");
     }
     const auto found = findCompanions(context.options.companion.patience);
-    if (found.empty()) throw ClientError("no companion found: is it running on this network?");
+    if (found.empty())
+        throw ClientError(
+            "no companion found: is it running on this network? Ask tarnly-client doctor there");
     auto printer = context.printer();
     for (const auto& service : found)
         printer.companion(service);

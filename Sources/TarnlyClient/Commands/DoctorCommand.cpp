@@ -39,6 +39,16 @@ std::chrono::milliseconds unitOf(const CommandContext& context) {
     return context.options.companion.patience / part;
 }
 
+/// For one whose trouble the findings do not end.
+void pointFurther(const CommandContext& context) {
+    constexpr auto page = "troubleshooting.md";
+    const auto installed = installedDocument(page);
+    const auto where = installed ? ", here as " + installed->string() : std::string();
+    print(context,
+          Finding::unknown("troubleshooting", "What else may be in the way, and what to do, is in docs/" +
+                                                  std::string(page) + where + "."));
+}
+
 void makeRounds(const CommandContext& context, const DoctorOptions& options) {
     Rounds::Options given;
     given.companion = context.options.companion;
@@ -49,6 +59,7 @@ void makeRounds(const CommandContext& context, const DoctorOptions& options) {
     given.unit = unitOf(context);
     Rounds rounds(std::move(given), [&](const Finding& finding) { print(context, finding); });
     const auto amiss = rounds.walk();
+    if (amiss > 0) pointFurther(context);
     if (amiss == 1) throw ClientError("1 step needs your attention");
     if (amiss > 1) throw ClientError(std::to_string(amiss) + " steps need your attention");
 }
@@ -79,7 +90,9 @@ void tryReach(const CommandContext& context, const DoctorOptions& options) {
     const auto finding = waitForADevice(options.folder(), options.wait, limit,
                                         [&](const CompanionStatus& status) { showPages(context, status); });
     print(context, finding);
-    if (finding.isAmiss()) throw ClientError("no device works with the companion yet");
+    if (!finding.isAmiss()) return;
+    pointFurther(context);
+    throw ClientError("no device works with the companion yet");
 }
 
 } // namespace

@@ -33,11 +33,12 @@ std::string readPassword(const std::filesystem::path& file) {
     std::string line;
     std::getline(stream, line);
     if (stream.bad() || !stream.is_open()) {
-        throw UsageError(shown + " cannot be read: " + std::strerror(errno));
+        throw UsageError(shown + " cannot be read: " + std::strerror(errno) + "; name one that you may read");
     }
     if (line.ends_with('\r')) line.pop_back();
-    if (line.empty()) throw UsageError(shown + " has no password on its first line");
-    if (wellFormedUtf8(line) != line) throw UsageError(shown + " is not UTF-8");
+    if (line.empty()) throw UsageError(shown + " has no password on its first line; write it there");
+    if (wellFormedUtf8(line) != line)
+        throw UsageError(shown + " is not UTF-8; save it anew in that encoding");
     return line;
 }
 
@@ -47,7 +48,8 @@ std::string readScript(const std::string& file, std::istream& input) {
     std::ifstream stream(file, std::ios::binary);
     auto text = readAll(stream);
     if (stream.bad() || !stream.is_open()) {
-        throw UsageError("the script " + file + " cannot be read: " + std::strerror(errno));
+        throw UsageError("the script " + file + " cannot be read: " + std::strerror(errno) +
+                         "; name one that you may read");
     }
     return text;
 }

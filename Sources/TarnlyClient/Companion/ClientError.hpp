@@ -10,4 +10,7 @@ class ClientError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// For one who does not understand what the companion says.
+inline constexpr const char* otherVersionAdvice = "use the tool that came with the companion";
+
 } // namespace tarnly::client

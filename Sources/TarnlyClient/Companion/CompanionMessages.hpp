@@ -62,7 +62,8 @@ T decodeAnswer(const boost::json::value& data) {
     try {
         return decodeJson<T>(data);
     } catch (const JsonError& error) {
-        throw ClientError(std::string("the companion's answer is not understood: ") + error.what());
+        throw ClientError(std::string("the companion's answer is not understood: ") + error.what() + "; " +
+                          otherVersionAdvice);
     }
 }
 

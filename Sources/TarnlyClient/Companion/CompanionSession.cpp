@@ -26,14 +26,14 @@ Incoming parseIncoming(std::string text) {
         return {std::move(text), head.type, head.reqId, data == nullptr ? boost::json::value() : *data};
     } catch (const JsonError& error) {
         throw ClientError(std::string("the companion sent a message that is not understood: ") +
-                          error.what());
+                          error.what() + "; " + otherVersionAdvice);
     }
 }
 
 std::string refusal(const PairResponse& response, bool hasPassword) {
     auto text = "the companion refuses to pair: " + response.reason.value_or("no reason given");
-    if (!hasPassword) text += "; it may want a password: --password-file FILE";
-    return text;
+    return text + (hasPassword ? "; give the one that stands in the companion's settings"
+                               : "; it may want a password: --password-file FILE");
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
 
 namespace tarnly {
 
@@ -20,5 +22,9 @@ std::filesystem::path homeFolder();
 /// The absolute path of the running program's file. Still that path after an update has replaced the file.
 /// Throws `std::runtime_error` where the system does not tell it.
 std::filesystem::path programPath();
+
+/// A page of the documentation, "troubleshooting.md" say, that was installed with the running program; absent
+/// where it was not. Looks at the disk of the program.
+std::optional<std::filesystem::path> installedDocument(const std::string& name);
 
 } // namespace tarnly

@@ -24,7 +24,7 @@ std::filesystem::path homeFolder() {
     if (home != nullptr && *home == '/') return home;
     const passwd* person = getpwuid(getuid());
     if (person != nullptr && person->pw_dir != nullptr && *person->pw_dir == '/') return person->pw_dir;
-    throw std::runtime_error("there is no home folder: HOME is not set");
+    throw std::runtime_error("there is no home folder; set HOME to the path of yours");
 }
 
 std::filesystem::path applicationDataFolder() {
@@ -32,5 +32,15 @@ std::filesystem::path applicationDataFolder() {
 }
 
 std::filesystem::path configurationFolder() { return baseFolder("XDG_CONFIG_HOME", ".config"); }
+
+std::optional<std::filesystem::path> installedDocument(const std::string& name) {
+    try {
+        auto document = programPath().parent_path().parent_path() / "share/doc/tarnly" / name;
+        if (std::filesystem::is_regular_file(document)) return document;
+    } catch (const std::runtime_error&) {
+        // The system tells no path, or lets nobody look.
+    }
+    return std::nullopt;
+}
 
 } // namespace tarnly

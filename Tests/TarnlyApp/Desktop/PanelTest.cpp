@@ -22,12 +22,13 @@ using namespace std::chrono_literals;
 
 class PanelTest : public testing::Test {
   protected:
-    QPushButton* button(const char* text) {
+    static QPushButton* buttonIn(const Panel& panel, const char* text) {
         for (auto* found : panel.findChildren<QPushButton*>()) {
             if (found->text() == QString::fromUtf8(text)) return found;
         }
         return nullptr;
     }
+    QPushButton* button(const char* text) { return buttonIn(panel, text); }
     void press(Qt::Key key) {
         QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
         QCoreApplication::sendEvent(&panel, &event);
@@ -134,8 +135,9 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsAboveAllElse) {
     options.port = 0;
     CompanionRuntime warning{unreadable, options};
     RuntimeModel warningModel{warning};
-    Panel warningPanel{warningModel};
+    Panel warningPanel{warningModel, folder.path() / "a page.md"};
     warningPanel.show();
+    EXPECT_FALSE(buttonIn(warningPanel, "Troubleshooting")->isVisible());
     warning.start();
     std::thread network([&] { warning.run(); });
     const auto isWarned = [&] { return warningModel.activity().warnings.has_value(); };
@@ -143,6 +145,12 @@ TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsAboveAllElse) {
     const auto texts = test::textsFromTop(warningPanel);
     EXPECT_EQ(texts.at(1), unreadable.problems().at(0));
     EXPECT_TRUE(warningPanel.accessibleDescription().contains(QString::fromStdString(texts.at(1))));
+    auto* troubleshooting = buttonIn(warningPanel, "Troubleshooting");
+    EXPECT_TRUE(troubleshooting->isVisible());
+    QSignalSpy pages(&warningPanel, &Panel::pageRequested);
+    troubleshooting->click();
+    ASSERT_EQ(pages.count(), 1);
+    EXPECT_EQ(pages[0][0].toUrl().toLocalFile().toStdString(), folder.path() / "a page.md");
     warning.end();
     network.join();
 }

@@ -91,7 +91,9 @@ TEST(CompanionCommands, ASilentCompanionIsGivenUp) {
     const ScriptedCompanion companion([](const Request&) { return Answers{}; });
     const auto outcome = run(companion, {"info", "--timeout", "0.05"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.err, "tarnly-client: the companion did not answer in time\n");
+    EXPECT_EQ(outcome.err,
+              "tarnly-client: the companion did not answer in time; tarnly-client doctor tells what is in "
+              "the way\n");
 }
 
 } // namespace

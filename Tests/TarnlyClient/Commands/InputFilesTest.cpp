@@ -94,7 +94,8 @@ TEST(PasswordFile, AFileWithoutPasswordIsRefused) {
 
 TEST(PasswordFile, AMissingFileIsNamed) {
     EXPECT_EQ(passwordComplaint("/nowhere/password"),
-              "the password file /nowhere/password cannot be read: No such file or directory");
+              "the password file /nowhere/password cannot be read: No such file or directory; name one that "
+              "you may read");
 }
 
 TEST(PasswordFile, AFolderIsNoPasswordFile) { EXPECT_NE(passwordComplaint("/"), ""); }

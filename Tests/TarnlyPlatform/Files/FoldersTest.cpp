@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 #include <string>
 
@@ -82,6 +83,28 @@ TEST(Folders, ProgramPathOutlivesItsFile) {
     std::filesystem::copy_file("/proc/self/exe", copy);
     EXPECT_EQ(runThisTestIn(copy), 0);
     EXPECT_FALSE(std::filesystem::exists(copy)) << "the test did not run in the copy";
+}
+
+constexpr auto installedProgram = "TARNLY_TEST_INSTALLED_PROGRAM";
+
+TEST(Folders, DocumentsAreThoseBesideTheProgram) {
+    if (const char* document = std::getenv(installedProgram)) {
+        EXPECT_EQ(installedDocument("page.md"), document);
+        EXPECT_EQ(installedDocument("other.md"), std::nullopt);
+        return;
+    }
+    EXPECT_EQ(installedDocument("page.md"), std::nullopt); // where it was built
+    const test::TemporaryFolder folder;
+    const auto program = folder.path() / "bin/program";
+    const auto document = folder.path() / "share/doc/tarnly/page.md";
+    std::filesystem::create_directories(program.parent_path());
+    std::filesystem::create_directories(document.parent_path());
+    std::filesystem::copy_file("/proc/self/exe", program);
+    std::ofstream(document) << "A page.";
+    const Variable installed(installedProgram, document.c_str());
+    const auto command =
+        "'" + program.string() + "' --gtest_filter=Folders.DocumentsAreThoseBesideTheProgram >&2";
+    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 } // namespace
