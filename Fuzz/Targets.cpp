@@ -16,7 +16,8 @@ std::span<const Target> targets() {
                                  {"recording_log", recordingLog},
                                  {"settings", settings},
                                  {"desktop_entry", desktopEntry},
-                                 {"nav_database", navDatabase}};
+                                 {"nav_database", navDatabase},
+                                 {"nav_text", navText}};
     return all;
 }
 

@@ -31,6 +31,8 @@ void settings(std::string_view bytes);
 void desktopEntry(std::string_view bytes);
 /// The file of a navigation database.
 void navDatabase(std::string_view bytes);
+/// A file of the simulator's navigation data.
+void navText(std::string_view bytes);
 
 struct Target {
     std::string name;

@@ -54,9 +54,14 @@ std::vector<fs::path> simulatorFoldersIn(std::string_view note) {
 }
 
 std::optional<fs::path> findSimulatorFolder(const fs::path& note) {
+    return findSimulatorFolder(note, isFolder);
+}
+
+std::optional<fs::path> findSimulatorFolder(const fs::path& note,
+                                            const std::function<bool(const fs::path&)>& isWanted) {
     const auto folders = simulatorFoldersIn(startOf(note));
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
-        if (isFolder(*folder)) return *folder;
+        if (isWanted(*folder)) return *folder;
     return std::nullopt;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,10 @@ std::vector<std::filesystem::path> simulatorFoldersIn(std::string_view note);
 
 /// The last folder of those in `note` that exists; absent where there is none, or no note.
 std::optional<std::filesystem::path> findSimulatorFolder(const std::filesystem::path& note);
+
+/// The last one that is as it is wanted: old notes name places that are empty by now.
+std::optional<std::filesystem::path> findSimulatorFolder(
+    const std::filesystem::path& note, const std::function<bool(const std::filesystem::path&)>& isWanted);
 
 /// Where the simulator in `simulatorFolder` saves situations.
 std::filesystem::path situationsFolderOf(const std::filesystem::path& simulatorFolder);

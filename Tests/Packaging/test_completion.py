@@ -83,6 +83,9 @@ def test_it_offers_folders_for_a_folder_and_files_for_a_file(shell, folder):
     assert set(offered("tarnly-client", "script")) == files
     assert set(offered("tarnly-client", "script", "--check")) == files
     assert set(offered("tarnly-client", "script", "--nav-db")) == files
+    assert set(offered("tarnly-navdb", "find", "--nav-db")) == files
+    assert set(offered("tarnly-navdb", "build", "--output")) == files
+    assert offered("tarnly-navdb", "build") == folders
 
 
 def test_bash_offers_the_value_behind_an_equals_sign(folder):
