@@ -354,7 +354,7 @@ class Page {
             flight.fired.forEach((fired, number) => {
                 const x = px(xOf(window, fired.at - zero));
                 if (x < window.left || x > window.right) return;
-                inside.push(svg("line", { class: "moment", x1: x, x2: x, y1: y - 1, y2: y + ROW - 3 }, svg("title", {}, fired.id)));
+                inside.push(svg("line", { class: "moment", x1: x, x2: x, y1: y - 1, y2: y + ROW - 3 }));
                 if (x < free) return;
                 inside.push(text(x + 2, y + ROW - 6, String(number + 1), { class: "number" }));
                 free = x + 18;
@@ -381,6 +381,14 @@ class Page {
             text(px(xOf(window, tick)), y, this.timeText(tick), { class: "tick", "text-anchor": "middle" })));
     }
 
+    /** The triggers whose marks the cursor touches. */
+    private firedAt(cursor: number, window: Window, drawn: Drawn[]): string[] {
+        const near = (6 * (window.to - window.from)) / (window.right - window.left);
+        return drawn.flatMap(({ flight, place, zero }) => flight.fired
+            .filter((fired) => Math.abs(fired.at - zero - cursor) <= near).slice(0, 3)
+            .map((fired) => (this.isSingle ? "" : `${letterOf(place)} `) + fired.id));
+    }
+
     private drawCursor(): void {
         const window = this.window();
         const drawn = this.drawn();
@@ -398,7 +406,7 @@ class Page {
             this.slider.setAttribute("aria-valuetext", "no moment chosen");
             return;
         }
-        this.time.textContent = this.timeText(cursor);
+        this.time.textContent = [this.timeText(cursor), ...this.firedAt(cursor, window, drawn)].join(" \u00b7 ");
         this.slider.setAttribute("aria-valuenow", cursor.toFixed(1));
         const values = drawn.map(({ flight, place, zero }) => {
             const altitude = valueFor(flight, "alt_ft", cursor + zero, 0);

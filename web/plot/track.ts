@@ -155,7 +155,7 @@ export class TrackView {
             const [x, y] = this.pixel(where.lat, where.lon);
             if (x < 0 || y < 0 || x > this.width || y > this.height) return;
             const label = (isSingle ? "" : letterOf(place)) + String(number + 1);
-            result.push(svg("g", { class: "mark" }, svg("title", {}, fired.id),
+            result.push(svg("g", { class: "mark" },
                 svg("path", { class: `flag fill${place % 4}`, d: `M${px(x)} ${px(y)}l-5 -9h10z` }),
                 text(px(x), px(y) - 12, label, { class: "label", "text-anchor": "middle" })));
         });

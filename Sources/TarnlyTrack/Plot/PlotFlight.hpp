@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "TarnlyTrack/Log/FlightLog.hpp"
+
+/// A recording as it is drawn: as much of it as a picture can show. Plain values.
+namespace tarnly::track {
+
+/// Points in the order of time; seconds since the first heartbeat, and the recording's own unit.
+struct PlotLine {
+    std::vector<double> at;
+    std::vector<double> value;
+    /// Places of the points to which no line leads.
+    std::vector<std::size_t> breaks;
+};
+
+/// Degrees.
+struct PlotTrack {
+    std::vector<double> at;
+    std::vector<double> lat;
+    std::vector<double> lon;
+    std::vector<std::size_t> breaks;
+};
+
+/// From, to; seconds since the first heartbeat.
+using PlotStretch = std::pair<double, double>;
+
+struct PlotTrigger {
+    std::string id;
+    std::string action;
+    double at = 0;
+};
+
+/// What is drawn over time: the recording's key, and the finest step worth drawing, in the recording's unit.
+struct PlotKey {
+    std::string_view key;
+    double unit;
+};
+
+constexpr std::array<PlotKey, 11> plotKeys{{{"alt_ft", 0.1},
+                                            {"agl_ft", 0.1},
+                                            {"bank_deg", 0.1},
+                                            {"pitch_deg", 0.1},
+                                            {"flap_ratio", 0.001},
+                                            {"gear_ratio", 0.001},
+                                            {"gear_down", 1},
+                                            {"autopilot_on", 1},
+                                            {"throttle_ratio", 0.001},
+                                            {"mixture_ratio", 0.001},
+                                            {"prop_ratio", 0.001}}};
+
+struct PlotFlight {
+    /// The file's; any bytes.
+    std::string name;
+    /// As in 2026-11-16T01:09:38Z; absent when the name does not tell.
+    std::optional<std::string> start;
+    /// Of the last sample.
+    double seconds = 0;
+    std::size_t samples = 0;
+    /// Over ground, gaps not bridged; absent without two positions.
+    std::optional<double> distanceNm;
+    /// Indicated.
+    std::optional<double> highestFt;
+    std::vector<PlotStretch> gaps;
+    std::vector<PlotStretch> frozen;
+    /// By `plotKeys`: empty where nothing is known. Of what each engine has, one line where all engines
+    /// always agree, otherwise one for each of the first four.
+    std::array<std::vector<PlotLine>, plotKeys.size()> lines;
+    PlotTrack track;
+    std::vector<PlotTrigger> fired;
+    /// How many samples at the end are not drawn, because time begins again there: somebody has put two
+    /// recordings into one file.
+    std::size_t leftOut = 0;
+};
+
+/// `columns` is how many columns of pixels show the whole flight.
+PlotFlight plotFlight(const FlightLog& log, std::string name, std::optional<std::string> start,
+                      std::size_t columns);
+
+} // namespace tarnly::track

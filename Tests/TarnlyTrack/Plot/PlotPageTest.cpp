@@ -1,0 +1,62 @@
+#include "TarnlyTrack/Plot/PlotPage.hpp"
+
+#include <gmock/gmock.h>
+
+#include "TarnlyPlatform/Json/JsonParser.hpp"
+
+using namespace tarnly::track;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+PlotFlight smallFlight() {
+    PlotFlight flight;
+    flight.name = "session-2026-11-16T010938Z.jsonl";
+    flight.start = "2026-11-16T01:09:38Z";
+    flight.seconds = 30.5;
+    flight.samples = 3;
+    flight.highestFt = 1416.5;
+    flight.gaps = {{0.5, 30}};
+    flight.lines[0] = {{{0.004, 0.506, 30}, {1416.5, 1416.4, 1420}, {0, 2}}};
+    flight.track = {{0.004, 30}, {47.4581, 47.4582}, {8.5481, 8.548}, {0}};
+    flight.fired = {{"gear-check", "speak", 0.506}};
+    return flight;
+}
+
+TEST(PlotPageTest, WritesStepsInWholeUnits) {
+    EXPECT_EQ(plotJson({smallFlight()}),
+              R"({"flights":[{"name":"session-2026-11-16T010938Z.jsonl","start":"2026-11-16T01:09:38Z",)"
+              R"("seconds":30.5,"samples":3,"highest_ft":1416.5,"gaps":[[0.5,30]],"frozen":[],)"
+              R"("lines":{"alt_ft":[{"at":[0,51,2949],"value":[14165,-1,36],"unit":0.1,"breaks":[0,2]}]},)"
+              R"("track":{"at":[0,3000],"lat":[47458100,100],"lon":[8548100,-100],"breaks":[0]},)"
+              R"("fired":[{"id":"gear-check","action":"speak","at":0.506}]}]})");
+}
+
+TEST(PlotPageTest, LetsNoTextEndTheElementInWhichItStands) {
+    auto flight = smallFlight();
+    flight.name = "</script><script>alert(1)</script>.jsonl";
+    flight.fired[0].id = "<!-- <script>\xff";
+    const auto json = plotJson({flight});
+    EXPECT_THAT(json, Not(HasSubstr("<")));
+    EXPECT_THAT(json, HasSubstr("\\u003c\\/script>"));
+    EXPECT_NO_THROW(tarnly::parseJson(json));
+}
+
+TEST(PlotPageTest, PutsTheFlightsIntoThePageOnce) {
+    auto flight = smallFlight();
+    flight.fired[0].id = "@flights@";
+    const auto page = plotPage({flight});
+    EXPECT_THAT(page, StartsWith("<!DOCTYPE html>"));
+    EXPECT_THAT(page, HasSubstr(R"(<script type="application/json" id="flights">{"flights":[)"));
+    EXPECT_THAT(page, HasSubstr(R"("id":"@flights@")"));
+}
+
+TEST(PlotPageTest, KeepsTheWholePageSmallHoweverManyFlightsItHas) {
+    EXPECT_EQ(plotColumns(1), 4096);
+    EXPECT_EQ(plotColumns(4), 2048);
+    EXPECT_EQ(plotColumns(mostFlights), 1024);
+}
+
+} // namespace
