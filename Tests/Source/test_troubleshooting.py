@@ -8,9 +8,9 @@ from pathlib import Path
 REPOSITORY = Path(__file__).resolve().parent.parent.parent
 SCRIPTS = ["setup", "package", "check-package", "demo"]
 
-# Errors of a program with itself, or of the stand-in on the simulator's wire.
-OF_NOBODY = {"alreadyStarted", "notImplemented", "invalid_dataref_id", "dataref_is_readonly", "invalid_command_id",
-             "invalid_value", "invalid_index"}
+# Errors of a program with itself, of the stand-in on the simulator's wire, or whose words are shown without the name.
+OF_NOBODY = {"alreadyStarted", "cancelled", "noData", "unusable", "notImplemented", "invalid_dataref_id",
+             "dataref_is_readonly", "invalid_command_id", "invalid_value", "invalid_index"}
 # What tells people of trouble, with the words in its arguments.
 TELLING = re.compile(r"\b(ClientError|UsageError|StatusQueryError|Finding::amiss|notice|Notice|warn|warn_|remark|tell_|"
                      r"complain)[({]")
