@@ -76,6 +76,7 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
     auto* quit = new QPushButton(tr("Quit Tarnly"));
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     alignWidths({addresses_, settings, quit});
+    alignWidths({troubleshooting_});
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
