@@ -1,7 +1,7 @@
 # What `cmake --install` puts where.
 include(GNUInstallDirs)
 
-set(TARNLY_PROGRAMS tarnly tarnlyd tarnly-client tarnly-navdb tarnly-sim)
+set(TARNLY_PROGRAMS tarnly tarnlyd tarnly-client tarnly-navdb tarnly-sim tarnly-track)
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 
 install(TARGETS ${TARNLY_PROGRAMS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

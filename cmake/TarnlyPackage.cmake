@@ -22,7 +22,8 @@ triggers, and records the flight.
 .
 The package has an application in the tray (tarnly), the same without a
 window (tarnlyd), a client on the command line (tarnly-client), a tool for
-navigation data (tarnly-navdb), and a stand-in for the simulator (tarnly-sim).")
+navigation data (tarnly-navdb), a stand-in for the simulator (tarnly-sim), and
+what looks at recordings and exports them (tarnly-track).")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Without the daemon it serves clients that are told the address; without the plugin Qt falls back to X11.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "avahi-daemon, qt6-wayland")

@@ -11,7 +11,7 @@ import pytest
 REPOSITORY = Path(__file__).resolve().parent.parent.parent
 FILES = REPOSITORY / "packaging"
 COMPLETIONS = FILES / "completions"
-PROGRAMS = ["tarnly", "tarnlyd", "tarnly-client", "tarnly-navdb", "tarnly-sim"]
+PROGRAMS = ["tarnly", "tarnlyd", "tarnly-client", "tarnly-navdb", "tarnly-sim", "tarnly-track"]
 
 BUILD = Path(os.environ["TARNLY_BUILD"])
 

@@ -60,6 +60,16 @@ def test_after_a_subcommand_it_offers_its_options_and_the_common_ones(programs, 
         assert set(shell.offers("tarnly-client", subcommand, "--")) == wanted, subcommand
 
 
+def test_it_offers_what_the_recordings_program_takes(programs, shell):
+    subcommands = subcommands_in(help_of(programs, "tarnly-track"))
+    assert {word for word in shell.offers("tarnly-track", "") if not word.startswith("-")} == set(subcommands)
+    for subcommand in subcommands:
+        wanted = options_in(help_of(programs, "tarnly-track", subcommand))
+        assert set(shell.offers("tarnly-track", subcommand, "--")) == wanted, subcommand
+    formats = choices_in(help_of(programs, "tarnly-track", "export"), "The format: ")
+    assert set(shell.offers("tarnly-track", "export", "--format", "")) == set(formats)
+
+
 def test_it_offers_choices(programs, shell):
     phases = choices_in(help_of(programs, "tarnly-sim"), "Where the flight begins: ")
     assert set(shell.offers("tarnly-sim", "--start", "")) == set(phases)

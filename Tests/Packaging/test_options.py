@@ -48,11 +48,12 @@ def test_the_help_the_manual_and_the_completions_list_the_same_options(programs,
         assert {f"--{option}" for option in listed(program)} == options, listed.__name__
 
 
-def test_the_manual_and_the_completion_of_zsh_list_the_same_subcommands(programs):
-    subcommands = set(subcommands_in(help_of(programs, "tarnly-client")))
-    assert "discover" in subcommands
-    assert set(re.findall(r"^\.It Cm ([\w-]+)", manual("tarnly-client"), re.MULTILINE)) == subcommands
-    zsh = (COMPLETIONS / "zsh" / "_tarnly-client").read_text()
+@pytest.mark.parametrize("program, one", [("tarnly-client", "discover"), ("tarnly-track", "export")])
+def test_the_manual_and_the_completion_of_zsh_list_the_same_subcommands(programs, program, one):
+    subcommands = set(subcommands_in(help_of(programs, program)))
+    assert one in subcommands
+    assert set(re.findall(r"^\.It Cm ([\w-]+)", manual(program), re.MULTILINE)) == subcommands
+    zsh = (COMPLETIONS / "zsh" / f"_{program}").read_text()
     assert set(re.findall(r"^    '([a-z][\w-]*):", zsh, re.MULTILINE)) == subcommands
 
 

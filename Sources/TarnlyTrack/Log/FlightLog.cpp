@@ -9,10 +9,6 @@ namespace {
 
 constexpr std::uint8_t notKnown = 2;
 
-bool isGap(double earlier, double later) {
-    return !(later >= earlier && later - earlier <= longestStepSeconds);
-}
-
 /// What stays while the simulator is paused.
 constexpr std::array held{Quantity::lat,   Quantity::lon,     Quantity::altitudeFt,
                           Quantity::aglFt, Quantity::bankDeg, Quantity::pitchDeg};

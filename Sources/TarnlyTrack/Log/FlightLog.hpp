@@ -24,6 +24,11 @@ struct Stretch {
 /// have two of which the second is earlier, as in two logs that somebody has put together.
 constexpr double longestStepSeconds = 3;
 
+/// Whether there is one between samples of these times.
+constexpr bool isGap(double earlier, double later) {
+    return !(later >= earlier && later - earlier <= longestStepSeconds);
+}
+
 /// A position and attitude that stay for so long to the last digit are `frozen`.
 constexpr double frozenSeconds = 5;
 

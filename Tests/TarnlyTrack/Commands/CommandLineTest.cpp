@@ -1,0 +1,120 @@
+#include "TarnlyTrack/Commands/CommandLine.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "Support/TemporaryFolder.hpp"
+
+namespace tarnly::track {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string log =
+    R"({"kind":"sample","sample":{"elapsed_s":0,"alt_ft":100,"lat":47.5,"lon":8.5}})"
+    "\n"
+    R"({"kind":"sample","sample":{"elapsed_s":0.5,"alt_ft":150,"lat":47.51,"lon":8.5}})"
+    "\n"
+    R"({"kind":"fired","fired":{"trigger_id":"ge\u001bar","elapsed_s":0.5,"action_kind":"b"}})"
+    "\n";
+
+class TrackCommandLineTest : public testing::Test {
+  protected:
+    const test::TemporaryFolder folder;
+    std::string output;
+    std::string errors;
+
+    int run(const std::vector<std::string>& arguments) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = runTrack(arguments, out, err, false);
+        output = out.str();
+        errors = err.str();
+        return status;
+    }
+};
+
+TEST_F(TrackCommandLineTest, ListsRecordingsByTime) {
+    folder.write("session-2026-11-16T010938Z.jsonl", log);
+    folder.write("session-2026-11-15T010938Z.jsonl", "x\n");
+    folder.write("my solo.jsonl", log);
+    folder.write("notes.txt", "nothing to do with it");
+    EXPECT_EQ(run({"list", folder.path()}), 0) << errors;
+    std::istringstream lines(output);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_THAT(line, AllOf(StartsWith("renamed: start not known"), HasSubstr("my solo.jsonl")));
+    std::getline(lines, line);
+    EXPECT_THAT(line, AllOf(StartsWith("2026-11-15 01:09:38 UTC"), HasSubstr("up to - ft"),
+                            HasSubstr("1 unreadable line")));
+    std::getline(lines, line);
+    EXPECT_THAT(line, AllOf(StartsWith("2026-11-16 01:09:38 UTC"), HasSubstr("0:00:01"), HasSubstr("0.6 nm"),
+                            HasSubstr("up to 150 ft"), HasSubstr("1 fired")));
+    EXPECT_FALSE(std::getline(lines, line));
+}
+
+TEST_F(TrackCommandLineTest, WhatCannotBeReadIsToldAndTheRestListed) {
+    folder.write("b.jsonl", log);
+    std::filesystem::create_directory(folder.path() / "a.jsonl");
+    EXPECT_EQ(run({"list", "--json", folder.path()}), 1);
+    EXPECT_THAT(errors, HasSubstr("a.jsonl cannot be read"));
+    EXPECT_THAT(output, HasSubstr(R"("samples":2)"));
+    EXPECT_EQ(run({"list", folder.path() / "none"}), 1);
+    EXPECT_THAT(errors, HasSubstr("none cannot be listed: No such file"));
+}
+
+TEST_F(TrackCommandLineTest, ShowsWhatFiredAndLetsNothingAtTheTerminal) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    EXPECT_EQ(run({"show", file}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr("0:00:01  ge?ar (b) at 47.51 8.5, 150 ft indicated, - ft above ground"));
+    EXPECT_EQ(run({"show", file, "--json"}), 0);
+    EXPECT_THAT(output, HasSubstr(R"("time":"2026-11-16T01:09:38.500Z","lat":47.51)"));
+}
+
+TEST_F(TrackCommandLineTest, ExportsToTheOutputAndToAFile) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    EXPECT_EQ(run({"export", file, "--format", "csv"}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr("\r\n2026-11-16T01:09:38.500Z,0.5,1,47.51,8.5,150,"));
+    const auto printed = output;
+    const auto target = folder.path() / "flight.csv";
+    EXPECT_EQ(run({"export", file, "--format", "csv", "-o", target}), 0) << errors;
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(test::contentOf(target), printed);
+    EXPECT_EQ(run({"export", file, "--format", "csv", "-o", folder.path() / "none" / "x"}), 1);
+    EXPECT_THAT(errors, HasSubstr("cannot be written: No such file"));
+}
+
+TEST_F(TrackCommandLineTest, ARenamedRecordingNeedsItsBeginning) {
+    const auto file = folder.write("my solo.jsonl", log);
+    EXPECT_EQ(run({"export", file, "--format", "gpx"}), 2);
+    EXPECT_THAT(errors, HasSubstr("--utc-start"));
+    EXPECT_EQ(run({"export", file, "--format", "gpx", "--utc-start", "2020-01-01T00:00:00Z"}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr("<time>2020-01-01T00:00:00.500Z</time>"));
+    EXPECT_EQ(run({"export", file, "--format", "gpx", "--utc-start", "yesterday"}), 2);
+    EXPECT_THAT(errors, HasSubstr("2026-11-16T01:09:38Z"));
+}
+
+TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
+    EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);
+    EXPECT_THAT(errors, HasSubstr("has 1 unreadable line, 1 line of an unknown kind, torn end"));
+}
+
+TEST_F(TrackCommandLineTest, WrongUsage) {
+    EXPECT_EQ(run({}), 2);
+    EXPECT_EQ(run({"fly"}), 2);
+    EXPECT_THAT(errors, HasSubstr("\"fly\" is not expected"));
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    EXPECT_EQ(run({"export", file}), 2);
+    EXPECT_EQ(run({"export", file, "--format", "shp"}), 2);
+    EXPECT_THAT(errors, HasSubstr("gpx, kml, csv or geojson"));
+    EXPECT_EQ(run({"--version"}), 0);
+    EXPECT_THAT(output, StartsWith("tarnly-track "));
+}
+
+} // namespace
+} // namespace tarnly::track
