@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyTrack/Commands/CommandLine.hpp"
@@ -54,6 +55,9 @@ Moment startOf(const ExportOptions& options) {
 
 std::unique_ptr<TextSink> sinkFor(const CommandContext& context, const ExportOptions& options) {
     if (!options.output) return std::make_unique<StreamSink>(context.out);
+    std::error_code none; // as where there is no such file yet
+    if (std::filesystem::equivalent(options.file, *options.output, none))
+        throw UsageError("the export would take the place of the recording: give it another name by -o");
     return std::make_unique<FileSink>(*options.output);
 }
 

@@ -98,6 +98,13 @@ TEST_F(TrackCommandLineTest, ARenamedRecordingNeedsItsBeginning) {
     EXPECT_THAT(errors, HasSubstr("2026-11-16T01:09:38Z"));
 }
 
+TEST_F(TrackCommandLineTest, TheRecordingItselfIsNeverReplaced) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    EXPECT_EQ(run({"export", file, "--format", "csv", "-o", folder.path() / "." / file.filename()}), 2);
+    EXPECT_THAT(errors, HasSubstr("would take the place of the recording"));
+    EXPECT_EQ(test::contentOf(file), log);
+}
+
 TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
     EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);
