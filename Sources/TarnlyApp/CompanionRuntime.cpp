@@ -29,6 +29,12 @@ constexpr auto closingPatience = std::chrono::milliseconds(300);
 /// told after this at the latest.
 constexpr auto publicationPatience = std::chrono::seconds(1);
 
+constexpr auto portCure =
+    ". End the program that has it, or choose another port in the settings, or by --port.";
+
+/// Well within the time that a status may take.
+constexpr auto statusLook = std::chrono::seconds(1);
+
 std::string advertisingText(const std::optional<PublicationState>& publication) {
     std::string negation = "not advertised";
     if (!publication) return negation;
@@ -221,6 +227,8 @@ void CompanionRuntime::openStatusSocket() {
 }
 
 Task<std::string> CompanionRuntime::answerStatus() {
+    // Unwatched it is looked for twice a minute only, and who has just started it asks whether it is there.
+    co_await backend_->lookAnew(statusLook);
     auto encode = [status = reporter_->collect()]() mutable { return statusJson(std::move(status)); };
     auto text = co_await workers_.run(std::move(encode));
     co_return text;
@@ -331,6 +339,9 @@ void CompanionRuntime::announceListening() {
 void CompanionRuntime::announceFailure(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
+    } catch (const NetworkError& error) {
+        const bool isPort = error.which() == NetworkError::Case::listenFailed;
+        announce(State::failed, failureText(error.what()) + (isPort ? portCure : ""));
     } catch (const std::exception& error) {
         announce(State::failed, failureText(error.what()));
     }

@@ -113,6 +113,17 @@ Task<SampleObservation> ReconnectingBackend::getTrackSample() {
     co_return seen;
 }
 
+Task<> ReconnectingBackend::lookAnew(Clock::Duration limit) {
+    thread_.check();
+    const auto keeper = keeper_;
+    const auto deadline = clock_.now() + limit;
+    try {
+        co_await keeper->linkBy(deadline);
+    } catch (const NetworkError&) {
+        // The stage has it.
+    }
+}
+
 bool ReconnectingBackend::isProven(std::int64_t link, Clock::TimePoint moment) const {
     const auto present = keeper_->present();
     return present && present->isProven(link, moment);

@@ -70,6 +70,8 @@ class ReconnectingBackend final : public SimBackend {
     Task<> moveToPreservingAgl(double latitude, double longitude) override;
     Task<> applyAttitude(double pitchDeg, double bankDeg, double iasKts, double throttle) override;
     SimulatorStage stage() const override { return keeper_->stage(); }
+    /// For who is about to ask for the stage: ends when that is of now, and after `limit` at the latest.
+    Task<> lookAnew(Clock::Duration limit);
     void onStageChange(std::function<void()> tell) override { keeper_->onStageChange(std::move(tell)); }
     void setWatched(bool isWatched) override { keeper_->setWatched(isWatched); }
 

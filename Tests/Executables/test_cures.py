@@ -15,9 +15,9 @@ PARAMS = {
 
 # How the stand-in is started, how each error begins, and what it goes on to say.
 NOBODY_ENTERS = [
-    (("--traffic-disabled",), ["Incoming traffic is disabled", "allow incoming traffic"]),
+    (("--traffic-disabled",), ["Incoming traffic is disabled", "the simulator refuses connections: allow incoming traffic"]),
     (("--traffic-disabled-plain",), ["allow incoming traffic"]),
-    (("--too-old",), ["X-Plane 12.1.4 or later"]),
+    (("--too-old",), ["the simulator is too old: X-Plane 12.1.4 or later"]),
     (("--handshake-refused",), ["allow incoming traffic"]),
 ]
 
@@ -33,7 +33,7 @@ def rig(programs):
 def test_when_it_is_not_there_it_is_to_be_started(rig, kind):
     text = rig.companion.client().error(kind, PARAMS[kind])
     assert text.startswith(f'connectionFailed("127.0.0.1:{rig.stand_in.port}: Connection refused'), text
-    assert text.endswith('start X-Plane 12.1.4 or later")'), text
+    assert text.endswith('the simulator is not running: start X-Plane 12.1.4 or later")'), text
 
 
 @pytest.mark.parametrize("options, said", NOBODY_ENTERS, ids=lambda value: value[0])

@@ -14,7 +14,8 @@ import pytest
 from fake_simulator import DATAREFS
 from harness import wait_until
 
-CURE = "; start tarnly or tarnlyd, or name another folder by --data-dir"
+CURE = ("; start tarnly or tarnlyd, or name another folder by --data-dir; why tarnlyd does not stay is told by "
+        "journalctl --user -u tarnlyd")
 
 
 def folder_of(companion):

@@ -110,7 +110,8 @@ TEST(CompanionOptions, ToAskForTheStatusWhereNoneRunsEndsWithTheCure) {
     const auto exit = std::get<EarlyExit>(prepared);
     EXPECT_EQ(exit.status, 1);
     EXPECT_EQ(exit.text, "tarnlyd: no companion runs on the data folder " + text +
-                             "; start tarnly or tarnlyd, or name another folder by --data-dir\n");
+                             "; start tarnly or tarnlyd, or name another folder by --data-dir; "
+                             "why tarnlyd does not stay is told by journalctl --user -u tarnlyd\n");
 }
 
 TEST(CompanionOptions, ThePortIsAUsualOneUnlessOneIsWanted) {

@@ -186,7 +186,8 @@ TEST_F(CompanionRuntimeTest, SaysWhyTheStartFailedAndDoesNotRetry) {
     options.port = taken.endpoint().port;
     start();
     EXPECT_EQ(runtime->state(), State::failed);
-    EXPECT_THAT(runtime->statusText(), StartsWith("Failed to start: listenFailed("));
+    EXPECT_THAT(runtime->statusText(), AllOf(StartsWith("Failed to start: listenFailed(\"port "),
+                                             HasSubstr("in use\"). End the program that has it, or choose")));
     EXPECT_EQ(runtime->port(), std::nullopt);
     runtime->start();
     EXPECT_EQ(statusChanges, 1);

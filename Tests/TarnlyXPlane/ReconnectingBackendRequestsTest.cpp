@@ -257,7 +257,7 @@ TEST_F(ReconnectingBackendRequestsTest, CommandThatHasGoneOutIsNotRunTwice) {
     advance(500ms);
     isAway = false;
     advance(1min);
-    EXPECT_EQ(command->failure(), refused.substr(0, refused.find(": start")) + "\")");
+    EXPECT_EQ(command->failure(), refused.substr(0, refused.find(": the simulator")) + "\")");
     EXPECT_EQ(requests("POST /api/v2/command/918/activate"), 0);
 }
 

@@ -82,6 +82,42 @@ TEST_F(ReconnectingBackendTest, WhoBeginsToCareFindsQuickAttemptsAgain) {
     EXPECT_GE(attempts(), 18);
 }
 
+TEST_F(ReconnectingBackendTest, WhoAsksWhetherItIsThereHasItLookedForAtOnce) {
+    isAway = true;
+    start();
+    advance(40s);
+    isAway = false;
+    EXPECT_EQ(backend->stage().kind, Kind::notRunning) << "nobody has asked";
+    auto looking = backend->lookAnew(1s);
+    const auto asked = beginTask(std::move(looking));
+    advance(20ms);
+    EXPECT_TRUE(asked->isDone);
+    EXPECT_EQ(backend->stage().kind, Kind::flightLoaded);
+}
+
+TEST_F(ReconnectingBackendTest, WhoAsksInVainIsToldByTheStageAndByNoFailure) {
+    isAway = true;
+    start();
+    advance(40s);
+    const int before = attempts();
+    auto looking = backend->lookAnew(1s);
+    const auto asked = beginTask(std::move(looking));
+    advance(20ms);
+    EXPECT_TRUE(asked->hasSucceeded());
+    EXPECT_EQ(attempts(), before + 1);
+    EXPECT_EQ(backend->stage().kind, Kind::notRunning);
+}
+
+TEST_F(ReconnectingBackendTest, WhoAsksOfASilentSimulatorWaitsForTheLimitAtMost) {
+    holdsHandshakes = true;
+    start();
+    auto looking = backend->lookAnew(1s);
+    const auto asked = beginTask(std::move(looking));
+    EXPECT_FALSE(asked->isDone);
+    advance(1s);
+    EXPECT_TRUE(asked->hasSucceeded());
+}
+
 TEST_F(ReconnectingBackendTest, WatchedItIsFoundWithinTwoSecondsOfAnswering) {
     isAway = true;
     backend->setWatched(true);
@@ -149,6 +185,7 @@ TEST_F(ReconnectingBackendTest, RefusedHandshakeFailsThatAttemptOnly) {
     VirtualClock::settle(io);
     EXPECT_EQ(read->failure(),
               R"(connectionFailed("127.0.0.1:8086: The WebSocket handshake was declined by the remote peer: )"
+              R"(the simulator refuses connections: )"
               R"(allow incoming traffic in the simulator's network settings"))");
     EXPECT_EQ(backend->stage().kind, Kind::refusing);
     advance(250ms);

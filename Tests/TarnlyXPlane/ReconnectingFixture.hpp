@@ -48,7 +48,8 @@ class ReconnectingFixture : public testing::Test {
     using Pending = std::shared_ptr<Waiting>;
 
     static inline const std::string refused =
-        R"(connectionFailed("127.0.0.1:8086: Connection refused: start X-Plane 12.1.4 or later"))";
+        R"(connectionFailed("127.0.0.1:8086: Connection refused: the simulator is not running: )"
+        R"(start X-Plane 12.1.4 or later"))";
     static inline const std::string closed = R"(connectionClosed("127.0.0.1:8086"))";
     static inline const std::string timedOut = R"(timedOut("127.0.0.1:8086"))";
 

@@ -274,7 +274,8 @@ TEST_F(XPlaneBackendTest, OperationsPassOnTheFailureToConnect) {
     transport->answer = [](const HttpRequest&) -> std::optional<HttpResponse> {
         throw NetworkError(NetworkError::Case::connectionFailed, "refused");
     };
-    const std::string expected = R"(connectionFailed("refused: start X-Plane 12.1.4 or later"))";
+    const std::string expected =
+        R"(connectionFailed("refused: the simulator is not running: start X-Plane 12.1.4 or later"))";
     EXPECT_EQ(failureOf<NetworkError>(backend->getDataref("sim/x")).what(), expected);
     EXPECT_EQ(failureOf<NetworkError>(backend->setDataref("sim/x", 1, std::nullopt)).what(), expected);
     EXPECT_EQ(failureOf<NetworkError>(backend->runCommand("sim/c")).what(), expected);

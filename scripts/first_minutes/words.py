@@ -33,7 +33,7 @@ NOT_A_COMPANION = Need(r"10\.77\.0\.1:280\d\d\b.*(is no companion|not as a compa
 STATUS_OF_NEXT_PORT = Need(r"^Addresses: .*\bws://10\.77\.0\.1:28087\b")
 DOCTOR_OF_NEXT_PORT = Need(r"^ok +reachable: 10\.77\.0\.1:28087 answers")
 NO_PASSWORD = Need(r"(wants|needs|asks for) a password", r"--password-file FILE")
-WRONG_PASSWORD = Need(r"password.*(wrong|not (the )?right|refused|not accepted)|wrong password", r"\bsettings\b")
+WRONG_PASSWORD = Need(r"password.*(wrong|not (the )?right|refused|not accepted)|(wrong|incorrect) password", r"\bsettings\b")
 UNWRITABLE = Need(r"/home/pilot/\S+.*(read-only|cannot be (made|written|locked))",
                   r"writ(e to|able)\b.*--data-dir|--data-dir.*writ(e to|able)\b")
 VALUE = Need(r"^sim/flightmodel/position/latitude=-?\d+\.\d+$")

@@ -36,6 +36,15 @@ std::string refusal(const PairResponse& response, bool hasPassword) {
                                : "; it may want a password: --password-file FILE");
 }
 
+/// With what to look at: an address that somebody has typed may be wrong, or an old one.
+std::string noConnection(const NetworkError& failure) {
+    const auto text = std::string("no connection to the companion: ") + failure.what();
+    if (failure.which() != NetworkError::Case::connectionFailed) return text;
+    const bool isDeclined = failure.payload().find("declined") != std::string::npos;
+    return text + (isDeclined ? "; another program may have that port: use the one that the companion shows"
+                              : "; look whether it is running, and which port it shows");
+}
+
 } // namespace
 
 /// Ends the connection unless it is destroyed in time.
@@ -129,8 +138,7 @@ void CompanionSession::throwLost() const {
     if (isClosed_) throw SessionClosed();
     if (isTimedOut_) throw ConnectionLost("the companion did not answer in time");
     const auto failure = connection_->failure();
-    throw ConnectionLost(failure ? std::string("no connection to the companion: ") + failure->what()
-                                 : std::string("the companion has ended the connection"));
+    throw ConnectionLost(failure ? noConnection(*failure) : "the companion has ended the connection");
 }
 
 void holdSession(const Endpoint& companion, CompanionSession::Options options, const SessionWork& work) {

@@ -90,6 +90,10 @@ struct NewFile {
 /// Makes the folder for its owner only; nothing where it is there already or cannot be made.
 void createPrivateFolder(const std::filesystem::path& folder);
 
+/// Why nothing can be made in `folder`, or where it is missing in the nearest one above it; clear where that
+/// can be, as far as permissions tell.
+std::error_code whyUnwritable(const std::filesystem::path& folder);
+
 /// Waits until the disk has the names in `folder`, where it can.
 void flushFolder(const std::filesystem::path& folder);
 

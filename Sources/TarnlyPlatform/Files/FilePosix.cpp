@@ -126,6 +126,13 @@ NewFile NewFile::beside(const std::filesystem::path& target) {
 
 void createPrivateFolder(const std::filesystem::path& folder) { ::mkdir(folder.c_str(), S_IRWXU); }
 
+std::error_code whyUnwritable(const std::filesystem::path& folder) {
+    auto nearest = std::filesystem::absolute(folder);
+    while (::access(nearest.c_str(), F_OK) != 0 && errno == ENOENT && nearest.has_relative_path())
+        nearest = nearest.parent_path();
+    return ::access(nearest.c_str(), W_OK | X_OK) == 0 ? std::error_code() : lastError();
+}
+
 void flushFolder(const std::filesystem::path& folder) {
     const auto* const path = folder.empty() ? "." : folder.c_str();
     const int handle = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -47,6 +47,8 @@ FolderLock::FolderLock(const std::filesystem::path& folder) {
             break;
         case File::Lock::impossible:
             error_ = {errno, std::generic_category()};
+            // A folder that could not be made is missing now, which tells nobody why.
+            if (const auto why = whyUnwritable(folder)) error_ = why;
     }
 }
 

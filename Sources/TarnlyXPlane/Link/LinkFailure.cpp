@@ -15,8 +15,17 @@ SimulatorStage stageOf(Kind kind, std::string detail = {}) {
     return stage;
 }
 
-NetworkError withCure(const NetworkError& error, const std::string& cure) {
-    return cure.empty() ? error : NetworkError(error.which(), error.payload() + ": " + cure);
+NetworkError with(const NetworkError& error, const std::string& words) {
+    return words.empty() ? error : NetworkError(error.which(), error.payload() + ": " + words);
+}
+
+/// What a stage is called by people, and the cure: who sees a failure may have only a tablet.
+std::string causeAndCure(Kind kind) {
+    std::string cause;
+    if (kind == Kind::notRunning) cause = "the simulator is not running: ";
+    if (kind == Kind::refusing) cause = "the simulator refuses connections: ";
+    if (kind == Kind::tooOld) cause = "the simulator is too old: ";
+    return cause + stageAdvice(stageOf(kind));
 }
 
 } // namespace
@@ -27,9 +36,10 @@ LinkFailure failureOfConnecting(const NetworkError& error) {
     auto stage = stageOf(Kind::notRunning, isAnswered ? "something else answers on its port" : "");
     const bool isUnknownHost = error.payload().find("Host not found") != std::string::npos;
     const bool isConnecting = error.which() == Case::connectionFailed;
-    std::string cure;
-    if (isConnecting) cure = isUnknownHost ? "check the simulator's address" : stageAdvice(stage);
-    const auto told = withCure(error, cure);
+    std::string words;
+    if (isConnecting)
+        words = isUnknownHost ? "check the simulator's address" : causeAndCure(Kind::notRunning);
+    const auto told = with(error, words);
     return {told, std::move(stage)};
 }
 
@@ -37,13 +47,13 @@ LinkFailure refusal(const std::string& what, const std::string& message) {
     auto stage = stageOf(Kind::refusing, message);
     const auto detail = message.empty() ? std::string() : ": " + message;
     const NetworkError error(Case::connectionFailed, what + detail);
-    const auto told = withCure(error, stageAdvice(stage));
+    const auto told = with(error, causeAndCure(Kind::refusing));
     return {told, std::move(stage)};
 }
 
 LinkFailure tooOld(const NetworkError& error, const std::string& version) {
     auto stage = stageOf(Kind::tooOld, version);
-    const auto told = withCure(error, stageAdvice(stage));
+    const auto told = with(error, causeAndCure(Kind::tooOld));
     return {told, std::move(stage)};
 }
 

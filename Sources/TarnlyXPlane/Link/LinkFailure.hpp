@@ -28,8 +28,8 @@ class LinkEnded : public NetworkError {
     explicit LinkEnded(const NetworkError& error) : NetworkError(error) {}
 };
 
-/// `error` and what it shows of the simulator, with the cure in the text where there is one. To be given
-/// failures of connecting, of whatever step.
+/// `error` and what it shows of the simulator, with cause and cure in the text where they are known. To be
+/// given failures of connecting, of whatever step.
 LinkFailure failureOfConnecting(const NetworkError& error);
 
 /// The simulator answers, and lets nobody in: `what` names who, `message` is its own.

@@ -3,8 +3,10 @@
 
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "Support/LoopbackHttpServer.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyClient/Commands/ClientRun.hpp"
 
@@ -12,6 +14,7 @@ namespace tarnly::client {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::StartsWith;
 
 using test::answering;
@@ -21,6 +24,8 @@ using Request = boost::json::object;
 using Answers = std::vector<std::string>;
 
 constexpr auto run = test::runClientOn;
+
+Task<std::optional<HttpResponse>> pageMissing() { co_return HttpResponse{404, "text/plain", "no"}; }
 
 TEST(CompanionCommands, InfoShowsTheSimulator) {
     const ScriptedCompanion companion(answering(R"({"sim":"xplane","version":"12.1"})"));
@@ -84,7 +89,22 @@ TEST(CompanionCommands, NobodyThereIsSaidInOneLine) {
     // Port 1 of the loopback interface is nobody's.
     EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", "1", "info"}, out, err), 1);
     EXPECT_THAT(err.str(), StartsWith("tarnly-client: no connection to the companion: connectionFailed("));
+    EXPECT_THAT(err.str(), HasSubstr("; look whether it is running, and which port it shows"));
     EXPECT_EQ(err.str().find('\n'), err.str().size() - 1);
+}
+
+TEST(CompanionCommands, SomebodyElseThereIsSaidToBeOne) {
+    boost::asio::io_context io(1);
+    const test::LoopbackHttpServer other(io, [](const HttpRequest&, bool) { return pageMissing(); });
+    std::thread serving([&io] { io.run(); });
+    std::ostringstream out;
+    std::ostringstream err;
+    const auto port = std::to_string(other.endpoint().port);
+    EXPECT_EQ(runClient({"--host", "127.0.0.1", "--port", port, "info"}, out, err), 1);
+    io.stop();
+    serving.join();
+    EXPECT_THAT(err.str(),
+                HasSubstr("; another program may have that port: use the one that the companion shows"));
 }
 
 TEST(CompanionCommands, ASilentCompanionIsGivenUp) {

@@ -82,7 +82,8 @@ TEST_F(StatusCommandTest, SaysWhatToDoWhereNoneRuns) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(run({"--data-dir", folder.path().string()}), 1);
     EXPECT_EQ(err.str(), "tarnly-client: no companion runs on the data folder " + folder.path().string() +
-                             "; start tarnly or tarnlyd, or name another folder by --data-dir\n");
+                             "; start tarnly or tarnlyd, or name another folder by --data-dir; "
+                             "why tarnlyd does not stay is told by journalctl --user -u tarnlyd\n");
 }
 
 TEST_F(StatusCommandTest, SaysThatItDoesNotUnderstand) {

@@ -20,8 +20,20 @@ std::string complaintAbout(const std::filesystem::path& dataFolder) {
 TEST(StatusQuery, SaysWhatToDoWhereNoneRuns) {
     const test::TemporaryFolder folder;
     const auto missing = folder.path() / "missing";
-    EXPECT_EQ(complaintAbout(missing), "no companion runs on the data folder " + missing.string() +
-                                           "; start tarnly or tarnlyd, or name another folder by --data-dir");
+    EXPECT_EQ(complaintAbout(missing),
+              "no companion runs on the data folder " + missing.string() +
+                  "; start tarnly or tarnlyd, or name another folder by --data-dir; "
+                  "why tarnlyd does not stay is told by journalctl --user -u tarnlyd");
+}
+
+TEST(StatusQuery, WhereNothingCanBeWrittenNoneCanTellOfItself) {
+    // Not even root can make anything in a file.
+    const test::TemporaryFolder folder;
+    const auto blocked = folder.write("file", "") / "data";
+    EXPECT_EQ(complaintAbout(blocked),
+              "no companion can tell of itself in the data folder " + blocked.string() +
+                  ": Not a directory; make it one that you may write to, or name another "
+                  "by --data-dir");
 }
 
 TEST(StatusQuery, DoesNotWaitForEver) {

@@ -15,7 +15,8 @@ LinkFailure failureOf(Case which, const std::string& text) {
 TEST(LinkFailure, WhereNothingAnswersTheSimulatorIsToBeStarted) {
     const auto failure = failureOf(Case::connectionFailed, "127.0.0.1:8086: Connection refused");
     EXPECT_STREQ(failure.what(),
-                 R"(connectionFailed("127.0.0.1:8086: Connection refused: start X-Plane 12.1.4 or later"))");
+                 R"(connectionFailed("127.0.0.1:8086: Connection refused: the simulator is not running: )"
+                 R"(start X-Plane 12.1.4 or later"))");
     EXPECT_EQ(failure.which(), Case::connectionFailed);
     EXPECT_EQ(failure.stage().kind, Kind::notRunning);
     EXPECT_EQ(failure.stage().detail, "");
@@ -48,16 +49,18 @@ TEST(LinkFailure, AnswerThatIsNoneIsSomebodyElses) {
 
 TEST(LinkFailure, RefusalHasTheSimulatorsOwnWordsAndTheCure) {
     const auto failure = refusal("http://h:1/datarefs: HTTP status 403", "Traffic is off");
-    EXPECT_STREQ(failure.what(), R"(connectionFailed("http://h:1/datarefs: HTTP status 403: Traffic is off: )"
-                                 R"(allow incoming traffic in the simulator's network settings"))");
+    EXPECT_STREQ(
+        failure.what(),
+        R"(connectionFailed("http://h:1/datarefs: HTTP status 403: Traffic is off: )"
+        R"(the simulator refuses connections: allow incoming traffic in the simulator's network settings"))");
     EXPECT_EQ(failure.stage().kind, Kind::refusing);
     EXPECT_EQ(failure.stage().detail, "Traffic is off");
 }
 
-TEST(LinkFailure, RefusalWithoutWordsHasTheCureAlone) {
+TEST(LinkFailure, RefusalWithoutWordsHasCauseAndCureAlone) {
     const auto failure = refusal("http://h:1/datarefs: HTTP status 403", "");
     EXPECT_EQ(failure.payload(),
-              "http://h:1/datarefs: HTTP status 403: "
+              "http://h:1/datarefs: HTTP status 403: the simulator refuses connections: "
               "allow incoming traffic in the simulator's network settings");
     EXPECT_EQ(failure.stage().kind, Kind::refusing);
     EXPECT_EQ(failure.stage().detail, "");
@@ -66,7 +69,9 @@ TEST(LinkFailure, RefusalWithoutWordsHasTheCureAlone) {
 TEST(LinkFailure, TooOldSaysWhatIsNeededAndKeepsTheVersion) {
     const NetworkError notFound(Case::connectionFailed, "http://h:1/datarefs: HTTP status 404");
     const auto failure = tooOld(notFound, "12.1.2");
-    EXPECT_EQ(failure.payload(), "http://h:1/datarefs: HTTP status 404: X-Plane 12.1.4 or later is needed");
+    EXPECT_EQ(failure.payload(),
+              "http://h:1/datarefs: HTTP status 404: the simulator is too old: "
+              "X-Plane 12.1.4 or later is needed");
     EXPECT_EQ(failure.stage().kind, Kind::tooOld);
     EXPECT_EQ(failure.stage().detail, "12.1.2");
     EXPECT_EQ(tooOld(notFound, "").stage().detail, "");

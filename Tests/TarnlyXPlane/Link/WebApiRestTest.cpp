@@ -17,7 +17,8 @@ using Case = NetworkError::Case;
 using Kind = SimulatorStage::Kind;
 
 const std::string catalogueUrl = "http://127.0.0.1:8086/api/v2/datarefs";
-const std::string allowTraffic = "allow incoming traffic in the simulator's network settings";
+const std::string allowTraffic =
+    "the simulator refuses connections: allow incoming traffic in the simulator's network settings";
 
 class WebApiRestTest : public testing::Test {
   protected:
@@ -78,8 +79,9 @@ TEST_F(WebApiRestTest, NoCatalogueAtAllIsTooOldWithTheVersionThatItTells) {
     answerCatalogue(404, "<html></html>");
     answers["/api/capabilities"] = httpResponse(200, R"({"x-plane":{"version":"12.1.2"}})");
     const auto failure = failureOfCatalogue();
-    EXPECT_EQ(failure, NetworkError(Case::connectionFailed, catalogueUrl + ": HTTP status 404: " +
-                                                                "X-Plane 12.1.4 or later is needed"));
+    EXPECT_EQ(failure, NetworkError(Case::connectionFailed,
+                                    catalogueUrl + ": HTTP status 404: " +
+                                        "the simulator is too old: X-Plane 12.1.4 or later is needed"));
     EXPECT_EQ(failure.stage().kind, Kind::tooOld);
     EXPECT_EQ(failure.stage().detail, "12.1.2");
 }
@@ -136,7 +138,8 @@ TEST_F(WebApiRestTest, AwkwardEntriesCostOnlyThemselves) {
 TEST_F(WebApiRestTest, FailuresOfTheNetworkShowHowTheSimulatorStands) {
     answers["/api/v2/datarefs"] = std::nullopt;
     const auto failure = failureOfCatalogue();
-    EXPECT_EQ(failure, NetworkError(Case::connectionFailed, "gone: start X-Plane 12.1.4 or later"));
+    EXPECT_EQ(failure, NetworkError(Case::connectionFailed,
+                                    "gone: the simulator is not running: start X-Plane 12.1.4 or later"));
     EXPECT_EQ(failure.stage().kind, Kind::notRunning);
 }
 
