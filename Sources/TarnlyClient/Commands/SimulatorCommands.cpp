@@ -126,7 +126,8 @@ void addDatarefCommands(CLI::App& app, CommandContext& context) {
 
     auto* set = app.add_subcommand("set", "Write datarefs, or elements of array datarefs");
     const Texts assignments = std::make_shared<std::vector<std::string>>();
-    set->add_option("NAME=VALUE", *assignments, "Datarefs with numbers; NAME[2]=VALUE writes one element")
+    set->add_option("ASSIGNMENT", *assignments,
+                    "NAME=VALUE: a dataref and a number; NAME[2]=VALUE writes one element")
         ->required()
         ->check(utf8Text());
     set->callback([&context, assignments] { runSet(context, *assignments); });

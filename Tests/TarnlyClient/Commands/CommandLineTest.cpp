@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -50,6 +51,18 @@ TEST(CommandLine, ASubcommandHasHelpOfItsOwn) {
     const auto outcome = run({"watch", "--help"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.out, HasSubstr("--count"));
+}
+
+TEST(CommandLine, PositionalsHaveNamesThatNewerLibrariesTake) {
+    // Others end the program as soon as it starts.
+    const std::regex subcommand(R"(\n  ([a-z-]+) +\S)");
+    const std::regex positional(R"(Usage: tarnly-client \S+( \[?[A-Z-]+\]?(\.\.\.)?)*\n)");
+    const auto all = run({"--help"}).out;
+    const auto listed = all.substr(all.find("\nSubcommands:"));
+    for (std::sregex_iterator found(listed.begin(), listed.end(), subcommand), end; found != end; ++found) {
+        const auto help = run({(*found)[1], "--help"}).out;
+        EXPECT_TRUE(std::regex_search(help, positional)) << help;
+    }
 }
 
 TEST(CommandLine, Version) {
