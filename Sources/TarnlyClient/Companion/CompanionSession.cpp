@@ -31,7 +31,10 @@ Incoming parseIncoming(std::string text) {
 }
 
 std::string refusal(const PairResponse& response, bool hasPassword) {
-    auto text = "the companion refuses to pair: " + response.reason.value_or("no reason given");
+    const auto reason = response.reason.value_or("no reason given");
+    const auto text = "the companion refuses to pair: " + reason;
+    if (!hasPassword && reason == "incorrect password")
+        return "the companion wants a password; give it by --password-file FILE";
     return text + (hasPassword ? "; give the one that stands in the companion's settings"
                                : "; it may want a password: --password-file FILE");
 }

@@ -78,9 +78,17 @@ TEST(CompanionCommands, ARefusedPairingEndsAll) {
     const auto outcome = run(companion, {"info"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.err,
-              "tarnly-client: the companion refuses to pair: incorrect password; "
-              "it may want a password: --password-file FILE\n");
+              "tarnly-client: the companion wants a password; give it by --password-file FILE\n");
     EXPECT_EQ(companion.received().size(), 1U);
+}
+
+TEST(CompanionCommands, ARefusalThatNobodyExplainsMayBeAboutAPassword) {
+    const ScriptedCompanion companion([](const Request& request) {
+        return Answers{ScriptedCompanion::reply(request, R"({"accepted":false})")};
+    });
+    EXPECT_EQ(run(companion, {"info"}).err,
+              "tarnly-client: the companion refuses to pair: no reason given; "
+              "it may want a password: --password-file FILE\n");
 }
 
 TEST(CompanionCommands, NobodyThereIsSaidInOneLine) {
