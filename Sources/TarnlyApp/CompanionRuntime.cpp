@@ -10,6 +10,7 @@
 
 #include "TarnlyApp/ReachPage.hpp"
 #include "TarnlyApp/Remark.hpp"
+#include "TarnlyCore/NavData/NavFile.hpp"
 #include "TarnlyCore/Protocol/StatusQuery.hpp"
 #include "TarnlyPlatform/Base/Descriptors.hpp"
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
@@ -148,11 +149,15 @@ void CompanionRuntime::build() {
     if (setup.situationsFolder) backend_->setSituationsDirectory(setup.situationsFolder->string());
     host_.emplace(executor, workers_, clock_, backend_, hostConfiguration(setup));
     backend_->onStageChange([this] {
+        const bool hasFlight = backend_->stage().kind == SimulatorStage::Kind::flightLoaded;
+        if (follower_ && hasFlight) follower_->noteSimulator();
         if (onStageChange) onStageChange();
     });
-    follower_.emplace(
-        executor, workers_, clock_, *host_, *backend_, setup,
-        [this](const auto& path) { return openNavDatabaseOrTell(path); }, remark);
+    NavDatabaseKeeper::Means databases;
+    databases.openNamed = [this](const auto& path) { return openNavDatabaseOrTell(path); };
+    databases.openOwn = [this](const auto& path) { return openNavDatabase(path); };
+    databases.ownFile = absoluteDataFolder(options_) / ownNavFile;
+    follower_.emplace(executor, workers_, clock_, *host_, *backend_, setup, std::move(databases), remark);
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
                                 [this] { return warnings(); }, [this] { return follower_->sources(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));

@@ -37,16 +37,22 @@ std::string silentText(const std::string& path) {
            "settings.";
 }
 
+NavDatabaseKeeper::Means completed(NavDatabaseKeeper::Means databases, const std::string& note,
+                                   const SetupFollower::Tell& tell) {
+    databases.note = note;
+    databases.tell = tell;
+    return databases;
+}
+
 } // namespace
 
 SetupFollower::SetupFollower(const boost::asio::any_io_executor& executor, WorkerPool& workers, Clock& clock,
                              CompanionHost& host, ReconnectingBackend& backend, CompanionSetup setup,
-                             OpenNavDatabase openNavDatabase, Tell tell)
+                             NavDatabaseKeeper::Means databases, Tell tell)
     : workers_(workers),
       clock_(clock),
       host_(host),
       backend_(backend),
-      openNavDatabase_(std::move(openNavDatabase)),
       tell_(std::move(tell)),
       note_(installerNote()),
       simulator_(setup.simulator),
@@ -55,10 +61,12 @@ SetupFollower::SetupFollower(const boost::asio::any_io_executor& executor, Worke
       changed_(executor),
       looks_(executor,
              [note = note_](const std::string& path) { return path == note ? findBy(note) : lookAt(path); }),
+      navDatabase_(executor, workers, clock, host, completed(std::move(databases), note_, tell_)),
       tasks_(executor) {}
 
 void SetupFollower::start() {
     thread_.check();
+    navDatabase_.start(present_.navigationDatabase);
     tasks_.spawn(keepInStep(), [this](const std::exception_ptr&) {
         tell_("Changed settings are not followed any more, for lack of memory. Start Tarnly anew.");
     });
@@ -73,20 +81,22 @@ void SetupFollower::follow(CompanionSetup setup) {
 void SetupFollower::close() {
     tasks_.cancel();
     looks_.close();
+    navDatabase_.close();
 }
 
 std::vector<std::string> SetupFollower::warnings() const {
-    std::vector<std::string> all;
+    auto all = navDatabase_.warnings();
     if (auto warning = situationsWarning_.copy()) all.push_back(std::move(*warning));
     return all;
 }
 
 SourcesStatus SetupFollower::sources() const {
     thread_.check();
-    SourcesStatus sources{wellFormedUtf8(simulator_.host), simulator_.port, {}, {}};
+    SourcesStatus sources;
+    sources.simulatorHost = wellFormedUtf8(simulator_.host);
+    sources.simulatorPort = simulator_.port;
     if (situationsInUse_) sources.situations = wellFormedUtf8(*situationsInUse_);
-    if (present_.navigationDatabase)
-        sources.navDatabase = wellFormedUtf8(present_.navigationDatabase->string());
+    navDatabase_.addTo(sources);
     return sources;
 }
 
@@ -128,16 +138,9 @@ Task<> SetupFollower::apply(CompanionSetup next) {
         co_await findSituations();
     }
     if (present_.navigationDatabase != before.navigationDatabase) {
-        co_await openDatabase();
+        auto named = present_.navigationDatabase;
+        co_await navDatabase_.use(std::move(named));
     }
-}
-
-Task<> SetupFollower::openDatabase() {
-    auto open = [open = openNavDatabase_, path = present_.navigationDatabase] { return open(path); };
-    auto opened = co_await workers_.run(std::move(open));
-    // The files of the one before may be on a disk that hangs.
-    auto close = [before = host_.useNavDatabase(std::move(opened))]() mutable { before.reset(); };
-    co_await workers_.run(std::move(close));
 }
 
 /// Also where the disk does not answer, a folder that is named is used: who lists it is told.

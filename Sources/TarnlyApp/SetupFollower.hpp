@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "TarnlyApp/CompanionSetup.hpp"
+#include "TarnlyApp/NavDatabaseKeeper.hpp"
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
@@ -29,17 +30,15 @@ namespace tarnly {
 /// Belongs to the network thread, except for what says otherwise.
 class SetupFollower {
   public:
-    /// Called on a worker. Null without a path, and for a database that cannot be opened, of which it tells.
-    using OpenNavDatabase =
-        std::function<std::shared_ptr<NavDatabase>(const std::optional<std::filesystem::path>& path)>;
     /// Told what a person should know. From the network thread.
     using Tell = std::function<void(const std::string& text)>;
 
-    /// `host` and `backend` go by `setup` already, but for a folder of situations that nobody names. What is
-    /// given by reference outlives all that runs on `executor`.
+    /// `host` and `backend` go by `setup` already, but for a folder of situations and a navigation database
+    /// that nobody names. `databases` needs no `note` and no `tell`. What is given by reference outlives all
+    /// that runs on `executor`.
     SetupFollower(const boost::asio::any_io_executor& executor, WorkerPool& workers, Clock& clock,
                   CompanionHost& host, ReconnectingBackend& backend, CompanionSetup setup,
-                  OpenNavDatabase openNavDatabase, Tell tell);
+                  NavDatabaseKeeper::Means databases, Tell tell);
 
     SetupFollower(const SetupFollower&) = delete;
     SetupFollower& operator=(const SetupFollower&) = delete;
@@ -49,6 +48,9 @@ class SetupFollower {
 
     /// As soon as what was asked for before is done. The last call counts.
     void follow(CompanionSetup setup);
+
+    /// The simulator has begun anew, perhaps with other navigation data.
+    void noteSimulator() { navDatabase_.lookAgain(); }
 
     /// Harmless when repeated.
     void close();
@@ -72,7 +74,6 @@ class SetupFollower {
     Task<> keepInStep();
     Task<> applyOrTell();
     Task<> apply(CompanionSetup next);
-    Task<> openDatabase();
     Task<> findSituations();
     void useSituations(std::optional<std::string> folder);
     void warnOfSituations(std::optional<std::string> warning);
@@ -82,7 +83,6 @@ class SetupFollower {
     Clock& clock_;
     CompanionHost& host_;
     ReconnectingBackend& backend_;
-    const OpenNavDatabase openNavDatabase_;
     const Tell tell_;
     /// Of the simulator's installer; empty for a person without a home folder.
     const std::string note_;
@@ -97,7 +97,8 @@ class SetupFollower {
     /// As the backend has it.
     std::optional<std::string> situationsInUse_;
     Guarded<std::optional<std::string>> situationsWarning_;
-    // depends-on: workers_, clock_, host_, backend_, changed_, looks_
+    NavDatabaseKeeper navDatabase_;
+    // depends-on: workers_, clock_, host_, backend_, changed_, looks_, navDatabase_
     TaskGroup tasks_;
 };
 

@@ -10,21 +10,6 @@ namespace {
 /// Of messages that are decoded at once, or wait for that.
 constexpr std::size_t decodedAtOnce = std::size_t{128} * 1024 * 1024;
 
-/// A script must not keep a host from stopping, however slow its fixes are to find.
-MakeFixResolver fixesIn(std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> present, const Clock& clock,
-                        std::shared_ptr<std::atomic<bool>> isStopping) {
-    using Lookup = NavDatabase::Lookup;
-    return [=, &clock](std::function<bool()> isScriptWanted) -> FixResolver {
-        const auto navDatabase = present->copy();
-        if (!navDatabase) return [](const std::string&) { return std::nullopt; };
-        auto isWanted = [isStopping, isScriptWanted = std::move(isScriptWanted)] {
-            return !*isStopping && isScriptWanted();
-        };
-        auto lookup = std::make_shared<Lookup>(*navDatabase, clock, std::move(isWanted));
-        return [navDatabase, lookup](const std::string& ident) { return lookup->resolve(ident); };
-    };
-}
-
 PairingGuard::OnAnswer noteIn(const std::shared_ptr<Visitors>& visitors) {
     return [visitors](const PeerNetwork& from, bool isAccepted) {
         visitors->note(isAccepted ? Visitors::Kind::paired : Visitors::Kind::refused, from);
@@ -100,7 +85,7 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       visitors_(std::make_shared<Visitors>(FlightRecorder::systemTime)),
       recording_(std::make_shared<FlightRecorder>(std::move(configuration.recordingDirectory), clock,
                                                   FlightRecorder::systemTime, RecordingLog::open,
-                                                  std::move(configuration.tell))),
+                                                  configuration.tell)),
       loadedScript_(std::make_shared<LoadedScript>()),
       freedMemory_(std::make_shared<FreedMemory>(executor, workers, clock)),
       admission_(
@@ -108,14 +93,14 @@ CompanionHost::CompanionHost(boost::asio::any_io_executor executor, WorkerPool& 
       hostName_(std::move(configuration.hostName)),
       gate_(hostName_, std::move(configuration.allowedOrigins)),
       pages_(std::make_shared<WebPages>(std::move(configuration.pages))),
-      navDatabase_(
-          std::make_shared<Guarded<std::shared_ptr<NavDatabase>>>(std::move(configuration.navDatabase))),
+      navDatabase_(std::make_shared<Guarded<NavDatabaseInUse>>(
+          NavDatabaseInUse{std::move(configuration.navDatabase)})),
       server_(std::make_shared<ProtocolServer>(
           executor, clock,
           [services =
                ProtocolSession::Services{
                    pairing_, std::make_shared<PairingGuard>(executor, clock, noteIn(visitors_)), backend,
-                   recording_, loadedScript_, fixesIn(navDatabase_, clock, isStopping_),
+                   recording_, loadedScript_, fixesIn(navDatabase_, clock, isStopping_, configuration.tell),
                    std::make_shared<Allowance>(ProtocolLimits::namesInAll), workers, scriptWorkers_,
                    noteFreed(freedMemory_)}](const PeerNetwork& peer) {
               return std::make_shared<ProtocolSession>(services, peer);
@@ -174,8 +159,12 @@ void CompanionHost::allowOrigins(std::vector<WebOrigin> origins) {
 }
 
 std::shared_ptr<NavDatabase> CompanionHost::useNavDatabase(std::shared_ptr<NavDatabase> navDatabase) {
-    navDatabase_->with([&](auto& present) { present.swap(navDatabase); });
+    navDatabase_->with([&](auto& present) { present.database.swap(navDatabase); });
     return navDatabase;
+}
+
+void CompanionHost::expectNavDatabase(bool isExpected) {
+    navDatabase_->with([&](auto& present) { present.isAnotherExpected = isExpected; });
 }
 
 void CompanionHost::setStageWatched(bool isWatched) {

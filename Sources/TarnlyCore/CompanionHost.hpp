@@ -21,6 +21,7 @@
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
 #include "TarnlyCore/Recording/SamplingLoop.hpp"
 #include "TarnlyCore/Script/LoadedScript.hpp"
+#include "TarnlyCore/ScriptFixes.hpp"
 #include "TarnlyPlatform/Base/ByteBudget.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
@@ -64,7 +65,8 @@ class CompanionHost {
         std::vector<WebOrigin> allowedOrigins{};
         /// For browsers.
         WebPages pages{};
-        /// Told when a recording's log cannot be written, and when it can again. Called from other threads.
+        /// Told when a recording's log cannot be written, and when it can again, and when a script has come
+        /// too early for its fixes. Called from other threads.
         RecordingWriter::Tell tell = [](const std::string&) {};
         /// Told on the network thread, within a heartbeat, when somebody has paired, left or been refused,
         /// and when a recording has begun, ended, or come into trouble or out of it.
@@ -104,6 +106,9 @@ class CompanionHost {
     /// For scripts that are loaded from now on. Null: no fix is found. Returns the one before.
     std::shared_ptr<NavDatabase> useNavDatabase(std::shared_ptr<NavDatabase> navDatabase);
 
+    /// Whether one is about to come: without a database, scripts wait for it as long as for a lookup.
+    void expectNavDatabase(bool isExpected);
+
     PairingManager& pairing() { return *pairing_; }
     FlightRecorder& recording() { return *recording_; }
     LoadedScript& loadedScript() { return *loadedScript_; }
@@ -135,7 +140,7 @@ class CompanionHost {
     const std::string hostName_;
     const BrowserGate gate_;
     const std::shared_ptr<const WebPages> pages_;
-    const std::shared_ptr<Guarded<std::shared_ptr<NavDatabase>>> navDatabase_;
+    const std::shared_ptr<Guarded<NavDatabaseInUse>> navDatabase_;
     // depends-on: scriptWorkers_, pairing_, visitors_, recording_, loadedScript_, freedMemory_, navDatabase_
     const std::shared_ptr<ProtocolServer> server_;
     const std::shared_ptr<bool> isStageWatched_ = std::make_shared<bool>(false);

@@ -74,7 +74,7 @@ TEST_F(StatusReporterTest, TellsWhetherAPasswordIsAskedFor) {
 }
 
 TEST_F(StatusReporterTest, TellsWhatTheCompanionDrawsUpon) {
-    const SourcesStatus sources{"rig", 8086, "/x/Output/situations", {}};
+    const SourcesStatus sources{"rig", 8086, "/x/Output/situations", {}, {}, {}};
     const StatusReporter telling(
         host, *backend, clock,
         {"/d", [] { return ""; }, [] { return std::vector<std::string>(); }, [&] { return sources; }});

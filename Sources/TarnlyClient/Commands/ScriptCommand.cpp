@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,11 @@
 #include "TarnlyClient/Output/ReadableText.hpp"
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
+#include "TarnlyCore/NavData/NavFile.hpp"
 #include "TarnlyCore/ScriptCheck/ScriptCheck.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {
@@ -30,10 +33,26 @@ struct ScriptOptions {
 /// More are no help to who loads a script; the check lists all.
 constexpr std::size_t mostWarnings = 20;
 
+/// The one that is named, else the one that a companion on this computer has made, if there is one.
+std::optional<std::string> databaseFor(const ScriptOptions& options) {
+    if (options.navigationDatabase) {
+        auto named = options.navigationDatabase->string();
+        if (const auto problem = problemOfNavDatabase(named)) throw UsageError("--nav-db: " + *problem);
+        return named;
+    }
+    try {
+        auto own = (applicationDataFolder() / ownNavFile).string();
+        if (!problemOfNavDatabase(own)) return own;
+    } catch (const std::runtime_error&) {
+        return std::nullopt; // a person without a home folder
+    }
+    return std::nullopt;
+}
+
 std::vector<ScriptFinding> findingsIn(const std::string& text, const ScriptOptions& options) {
-    if (!options.navigationDatabase) return checkScript(text);
-    const auto path = options.navigationDatabase->string();
-    if (const auto problem = problemOfNavDatabase(path)) throw UsageError("--nav-db: " + *problem);
+    const auto chosen = databaseFor(options);
+    if (!chosen) return checkScript(text);
+    const auto& path = *chosen;
     const SystemClock clock;
     Guarded<std::optional<std::string>> trouble; // told on the database's thread
     const NavDatabase database(
@@ -106,7 +125,8 @@ void addScriptCommand(CLI::App& app, CommandContext& context) {
                                     "Only look for what can never fire; no companion is needed");
     command
         ->add_option("--nav-db", options->navigationDatabase,
-                     "A navigation database in which --check looks for the fixes")
+                     "The navigation database in which --check looks for the fixes; the one that the "
+                     "companion has made when not given")
         ->type_name("FILE")
         ->check(notEmpty())
         ->needs(check);

@@ -147,11 +147,17 @@ Finding judgeSituations(const std::optional<FolderProbe>& folder) {
                          shown(folder->path) + " has " + std::to_string(folder->count) + " saved flights.");
 }
 
-Finding judgeNavDatabase(const std::optional<FolderProbe>& file) {
+Finding judgeNavDatabase(const std::optional<FolderProbe>& file,
+                         const std::optional<SourcesStatus>& sources) {
     constexpr auto step = "navigation database";
+    if (!file && sources && sources->isNavDatabaseInTheMaking) {
+        return Finding::unknown(step, "The companion makes one of the simulator's data just now.",
+                                "Ask again in a minute.");
+    }
     if (!file) {
         return Finding::unknown(step, "The companion has none, so scripts find no fixes.",
-                                "Where scripts name fixes, name one in the settings, or by --nav-db FILE.");
+                                "Where scripts name fixes, make one by tarnly-navdb build -o FILE, and name "
+                                "it in the settings, or by --nav-db FILE.");
     }
     if (!file->isAnswered) return unanswered(step, *file);
     if (!file->failure.empty()) {
@@ -162,7 +168,10 @@ Finding judgeNavDatabase(const std::optional<FolderProbe>& file) {
                               (hasCure ? sentence(file->failure.substr(cut + 2)) + " " : "") +
                                   "The settings name the file, or --nav-db FILE.");
     }
-    return Finding::fine(step, shown(file->path) + " shows no fault.");
+    const bool hasCycle = sources && sources->navCycle;
+    return Finding::fine(step, shown(file->path) +
+                                   (hasCycle ? ", cycle " + printable(*sources->navCycle) + "," : "") +
+                                   " shows no fault.");
 }
 
 Finding judgeDisk(const FolderProbe& folder) {

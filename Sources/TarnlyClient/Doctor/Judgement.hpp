@@ -75,7 +75,8 @@ Finding judgeValues(const ValueProbe& value, bool hasPassword);
 /// Of saved situations.
 Finding judgeSituations(const std::optional<FolderProbe>& folder);
 
-Finding judgeNavDatabase(const std::optional<FolderProbe>& file);
+/// `sources` as the companion tells them.
+Finding judgeNavDatabase(const std::optional<FolderProbe>& file, const std::optional<SourcesStatus>& sources);
 
 /// Of the data folder.
 Finding judgeDisk(const FolderProbe& folder);

@@ -155,8 +155,9 @@ void Rounds::lookAtFiles() {
         using Probed = std::optional<FolderProbe>;
         add(judgeSituations(situations ? Probed(probeFolder(*situations, lookAtSituations, limit))
                                        : Probed()));
-        add(judgeNavDatabase(navDatabase ? Probed(probeFolder(*navDatabase, lookAtDatabase, limit))
-                                         : Probed()));
+        add(judgeNavDatabase(
+            navDatabase ? Probed(probeFolder(*navDatabase, lookAtDatabase, limit)) : Probed(),
+            status_->sources));
     } else {
         add(Finding::unknown("situations", notRunning));
         add(Finding::unknown("navigation database", notRunning));

@@ -130,13 +130,18 @@ struct SourcesStatus {
     /// A folder and a file; absolute paths.
     std::optional<std::string> situations;
     std::optional<std::string> navDatabase;
+    /// Of its data, "2501"; absent where it does not tell.
+    std::optional<std::string> navCycle;
+    /// Absent but while one is made of the simulator's own data.
+    std::optional<bool> isNavDatabaseInTheMaking;
 
     bool operator==(const SourcesStatus&) const = default;
     static constexpr auto fields() {
-        return std::tuple(field("sim_host", &SourcesStatus::simulatorHost),
-                          field("sim_port", &SourcesStatus::simulatorPort),
-                          field("situations", &SourcesStatus::situations),
-                          field("nav_db", &SourcesStatus::navDatabase));
+        return std::tuple(
+            field("sim_host", &SourcesStatus::simulatorHost),
+            field("sim_port", &SourcesStatus::simulatorPort), field("situations", &SourcesStatus::situations),
+            field("nav_db", &SourcesStatus::navDatabase), field("nav_db_cycle", &SourcesStatus::navCycle),
+            field("nav_db_in_the_making", &SourcesStatus::isNavDatabaseInTheMaking));
     }
 };
 

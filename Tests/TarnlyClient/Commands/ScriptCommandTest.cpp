@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,6 +26,31 @@ constexpr auto run = test::runClientOn;
 
 class ScriptCommand : public testing::Test {
   public:
+    ScriptCommand() { ::setenv("XDG_DATA_HOME", folder.path().c_str(), 1); }
+
+    /// A database with the fix RIDGE alone.
+    static void makeDatabase(const std::filesystem::path& database) {
+        sqlite3* connection = nullptr;
+        ASSERT_EQ(sqlite3_open(database.c_str(), &connection), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(connection,
+                               "CREATE TABLE enroute_fixes (fix_id TEXT, lat REAL, lon REAL);"
+                               "INSERT INTO enroute_fixes VALUES ('RIDGE', 47, 8)",
+                               nullptr, nullptr, nullptr),
+                  SQLITE_OK);
+        sqlite3_close(connection);
+    }
+
+    /// With a fix that is in that database, and in the second line one that is not.
+    std::string writeScript() const {
+        return folder
+            .write("fixes.json", R"([{"id":"a","condition_kind":"reaches_fix","action_kind":"",)"
+                                 R"("action":{},"condition":{"fix":"ridge","within_nm":1}},)"
+                                 "\n"
+                                 R"({"id":"b","condition_kind":"reaches_fix","action_kind":"",)"
+                                 R"("action":{},"condition":{"fix":"Xyzzy","within_nm":1}}])")
+            .string();
+    }
+
     const test::TemporaryFolder folder;
     const std::string file =
         folder
@@ -152,29 +179,26 @@ TEST_F(ScriptCommand, ACheckForProgramsPrintsObjects) {
 }
 
 TEST_F(ScriptCommand, ACheckLooksForFixesInADatabase) {
-    const auto script =
-        folder
-            .write("fixes.json", R"([{"id":"a","condition_kind":"reaches_fix","action_kind":"",)"
-                                 R"("action":{},"condition":{"fix":"ridge","within_nm":1}},)"
-                                 "\n"
-                                 R"({"id":"b","condition_kind":"reaches_fix","action_kind":"",)"
-                                 R"("action":{},"condition":{"fix":"Xyzzy","within_nm":1}}])")
-            .string();
+    const auto script = writeScript();
     const auto database = (folder.path() / "nav.db").string();
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(database.c_str(), &connection), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(connection,
-                           "CREATE TABLE enroute_fixes (fix_id TEXT, lat REAL, lon REAL);"
-                           "INSERT INTO enroute_fixes VALUES ('RIDGE', 47, 8)",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    sqlite3_close(connection);
+    makeDatabase(database);
     EXPECT_EQ(check({script}).exitCode, 0);
     const auto outcome = check({script, "--nav-db", database});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.out, StartsWith(script + ":2:"));
     EXPECT_THAT(outcome.out, testing::HasSubstr("has no fix or navaid \"XYZZY\""));
     EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(ScriptCommand, ACheckTakesTheDatabaseThatTheCompanionHasMade) {
+    const auto script = writeScript();
+    std::filesystem::create_directory(folder.path() / "Tarnly");
+    makeDatabase(folder.path() / "Tarnly" / "navigation.db");
+    const auto outcome = check({script});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.out, testing::HasSubstr("has no fix or navaid \"XYZZY\""));
+    folder.write("Tarnly/navigation.db", "no database");
+    EXPECT_EQ(check({script}).exitCode, 0) << "is left alone";
 }
 
 TEST_F(ScriptCommand, ADatabaseThatIsNoneIsWrongUsage) {

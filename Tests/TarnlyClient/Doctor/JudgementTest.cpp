@@ -125,7 +125,11 @@ TEST(Judgement, ValuesNeedAPassword) {
 
 TEST(Judgement, WhatIsNotConfiguredIsNoFault) {
     EXPECT_THAT(judgeSituations({}), isUnknown());
-    EXPECT_THAT(judgeNavDatabase({}), isUnknown());
+    EXPECT_THAT(judgeNavDatabase({}, {}), isUnknown());
+    SourcesStatus sources;
+    sources.isNavDatabaseInTheMaking = true;
+    EXPECT_EQ(judgeNavDatabase({}, sources).text,
+              "The companion makes one of the simulator's data just now.");
 }
 
 TEST(Judgement, FilesAreUsableOrNot) {
@@ -134,16 +138,20 @@ TEST(Judgement, FilesAreUsableOrNot) {
     const FolderProbe hanging{"/x", false, "", 0, 0};
     EXPECT_EQ(judgeSituations(fine).text, "/x has 3 saved flights.");
     EXPECT_THAT(judgeSituations(failing), isAmiss("--situations"));
-    EXPECT_THAT(judgeNavDatabase(fine), isFine());
+    SourcesStatus sources;
+    EXPECT_EQ(judgeNavDatabase(fine, sources).text, "/x shows no fault.");
+    sources.navCycle = "2501";
+    EXPECT_EQ(judgeNavDatabase(fine, sources).text, "/x, cycle 2501, shows no fault.");
+    EXPECT_THAT(judgeNavDatabase(fine, sources), isFine());
     const FolderProbe noDatabase{"/x", true, "/x is a folder; name an SQLite file", 0, 0};
-    EXPECT_THAT(judgeNavDatabase(noDatabase), isAmiss("Name an SQLite file. The settings"));
-    EXPECT_EQ(judgeNavDatabase(noDatabase).text, "/x is a folder.");
+    EXPECT_THAT(judgeNavDatabase(noDatabase, {}), isAmiss("Name an SQLite file. The settings"));
+    EXPECT_EQ(judgeNavDatabase(noDatabase, {}).text, "/x is a folder.");
     EXPECT_THAT(judgeDisk(fine), isFine());
     EXPECT_THAT(judgeDisk(failing), isAmiss("writable"));
     EXPECT_THAT(judgeSettings(fine), isFine());
     EXPECT_THAT(judgeSettings(failing), isAmiss("no password is asked for"));
     EXPECT_THAT(judgeSituations(hanging), isAmiss("mount"));
-    EXPECT_THAT(judgeNavDatabase(hanging), isAmiss("mount"));
+    EXPECT_THAT(judgeNavDatabase(hanging, {}), isAmiss("mount"));
     EXPECT_THAT(judgeDisk(hanging), isAmiss("mount"));
     EXPECT_THAT(judgeSettings(hanging), isAmiss("mount"));
 }

@@ -30,7 +30,7 @@ CompanionStatus wholeStatus() {
     status.published = {"published", "rig42 (2)", {}};
     status.stage = StageStatus::of({Kind::silent, "", now - 7s}, now);
     status.pairing = "password";
-    status.sources = SourcesStatus{"127.0.0.1", 8086, "/x/Output/situations", "/x/nav.db"};
+    status.sources = SourcesStatus{"127.0.0.1", 8086, "/x/Output/situations", "/x/nav.db", "2501", true};
     Visitors visitors(
         [] { return std::chrono::sys_days(std::chrono::year(2026) / 11 / 2) + 3h + 4min + 5s; });
     visitors.note(Visitors::Kind::page, PeerNetwork(boost::asio::ip::make_address("192.0.2.7")));
@@ -53,7 +53,7 @@ constexpr auto wholeStatusJson =
     R"-("stage":{"name":"silent","words":"Simulator: silent for 7 s",)-"
     R"-("advice":"look at the simulator, and restart it if it does not react","silent_for_s":7},)-"
     R"-("pairing":"password","sources":{"sim_host":"127.0.0.1","sim_port":8086,)-"
-    R"-("situations":"\/x\/Output\/situations","nav_db":"\/x\/nav.db"},)-"
+    R"-("situations":"\/x\/Output\/situations","nav_db":"\/x\/nav.db","nav_db_cycle":"2501","nav_db_in_the_making":true},)-"
     R"-("visitors":{"page":{"count":1,"at":"2026-11-02T03:04:05Z","from":"192.0.2.7"},)-"
     R"-("refused":{"count":1,"at":"2026-11-02T03:04:05Z","from":"2001:db8::"}},)-"
     R"-("clients":{"paired":2,"connected":3,"list":[)-"
@@ -97,7 +97,7 @@ TEST(CompanionStatus, EveryKeyIsExplained) {
     status.published->reason = "x";
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
-    EXPECT_EQ(keys.size(), 46U);
+    EXPECT_EQ(keys.size(), 48U);
     const auto page = test::contentOf(std::filesystem::path(TARNLY_DOCS) / "status.md");
     // The table does not list `clients` itself, and what is told of a visit but once.
     std::erase(keys, "clients");
