@@ -73,7 +73,8 @@ export class TrackView {
         this.range = range;
         const inside: Node[] = [];
         for (const one of drawn) {
-            inside.push(svg("path", { class: "whole", d: this.path(one, [-Infinity, Infinity]) }));
+            const isWhole = range[0] <= -one.zero && range[1] >= one.flight.seconds - one.zero;
+            if (!isWhole) inside.push(svg("path", { class: "whole", d: this.path(one, [-Infinity, Infinity]) }));
             inside.push(svg("path", { class: `line flight${one.place}`, d: this.path(one, range) }));
         }
         for (const one of drawn) inside.push(...this.marks(one, isSingle));
@@ -120,7 +121,7 @@ export class TrackView {
         ];
     }
 
-    /** What moves by less than half a pixel is left out. */
+    /** What moves by less than a pixel is left out. */
     private path({ flight, zero }: Drawn, [from, to]: [number, number]): string {
         const { transform } = this.gestures;
         const placed = this.placed.get(flight)!;
@@ -138,7 +139,7 @@ export class TrackView {
             const x = transform.applyX(placed.x[i]);
             const y = transform.applyY(placed.y[i]);
             const isEnd = i + 1 === at.length || breaks[i + 1] === 1;
-            if (!isBroken && !isEnd && Math.abs(x - lastX) + Math.abs(y - lastY) < 0.5) continue;
+            if (!isBroken && !isEnd && Math.abs(x - lastX) + Math.abs(y - lastY) < 1) continue;
             d += isBroken ? `M${px(x)} ${px(y)}h.1` : `L${px(x)} ${px(y)}`;
             isBroken = false;
             [lastX, lastY] = [x, y];

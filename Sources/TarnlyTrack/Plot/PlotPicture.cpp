@@ -15,7 +15,7 @@ namespace {
 
 constexpr double width = 1000;
 constexpr double left = 70;
-constexpr double right = width - 20;
+constexpr double right = width - 40;
 constexpr double trackHeight = 560;
 constexpr double stripHeight = 170;
 constexpr double stripGap = 46;
@@ -314,6 +314,11 @@ std::string plotPicture(const std::vector<PlotFlight>& flights) {
     }
     TrackPanel(flights, y).draw(drawing);
     y += trackHeight + stripGap;
+    const bool hasStandstill =
+        flights.size() == 1 && !(flights.front().gaps.empty() && flights.front().frozen.empty());
+    if (hasStandstill) {
+        drawing.text(right, y - 8, "soft end", "grey: nothing recorded, or the simulator was paused");
+    }
     drawStrip(drawing, flights, 0, "Altitude, indicated, ft", y);
     y += stripHeight + stripGap;
     drawStrip(drawing, flights, 1, "Height above ground, ft", y);
