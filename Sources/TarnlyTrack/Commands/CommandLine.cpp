@@ -15,7 +15,7 @@ constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
 /// In the order of the help.
-constexpr std::array subcommands{addListCommand, addShowCommand, addExportCommand};
+constexpr std::array subcommands{addListCommand, addShowCommand, addExportCommand, addPlotCommand};
 
 std::string describe(const CLI::App& app, const CLI::ParseError& error) {
     const auto strange = app.remaining();

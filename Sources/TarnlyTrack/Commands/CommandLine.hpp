@@ -41,6 +41,7 @@ struct CommandContext {
 
 void addListCommand(CLI::App& app, CommandContext& context);
 void addShowCommand(CLI::App& app, CommandContext& context);
+void addPlotCommand(CLI::App& app, CommandContext& context);
 void addExportCommand(CLI::App& app, CommandContext& context);
 
 } // namespace tarnly::track

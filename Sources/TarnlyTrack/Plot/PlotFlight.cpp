@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <span>
 #include <utility>
 
+#include "TarnlyTrack/Log/GreatCircle.hpp"
 #include "TarnlyTrack/Plot/Thinning.hpp"
 
 namespace tarnly::track {
@@ -16,20 +16,9 @@ constexpr std::size_t mostEngines = 4;
 constexpr double largest = 1e9;
 /// Metres a second. Between two samples that are further apart the aircraft was put elsewhere.
 constexpr double fastest = 2500;
-constexpr double earthRadius = 6'371'009; // metres
 constexpr double metresPerMile = 1852;
 
 using Column = std::vector<double>;
-
-/// Along a great circle, in metres, by the haversine formula (R. W. Sinnott, Sky and Telescope 68, 1984),
-/// which is good for short ways as well.
-double distance(const Position& a, const Position& b) {
-    constexpr double radians = std::numbers::pi / 180;
-    const double north = std::sin((b.lat - a.lat) * radians / 2);
-    const double east = std::sin((b.lon - a.lon) * radians / 2);
-    const double h = north * north + std::cos(a.lat * radians) * std::cos(b.lat * radians) * east * east;
-    return 2 * earthRadius * std::asin(std::min(1.0, std::sqrt(h)));
-}
 
 /// How many samples stand before time begins again.
 std::size_t risingSamples(const FlightLog& log) {
@@ -201,7 +190,7 @@ class Plotter {
             if (known[i] == inNoRun) continue;
             const bool goesOn = i > 0 && known[i - 1] == known[i];
             const double way =
-                goesOn ? distance({lats[i - 1], lons[i - 1]}, {lats[i], lons[i]}) : largest * fastest;
+                goesOn ? greatCircleMeters({lats[i - 1], lons[i - 1]}, {lats[i], lons[i]}) : largest * fastest;
             const bool isFlown = goesOn && way <= fastest * std::max(times_[i] - times_[i - 1], 0.1);
             if (isFlown) metres += way;
             if (!isFlown) ++run;

@@ -105,6 +105,27 @@ TEST_F(TrackCommandLineTest, TheRecordingItselfIsNeverReplaced) {
     EXPECT_EQ(test::contentOf(file), log);
 }
 
+TEST_F(TrackCommandLineTest, PlotsPagesAndPictures) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n");
+    EXPECT_EQ(run({"plot", file, file}), 0);
+    EXPECT_THAT(output, AllOf(StartsWith("<!DOCTYPE html>"), HasSubstr(R"("start":"2026-11-16T01:09:38)")));
+    EXPECT_THAT(errors, HasSubstr("has 1 unreadable line"));
+    const auto target = folder.path() / "flight.svg";
+    EXPECT_EQ(run({"plot", "--svg", file, "-o", target}), 0);
+    EXPECT_THAT(test::contentOf(target), HasSubstr("</svg>"));
+    EXPECT_EQ(output, "");
+}
+
+TEST_F(TrackCommandLineTest, PlotsNoRecordingAwayAndNoMoreThanFit) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    const auto other = folder.write("other.jsonl", log);
+    EXPECT_EQ(run({"plot", other, file, "-o", folder.path() / "." / file.filename()}), 2);
+    EXPECT_THAT(errors, HasSubstr("is a recording to draw"));
+    EXPECT_EQ(test::contentOf(file), log);
+    EXPECT_EQ(run({"plot", file, file, file, file, file, file, file, file, file}), 2);
+    EXPECT_THAT(errors, HasSubstr("at most 8 recordings"));
+}
+
 TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
     EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);
