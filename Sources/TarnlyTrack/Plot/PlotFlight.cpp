@@ -189,8 +189,8 @@ class Plotter {
         for (std::size_t i = 0; i < known.size(); ++i) {
             if (known[i] == inNoRun) continue;
             const bool goesOn = i > 0 && known[i - 1] == known[i];
-            const double way =
-                goesOn ? greatCircleMeters({lats[i - 1], lons[i - 1]}, {lats[i], lons[i]}) : largest * fastest;
+            const double way = goesOn ? greatCircleMeters({lats[i - 1], lons[i - 1]}, {lats[i], lons[i]})
+                                      : largest * fastest;
             const bool isFlown = goesOn && way <= fastest * std::max(times_[i] - times_[i - 1], 0.1);
             if (isFlown) metres += way;
             if (!isFlown) ++run;
