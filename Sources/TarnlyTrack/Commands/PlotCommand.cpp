@@ -31,19 +31,23 @@ std::optional<std::string> startOf(const fs::path& file) {
     return start ? std::optional(isoTime(*start)) : std::nullopt;
 }
 
+/// What of the file is not drawn.
+void tellFaults(const CommandContext& context, const fs::path& file, const FlightLog& log,
+                const PlotFlight& flight) {
+    const auto name = printable(file.filename().string());
+    if (const auto faults = faultsText(log.faults); !faults.empty()) context.remark(name + " has " + faults);
+    if (flight.leftOut == 0) return;
+    context.remark(name + " has two recordings: the second one, of " + std::to_string(flight.leftOut) +
+                   " samples, is not drawn");
+}
+
 std::vector<PlotFlight> flightsOf(const CommandContext& context, const PlotOptions& options) {
     const auto columns = options.isPicture ? pictureColumns : plotColumns(options.files.size());
     std::vector<PlotFlight> flights;
     for (const auto& file : options.files) {
         const auto log = context.read(file);
-        const auto name = printable(file.filename().string());
-        if (const auto faults = faultsText(log.faults); !faults.empty())
-            context.remark(name + " has " + faults);
         flights.push_back(plotFlight(log, file.filename().string(), startOf(file), columns));
-        if (flights.back().leftOut > 0) {
-            context.remark(name + " has two recordings: the second one, of " +
-                           std::to_string(flights.back().leftOut) + " samples, is not drawn");
-        }
+        tellFaults(context, file, log, flights.back());
     }
     return flights;
 }
