@@ -114,8 +114,17 @@ std::vector<std::string> CompanionRuntime::warnings() const {
     std::ranges::copy(settingsStore_.problems(), std::back_inserter(all));
     std::ranges::copy(noticed_.copy(), std::back_inserter(all));
     if (auto problem = navDatabaseProblem_.copy()) all.push_back(std::move(*problem));
+    if (const auto database = navDatabase_.copy().lock())
+        std::ranges::copy(database->warnings(), std::back_inserter(all));
+    if (backend_) std::ranges::copy(backend_->warnings(), std::back_inserter(all));
     if (follower_) std::ranges::copy(follower_->warnings(), std::back_inserter(all));
     return all;
+}
+
+// Who asks has what has been mended meanwhile looked for, and hears of it when asking again.
+std::vector<std::string> CompanionRuntime::presentWarnings() {
+    follower_->lookAgain();
+    return warnings();
 }
 
 void CompanionRuntime::start() {
@@ -145,7 +154,7 @@ void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
         executor, setup.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
-    backend_->onWarning([this](const std::string& text) { notice(text); });
+    backend_->onWarning(remark);
     if (setup.situationsFolder) backend_->setSituationsDirectory(setup.situationsFolder->string());
     host_.emplace(executor, workers_, clock_, backend_, hostConfiguration(setup));
     backend_->onStageChange([this] {
@@ -159,7 +168,8 @@ void CompanionRuntime::build() {
     databases.ownFile = absoluteDataFolder(options_) / ownNavFile;
     follower_.emplace(executor, workers_, clock_, *host_, *backend_, setup, std::move(databases), remark);
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
-                                [this] { return warnings(); }, [this] { return follower_->sources(); }};
+                                [this] { return presentWarnings(); },
+                                [this] { return follower_->sources(); }};
     reporter_.emplace(*host_, *backend_, clock_, std::move(facts));
 }
 
@@ -186,7 +196,9 @@ CompanionHost::Configuration CompanionRuntime::hostConfiguration(const Companion
 }
 
 std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase(const std::filesystem::path& path) {
-    return std::make_shared<NavDatabase>(path.string(), [this](const std::string& text) { notice(text); });
+    auto opened = std::make_shared<NavDatabase>(path.string(), remark);
+    navDatabase_.with([&](auto& present) { present = opened; });
+    return opened;
 }
 
 // From any thread.
@@ -194,6 +206,7 @@ std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabaseOrTell(
     const std::optional<std::filesystem::path>& path) {
     std::optional<std::string> problem;
     std::shared_ptr<NavDatabase> opened;
+    navDatabase_.with([](auto& present) { present.reset(); });
     try {
         if (path) opened = openNavDatabase(*path);
     } catch (const NavDatabaseError& error) {

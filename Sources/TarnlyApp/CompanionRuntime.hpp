@@ -103,6 +103,7 @@ class CompanionRuntime {
     /// Tells a person what has come up, now and in the status. From any thread.
     void notice(const std::string& text);
     std::vector<std::string> warnings() const;
+    std::vector<std::string> presentWarnings();
     void tellUnusualPort();
     void tellStatus();
     void openStatusSocket();
@@ -130,6 +131,8 @@ class CompanionRuntime {
     Guarded<std::vector<std::string>> noticed_;
     /// Of the one that the settings name.
     Guarded<std::optional<std::string>> navDatabaseProblem_;
+    /// The present one, which has warnings of its own.
+    Guarded<std::weak_ptr<NavDatabase>> navDatabase_;
     /// Nobody has chosen one. Constant after the start.
     bool hasUsualPorts_ = false;
 

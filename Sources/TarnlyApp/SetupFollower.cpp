@@ -17,6 +17,9 @@ namespace {
 /// A disk that takes longer than that does not answer.
 constexpr std::chrono::seconds lookLimit{5};
 
+/// Between two looks whether the cause of a warning has gone.
+constexpr std::chrono::seconds lookPause{1};
+
 std::string installerNote() {
     try {
         return simulatorInstallerNote().string();
@@ -105,7 +108,9 @@ Task<> SetupFollower::keepInStep() {
     for (;;) {
         const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
         if (cancellation.cancelled() != boost::asio::cancellation_type::none) co_return;
-        if (wanted_ == present_) {
+        if (std::exchange(isLookWanted_, false)) {
+            co_await lookForSituations();
+        } else if (wanted_ == present_) {
             co_await changed_.wait();
         } else {
             co_await applyOrTell();
@@ -146,18 +151,33 @@ Task<> SetupFollower::apply(CompanionSetup next) {
 /// Also where the disk does not answer, a folder that is named is used: who lists it is told.
 Task<> SetupFollower::findSituations() {
     const auto named = present_.situationsFolder;
-    auto path = named ? named->string() : note_;
-    useSituations(named ? std::optional(path) : std::nullopt);
+    useSituations(named ? std::optional(named->string()) : std::nullopt);
     warnOfSituations(std::nullopt);
+    co_await lookForSituations();
+}
+
+Task<> SetupFollower::lookForSituations() {
+    auto path = present_.situationsFolder ? present_.situationsFolder->string() : note_;
     if (path.empty()) co_return;
     auto look = looks_.at(path);
     const auto seen = co_await withinLimit(clock_, lookLimit, std::move(look));
     if (!seen) {
         warnOfSituations(silentText(path));
-    } else if (seen->folder) {
-        useSituations(seen->folder);
-        if (!seen->exists) warnOfSituations(missingText(*seen->folder));
+        co_return;
     }
+    if (seen->folder) useSituations(seen->folder);
+    const bool isMissing = seen->folder && !seen->exists;
+    warnOfSituations(isMissing ? std::optional(missingText(*seen->folder)) : std::nullopt);
+}
+
+void SetupFollower::lookAgain() {
+    thread_.check();
+    const auto now = clock_.now();
+    const bool isTooSoon = lookedAgainAt_ && now - *lookedAgainAt_ < lookPause;
+    if (isTooSoon || !situationsWarning_.copy()) return;
+    lookedAgainAt_ = now;
+    isLookWanted_ = true;
+    changed_.notifyAll();
 }
 
 void SetupFollower::useSituations(std::optional<std::string> folder) {

@@ -61,6 +61,9 @@ class SetupFollower {
     /// What is not as the present settings want it, in whole sentences. From any thread.
     std::vector<std::string> warnings() const;
 
+    /// Has it looked soon, and once a second at most, whether what it warns of is still so.
+    void lookAgain();
+
   private:
     /// Of a look at the folder that is named, or of the search for one.
     struct Situations {
@@ -75,6 +78,7 @@ class SetupFollower {
     Task<> applyOrTell();
     Task<> apply(CompanionSetup next);
     Task<> findSituations();
+    Task<> lookForSituations();
     void useSituations(std::optional<std::string> folder);
     void warnOfSituations(std::optional<std::string> warning);
 
@@ -97,6 +101,8 @@ class SetupFollower {
     /// As the backend has it.
     std::optional<std::string> situationsInUse_;
     Guarded<std::optional<std::string>> situationsWarning_;
+    bool isLookWanted_ = false;
+    std::optional<Clock::TimePoint> lookedAgainAt_;
     NavDatabaseKeeper navDatabase_;
     // depends-on: workers_, clock_, host_, backend_, changed_, looks_, navDatabase_
     TaskGroup tasks_;

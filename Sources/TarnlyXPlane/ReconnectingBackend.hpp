@@ -57,6 +57,9 @@ class ReconnectingBackend final : public SimBackend {
         withoutLink_->onWarning(std::move(warn));
     }
 
+    /// See `XPlaneBackend`. From any thread.
+    std::vector<std::string> warnings() const { return withoutLink_->warnings(); }
+
     /// The version is that of the simulator that was last there.
     SimInfo simInfo() override;
     std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;

@@ -22,6 +22,16 @@ constexpr std::chrono::seconds settleDelay(2);
 /// After the sample's datarefs have been asked for.
 constexpr auto altitudePatience = datarefPatience;
 
+std::string leftOutText(const std::string& directory, std::size_t count) {
+    return "Saved flights in " + printable(directory) + " whose names are not UTF-8 are left out (" +
+           std::to_string(count) + "); give them other names.";
+}
+
+std::string unreadableText(const std::string& directory, const std::string& why) {
+    return "The saved flights in " + printable(directory) + " cannot be listed: " + printable(why) +
+           ". See that you may read the folder and what is in it, and that its disk is well.";
+}
+
 std::vector<std::int64_t> knownIds(const Catalogue& catalogue, std::span<const std::string_view> names) {
     std::vector<std::int64_t> known;
     for (const auto name : names) {
@@ -207,22 +217,27 @@ bool XPlaneBackend::isProven(std::int64_t link, Clock::TimePoint moment) const {
 }
 
 void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {
-    situationsDirectory_.with([&](std::optional<std::string>& directory) { directory = std::move(path); });
+    situated_.with([&](Situated& present) {
+        if (present.directory == path) return;
+        present = {std::move(path), {}};
+    });
 }
 
+std::vector<std::string> XPlaneBackend::warnings() const { return situated_.copy().warnings; }
+
 Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
-    const auto directory = situationsDirectory_.copy();
+    const auto directory = situated_.copy().directory;
     if (!directory) throw XPlaneBackendError(Case::situationsDirectoryNotConfigured);
     auto listing = listings_.at(*directory);
     SituationList list;
     try {
         list = co_await inTime(std::move(listing));
     } catch (const std::filesystem::filesystem_error& error) {
-        warnOfUnreadable(*directory, error.what());
+        noteListing(*directory, {}, unreadableText(*directory, error.what()));
         throw;
     }
-    warnOfLeftOut(*directory, list.leftOut);
-    warnOfUnreadable(*directory, list.failure);
+    noteListing(*directory, list.leftOut > 0 ? leftOutText(*directory, list.leftOut) : std::string(),
+                list.failure.empty() ? std::string() : unreadableText(*directory, list.failure));
     co_return std::move(list.flights);
 }
 
@@ -233,16 +248,15 @@ Task<Result> XPlaneBackend::inTime(Task<Result> look) {
     co_return std::move(*found);
 }
 
-void XPlaneBackend::warnOfLeftOut(const std::string& directory, std::size_t count) {
-    if (count == 0 || !warn_ || std::exchange(hasWarnedOfLeftOut_, true)) return;
-    warn_("Saved flights in " + printable(directory) + " whose names are not UTF-8 are left out (" +
-          std::to_string(count) + "); give them other names.");
-}
-
-void XPlaneBackend::warnOfUnreadable(const std::string& directory, const std::string& why) {
-    if (why.empty() || !warn_ || std::exchange(hasWarnedOfUnreadable_, true)) return;
-    warn_("The saved flights in " + printable(directory) + " cannot be listed: " + printable(why) +
-          ". See that you may read the folder and what is in it, and that its disk is well.");
+void XPlaneBackend::noteListing(const std::string& directory, std::string leftOut, std::string unreadable) {
+    if (!leftOut.empty() && warn_ && !std::exchange(hasWarnedOfLeftOut_, true)) warn_(leftOut);
+    if (!unreadable.empty() && warn_ && !std::exchange(hasWarnedOfUnreadable_, true)) warn_(unreadable);
+    situated_.with([&](Situated& present) {
+        if (present.directory != directory) return; // by now it is another one
+        present.warnings.clear();
+        for (auto* text : {&leftOut, &unreadable})
+            if (!text->empty()) present.warnings.push_back(std::move(*text));
+    });
 }
 
 Task<> XPlaneBackend::loadFlight(std::string path) {

@@ -88,6 +88,9 @@ class XPlaneBackend final : public SimBackend {
     /// What is worth a person's notice, each thing once. To be set before the first operation.
     void onWarning(std::function<void(const std::string& text)> warn) { warn_ = std::move(warn); }
 
+    /// What was amiss when the saved flights were listed last, in the folder that is in use. From any thread.
+    std::vector<std::string> warnings() const;
+
     SimInfo simInfo() override;
     std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;
 
@@ -126,8 +129,8 @@ class XPlaneBackend final : public SimBackend {
     /// What `look` finds in time.
     template <typename Result>
     Task<Result> inTime(Task<Result> look);
-    void warnOfLeftOut(const std::string& directory, std::size_t count);
-    void warnOfUnreadable(const std::string& directory, const std::string& why);
+    /// Tells each once; empty where all is well.
+    void noteListing(const std::string& directory, std::string leftOut, std::string unreadable);
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
     Task<std::int64_t> commandId(std::string name);
@@ -156,7 +159,11 @@ class XPlaneBackend final : public SimBackend {
     std::function<void()> tellStageChange_;
     /// Until when a sample waits for the altitude; absent before the first.
     std::optional<Clock::TimePoint> altitudeWaitEnd_;
-    Guarded<std::optional<std::string>> situationsDirectory_;
+    struct Situated {
+        std::optional<std::string> directory;
+        std::vector<std::string> warnings;
+    };
+    Guarded<Situated> situated_;
 };
 
 } // namespace tarnly

@@ -274,6 +274,34 @@ TEST_F(CompanionRuntimeTest, ASimulatorWithoutSituationsIsSaidToHaveNone) {
     folder.write(".x-plane/x-plane_install_12.txt", (folder.path() / "X-Plane 12").string() + "/\n");
     start();
     waitForWarning("X-Plane 12/Output/situations, is not there, so none is listed.");
+    std::filesystem::create_directories(folder.path() / "X-Plane 12" / "Output" / "situations");
+    waitForWarning("");
+}
+
+TEST_F(CompanionRuntimeTest, AWarningOfAListingGoesWithItsCause) {
+    const auto situations = folder.path() / "situations";
+    std::filesystem::create_directory(situations);
+    folder.write("situations/b\xFF.sit", "");
+    settings.set(&AppSettings::situationsFolder, situations.string());
+    start();
+    waitUntilAnswered(listing, R"("flights":[)");
+    waitForWarning("whose names are not UTF-8 are left out");
+    std::filesystem::remove(situations / "b\xFF.sit");
+    waitUntilAnswered(listing, R"("flights":[)");
+    waitForWarning("");
+}
+
+TEST_F(CompanionRuntimeTest, AWarningOfANavigationDatabaseGoesWithTheDatabase) {
+    const auto letter = folder.write("letter.txt", std::string(5000, 'x'));
+    settings.set(&AppSettings::navigationDatabase, letter.string());
+    start();
+    waitUntilAnswered(
+        R"({"type":"load_script","params":{"triggers":[{"id":"a","condition_kind":"reaches_fix",)"
+        R"("condition":{"fix":"KLO","within_nm":2},"action_kind":"speak","action":{}}]}})",
+        "unresolved_fixes");
+    waitForWarning("cannot be read");
+    settings.set(&AppSettings::navigationDatabase, std::nullopt);
+    waitForWarning("");
 }
 
 TEST_F(CompanionRuntimeTest, SettingsOfTheSimulatorsFilesCountAtOnce) {

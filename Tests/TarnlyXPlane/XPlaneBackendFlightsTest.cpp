@@ -93,6 +93,10 @@ TEST_F(XPlaneBackendFlightsTest, ANameThatIsNotUtf8IsLeftOutWithOneWarning) {
               std::vector<std::string>{"Saved flights in " + folder.path().string() +
                                        " whose names are not UTF-8 are left out (1); give them other "
                                        "names."});
+    EXPECT_EQ(backend->warnings(), warnings);
+    std::filesystem::remove(folder.path() / "b\xFF.sit");
+    runTask(io, backend->listFlights());
+    EXPECT_TRUE(backend->warnings().empty());
 }
 
 TEST_F(XPlaneBackendFlightsTest, AFolderThatNobodyCanLookIntoIsToldOnce) {
@@ -118,6 +122,9 @@ TEST_F(XPlaneBackendFlightsTest, AListingThatFailsIsToldBesides) {
     EXPECT_THROW(runTask(io, backend->listFlights()), std::filesystem::filesystem_error);
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_NE(warnings[0].find("Not a directory"), std::string::npos) << warnings[0];
+    EXPECT_EQ(backend->warnings(), warnings);
+    backend->setSituationsDirectory(folder.path().string());
+    EXPECT_TRUE(backend->warnings().empty()) << "it is another folder now";
 }
 
 /// Files on a mount that hangs until the test lets it go on.

@@ -3,7 +3,9 @@
 #include <atomic>
 #include <condition_variable>
 #include <exception>
+#include <map>
 #include <mutex>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -45,6 +47,7 @@ class NavDatabase::Room {
         }
         const std::lock_guard lock(mutex_);
         if (!failure) idle_ = std::move(opened);
+        if (!failure) standing_.erase(Fault::unopened);
         openFailure_ = std::move(failure);
         isOpened_ = true;
         changed_.notify_all();
@@ -56,10 +59,11 @@ class NavDatabase::Room {
         if (openFailure_) std::rethrow_exception(openFailure_);
         if (isInTime) return;
         lock.unlock();
-        warn("The navigation database " + printable(path_) + " has not opened within " +
-             std::to_string(limit.count()) +
-             " milliseconds; until it has, its fixes count as not found. Give --nav-db a file on a disk that "
-             "answers, or load the script again later.");
+        warn(Fault::unopened,
+             "The navigation database " + printable(path_) + " has not opened within " +
+                 std::to_string(limit.count()) +
+                 " milliseconds; until it has, its fixes count as not found. Give --nav-db a file on a disk "
+                 "that answers, or load the script again later.");
     }
 
     /// A search's thread.
@@ -103,24 +107,48 @@ class NavDatabase::Room {
     }
 
     void noteLateness() {
-        if (!isOpened() || wasLate_.exchange(true)) return;
-        warn("The navigation database " + printable(path_) +
-             " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; "
-             "give "
-             "--nav-db one with plain tables and indexes, on a disk that answers.");
+        if (!isOpened()) return;
+        warn(
+            Fault::late,
+            "The navigation database " + printable(path_) +
+                " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; "
+                "give --nav-db one with plain tables and indexes, on a disk that answers.");
     }
 
     void noteFailure(const std::string& message) {
-        if (hasFailed_.exchange(true)) return;
-        warn("The navigation database " + printable(path_) + " cannot be read (" + message +
-             "): fixes of a script that were not found may be there. See that --nav-db names the right file "
-             "and "
-             "that its disk is well, then load the script again.");
+        warn(Fault::unreadable,
+             "The navigation database " + printable(path_) + " cannot be read (" + message +
+                 "): fixes of a script that were not found may be there. See that --nav-db names the right "
+                 "file and that its disk is well, then load the script again.");
+    }
+
+    void noteInTime() { forget(Fault::late); }
+    void noteRead() { forget(Fault::unreadable); }
+
+    std::vector<std::string> warnings() {
+        const std::lock_guard lock(mutex_);
+        std::vector<std::string> all;
+        for (const auto& [fault, text] : standing_)
+            all.push_back(text);
+        return all;
     }
 
   private:
-    void warn(const std::string& text) const {
+    enum class Fault { unopened, late, unreadable };
+
+    void warn(Fault fault, const std::string& text) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (fault == Fault::unopened && isOpened_) return; // meanwhile
+            standing_[fault] = text;
+            if (!told_.insert(fault).second) return;
+        }
         if (warn_) warn_(text);
+    }
+
+    void forget(Fault fault) {
+        const std::lock_guard lock(mutex_);
+        standing_.erase(fault);
     }
 
     bool isOpened() {
@@ -160,8 +188,6 @@ class NavDatabase::Room {
 
     const std::string path_;
     const Warn warn_;
-    std::atomic<bool> wasLate_ = false;
-    std::atomic<bool> hasFailed_ = false;
 
     // State below is protected by the mutex
     std::mutex mutex_;
@@ -169,6 +195,8 @@ class NavDatabase::Room {
     bool isOpened_ = false;
     std::exception_ptr openFailure_;
     std::vector<std::unique_ptr<NavConnection>> idle_;
+    std::map<Fault, std::string> standing_;
+    std::set<Fault> told_;
 };
 
 NavDatabase::NavDatabase(const std::string& path, Warn warn, std::chrono::milliseconds limit)
@@ -176,6 +204,8 @@ NavDatabase::NavDatabase(const std::string& path, Warn warn, std::chrono::millis
     startThread([room = room_] { room->open(); }).detach();
     room_->awaitOpening(limit);
 }
+
+std::vector<std::string> NavDatabase::warnings() const { return room_->warnings(); }
 
 NavDatabase::Lookup::Lookup(const NavDatabase& database, const Clock& clock, std::function<bool()> isWanted)
     : room_(database.room_),
@@ -185,6 +215,7 @@ NavDatabase::Lookup::Lookup(const NavDatabase& database, const Clock& clock, std
 
 NavDatabase::Lookup::~Lookup() {
     if (search_) room_->end(*search_);
+    if (hasAnswer_ && !hasEnded_) room_->noteInTime();
 }
 
 std::optional<Coordinate> NavDatabase::Lookup::resolve(const std::string& id) {
@@ -197,7 +228,8 @@ std::optional<Coordinate> NavDatabase::Lookup::resolve(const std::string& id) {
     const auto answer = room_->ask(*search_, upperCased(id), [this] { return mayGoOn(); });
     if (isLate_) room_->noteLateness();
     if (!answer) return std::nullopt;
-    if (!answer->failure.empty()) room_->noteFailure(answer->failure);
+    hasAnswer_ = true;
+    answer->failure.empty() ? room_->noteRead() : room_->noteFailure(answer->failure);
     return answer->found;
 }
 

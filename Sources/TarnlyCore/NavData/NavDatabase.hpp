@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyCore/NavData/NavConnection.hpp"
@@ -28,8 +29,8 @@ class NavDatabase {
     static constexpr Clock::Duration lookupLimit = std::chrono::seconds(2);
     static constexpr std::chrono::milliseconds openLimit{2000};
 
-    /// What is worth a person's notice, each thing once, in whole sentences with the cure; by the threads
-    /// that make and use the database. May be null.
+    /// Told what is worth a person's notice, each thing once, in whole sentences with the cure; by the
+    /// threads that make and use the database. May be null.
     using Warn = std::function<void(const std::string& text)>;
 
     class Lookup;
@@ -43,6 +44,9 @@ class NavDatabase {
 
     NavDatabase(const NavDatabase&) = delete;
     NavDatabase& operator=(const NavDatabase&) = delete;
+
+    /// Of what it has warned, those whose cause has not been seen to be gone.
+    std::vector<std::string> warnings() const;
 
   private:
     class Room;
@@ -77,6 +81,7 @@ class NavDatabase::Lookup {
     const Clock::TimePoint deadline_;
     bool hasEnded_ = false;
     bool isLate_ = false;
+    bool hasAnswer_ = false;
     /// Made with its thread when it is first asked.
     std::shared_ptr<Search> search_;
 };

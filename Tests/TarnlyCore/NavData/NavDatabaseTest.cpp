@@ -238,7 +238,9 @@ TEST_F(EndlessTest, LookupEndsAtItsLimitAndSaysSoOnce) {
 
 TEST_F(EndlessTest, EachLookupHasTheWholeLimit) {
     EXPECT_EQ(findInTime(database, "NOWHERE"), std::nullopt);
+    EXPECT_EQ(database.warnings(), warnings);
     EXPECT_EQ(find(database, "NONE5"), (Coordinate{1, 2}));
+    EXPECT_THAT(database.warnings(), testing::IsEmpty()) << "it was in time now";
 }
 
 TEST_F(EndlessTest, SearchThatNobodyWantsEndsInTheMiddle) {
@@ -376,8 +378,13 @@ TEST_F(NavDatabaseDiskTest, WhatCannotBeReadIsToldOnceAndFoundWhenItCan) {
     disk.looksFail = true;
     EXPECT_EQ(find(database, "KLO"), std::nullopt);
     EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    EXPECT_EQ(database.warnings(), warnings);
     disk.looksFail = false;
     EXPECT_EQ(find(database, "KLO"), (Coordinate{1, 2}));
+    EXPECT_THAT(database.warnings(), testing::IsEmpty());
+    disk.looksFail = true;
+    EXPECT_EQ(find(database, "KLO"), std::nullopt);
+    EXPECT_THAT(database.warnings(), testing::SizeIs(1)) << "it is so again, though it has been told once";
     EXPECT_THAT(warnings, testing::ElementsAre(testing::AllOf(
                               testing::HasSubstr(file.string() + " cannot be read (disk I/O error"),
                               testing::HasSubstr("load the script again"))));
@@ -417,6 +424,7 @@ TEST_F(NavDatabaseDiskTest, NeitherItsMakingNorItsEndWaitsForADiskThatHangs) {
                     testing::ElementsAre(testing::HasSubstr("has not opened within 1 milliseconds")));
         EXPECT_EQ(findInTime(database, "KLO"), std::nullopt);
         EXPECT_EQ(warnings.size(), 1U);
+        EXPECT_EQ(database.warnings(), warnings);
         disk.waitUntilHanging(1);
     }
     disk.recover();
