@@ -49,12 +49,15 @@ void ClientList::showClients(const ClientsStatus& clients) {
 void ClientList::addRow() {
     const auto index = rows_.size();
     Row row{new CaptionLabel, new CaptionLabel, new QPushButton(tr("Disconnect"))};
+    row.button->setAccessibleDescription(tr("Ends its connection; it may come back and pair again."));
     const int line = static_cast<int>(2 * index);
     grid_->addWidget(row.address, line, textColumn, Qt::AlignBottom);
     grid_->addWidget(row.details, line + 1, textColumn, Qt::AlignTop);
     grid_->addWidget(row.button, line, buttonColumn, 2, 1, Qt::AlignVCenter);
+    connect(row.button, &QPushButton::pressed, this,
+            [this, index] { rows_[index].pressedId = rows_[index].id; });
     connect(row.button, &QPushButton::clicked, this,
-            [this, index] { emit disconnectRequested(rows_[index].id); });
+            [this, index] { emit disconnectRequested(rows_[index].pressedId); });
     rows_.push_back(row);
 }
 

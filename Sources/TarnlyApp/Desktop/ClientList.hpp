@@ -37,6 +37,8 @@ class ClientList : public QWidget {
         CaptionLabel* details;
         QPushButton* button;
         std::int64_t id = 0;
+        /// Of the one whose button went down: by the time it comes up, the row may be another's.
+        std::int64_t pressedId = 0;
     };
 
     void addRow();

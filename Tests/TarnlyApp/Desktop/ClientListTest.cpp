@@ -7,6 +7,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTest>
 #include <chrono>
 
 #include "TarnlyApp/Desktop/Widgets.hpp"
@@ -72,6 +73,24 @@ TEST_F(ClientListTest, AButtonAsksForTheClientOfItsRowAsItIsNow) {
     ASSERT_EQ(asked.count(), 2);
     EXPECT_EQ(asked.at(0).at(0).value<std::int64_t>(), 2);
     EXPECT_EQ(asked.at(1).at(0).value<std::int64_t>(), 2);
+}
+
+TEST_F(ClientListTest, WhoseButtonWentDownIsMeantWhoeverIsInTheRowWhenItComesUp) {
+    QSignalSpy asked(&list, &ClientList::disconnectRequested);
+    list.show();
+    show({client(1, "192.168.1.30"), client(2, "192.168.1.31"), client(3, "192.168.1.32")});
+    auto* mouse = buttons().at(0);
+    QTest::mousePress(mouse, Qt::LeftButton);
+    show({client(2, "192.168.1.31"), client(3, "192.168.1.32")});
+    QTest::mouseRelease(mouse, Qt::LeftButton);
+    auto* key = buttons().at(0);
+    QTest::keyPress(key, Qt::Key_Space);
+    show({client(3, "192.168.1.32")});
+    QTest::keyRelease(key, Qt::Key_Space);
+    buttons().at(0)->click();
+    ASSERT_EQ(asked.count(), 3);
+    for (int i = 0; i < asked.count(); ++i)
+        EXPECT_EQ(asked.at(i).at(0).value<std::int64_t>(), i + 1);
 }
 
 TEST_F(ClientListTest, OfACrowdItShowsTheFirstAndHowManyMore) {
