@@ -32,6 +32,7 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options, EndWatch
       memory_(DeskMemory::in(dataFolder_)),
       notices_(clock_, memory_.knownDevices),
       runtime_(companion_.runtime()),
+      memoryKeeper_(dataFolder_, [this](auto work) { runtime_.doAside(std::move(work)); }),
       panel_(runtime_),
       addresses_(runtime_),
       settings_(companion_.settingsStore(), options),
@@ -81,9 +82,7 @@ void DesktopApplication::tellNews() {
 }
 
 /// Beside the windows, which do not wait for a disk.
-void DesktopApplication::remember() {
-    runtime_.doAside([memory = memory_, folder = dataFolder_] { memory.keepIn(folder); });
-}
+void DesktopApplication::remember() { memoryKeeper_.keep(memory_); }
 
 /// The display has gone: the companion does not need it. A client whose connection breaks comes back.
 void DesktopApplication::finishLesson() {

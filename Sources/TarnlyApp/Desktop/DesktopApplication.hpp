@@ -59,6 +59,7 @@ class DesktopApplication : public QObject {
     // depends-on: companion_
     RuntimeModel runtime_;
     // depends-on: runtime_
+    DeskMemoryKeeper memoryKeeper_;
     Panel panel_;
     AddressesWindow addresses_;
     // depends-on: companion_
