@@ -1,5 +1,7 @@
 """Trays over D-Bus, as most desktops have them now: their host comes and goes apart from its watcher."""
 
+import json
+
 import pytest
 from Xlib import X
 from Xlib import display as xdisplay
@@ -80,6 +82,26 @@ def test_a_recording_that_cannot_be_written_is_told_by_one_notification(desktop,
         tarnly.wait_for_text(r"^Recording for (0:(0[2-9]|[1-5]\d)|[1-9])")
         (title, text), = notifier.notices
         assert title == "The recording cannot be written" and "Recordings" in text
+
+
+def test_what_is_told_before_there_is_an_icon_is_told_once_there_is(desktop, programs):
+    home = programs.new_folder()
+    (home / "data" / "Tarnly").mkdir(parents=True)
+    (home / "data" / "Tarnly" / "Recordings").write_text("in the way of the folder")
+    with StatusNotifier(desktop.bus_address, has_host=False) as notifier:
+        tarnly = Tarnly(desktop, programs, "--background", home=home)
+
+        def status():
+            ended = programs.run("tarnly", "--status", "--data-dir", tarnly.data)
+            return json.loads(ended.output) if ended.status == 0 else {}
+
+        client = tarnly.client(wait_until(lambda: status().get("port"), "the port"))
+        client.data("recording_start")
+        wait_until(lambda: (status().get("recording") or {}).get("running_for_s", 0) > 3, "its news at the windows")
+        assert not notifier.items and not notifier.notices
+        notifier.set_host(True)
+        wait_until(lambda: notifier.notices, "the notification")
+        assert [title for title, _ in notifier.notices] == ["The recording cannot be written"]
 
 
 @pytest.fixture

@@ -30,6 +30,10 @@ constexpr auto grabInterval = 250ms;
 /// How long the panel of a first start waits for the icon's place, in looks.
 constexpr auto lookInterval = 100ms;
 constexpr int mostLooks = 20;
+/// A tray places an icon that it takes, which a message may point at.
+constexpr auto settling = 500ms;
+/// Who comes back to a desktop wants to know what is wrong now, not all that was.
+constexpr std::size_t mostHeld = 8;
 
 /// A window under Wayland can be a popup of another one only.
 Qt::WindowFlags panelFlags() {
@@ -92,6 +96,13 @@ void TrayIcon::becomeIcon() {
     icon_->setContextMenu(&menu_);
     connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
     icon_->show();
+    QTimer::singleShot(settling, this, &TrayIcon::tellHeld);
+}
+
+void TrayIcon::tellHeld() {
+    if (!hasIcon()) return;
+    for (const auto& message : std::exchange(held_, {}))
+        tell(message.title, message.text);
 }
 
 // An icon that is set anew is painted anew, or sent to the desktop: only when it is another one.
@@ -128,9 +139,12 @@ void TrayIcon::introduce() {
 void TrayIcon::tell(const QString& title, const QString& text) {
     if (hasIcon()) {
         icon_->showMessage(title, text, icons_.at(static_cast<std::size_t>(look_)));
-    } else {
-        QApplication::alert(&panel_);
+        return;
     }
+    QApplication::alert(&panel_);
+    if (panel_.isVisible() && !panel_.isMinimized()) return;
+    held_.push_back({title, text});
+    if (held_.size() > mostHeld) held_.pop_front();
 }
 
 void TrayIcon::openBesideIcon() { openAt(iconPlace()); }

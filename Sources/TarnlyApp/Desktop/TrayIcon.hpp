@@ -12,6 +12,7 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <array>
+#include <deque>
 #include <memory>
 
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
@@ -37,7 +38,8 @@ class TrayIcon : public QObject {
     /// Opens the panel of a program that is new to the person. A window is there without.
     void introduce();
 
-    /// Says something that nobody has asked for. Where there is no tray the window asks to be looked at.
+    /// Says something that nobody has asked for. Where there is no tray the window asks to be looked at;
+    /// while there is neither, or the window is out of sight, the icon says it when it comes.
     void tell(const QString& title, const QString& text);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -47,6 +49,7 @@ class TrayIcon : public QObject {
     void followTray();
     void becomeIcon();
     void showActivity();
+    void tellHeld();
     void becomeWindow();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     QRect iconPlace() const;
@@ -75,6 +78,12 @@ class TrayIcon : public QObject {
     /// Of the icon, when the panel was opened.
     QRect place_;
     TrayLook look_ = TrayLook::calm;
+    struct Message {
+        QString title;
+        QString text;
+    };
+    /// Until there is an icon to say it; the last ones.
+    std::deque<Message> held_;
     int introductionLooks_ = 0;
 };
 
