@@ -5,6 +5,9 @@ import signal
 import socket
 
 import pytest
+from Xlib import Xatom
+from Xlib import display as xdisplay
+
 from desktop import Desktop, Tarnly
 from desktop.tarnly import ADDRESSES, BUTTON, LABEL, MENU_ITEM, PANEL, SETTINGS
 from dnssd import PrivateDnssd
@@ -59,6 +62,35 @@ def test_a_first_start_in_the_background_opens_nothing(desktop, programs):
     tarnly.open_menu()
     tarnly.screen.key("Escape")
     assert not tarnly.window(PANEL)
+
+
+@pytest.fixture
+def symbol_colour(desktop):
+    """A function that has the tray tell in which colour it paints symbols, as a desktop's panel may."""
+    display = xdisplay.Display(desktop.environment["DISPLAY"])
+    owner = display.get_selection_owner(display.intern_atom("_NET_SYSTEM_TRAY_S0"))
+    told = display.intern_atom("_NET_SYSTEM_TRAY_COLORS")
+
+    def tell(*colour):
+        owner.change_property(told, Xatom.CARDINAL, 32, [part * 0x101 for part in colour] * 4)
+        display.sync()
+
+    yield tell
+    owner.delete_property(told)
+    display.close()
+
+
+def test_a_tray_with_a_colour_for_symbols_gets_an_icon_of_that_colour(tarnly, symbol_colour):
+    blue, green, purple = (0x1F, 0x6F, 0xD0), (0, 0xFF, 0), (0x80, 0, 0x80)
+
+    def colours():
+        return tarnly.screen.picture(tarnly.icon()).colours()
+
+    wait_until(lambda: blue in colours(), "the coloured icon")
+    for colour in (green, purple):  # as when the panel becomes a dark one
+        symbol_colour(*colour)
+        wait_until(lambda: colour in colours(), f"an icon in {colour}")  # noqa: B023
+        assert blue not in colours()
 
 
 def test_a_click_on_the_icon_opens_the_panel_beside_it(tarnly):

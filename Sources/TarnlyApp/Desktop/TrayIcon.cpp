@@ -41,10 +41,12 @@ Qt::WindowFlags panelFlags() {
     return Qt::FramelessWindowHint | (isWayland ? Qt::Tool : Qt::Popup);
 }
 
-std::array<QIcon, 3> iconsByLook() {
-    const auto icon = QApplication::windowIcon();
-    return {withLook(icon, TrayLook::calm), withLook(icon, TrayLook::recording),
-            withLook(icon, TrayLook::trouble)};
+/// The coloured ones, unless the desktop has a colour for symbols.
+std::array<QIcon, 3> iconsByLook(const std::optional<QColor>& symbolColour) {
+    const auto iconOf = [&, icon = QApplication::windowIcon()](TrayLook look) {
+        return symbolColour ? symbolicIcon(look, *symbolColour) : withLook(icon, look);
+    };
+    return {iconOf(TrayLook::calm), iconOf(TrayLook::recording), iconOf(TrayLook::trouble)};
 }
 
 /// A panel that is larger than the screen shows its beginning.
@@ -55,7 +57,8 @@ int within(int start, int length, int screenStart, int screenLength) {
 } // namespace
 
 TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
-    : panel_(panel), runtime_(runtime), icons_(iconsByLook()), windowIsMinimized_(startsInBackground) {
+    : panel_(panel), runtime_(runtime), windowIsMinimized_(startsInBackground) {
+    icons_ = iconsByLook(tray_.symbolColour());
     addActions();
     connect(&runtime_, &RuntimeModel::activityChanged, this, &TrayIcon::showActivity);
     connect(&runtime_, &RuntimeModel::statusChanged, this, &TrayIcon::showActivity);
@@ -63,6 +66,7 @@ TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
     waitingForTray_.setSingleShot(true);
     connect(&waitingForTray_, &QTimer::timeout, this, &TrayIcon::becomeWindow);
     connect(&tray_, &TrayWatch::availabilityChanged, this, &TrayIcon::followTray);
+    connect(&tray_, &TrayWatch::symbolColourChanged, this, &TrayIcon::paintAnew);
     if (tray_.isAvailable()) {
         becomeIcon();
         return;
@@ -97,6 +101,11 @@ void TrayIcon::becomeIcon() {
     connect(icon_.get(), &QSystemTrayIcon::activated, this, &TrayIcon::iconActivated);
     icon_->show();
     QTimer::singleShot(settling, this, &TrayIcon::tellHeld);
+}
+
+void TrayIcon::paintAnew() {
+    icons_ = iconsByLook(tray_.symbolColour());
+    if (hasIcon()) icon_->setIcon(icons_.at(static_cast<std::size_t>(look_)));
 }
 
 void TrayIcon::tellHeld() {

@@ -50,6 +50,7 @@ class TrayIcon : public QObject {
     void becomeIcon();
     void showActivity();
     void tellHeld();
+    void paintAnew();
     void becomeWindow();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     QRect iconPlace() const;
@@ -64,7 +65,7 @@ class TrayIcon : public QObject {
     Panel& panel_;
     RuntimeModel& runtime_;
     /// By `TrayLook`.
-    const std::array<QIcon, 3> icons_;
+    std::array<QIcon, 3> icons_;
     QMenu menu_;
     TrayWatch tray_;
     // depends-on: menu_

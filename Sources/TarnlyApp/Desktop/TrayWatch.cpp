@@ -24,8 +24,11 @@ void TrayWatch::look() {
     const auto kind = presentKind();
     if (decidedKind_ == Kind::none) decidedKind_ = kind;
     if (decidedKind_ == Kind::statusNotifier) timer_.stop(); // the host tells all news
+    auto colour = kind == Kind::xembed ? xembedSymbolColour() : std::nullopt;
+    const bool isOtherColour = colour != std::exchange(symbolColour_, colour);
     const bool wasAvailable = std::exchange(isAvailable_, kind != Kind::none);
     if (isAvailable_ != wasAvailable) emit availabilityChanged();
+    if (isOtherColour) emit symbolColourChanged();
 }
 
 TrayWatch::Kind TrayWatch::presentKind() const {

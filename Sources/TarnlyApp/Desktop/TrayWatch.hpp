@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QColor>
 #include <QObject>
 #include <QTimer>
+#include <optional>
 
 namespace tarnly {
 
@@ -15,8 +17,13 @@ class TrayWatch : public QObject {
 
     bool isAvailable() const { return isAvailable_; }
 
+    /// In which the desktop paints the symbols in its tray, where it says so: dark on a light panel, light on
+    /// a dark one. Then icons of one colour are what it asks for.
+    std::optional<QColor> symbolColour() const { return symbolColour_; }
+
   signals:
     void availabilityChanged();
+    void symbolColourChanged();
 
   private slots:
     void lookForHost();
@@ -37,11 +44,14 @@ class TrayWatch : public QObject {
 
     static bool canHaveXembedTray();
     static bool hasXembedTray();
+    /// That of such a tray.
+    static std::optional<QColor> xembedSymbolColour();
 
     /// Whether there is a status notifier host, as it last told.
     bool hasHost_ = false;
     Kind decidedKind_ = Kind::none;
     bool isAvailable_ = false;
+    std::optional<QColor> symbolColour_;
     QTimer timer_;
 };
 
