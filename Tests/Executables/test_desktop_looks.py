@@ -11,11 +11,11 @@ from pathlib import Path
 import pytest
 from desktop import Desktop, Network, Portal, Rectangle, Tarnly
 from desktop.picture import read_png
-from desktop.tarnly import ADDRESSES, BUTTON, LABEL, LIST_ITEM, MENU_ITEM, PANEL, SETTINGS
+from desktop.tarnly import ADDRESSES, BUTTON, LABEL, LIST_ITEM, MENU_ITEM, PANEL, REACH, SETTINGS
 from dnssd import PrivateDnssd
 from harness import wait_until
 
-CHECK_BOX = "check box"
+CHECK_BOX, COMBO_BOX = "check box", "combo box"
 READABLE = 4.5
 PAINTED = 20.0
 ICONS = Path(__file__).parents[2] / "packaging" / "icons" / "hicolor"
@@ -98,9 +98,8 @@ def wait_for_darkness(tarnly, title, expected=True):
 
 def unreadable(tarnly, view, *roles):
     """The texts that do not stand out from what is behind them."""
-    # What is selected has the colours that the desktop has for that.
     contrasts = [(tarnly.screen.picture(tarnly.area(element)).text_contrast(), element.name)
-                 for element in view.showing(*roles) if not element.is_("selected")]
+                 for element in view.showing(*roles)]
     assert contrasts
     return [(ratio, name) for ratio, name in contrasts if ratio < READABLE]
 
@@ -138,6 +137,11 @@ def test_every_text_is_readable(tarnly, request):
     wait_until(lambda: len(addresses.showing(LIST_ITEM)) == 2, "the addresses")
     expect_readable(tarnly, addresses, LABEL, LIST_ITEM, BUTTON)
     close(tarnly, ADDRESSES)
+    tarnly.press(tarnly.open_menu(), "Test from a phone…", MENU_ITEM)
+    reach = tarnly.focused_view(REACH)
+    tarnly.wait_for_text(r"^Nobody has reached this computer yet\.$", REACH)
+    expect_readable(tarnly, reach, LABEL, BUTTON, COMBO_BOX)
+    close(tarnly, REACH)
     expect_readable(tarnly, tarnly.open_menu(), MENU_ITEM)
 
 
@@ -247,6 +251,21 @@ def test_the_settings_with_a_password(light):
     wait_until(lambda: "Set." in light.texts(SETTINGS), "the caption")
     expect_readable(light, settings, LABEL, CHECK_BOX)
     save(light, "settings", light.window(SETTINGS).area)
+
+
+def test_the_test_from_a_phone_while_it_waits(light):
+    light.press(light.open_panel(), "Test from a phone…")
+    reach = light.view(REACH)
+    light.wait_for_text(r"^Nobody has reached this computer yet\.$", REACH)
+    expect_readable(light, reach, LABEL, BUTTON, COMBO_BOX)
+    save(light, "reach", light.window(REACH).area)
+
+
+def test_a_usual_value_in_an_empty_field_is_readable(tarnly):
+    settings = tarnly.open_settings()
+    port = tarnly.element(settings, "text", "Port")
+    wait_until(lambda: tarnly.screen.picture(tarnly.area(port).shrunk(4)).text_contrast() >= READABLE,
+               "a readable usual port")
 
 
 def test_the_addresses_on_a_network(light):

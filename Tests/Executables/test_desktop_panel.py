@@ -130,6 +130,7 @@ def test_the_panel_tells_what_it_does_and_where_to_go_on(tarnly):
         (LABEL, f"Listening on port {port}, not advertised: no DNS-SD daemon, pairing open."),
         (LABEL, unpublished),
         (BUTTON, "Addresses…"),
+        (BUTTON, "Test from a phone…"),
         (LABEL, simulator),
         (LABEL, "No client is paired."),
         (LABEL, "No recording is running."),
@@ -183,7 +184,8 @@ def test_escape_closes_the_panel(tarnly):
 def test_the_panel_is_usable_by_keyboard(tarnly):
     panel = tarnly.open_panel()
     tarnly.tab_to(panel, "Addresses…")
-    assert [tarnly.tab(panel) for _ in range(4)] == ["Settings…", "Quit Tarnly", "Addresses…", "Settings…"]
+    assert [tarnly.tab(panel) for _ in range(6)] == [
+        "Test from a phone…", "Settings…", "Quit Tarnly", "Addresses…", "Test from a phone…", "Settings…"]
     tarnly.screen.key("Return")
     tarnly.view(SETTINGS)
     tarnly.wait_for_no_window(PANEL)
@@ -199,7 +201,7 @@ def test_a_button_opens_a_window_and_the_panel_goes(tarnly, button, title):
 
 def test_the_context_menu_offers_the_same(tarnly):
     menu = tarnly.open_menu()
-    assert menu.names(MENU_ITEM) == ["Show Tarnly", "Addresses…", "Settings…", "Quit Tarnly"]
+    assert menu.names(MENU_ITEM) == ["Show Tarnly", "Addresses…", "Test from a phone…", "Settings…", "Quit Tarnly"]
     assert tarnly.screen.area.contains(menu.area)
 
 

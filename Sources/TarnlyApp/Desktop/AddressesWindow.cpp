@@ -11,8 +11,9 @@
 #include <chrono>
 
 #include "TarnlyApp/Desktop/QrCodeWidget.hpp"
+#include "TarnlyApp/Desktop/ReadableColours.hpp"
+#include "TarnlyApp/Desktop/ScrollingPart.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
-#include "TarnlyPlatform/Net/NetworkAddresses.hpp"
 
 namespace tarnly {
 namespace {
@@ -24,12 +25,10 @@ constexpr int windowWidth = 340;
 constexpr int shownRows = 4;
 constexpr auto confirmationTime = std::chrono::seconds(2);
 
-QStringList urls(std::optional<std::uint16_t> port) {
+QStringList texts(const std::vector<std::string>& urls) {
     QStringList result;
-    if (!port) return result;
-    for (const auto& address : networkAddresses()) {
-        result += QString::fromStdString(webSocketUrl(address, *port));
-    }
+    for (const auto& url : urls)
+        result += QString::fromStdString(url);
     return result;
 }
 
@@ -58,12 +57,16 @@ AddressesWindow::AddressesWindow(RuntimeModel& runtime)
     list_->setAccessibleName(u"Addresses"_s);
     list_->setFixedHeight(shownRows * list_->fontMetrics().lineSpacing() + 4 * list_->frameWidth());
 
+    auto* all = new QWidget;
+    auto* column = new QVBoxLayout(all);
+    column->addWidget(explanation_);
+    column->addWidget(list_);
+    column->addWidget(copy_, 0, Qt::AlignLeading);
+    column->addWidget(code_, 0, Qt::AlignHCenter);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
-    layout->addWidget(explanation_);
-    layout->addWidget(list_);
-    layout->addWidget(copy_, 0, Qt::AlignLeading);
-    layout->addWidget(code_, 0, Qt::AlignHCenter);
+    layout->addWidget(new ScrollingPart(all, windowTitle()));
+    new ReadableColours(*this);
 
     connect(list_, &QListWidget::currentRowChanged, this, &AddressesWindow::showSelected);
     connect(copy_, &QPushButton::clicked, this, &AddressesWindow::copySelected);
@@ -91,7 +94,7 @@ void AddressesWindow::hideEvent(QHideEvent* event) {
 }
 
 void AddressesWindow::lookUp() {
-    const auto found = urls(runtime_.port());
+    const auto found = texts(runtime_.addresses());
     explanation_->showText(explanation(runtime_.port().has_value(), !found.isEmpty()));
     if (found != textsOf(*list_)) {
         const auto row = std::max<qsizetype>(0, found.indexOf(selected()));

@@ -14,11 +14,13 @@ bool isLight(const QPalette& palette) {
 QPalette darkPalette() {
     const QColor window(0x2a, 0x2a, 0x2e);
     const QColor text(0xee, 0xee, 0xec);
-    const QColor faintText(0x8c, 0x8c, 0x90);
+    const QColor faintText(0xb0, 0xb0, 0xb4);
     QPalette palette(text, QColor(0x3c, 0x3c, 0x42), QColor(0x5a, 0x5a, 0x60), QColor(0x1c, 0x1c, 0x1e),
                      QColor(0x4a, 0x4a, 0x50), text, Qt::white, QColor(0x1e, 0x1e, 0x20), window);
-    palette.setColor(QPalette::Highlight, QColor(0x35, 0x84, 0xe4));
+    palette.setColor(QPalette::Highlight, QColor(0x20, 0x60, 0xb0));
     palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x78, 0xae, 0xed));
+    palette.setColor(QPalette::LinkVisited, QColor(0xc8, 0xa2, 0xe8));
     palette.setColor(QPalette::PlaceholderText, faintText);
     palette.setColor(QPalette::ToolTipBase, window);
     palette.setColor(QPalette::ToolTipText, text);

@@ -35,10 +35,12 @@ DesktopApplication::DesktopApplication(const CompanionOptions& options, EndWatch
       memoryKeeper_(dataFolder_, [this](auto work) { runtime_.doAside(std::move(work)); }),
       panel_(runtime_),
       addresses_(runtime_),
+      reach_(runtime_),
       settings_(companion_.settingsStore(), options),
       trayIcon_(panel_, runtime_, options.startsInBackground),
       displayLoss_([this] { finishLesson(); }) {
     connect(&panel_, &Panel::addressesRequested, this, [this] { bringUp(addresses_); });
+    connect(&panel_, &Panel::reachTestRequested, this, [this] { bringUp(reach_); });
     connect(&panel_, &Panel::settingsRequested, this, [this] { bringUp(settings_); });
     connect(&panel_, &Panel::pageRequested, this, [](const QUrl& page) { QDesktopServices::openUrl(page); });
     connect(&runtime_, &RuntimeModel::activityChanged, this, &DesktopApplication::tellNews);

@@ -11,6 +11,7 @@
 #include "TarnlyApp/Desktop/DisplayLoss.hpp"
 #include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
+#include "TarnlyApp/Desktop/ReachWindow.hpp"
 #include "TarnlyApp/Desktop/RuntimeModel.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
 #include "TarnlyApp/Desktop/TrayIcon.hpp"
@@ -62,6 +63,7 @@ class DesktopApplication : public QObject {
     DeskMemoryKeeper memoryKeeper_;
     Panel panel_;
     AddressesWindow addresses_;
+    ReachWindow reach_;
     // depends-on: companion_
     SettingsWindow settings_;
     // depends-on: panel_

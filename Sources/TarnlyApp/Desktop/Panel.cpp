@@ -15,6 +15,8 @@
 
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/ClientList.hpp"
+#include "TarnlyApp/Desktop/ReadableColours.hpp"
+#include "TarnlyApp/Desktop/ScrollingPart.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -63,6 +65,7 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
       status_(new CaptionLabel),
       publication_(new CaptionLabel),
       addresses_(new QPushButton(tr("Addresses…"))),
+      reach_(new QPushButton(tr("Test from a phone…"))),
       simulator_(new CaptionLabel),
       clients_(new CaptionLabel),
       list_(new ClientList),
@@ -75,18 +78,27 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
     auto* quit = new QPushButton(tr("Quit Tarnly"));
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
-    alignWidths({addresses_, settings, quit});
+    addresses_->setAccessibleDescription(tr("Shows what to enter where a client does not find Tarnly."));
+    reach_->setAccessibleDescription(tr("Finds out whether a phone or tablet gets to this computer."));
+    settings->setAccessibleDescription(tr("Opens the settings."));
+    quit->setAccessibleDescription(tr("Clients lose their connection, and a recording ends."));
+    troubleshooting_->setAccessibleDescription(tr("Opens the page that says what to do about each trouble."));
+    alignWidths({addresses_, reach_, settings, quit});
     alignWidths({troubleshooting_});
+
+    auto* answers = new QWidget;
+    auto* column = new QVBoxLayout(answers);
+    column->addWidget(warnings_);
+    column->addWidget(question(tr("Can clients find it?"), {status_, publication_, addresses_, reach_}));
+    column->addWidget(question(tr("Is the simulator there?"), {simulator_}));
+    column->addWidget(question(tr("Who is connected?"), {clients_, list_}));
+    column->addWidget(question(tr("Is it recording?"), {recording_, samples_}));
+    column->addWidget(troubleshooting_, 0, Qt::AlignLeading);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
     layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
-    layout->addWidget(warnings_);
-    layout->addWidget(question(tr("Can clients find it?"), {status_, publication_, addresses_}));
-    layout->addWidget(question(tr("Is the simulator there?"), {simulator_}));
-    layout->addWidget(question(tr("Who is connected?"), {clients_, list_}));
-    layout->addWidget(question(tr("Is it recording?"), {recording_, samples_}));
-    layout->addWidget(troubleshooting_, 0, Qt::AlignLeading);
+    layout->addWidget(new ScrollingPart(answers, tr("How it stands")));
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(settings);
     buttons->addStretch();
@@ -94,30 +106,32 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
     layout->addLayout(buttons);
 
     connect(addresses_, &QPushButton::clicked, this, &Panel::addressesRequested);
+    connect(reach_, &QPushButton::clicked, this, &Panel::reachTestRequested);
     connect(settings, &QPushButton::clicked, this, &Panel::settingsRequested);
     connect(quit, &QPushButton::clicked, this, &Panel::quitRequested);
     connect(troubleshooting_, &QPushButton::clicked, this, [this] {
         emit pageRequested(QUrl::fromLocalFile(QString::fromStdString(troubleshootingPage_->string())));
     });
-    for (auto* button : {addresses_, settings, troubleshooting_}) {
+    for (auto* button : {addresses_, reach_, settings, troubleshooting_}) {
         connect(button, &QPushButton::clicked, this, &Panel::hideIfPopup);
     }
     connect(list_, &ClientList::disconnectRequested, &runtime_, &RuntimeModel::disconnectClient);
     connect(&runtime_, &RuntimeModel::statusChanged, this, &Panel::showStatus);
     connect(&runtime_, &RuntimeModel::activityChanged, this, &Panel::showIfSeen);
+    new ReadableColours(*this);
     showStatus();
     showActivity();
 }
 
 void Panel::showEvent(QShowEvent* event) {
     if (!isMinimized()) showActivity(); // the desktop style is known only now
-    runtime_.watchActivity();
+    runtime_.watchActivity(this);
     addresses_->setFocus(Qt::PopupFocusReason); // where a screen reader begins
     QWidget::showEvent(event);
 }
 
 void Panel::hideEvent(QHideEvent* event) {
-    runtime_.unwatchActivity();
+    runtime_.unwatchActivity(this);
     QWidget::hideEvent(event);
 }
 

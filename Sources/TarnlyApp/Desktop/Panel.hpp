@@ -32,6 +32,7 @@ class Panel : public QWidget {
 
   signals:
     void addressesRequested();
+    void reachTestRequested();
     void settingsRequested();
     void quitRequested();
     void pageRequested(const QUrl& page);
@@ -57,6 +58,7 @@ class Panel : public QWidget {
     CaptionLabel* const status_;
     CaptionLabel* const publication_;
     QPushButton* const addresses_;
+    QPushButton* const reach_;
     CaptionLabel* const simulator_;
     CaptionLabel* const clients_;
     ClientList* const list_;

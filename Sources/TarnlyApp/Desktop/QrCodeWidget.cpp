@@ -1,5 +1,7 @@
 #include "TarnlyApp/Desktop/QrCodeWidget.hpp"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QPainter>
 #include <algorithm>
 
@@ -18,13 +20,23 @@ void paintModules(QPainter& painter, const QrCode& code) {
     }
 }
 
+/// A picture, to assistive technology.
+QAccessibleInterface* accessibleCode(const QString& /*className*/, QObject* object) {
+    auto* widget = qobject_cast<QrCodeWidget*>(object);
+    return widget == nullptr ? nullptr : new QAccessibleWidget(widget, QAccessible::Graphic);
+}
+
 } // namespace
 
-QrCodeWidget::QrCodeWidget() { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
+QrCodeWidget::QrCodeWidget() {
+    [[maybe_unused]] static const bool isInstalled = (QAccessible::installFactory(accessibleCode), true);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setAccessibleDescription(tr("For the camera of the device that is to connect."));
+}
 
 void QrCodeWidget::showCode(const std::string& text) {
     code_ = QrCode::of(text);
-    setAccessibleName(code_ ? u"QR code of "_s + QString::fromStdString(text) : QString());
+    setAccessibleName(code_ ? tr("QR code of %1").arg(QString::fromStdString(text)) : QString());
     update();
 }
 

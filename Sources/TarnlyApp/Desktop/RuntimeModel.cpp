@@ -3,6 +3,8 @@
 #include <QMetaObject>
 #include <chrono>
 
+#include "TarnlyPlatform/Net/NetworkAddresses.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -25,17 +27,26 @@ RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
     connect(&timer_, &QTimer::timeout, this, &RuntimeModel::askActivity);
 }
 
-void RuntimeModel::watchActivity() {
+std::vector<std::string> RuntimeModel::addresses() const {
+    std::vector<std::string> all;
+    const auto listening = port();
+    if (!listening) return all;
+    for (const auto& address : networkAddresses())
+        all.push_back(webSocketUrl(address, *listening));
+    return all;
+}
+
+void RuntimeModel::watchActivity(const QObject* watcher) {
     thread_.check();
-    isWatched_ = true;
+    watchers_.insert(watcher);
     runtime_.setStatusShown(true);
     askActivity();
     followTime();
 }
 
-void RuntimeModel::unwatchActivity() {
+void RuntimeModel::unwatchActivity(const QObject* watcher) {
     thread_.check();
-    isWatched_ = false;
+    if (watchers_.erase(watcher) == 0 || !watchers_.empty()) return;
     runtime_.setStatusShown(false);
     followTime();
 }
@@ -43,7 +54,7 @@ void RuntimeModel::unwatchActivity() {
 /// A simulator that is silent is so for longer every second, and the tray icon tells it.
 void RuntimeModel::followTime() {
     const bool isSilent = activity_.stage && activity_.stage->silentSeconds;
-    const bool isNeeded = isWatched_ || isSilent;
+    const bool isNeeded = !watchers_.empty() || isSilent;
     if (isNeeded == timer_.isActive()) return;
     isNeeded ? timer_.start() : timer_.stop();
 }
@@ -66,9 +77,17 @@ void RuntimeModel::askActivity() {
     thread_.check();
     later_.stop();
     sinceAsked_.start();
-    runtime_.askStatus([this](const CompanionStatus& activity) {
-        QMetaObject::invokeMethod(
-            this, [this, activity] { takeActivity(activity); }, Qt::QueuedConnection);
+    askAfresh([](const CompanionStatus&) {});
+}
+
+void RuntimeModel::askAfresh(std::function<void(const CompanionStatus& status)> take) {
+    thread_.check();
+    runtime_.askStatus([this, take = std::move(take)](const CompanionStatus& status) {
+        const auto bring = [this, take, status] {
+            takeActivity(status);
+            take(status);
+        };
+        QMetaObject::invokeMethod(this, bring, Qt::QueuedConnection);
     });
 }
 

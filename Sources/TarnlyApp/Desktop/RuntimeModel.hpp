@@ -7,7 +7,10 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "TarnlyApp/CompanionRuntime.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
@@ -27,14 +30,22 @@ class RuntimeModel : public QObject {
     QString statusText() const { return QString::fromStdString(runtime_.statusText()); }
     std::optional<std::uint16_t> port() const { return runtime_.port(); }
 
+    /// As clients enter them, while it listens: "ws://192.168.1.20:41234". Asks the system.
+    std::vector<std::string> addresses() const;
+
     /// How the companion stands. What changes from second to second is as it was a second ago at most, while
     /// someone watches; the simulator's stage always, and who has come, and whether a recording runs. It
     /// changes once a second at most.
     const CompanionStatus& activity() const { return activity_; }
 
-    /// The activity is asked for again and again only while it is shown to somebody.
-    void watchActivity();
-    void unwatchActivity();
+    /// The activity is asked for again and again only while some watcher shows it to somebody. Harmless when
+    /// repeated.
+    void watchActivity(const QObject* watcher);
+    void unwatchActivity(const QObject* watcher);
+
+    /// Has `take` called on the main thread with how it stands from now on, unless the companion does not
+    /// run.
+    void askAfresh(std::function<void(const CompanionStatus& status)> take);
 
     /// Ends the connection of a client, by its id; the activity tells when it has gone.
     void disconnectClient(std::int64_t id);
@@ -58,7 +69,7 @@ class RuntimeModel : public QObject {
     OnOneThread thread_;
     CompanionRuntime& runtime_;
     CompanionStatus activity_;
-    bool isWatched_ = false;
+    std::set<const QObject*> watchers_;
     QTimer timer_;
     QElapsedTimer sinceAsked_;
     /// For what has come up within a second of the last question.

@@ -8,6 +8,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "TarnlyApp/Desktop/ReadableColours.hpp"
+#include "TarnlyApp/Desktop/ScrollingPart.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 #include "TarnlyApp/SettingRules.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
@@ -50,9 +52,13 @@ std::vector<std::string> wordsOf(const std::string& text) {
 SettingsWindow::SettingsWindow(SettingsStore& store, const CompanionOptions& options)
     : store_(store), caption_(new CaptionLabel) {
     setWindowTitle(u"Tarnly Settings"_s);
+    auto* all = new QWidget;
+    groups_ = new QVBoxLayout(all);
+    groups_->setSpacing(betweenParts);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding, padding);
-    layout->setSpacing(betweenParts);
+    layout->addWidget(new ScrollingPart(all, tr("Settings")));
+    new ReadableColours(*this);
     addPairing();
     addNetwork(options);
     addSimulator(options);
@@ -66,13 +72,12 @@ SettingsWindow::SettingsWindow(SettingsStore& store, const CompanionOptions& opt
 SettingsWindow::~SettingsWindow() { commit(); }
 
 QFormLayout* SettingsWindow::addGroup(const QString& title) {
-    auto* all = static_cast<QVBoxLayout*>(layout());
-    if (all->count() > 0) all->addSpacing(betweenSections);
-    all->addWidget(new HeadlineLabel(title));
+    if (groups_->count() > 0) groups_->addSpacing(betweenSections);
+    groups_->addWidget(new HeadlineLabel(title));
     auto* form = new QFormLayout;
     form->setVerticalSpacing(betweenRows);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    all->addLayout(form);
+    groups_->addLayout(form);
     return form;
 }
 

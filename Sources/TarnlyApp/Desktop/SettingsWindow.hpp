@@ -11,6 +11,8 @@
 #include "TarnlyApp/Desktop/SettingField.hpp"
 #include "TarnlyApp/Settings.hpp"
 
+class QVBoxLayout;
+
 namespace tarnly {
 
 class CaptionLabel;
@@ -51,7 +53,9 @@ class SettingsWindow : public QWidget {
     void showWhetherPasswordIsSet();
 
     SettingsStore& store_;
-    CaptionLabel* const caption_; // owned by this widget, as Qt does it
+    // Owned by this widget, as Qt does it
+    CaptionLabel* const caption_;
+    QVBoxLayout* groups_ = nullptr;
     std::vector<SettingField*> fields_;
 };
 

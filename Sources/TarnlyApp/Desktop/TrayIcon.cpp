@@ -12,6 +12,7 @@
 #include <chrono>
 #include <utility>
 
+#include "TarnlyApp/Desktop/ReadableColours.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
 
 namespace tarnly {
@@ -60,6 +61,7 @@ TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
     : panel_(panel), runtime_(runtime), windowIsMinimized_(startsInBackground) {
     icons_ = iconsByLook(tray_.symbolColour());
     addActions();
+    new ReadableColours(menu_);
     connect(&runtime_, &RuntimeModel::activityChanged, this, &TrayIcon::showActivity);
     connect(&runtime_, &RuntimeModel::statusChanged, this, &TrayIcon::showActivity);
     panel_.installEventFilter(this);
@@ -77,6 +79,7 @@ TrayIcon::TrayIcon(Panel& panel, RuntimeModel& runtime, bool startsInBackground)
 void TrayIcon::addActions() {
     menu_.addAction(tr("Show Tarnly"), this, &TrayIcon::showPanel);
     menu_.addAction(tr("Addresses…"), &panel_, &Panel::addressesRequested);
+    menu_.addAction(tr("Test from a phone…"), &panel_, &Panel::reachTestRequested);
     menu_.addSeparator();
     menu_.addAction(tr("Settings…"), &panel_, &Panel::settingsRequested);
     menu_.addAction(tr("Quit Tarnly"), &panel_, &Panel::quitRequested);
@@ -222,6 +225,7 @@ void TrayIcon::askWhetherToQuit() {
                                 &panel_);
     question_->setInformativeText(tr("Clients lose their connection, and a recording ends."));
     question_->setAttribute(Qt::WA_DeleteOnClose);
+    new ReadableColours(*question_);
     auto* quit = question_->addButton(tr("Quit Tarnly"), QMessageBox::DestructiveRole);
     auto* minimize = question_->addButton(tr("Minimize"), QMessageBox::AcceptRole);
     question_->addButton(QMessageBox::Cancel);

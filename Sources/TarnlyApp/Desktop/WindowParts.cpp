@@ -4,6 +4,13 @@
 #include <QGuiApplication>
 #include <QLayout>
 #include <QPalette>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
+#include <algorithm>
+#include <cmath>
+
+#include "TarnlyApp/Desktop/ReadableColours.hpp"
 
 namespace tarnly {
 namespace {
@@ -17,6 +24,37 @@ constexpr float textShare = 0.7F;
 constexpr qsizetype longestWord = 24;
 
 float mixed(float text, float window) { return textShare * text + (1 - textShare) * window; }
+
+/// Layouts hear of a changed text a moment later, and those around a scrolled part not at all.
+void forgetSizes(QLayout& layout) {
+    for (int i = 0; i < layout.count(); ++i) {
+        auto* item = layout.itemAt(i);
+        auto* widget = item->widget();
+        const auto* scrolled = qobject_cast<QScrollArea*>(widget);
+        auto* inner = scrolled != nullptr ? scrolled->widget()->layout()
+                      : widget != nullptr ? widget->layout()
+                                          : item->layout();
+        if (inner != nullptr) forgetSizes(*inner);
+        if (widget != nullptr) widget->updateGeometry();
+    }
+    layout.invalidate();
+}
+
+/// Before a window is on the screen nobody knows its frame.
+constexpr int usualFrameHeight = 40;
+
+int frameHeight(const QWidget& window) {
+    if (window.windowType() != Qt::Window || window.windowFlags().testFlag(Qt::FramelessWindowHint)) return 0;
+    const int known = window.frameGeometry().height() - window.height();
+    return known > 0 ? known : usualFrameHeight;
+}
+
+/// What the desktop leaves to windows. Of a screen that is enlarged by one and a half, say, Qt rounds it up.
+int screenHeight(const QWidget& window) {
+    const double dots = window.devicePixelRatioF();
+    const int rounding = dots == std::floor(dots) ? 0 : 1;
+    return window.screen()->availableGeometry().height() - rounding;
+}
 
 /// Lets the lines of a long word, such as a host name, be broken between any two letters.
 QString breakable(const QString& text) {
@@ -38,8 +76,10 @@ QString breakable(const QString& text) {
 QColor secondaryColour(const QPalette& palette) {
     const auto text = palette.color(QPalette::WindowText);
     const auto window = palette.color(QPalette::Window);
-    return QColor::fromRgbF(mixed(text.redF(), window.redF()), mixed(text.greenF(), window.greenF()),
-                            mixed(text.blueF(), window.blueF()));
+    const auto between =
+        QColor::fromRgbF(mixed(text.redF(), window.redF()), mixed(text.greenF(), window.greenF()),
+                         mixed(text.blueF(), window.blueF()));
+    return readableOn(window, between);
 }
 
 HeadlineLabel::HeadlineLabel(const QString& text) : QLabel(text) {
@@ -76,10 +116,16 @@ void CaptionLabel::adoptColour() {
     setPalette(own);
 }
 
+int contentHeight(const QLayout& layout, int width) {
+    return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width) : layout.totalSizeHint().height();
+}
+
 void fitContent(QWidget& window, int width) {
-    const auto* layout = window.layout();
-    window.setFixedSize(width, layout->hasHeightForWidth() ? layout->totalHeightForWidth(width)
-                                                           : layout->totalSizeHint().height());
+    forgetSizes(*window.layout());
+    const int wanted = contentHeight(*window.layout(), width);
+    const int available = screenHeight(window) - frameHeight(window);
+    const int scrollBar = wanted > available ? window.style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
+    window.setFixedSize(width + scrollBar, std::min(wanted, available));
 }
 
 void bringUp(QWidget& window) {

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QWidget>
 
+class QLayout;
+
 namespace tarnly {
 
 /// The title of a panel or of a section.
@@ -35,8 +37,12 @@ class CaptionLabel : public QLabel {
 /// Between the colours of text and window: readable, and less prominent than text.
 QColor secondaryColour(const QPalette& palette);
 
-/// Gives a window this width and the height that its content takes then. Needed anew when the content, or the
-/// style, has changed.
+/// What a layout's content takes, whose lines are broken at this width.
+int contentHeight(const QLayout& layout, int width);
+
+/// Gives a window this width and the height that its content takes then, or what the screen has; of a window
+/// that is larger than that a `ScrollingPart` gives way, and gets room for its scroll bar. Needed anew when
+/// the content, or the style, has changed.
 void fitContent(QWidget& window, int width);
 
 /// Shows a window before all others, also when it was minimized.

@@ -49,6 +49,16 @@ ReachFinding ReachTest::neverArrived(const CompanionStatus& now) {
                 "isolation\", keeps its devices apart; use another one, or switch that off in the router."};
 }
 
+std::string ReachTest::instruction() { return "Open this address on the device, or scan it:"; }
+
+ReachFinding ReachTest::withoutAddress(bool isListening) {
+    if (!isListening)
+        return {Outcome::nobodyYet, "Tarnly is not listening.",
+                "The panel says why; mend that, and start Tarnly again."};
+    return {Outcome::nobodyYet, "This computer has no address in a network.",
+            "Connect it to the one that the device is in."};
+}
+
 std::vector<std::string> ReachTest::pages(const CompanionStatus& now) {
     std::vector<std::string> pages;
     for (const auto& address : now.addresses) {

@@ -30,6 +30,12 @@ class ReachTest {
     /// The last word, when the time is over and nobody has come.
     static ReachFinding neverArrived(const CompanionStatus& now);
 
+    /// Before the pages: what to do with them.
+    static std::string instruction();
+
+    /// There is no page: what a device could open is missing. `isListening` tells of the companion.
+    static ReachFinding withoutAddress(bool isListening);
+
     /// What a device is to open, the likelier ones first: "http://192.168.1.20:41234/".
     static std::vector<std::string> pages(const CompanionStatus& now);
 

@@ -7,7 +7,7 @@ from desktop.geometry import Rectangle
 from gi.repository import GLib
 from harness import executable, reserved_port, wait_until
 
-PANEL, SETTINGS, ADDRESSES = "Tarnly", "Tarnly Settings", "Tarnly Addresses"
+PANEL, SETTINGS, ADDRESSES, REACH = "Tarnly", "Tarnly Settings", "Tarnly Addresses", "Tarnly Test from a Phone"
 # Sooner after the panel's end, a click on the icon counts as the one that ended it.
 SAME_CLICK = 0.4
 BUTTON, LABEL, MENU, MENU_ITEM = "push button", "label", "popup menu", "menu item"
@@ -114,7 +114,7 @@ class Tarnly:
 
     def area(self, element):
         """Where it is on the screen: programs tell it before the enlargement."""
-        return Rectangle(*(self.scale * number for number in element.area))
+        return Rectangle(*(round(self.scale * number) for number in element.area))
 
     def texts(self, name=PANEL):
         """The captions of a window, from top to bottom; none while it is not there."""

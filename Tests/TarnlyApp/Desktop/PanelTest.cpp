@@ -47,8 +47,8 @@ TEST_F(PanelTest, HasItsTextsInTheirOrder) {
     EXPECT_EQ(panel.layout()->contentsMargins(), QMargins(12, 12, 12, 12));
     EXPECT_EQ(panel.windowTitle(), "Tarnly");
     EXPECT_THAT(test::textsFromTop(panel),
-                ElementsAre("Tarnly", "Starting…", "Addresses…", "Not known yet.", "No client is paired.",
-                            "No recording is running.", "Settings…", "Quit Tarnly"));
+                ElementsAre("Tarnly", "Starting…", "Addresses…", "Test from a phone…", "Not known yet.",
+                            "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"));
 }
 
 TEST_F(PanelTest, AnswersFourQuestions) {
@@ -61,10 +61,13 @@ TEST_F(PanelTest, AnswersFourQuestions) {
 
 TEST_F(PanelTest, ItsButtonsAskForWhatTheySay) {
     QSignalSpy addresses(&panel, &Panel::addressesRequested);
+    QSignalSpy reachTest(&panel, &Panel::reachTestRequested);
     QSignalSpy settings(&panel, &Panel::settingsRequested);
     QSignalSpy quit(&panel, &Panel::quitRequested);
     button("Addresses…")->click();
     EXPECT_EQ(addresses.count(), 1);
+    button("Test from a phone…")->click();
+    EXPECT_EQ(reachTest.count(), 1);
     button("Settings…")->click();
     EXPECT_EQ(settings.count(), 1);
     button("Quit Tarnly")->click();
@@ -126,7 +129,7 @@ TEST_F(PanelTest, AFailedStartIsShownInFull) {
 }
 
 TEST_F(PanelTest, WhatIsNotAsItShouldBeStandsAboveAllElse) {
-    EXPECT_EQ(test::textsFromTop(panel).size(), 8U);
+    EXPECT_EQ(test::textsFromTop(panel).size(), 9U);
     SettingsStore unreadable{folder.write("settings.json", "garbled"), nullptr};
     CompanionOptions options;
     options.dataFolder = folder.path();

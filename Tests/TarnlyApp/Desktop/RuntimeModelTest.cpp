@@ -60,8 +60,8 @@ TEST_F(RuntimeModelTest, ThePanelSaysTheStagesWords) {
     const auto words = stageSentences(*model.activity().stage);
     EXPECT_THAT(
         test::textsFromTop(panel),
-        testing::ElementsAre("Tarnly", runtime.statusText(), "Addresses…", words, "No client is paired.",
-                             "No recording is running.", "Settings…", "Quit Tarnly"));
+        testing::ElementsAre("Tarnly", runtime.statusText(), "Addresses…", "Test from a phone…", words,
+                             "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"));
     EXPECT_THAT(panel.accessibleDescription().toStdString(), testing::HasSubstr(words));
 }
 
