@@ -3,10 +3,12 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPen>
+#include <QPointF>
 #include <QPolygonF>
 #include <QRectF>
 #include <QTransform>
 #include <algorithm>
+#include <ranges>
 
 namespace tarnly {
 namespace {
@@ -85,20 +87,19 @@ void paint(QPixmap& picture, const QPainterPath& body, const QPainterPath& sign,
 
 /// That of the coloured icon, with its nose to the north-east; around the origin.
 QPainterPath aircraft() {
-    QPainterPath half;
-    half.moveTo(0, -26.5);
-    half.cubicTo(3.2, -26.5, 4.4, -21.5, 4.4, -18);
-    half.lineTo(4.4, -9);
-    half.lineTo(24, 3.5);
-    half.lineTo(24, 9.5);
-    half.lineTo(4.4, 4.5);
-    half.lineTo(4.4, 14);
-    half.lineTo(10.5, 18.5);
-    half.lineTo(10.5, 23);
-    half.lineTo(0, 20.5);
-    half.closeSubpath();
-    const auto whole = half.united(QTransform::fromScale(-1, 1).map(half));
-    return QTransform().rotate(45).map(whole);
+    QPainterPath outline;
+    outline.moveTo(0, -26.5);
+    outline.cubicTo(3.2, -26.5, 4.4, -21.5, 4.4, -18);
+    constexpr QPointF right[] = {{4.4, -9}, {24, 3.5},    {24, 9.5}, {4.4, 4.5},
+                                 {4.4, 14}, {10.5, 18.5}, {10.5, 23}};
+    for (const auto& point : right)
+        outline.lineTo(point);
+    outline.lineTo(0, 20.5);
+    for (const auto& point : std::ranges::reverse_view(right))
+        outline.lineTo(-point.x(), point.y());
+    outline.lineTo(-4.4, -18);
+    outline.cubicTo(-4.4, -21.5, -3.2, -26.5, 0, -26.5);
+    return QTransform().rotate(45).map(outline);
 }
 
 QPixmap symbol(int size, const QColor& colour) {
