@@ -291,3 +291,15 @@ def test_the_example_script_fires_in_order(programs, fake):
         expect(*ids)
     assert watch.wait() == 0
     assert [each["id"] for each in script["triggers"]] == seen
+
+    # On the ground afterwards the same script fires at the same times over the log.
+    rig.done("record", "stop")
+    (log,) = programs.folder.glob("*/Recordings/session-*.jsonl")
+    tried = programs.run("tarnly-client", "--json", "script", "--try", LESSON, log, "--nav-db", database)
+    (trial,) = decoded(tried.output.splitlines())
+    in_the_air = [(line["fired"]["trigger_id"], line["fired"]["elapsed_s"]) for line in rig.log()
+                  if line["kind"] == "fired"]
+    assert [(each["trigger_id"], each["elapsed_s"]) for each in trial["fired"]] == in_the_air
+    assert (tried.status, tried.errors, trial["missed"]) == (0, "", [])
+    without = programs.run("tarnly-client", "script", "--try", LESSON, log)
+    assert "  the fix RIDGE was not found" in without.output

@@ -10,15 +10,12 @@
 #include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyClient/Commands/CommandLine.hpp"
 #include "TarnlyClient/Commands/InputFiles.hpp"
+#include "TarnlyClient/Commands/ScriptFixes.hpp"
+#include "TarnlyClient/Commands/ScriptTrialCommand.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
 #include "TarnlyClient/Output/ReadableText.hpp"
-#include "TarnlyCore/NavData/NavDatabase.hpp"
-#include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
-#include "TarnlyCore/NavData/NavFile.hpp"
 #include "TarnlyCore/ScriptCheck/ScriptCheck.hpp"
-#include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
-#include "TarnlyPlatform/Files/Folders.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly::client {
@@ -27,40 +24,18 @@ namespace {
 struct ScriptOptions {
     std::string file;
     bool isCheck = false;
+    bool isTrial = false;
+    std::vector<std::filesystem::path> logs;
     std::optional<std::filesystem::path> navigationDatabase;
 };
 
 /// More are no help to who loads a script; the check lists all.
 constexpr std::size_t mostWarnings = 20;
 
-/// The one that is named, else the one that a companion on this computer has made, if there is one.
-std::optional<std::string> databaseFor(const ScriptOptions& options) {
-    if (options.navigationDatabase) {
-        auto named = options.navigationDatabase->string();
-        if (const auto problem = problemOfNavDatabase(named)) throw UsageError("--nav-db: " + *problem);
-        return named;
-    }
-    try {
-        auto own = (applicationDataFolder() / ownNavFile).string();
-        if (!problemOfNavDatabase(own)) return own;
-    } catch (const std::runtime_error&) {
-        return std::nullopt; // a person without a home folder
-    }
-    return std::nullopt;
-}
-
 std::vector<ScriptFinding> findingsIn(const std::string& text, const ScriptOptions& options) {
-    const auto chosen = databaseFor(options);
-    if (!chosen) return checkScript(text);
-    const auto& path = *chosen;
-    const SystemClock clock;
-    Guarded<std::optional<std::string>> trouble; // told on the database's thread
-    const NavDatabase database(
-        path, [&](const std::string& warning) { trouble.with([&](auto& told) { told = warning; }); });
-    NavDatabase::Lookup fixes(database, clock, [] { return true; });
-    auto findings = checkScript(text, [&](const std::string& ident) { return fixes.resolve(ident); });
-    // Otherwise fixes that nobody has looked for would count as unknown.
-    if (const auto told = trouble.copy()) throw ClientError("the fixes could not all be looked up: " + *told);
+    std::vector<ScriptFinding> findings;
+    withFixes(options.navigationDatabase,
+              [&](const FixResolver& fixPosition) { findings = checkScript(text, fixPosition); });
     return findings;
 }
 
@@ -106,17 +81,27 @@ Task<> load(CompanionSession& session, LoadScriptRequest script, const CommandCo
 }
 
 void run(CommandContext& context, const ScriptOptions& options) {
+    if (options.isTrial && options.logs.empty())
+        throw UsageError("--try needs a recording, or several: script --try FILE LOG...");
+    if (!options.isTrial && !options.logs.empty()) {
+        throw UsageError("one script at a time; to try it over recordings, add --try");
+    }
+    if (options.navigationDatabase && !options.isCheck && !options.isTrial) {
+        throw UsageError("--nav-db is for --check and --try: a companion looks in its own database");
+    }
     if (options.isCheck) return check(context, options);
     const auto text = readScript(options.file, std::cin);
     warnOfFaults(context, options.file, text);
     const auto script = parseScript(text, options.file);
+    if (options.isTrial) return tryOut(context, script, options.logs, options.navigationDatabase);
     context.inSession([&](CompanionSession& session) { return load(session, script, context); });
 }
 
 } // namespace
 
 void addScriptCommand(CLI::App& app, CommandContext& context) {
-    auto* command = app.add_subcommand("script", "Load a script of triggers, or look for its faults");
+    auto* command = app.add_subcommand(
+        "script", "Load a script of triggers, look for its faults, or try it over recordings");
     const auto options = std::make_shared<ScriptOptions>();
     command->add_option("FILE", options->file, "The script, JSON; - for the standard input")
         ->required()
@@ -124,12 +109,16 @@ void addScriptCommand(CLI::App& app, CommandContext& context) {
     auto* check = command->add_flag("--check", options->isCheck,
                                     "Only look for what can never fire; no companion is needed");
     command
+        ->add_flag("--try", options->isTrial,
+                   "Tell what would have fired in the recordings LOG; no companion is needed")
+        ->excludes(check);
+    command->add_option("LOG", options->logs, "Recordings over which --try flies the script")
+        ->check(notEmpty());
+    command
         ->add_option("--nav-db", options->navigationDatabase,
-                     "The navigation database in which --check looks for the fixes; the one that the "
-                     "companion has made when not given")
+                     "A navigation database in which --check and --try look for the fixes")
         ->type_name("FILE")
-        ->check(notEmpty())
-        ->needs(check);
+        ->check(notEmpty());
     command->callback([&context, options] { run(context, *options); });
 }
 

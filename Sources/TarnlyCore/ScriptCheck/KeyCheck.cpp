@@ -66,7 +66,7 @@ void checkKeys(const PlacedJson& object, const KeysOfObject& keys, ScriptFinding
             std::erase_if(missing, [&](const NeededKey& other) { return other.key == *meant; });
         } else {
             findings.warning(
-                at, unknown + ", which companions ignore" + didYouMean(key, keys.known, "; remove it"));
+                at, unknown + ", which " + std::string(keys.reader) + didYouMean(key, keys.known, "; remove it"));
         }
     }
     for (const auto& [key, kind] : missing) {

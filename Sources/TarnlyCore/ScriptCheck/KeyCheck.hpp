@@ -46,6 +46,8 @@ struct KeysOfObject {
     std::vector<NeededKey> needed;
     /// What comes of one that is missing: "crosses_agl never holds".
     std::string consequence;
+    /// What becomes of one that is unknown.
+    std::string_view reader = "companions ignore";
 };
 
 /// Tells of keys that are missing, misspelt or unknown.

@@ -17,6 +17,7 @@ namespace tarnly::client {
 namespace {
 
 using test::answering;
+using test::ClientRun;
 using test::requestOf;
 using test::ScriptedCompanion;
 using testing::EndsWith;
@@ -208,6 +209,81 @@ TEST_F(ScriptCommand, ADatabaseThatIsNoneIsWrongUsage) {
                 StartsWith("tarnly-client: --nav-db: " + file + " is no SQLite database; name "));
     std::ostringstream ignored;
     EXPECT_EQ(runClient({"script", file, "--nav-db", file}, ignored, ignored), 2);
+}
+
+ClientRun trial(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"script", "--try"});
+    std::ostringstream out;
+    std::ostringstream err;
+    const int exitCode = runClient(arguments, out, err);
+    return {exitCode, out.str(), err.str()};
+}
+
+/// Two triggers, of which the recording beside it fires the first.
+class ScriptTrialCommand : public ScriptCommand {
+  public:
+    const std::string two =
+        folder
+            .write("two.json",
+                   R"([{"id":"a","condition_kind":"after_start","condition":{"seconds":1},)"
+                   R"("action_kind":"speak","action":{}},)"
+                   R"({"id":"longer","condition_kind":"reaches_fix","action_kind":"","action":{},)"
+                   R"("condition":{"fix":"ridge","within_nm":1}}])")
+            .string();
+    const std::string log =
+        folder
+            .write(
+                "flight.jsonl",
+                "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":0,\"alt_ft\":9,\"lat\":47.5,\"lon\":8}}\n"
+                "{\"kind\":\"sample\",\"sample\":{\"elapsed_s\":1.5,\"alt_ft\":9,\"lat\":47.5,\"lon\":8}}\n")
+            .string();
+};
+
+TEST_F(ScriptTrialCommand, TellsWhatFiresAndWhatDoesNot) {
+    const auto outcome = trial({two, log});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.out, log +
+                               ": 1 fired, 1 did not\n"
+                               "  fired   a       at 0:01  47.5 8\n"
+                               "  missed  longer  the fix RIDGE was not found\n");
+    EXPECT_EQ(outcome.err,
+              "tarnly-client: the script names fixes: give --nav-db a navigation database, or they are not "
+              "found\n");
+}
+
+TEST_F(ScriptTrialCommand, TellsItToProgramsRecordingByRecording) {
+    const auto outcome = trial({two, log, log, "--json"});
+    const auto line = R"({"file":)" + encodeJson(log) +
+                      R"(,"duration_s":1.5,"fired":[{"trigger_id":"a","title":"speak","action_kind":"speak",)"
+                      R"("elapsed_s":1.5,"lat":47.5,"lon":8}],"missed":[{"trigger_id":"longer","title":"",)"
+                      R"("words":"the fix RIDGE was not found"}]})"
+                      "\n";
+    EXPECT_EQ(outcome.out, line + line);
+}
+
+TEST_F(ScriptTrialCommand, WantsARecordingThatCanBeRead) {
+    const auto without = trial({two});
+    EXPECT_EQ(without.exitCode, 2);
+    EXPECT_THAT(without.err, StartsWith("tarnly-client: --try needs a recording, or several"));
+    const auto missing = trial({two, (folder.path() / "nowhere.jsonl").string()});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_THAT(missing.err, testing::HasSubstr("nowhere.jsonl"));
+    EXPECT_EQ(missing.out, "");
+}
+
+TEST_F(ScriptTrialCommand, RefusesAScriptThatCompanionsWouldRefuse) {
+    const auto unknown = folder.write("unknown.json", R"([{"id":"a","condition_kind":"after_landing",)"
+                                                      R"("condition":{},"action_kind":"","action":{}}])");
+    const auto outcome = trial({unknown.string(), log});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, testing::HasSubstr("after_landing"));
+}
+
+TEST_F(ScriptTrialCommand, RecordingsAreForATrialOnly) {
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runClient({"script", two, log}, out, err), 2);
+    EXPECT_THAT(err.str(), testing::HasSubstr("add --try"));
 }
 
 } // namespace

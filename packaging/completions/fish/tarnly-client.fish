@@ -34,6 +34,7 @@ complete -c tarnly-client -n '__fish_seen_subcommand_from status doctor' -l data
     -a '(__fish_complete_directories)' -d 'The companion\'s data folder'
 set -l scripting '__fish_seen_subcommand_from script'
 complete -c tarnly-client -n $scripting -l check -d 'Only look for what can never fire'
+complete -c tarnly-client -n $scripting -l try -d 'Tell what would have fired in recordings'
 complete -c tarnly-client -n $scripting -l nav-db -r -F -d 'A navigation database in which to look for the fixes'
 set -l examining '__fish_seen_subcommand_from doctor'
 complete -c tarnly-client -n $examining -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'

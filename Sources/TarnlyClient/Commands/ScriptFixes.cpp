@@ -1,0 +1,48 @@
+#include "TarnlyClient/Commands/ScriptFixes.hpp"
+
+#include <stdexcept>
+#include <string>
+
+#include "TarnlyClient/Commands/Arguments.hpp"
+#include "TarnlyClient/Companion/ClientError.hpp"
+#include "TarnlyCore/NavData/NavDatabase.hpp"
+#include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
+#include "TarnlyCore/NavData/NavFile.hpp"
+#include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Files/Folders.hpp"
+
+namespace tarnly::client {
+namespace {
+
+/// The one that is named, else the one that a companion on this computer has made, if there is one.
+std::optional<std::string> databaseFor(const std::optional<std::filesystem::path>& file) {
+    if (file) {
+        auto named = file->string();
+        if (const auto problem = problemOfNavDatabase(named)) throw UsageError("--nav-db: " + *problem);
+        return named;
+    }
+    try {
+        auto own = (applicationDataFolder() / ownNavFile).string();
+        if (!problemOfNavDatabase(own)) return own;
+    } catch (const std::runtime_error&) {
+        return std::nullopt; // a person without a home folder
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+void withFixes(const std::optional<std::filesystem::path>& file,
+               const std::function<void(const FixResolver&)>& work) {
+    const auto database = databaseFor(file);
+    if (!database) return work({});
+    const SystemClock clock;
+    Guarded<std::optional<std::string>> trouble; // told on the database's thread
+    const NavDatabase opened(
+        *database, [&](const std::string& warning) { trouble.with([&](auto& told) { told = warning; }); });
+    NavDatabase::Lookup fixes(opened, clock, [] { return true; });
+    work([&](const std::string& ident) { return fixes.resolve(ident); });
+    if (const auto told = trouble.copy()) throw ClientError("the fixes could not all be looked up: " + *told);
+}
+
+} // namespace tarnly::client
