@@ -50,6 +50,11 @@ std::string entryId(const CompanionOptions& options) {
     return "tarnly" + folder;
 }
 
+/// What is wrong, as the parser wants it.
+auto inEnglish(Phrase (*fault)(const std::string&)) {
+    return [fault](const std::string& text) { return fault(text).text(); };
+}
+
 } // namespace
 
 std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program, int argc,
@@ -64,7 +69,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
     app.set_version_flag("--version", name + " " TARNLY_VERSION);
     app.add_option("--sim-host", options.simulatorHost, "The simulator's host; without it 127.0.0.1")
         ->type_name("HOST")
-        ->check(hostFault);
+        ->check(inEnglish(hostFault));
     app.add_option("--sim-port", options.simulatorPort,
                    "The port of the simulator's web API; without it 8086")
         ->type_name("PORT")
@@ -77,7 +82,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->check(CLI::Range(0, 65535));
     app.add_option("--name", options.name, "The name to be found by; without it the computer's host name")
         ->type_name("NAME")
-        ->check(nameFault);
+        ->check(inEnglish(nameFault));
     app.add_option("--data-dir", options.dataFolder, "The folder of settings.json and of the recordings")
         ->type_name("DIR")
         ->check(requirePath);
@@ -102,7 +107,7 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
                    "Let the web pages of one origin use the companion; may be given several times")
         ->type_name("URL")
         ->allow_extra_args(false)
-        ->check(originFault);
+        ->check(inEnglish(originFault));
     if (isDesktop) {
         app.add_flag("--background", options.startsInBackground, "Start without opening a window");
     }

@@ -30,26 +30,22 @@ constexpr auto closingPatience = std::chrono::milliseconds(300);
 /// told after this at the latest.
 constexpr auto publicationPatience = std::chrono::seconds(1);
 
-constexpr auto portCure =
-    ". End the program that has it, or choose another port in the settings, or by --port.";
-
 /// Well within the time that a status may take.
 constexpr auto statusLook = std::chrono::seconds(1);
 
-std::string advertisingText(const std::optional<PublicationState>& publication) {
-    std::string negation = "not advertised";
-    if (!publication) return negation;
+Phrase advertisingText(const std::optional<PublicationState>& publication) {
+    if (!publication) return Phrase::of("not advertised");
     switch (publication->kind) {
         case PublicationState::Kind::published:
-            return "advertising as \"" + publication->text + "\"";
+            return Phrase::of("advertising as \"%1\"", publication->text);
         case PublicationState::Kind::publishing:
-            return negation + " yet";
+            return Phrase::of("not advertised yet");
         case PublicationState::Kind::noDaemon:
-            return negation + ": no DNS-SD daemon";
+            return Phrase::of("not advertised: no DNS-SD daemon");
         case PublicationState::Kind::refused:
             break;
     }
-    return negation + ": refused by the DNS-SD daemon";
+    return Phrase::of("not advertised: refused by the DNS-SD daemon");
 }
 
 /// Runs the loop to its end. What a handler throws, for lack of memory say, costs what it was about and
@@ -93,7 +89,7 @@ std::filesystem::path absoluteDataFolder(const CompanionOptions& options) {
 } // namespace
 
 CompanionRuntime::CompanionRuntime(SettingsStore& settingsStore, CompanionOptions options)
-    : settingsStore_(settingsStore), options_(std::move(options)), statusText_("Starting…") {
+    : settingsStore_(settingsStore), options_(std::move(options)), statusText_(Phrase::of("Starting…")) {
     settingsStore_.onPasswordChange = [this] { handOnPassword(); };
     settingsStore_.onSetupChange = [this] { handOnSetup(); };
 }
@@ -103,13 +99,13 @@ CompanionRuntime::~CompanionRuntime() {
     settingsStore_.onSetupChange = nullptr;
 }
 
-void CompanionRuntime::warn(std::string sentence) {
+void CompanionRuntime::warn(Phrase sentence) {
     thread_.check();
     lastingWarnings_.push_back(std::move(sentence));
 }
 
 // From any thread, once the start has begun.
-std::vector<std::string> CompanionRuntime::warnings() const {
+std::vector<Phrase> CompanionRuntime::warnings() const {
     auto all = lastingWarnings_;
     std::ranges::copy(settingsStore_.problems(), std::back_inserter(all));
     std::ranges::copy(noticed_.copy(), std::back_inserter(all));
@@ -122,7 +118,7 @@ std::vector<std::string> CompanionRuntime::warnings() const {
 }
 
 // Who asks has what has been mended meanwhile looked for, and hears of it when asking again.
-std::vector<std::string> CompanionRuntime::presentWarnings() {
+std::vector<Phrase> CompanionRuntime::presentWarnings() {
     follower_->lookAgain();
     return warnings();
 }
@@ -154,7 +150,7 @@ void CompanionRuntime::build() {
     const auto executor = network_.get_executor();
     backend_ = std::make_shared<ReconnectingBackend>(
         executor, setup.simulator, makeNetworkTransport(executor, clock_), clock_, workers_);
-    backend_->onWarning(remark);
+    backend_->onWarning([](const Phrase& text) { remark(text); });
     if (setup.situationsFolder) backend_->setSituationsDirectory(setup.situationsFolder->string());
     host_.emplace(executor, workers_, clock_, backend_, hostConfiguration(setup));
     backend_->onStageChange([this] {
@@ -166,7 +162,8 @@ void CompanionRuntime::build() {
     databases.openNamed = [this](const auto& path) { return openNavDatabaseOrTell(path); };
     databases.openOwn = [this](const auto& path) { return openNavDatabase(path); };
     databases.ownFile = absoluteDataFolder(options_) / ownNavFile;
-    follower_.emplace(executor, workers_, clock_, *host_, *backend_, setup, std::move(databases), remark);
+    follower_.emplace(executor, workers_, clock_, *host_, *backend_, setup, std::move(databases),
+                      [](const Phrase& text) { remark(text); });
     StatusReporter::Facts facts{absoluteDataFolder(options_).string(), [this] { return statusText(); },
                                 [this] { return presentWarnings(); },
                                 [this] { return follower_->sources(); }};
@@ -188,7 +185,7 @@ CompanionHost::Configuration CompanionRuntime::hostConfiguration(const Companion
     configuration.hostName = hostName();
     configuration.allowedOrigins = setup.allowedOrigins;
     configuration.pages = reachPages();
-    configuration.tell = remark;
+    configuration.tell = [](const std::string& text) { remark(text); };
     configuration.onActivity = [this] {
         if (onActivity) onActivity();
     };
@@ -196,7 +193,7 @@ CompanionHost::Configuration CompanionRuntime::hostConfiguration(const Companion
 }
 
 std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase(const std::filesystem::path& path) {
-    auto opened = std::make_shared<NavDatabase>(path.string(), remark);
+    auto opened = std::make_shared<NavDatabase>(path.string(), [](const Phrase& text) { remark(text); });
     navDatabase_.with([&](auto& present) { present = opened; });
     return opened;
 }
@@ -204,23 +201,23 @@ std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabase(const std::filesy
 // From any thread.
 std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabaseOrTell(
     const std::optional<std::filesystem::path>& path) {
-    std::optional<std::string> problem;
+    std::optional<Phrase> problem;
     std::shared_ptr<NavDatabase> opened;
     navDatabase_.with([](auto& present) { present.reset(); });
     try {
         if (path) opened = openNavDatabase(*path);
     } catch (const NavDatabaseError& error) {
-        problem = std::string(
-                      "The navigation database of the settings cannot be used, so no fix of a script is "
-                      "found: ") +
-                  error.what() + ". Name another file in the settings.";
+        problem = Phrase::of(
+            "The navigation database of the settings cannot be used, so no fix of a script is found: %1. "
+            "Name another file in the settings.",
+            error.what());
         remark(*problem);
     }
     navDatabaseProblem_.with([&](auto& present) { present = std::move(problem); });
     return opened;
 }
 
-void CompanionRuntime::notice(const std::string& text) {
+void CompanionRuntime::notice(const Phrase& text) {
     remark(text);
     noticed_.with([&](auto& all) { all.push_back(text); });
 }
@@ -255,7 +252,7 @@ Task<std::string> CompanionRuntime::answerStatus() {
 void CompanionRuntime::makeStatusFile() {
     auto collect = [this] { return reporter_->collect(); };
     statusFile_.emplace(network_.get_executor(), workers_, clock_, *options_.statusFile, std::move(collect),
-                        remark);
+                        [](const std::string& text) { remark(text); });
 }
 
 void CompanionRuntime::run() {
@@ -284,14 +281,14 @@ Task<> CompanionRuntime::close() {
 Task<> CompanionRuntime::closeStatusFile() {
     if (!options_.statusFile) co_return;
     if (!statusFile_) makeStatusFile(); // there was nothing to tell
-    auto words = state_ == State::failed ? statusText() : "Tarnly has ended.";
+    auto words = state_ == State::failed ? statusText() : Phrase::of("Tarnly has ended.");
     auto last = endedStatus(std::move(words), absoluteDataFolder(options_).string());
     co_await statusFile_->finish(std::move(last));
 }
 
 void CompanionRuntime::end() { network_.stop(); }
 
-std::string CompanionRuntime::statusText() const { return statusText_.copy(); }
+Phrase CompanionRuntime::statusText() const { return statusText_.copy(); }
 
 std::optional<std::uint16_t> CompanionRuntime::port() const {
     if (state_ != State::listening) return std::nullopt;
@@ -331,10 +328,10 @@ void CompanionRuntime::setStatusShown(bool isShown) {
 void CompanionRuntime::tellUnusualPort() {
     const auto port = host_->advertiser().advertisedPort();
     if (!hasUsualPorts_ || !port || (*port >= UsualPorts::first && *port <= UsualPorts::last)) return;
-    notice("The ports " + std::to_string(UsualPorts::first) + " to " + std::to_string(UsualPorts::last) +
-           " are all in use, so this start listens on port " + std::to_string(*port) +
-           ", which a firewall may keep shut. End what uses them and start again, or choose another one by "
-           "--port.");
+    notice(Phrase::of(
+        "The ports %1 to %2 are all in use, so this start listens on port %3, which a firewall may keep "
+        "shut. End what uses them and start again, or choose another one by --port.",
+        std::to_string(UsualPorts::first), std::to_string(UsualPorts::last), std::to_string(*port)));
 }
 
 Task<> CompanionRuntime::tellHowItListens() {
@@ -359,14 +356,18 @@ void CompanionRuntime::announceFailure(const std::exception_ptr& failure) {
         std::rethrow_exception(failure);
     } catch (const NetworkError& error) {
         const bool isPort = error.which() == NetworkError::Case::listenFailed;
-        announce(State::failed, failureText(error.what()) + (isPort ? portCure : ""));
+        const auto text = failureText(error.what());
+        announce(State::failed, isPort ? Phrase::of("%1. End the program that has it, or choose another port "
+                                                    "in the settings, or by --port.",
+                                                    text)
+                                       : text);
     } catch (const std::exception& error) {
         announce(State::failed, failureText(error.what()));
     }
 }
 
-void CompanionRuntime::announce(State state, std::string text) {
-    statusText_.with([&](std::string& shown) { shown = std::move(text); });
+void CompanionRuntime::announce(State state, Phrase text) {
+    statusText_.with([&](Phrase& shown) { shown = std::move(text); });
     state_ = state;
     if (onStatusChange) onStatusChange();
 }
@@ -384,13 +385,15 @@ void CompanionRuntime::handOnSetup() {
     });
 }
 
-std::string listeningText(std::optional<std::uint16_t> port,
-                          const std::optional<PublicationState>& publication, bool passwordRequired) {
+Phrase listeningText(std::optional<std::uint16_t> port, const std::optional<PublicationState>& publication,
+                     bool passwordRequired) {
     const auto portText = port ? std::to_string(*port) : "?";
-    const auto pairingText = passwordRequired ? ", pairing password required." : ", pairing open.";
-    return "Listening on port " + portText + ", " + advertisingText(publication) + pairingText;
+    const auto advertising = advertisingText(publication);
+    return passwordRequired
+               ? Phrase::of("Listening on port %1, %2, pairing password required.", portText, advertising)
+               : Phrase::of("Listening on port %1, %2, pairing open.", portText, advertising);
 }
 
-std::string failureText(const std::string& error) { return "Failed to start: " + error; }
+Phrase failureText(const std::string& error) { return Phrase::of("Failed to start: %1", error); }
 
 } // namespace tarnly

@@ -21,6 +21,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/LocalSocket.hpp"
@@ -46,7 +47,7 @@ class CompanionRuntime {
 
     /// Has the status tell for good what is not as it should be, in a whole sentence with the cure. To be
     /// called before `start`, which says it on standard error as well.
-    void warn(std::string sentence);
+    void warn(Phrase sentence);
 
     /// Builds the companion and has it started by `run`. A failure becomes the status; the second call does
     /// nothing.
@@ -64,7 +65,7 @@ class CompanionRuntime {
     }
 
     /// "Starting…", then how the companion can be reached at present, or why it failed. From any thread.
-    std::string statusText() const;
+    Phrase statusText() const;
     State state() const { return state_; }
 
     /// The port on which clients are accepted, once they are. From any thread.
@@ -101,9 +102,9 @@ class CompanionRuntime {
     std::shared_ptr<NavDatabase> openNavDatabaseOrTell(const std::optional<std::filesystem::path>& path);
     CompanionHost::Configuration hostConfiguration(const CompanionSetup& setup);
     /// Tells a person what has come up, now and in the status. From any thread.
-    void notice(const std::string& text);
-    std::vector<std::string> warnings() const;
-    std::vector<std::string> presentWarnings();
+    void notice(const Phrase& text);
+    std::vector<Phrase> warnings() const;
+    std::vector<Phrase> presentWarnings();
     void tellUnusualPort();
     void tellStatus();
     void openStatusSocket();
@@ -115,22 +116,22 @@ class CompanionRuntime {
     Task<> workAside(std::function<void()> work);
     void announceListening();
     void announceFailure(const std::exception_ptr& failure);
-    void announce(State state, std::string text);
+    void announce(State state, Phrase text);
     void handOnPassword();
     void handOnSetup();
 
     OnOneThread thread_;
     SettingsStore& settingsStore_;
     const CompanionOptions options_;
-    Guarded<std::string> statusText_;
+    Guarded<Phrase> statusText_;
     std::atomic<State> state_{State::starting};
     bool started_ = false;
     /// Constant after the start.
-    std::vector<std::string> lastingWarnings_;
+    std::vector<Phrase> lastingWarnings_;
     /// What has come up since the start.
-    Guarded<std::vector<std::string>> noticed_;
+    Guarded<std::vector<Phrase>> noticed_;
     /// Of the one that the settings name.
-    Guarded<std::optional<std::string>> navDatabaseProblem_;
+    Guarded<std::optional<Phrase>> navDatabaseProblem_;
     /// The present one, which has warnings of its own.
     Guarded<std::weak_ptr<NavDatabase>> navDatabase_;
     /// Nobody has chosen one. Constant after the start.
@@ -160,10 +161,10 @@ class CompanionRuntime {
 ///
 /// `port` is shown as "?" when unknown; `publication` is absent when nothing is published. It names what the
 /// DNS-SD daemon has confirmed, and claims nothing else.
-std::string listeningText(std::optional<std::uint16_t> port,
-                          const std::optional<PublicationState>& publication, bool passwordRequired);
+Phrase listeningText(std::optional<std::uint16_t> port, const std::optional<PublicationState>& publication,
+                     bool passwordRequired);
 
 /// The line after a start that failed.
-std::string failureText(const std::string& error);
+Phrase failureText(const std::string& error);
 
 } // namespace tarnly

@@ -30,9 +30,10 @@ DataFolderClaim::DataFolderClaim(const std::filesystem::path& folder, std::chron
         std::this_thread::sleep_for(pause);
     }
     if (lock_->outcome() == Outcome::taken) return;
-    problem_ = "The data folder " + shown +
-               " cannot be locked against a second companion: " + lock_->error().message() +
-               ". Make it a folder that you may write to, or name another by --data-dir.";
+    problem_ = Phrase::of(
+        "The data folder %1 cannot be locked against a second companion: %2. Make it a folder that you may "
+        "write to, or name another by --data-dir.",
+        shown, lock_->error().message());
 }
 
 } // namespace tarnly

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Files/FolderLock.hpp"
 
 namespace tarnly {
@@ -19,11 +20,11 @@ class DataFolderClaim {
                              std::chrono::milliseconds patience = std::chrono::seconds(2));
 
     /// Why nobody can claim the folder, and the cure: whole sentences. The companion runs nevertheless.
-    const std::optional<std::string>& problem() const { return problem_; }
+    const std::optional<Phrase>& problem() const { return problem_; }
 
   private:
     std::optional<FolderLock> lock_;
-    std::optional<std::string> problem_;
+    std::optional<Phrase> problem_;
 };
 
 } // namespace tarnly

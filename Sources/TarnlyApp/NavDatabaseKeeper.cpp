@@ -15,15 +15,18 @@ namespace {
 constexpr std::chrono::minutes buildLimit{5};
 constexpr std::chrono::seconds lookLimit{5};
 
-std::string lateText(const std::string& file) {
-    return "The navigation database " + printable(file) +
-           " is not made within five minutes. See that the simulator's disk and this one answer, then start "
-           "Tarnly anew, or name a database in the settings.";
+Phrase lateText(const std::string& file) {
+    return Phrase::of(
+        "The navigation database %1 is not made within five minutes. See that the simulator's disk and this "
+        "one answer, then start Tarnly anew, or name a database in the settings.",
+        printable(file));
 }
 
-std::string unusableText(const std::string& problem) {
-    return "No navigation database can be made of the simulator's data: " + problem +
-           ". Mend that and start Tarnly anew, or name a database in the settings.";
+Phrase unusableText(const std::string& problem) {
+    return Phrase::of(
+        "No navigation database can be made of the simulator's data: %1. Mend that and start Tarnly anew, or "
+        "name a database in the settings.",
+        problem);
 }
 
 } // namespace
@@ -114,7 +117,7 @@ Task<> NavDatabaseKeeper::refreshOwn() {
         co_return;
     }
     for (const auto& remark : made->remarks)
-        means_.tell(remark);
+        means_.tell(Phrase::verbatim(remark));
     setWarnings(made->warnings);
     if (!made->path) co_return;
     auto open = [open = means_.openOwn, path = *made->path] { return open(path); };
@@ -131,7 +134,7 @@ Task<> NavDatabaseKeeper::install(std::shared_ptr<NavDatabase> database) {
     co_await workers_.run(std::move(close));
 }
 
-void NavDatabaseKeeper::setWarnings(std::vector<std::string> warnings) {
+void NavDatabaseKeeper::setWarnings(std::vector<Phrase> warnings) {
     const auto before = warnings_.with([&](auto& present) { return std::exchange(present, warnings); });
     if (warnings == before) return;
     for (const auto& warning : warnings)

@@ -15,6 +15,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/FileLooks.hpp"
@@ -36,7 +37,7 @@ class NavDatabaseKeeper {
         /// Likewise, for our own. Throws `NavDatabaseError`.
         std::function<std::shared_ptr<NavDatabase>(const Path& path)> openOwn;
         /// Told what a person should know. From the network thread.
-        std::function<void(const std::string& text)> tell;
+        std::function<void(const Phrase& text)> tell;
         /// Of the simulator's installer; empty where there can be none.
         Path note;
         /// To be made of the simulator's data.
@@ -67,14 +68,14 @@ class NavDatabaseKeeper {
     void addTo(SourcesStatus& sources) const;
 
     /// In whole sentences. From any thread.
-    std::vector<std::string> warnings() const { return warnings_.copy(); }
+    std::vector<Phrase> warnings() const { return warnings_.copy(); }
 
   private:
     Task<> lookAtNamed(Path path);
     Task<> provideOwn();
     Task<> refreshOwn();
     Task<> install(std::shared_ptr<NavDatabase> database);
-    void setWarnings(std::vector<std::string> warnings);
+    void setWarnings(std::vector<Phrase> warnings);
     void expect(bool isExpected);
 
     OnOneThread thread_;
@@ -87,7 +88,7 @@ class NavDatabaseKeeper {
     std::optional<Path> own_;
     std::string cycle_;
     bool isRefreshing_ = false;
-    Guarded<std::vector<std::string>> warnings_;
+    Guarded<std::vector<Phrase>> warnings_;
     /// What the threads that make one ask, and tell.
     struct Making {
         std::atomic<bool> isWanted = true;

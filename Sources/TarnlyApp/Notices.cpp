@@ -9,15 +9,13 @@
 namespace tarnly {
 namespace {
 
-constexpr const char* pairingCure =
-    "If you do not know it, set another password in the settings, and disconnect it in the panel.";
-
-std::string pairedText(const std::vector<std::string>& addresses) {
-    if (addresses.size() == 1) return addresses.front() + " has paired for the first time. " + pairingCure;
-    return std::to_string(addresses.size()) + " devices have paired for the first time, the last one from " +
-           addresses.back() +
-           ". If you do not know them, set another password in the settings, and disconnect them in the "
-           "panel.";
+Phrase pairedText(const std::vector<std::string>& addresses) {
+    return Phrase::counted(
+        "%n devices have paired for the first time, the last one from %1. If you do not know them, set "
+        "another password in the settings, and disconnect them in the panel.",
+        "%1 has paired for the first time. If you do not know it, set another password in the settings, and "
+        "disconnect it in the panel.",
+        static_cast<std::int64_t>(addresses.size()), addresses.back());
 }
 
 /// What stays the same of a device; absent for this computer and for nobody.
@@ -51,7 +49,7 @@ std::optional<Notice> Notices::ofPairings(const CompanionStatus& status) {
     }
     if (status.visitors && status.visitors->paired) look(status.visitors->paired->from);
     if (news.empty()) return std::nullopt;
-    return Notice{"A new device is connected", pairedText(news)};
+    return Notice{Phrase::of("A new device is connected"), pairedText(news)};
 }
 
 bool Notices::isNew(const std::string& address) {
@@ -80,20 +78,21 @@ std::optional<Notice> Notices::ofRefusals(const CompanionStatus& status) {
     if (count <= 0 || isTooSoon) return std::nullopt;
     refusalsTold_ = refusals.count;
     refusalToldAt_ = clock_.now();
-    const auto times = count == 1 ? std::string("once") : std::to_string(count) + " times";
-    return Notice{"A password was refused",
-                  "Refused " + times + ", last from " + refusals.from +
-                      ". If that is your device, enter there the password that the settings show; if not, "
-                      "nothing has to be done."};
+    return Notice{Phrase::of("A password was refused"),
+                  Phrase::counted("Refused %n times, last from %1. If that is your device, enter there the "
+                                  "password that the settings show; if not, nothing has to be done.",
+                                  "Refused once, last from %1. If that is your device, enter there the "
+                                  "password that the settings show; if not, nothing has to be done.",
+                                  count, refusals.from)};
 }
 
 std::optional<Notice> Notices::ofRecording(const CompanionStatus& status) {
     const auto& recording = status.recording;
     const auto file = recording ? recording->file : std::string();
     if (file != std::exchange(recording_, file)) problemsTold_.clear();
-    if (!recording || !recording->problem || !problemsTold_.insert(*recording->problem).second)
+    if (!recording || !recording->problem || !problemsTold_.insert(recording->problem->text()).second)
         return std::nullopt;
-    return Notice{"The recording cannot be written", *recording->problem};
+    return Notice{Phrase::of("The recording cannot be written"), *recording->problem};
 }
 
 } // namespace tarnly

@@ -11,14 +11,15 @@
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
 /// What the person at the computer is told without having asked.
 struct Notice {
-    std::string title;
+    Phrase title;
     /// Whole sentences, with the cure.
-    std::string text;
+    Phrase text;
 
     bool operator==(const Notice&) const = default;
 };

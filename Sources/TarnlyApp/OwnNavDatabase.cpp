@@ -17,17 +17,19 @@ namespace fs = std::filesystem;
 void refresh(NavDatabaseFile& own, const fs::path& folder, const fs::path& file,
              const std::function<bool()>& isWanted, const std::function<void()>& onMaking) {
     const auto sources = findNavSources(folder);
-    own.warnings = sources.warnings;
+    for (const auto& warning : sources.warnings)
+        own.warnings.push_back(Phrase::verbatim(warning));
     if (readNavAbout(file.string()) == sources.about()) return;
     onMaking();
     createPrivateFolders(file.parent_path());
     own.remarks = buildNavDatabase(sources, file, {}, isWanted).remarks;
 }
 
-std::string failureText(const fs::path& folder, const std::string& problem) {
-    return "No navigation database could be made of the data in " + printable(folder.string()) +
-           ", so scripts find the fixes of an older one at best: " + printable(problem) +
-           " Mend that and start Tarnly anew, or name a database in the settings.";
+Phrase failureText(const fs::path& folder, const std::string& problem) {
+    return Phrase::of(
+        "No navigation database could be made of the data in %1, so scripts find the fixes of an older one "
+        "at best: %2 Mend that and start Tarnly anew, or name a database in the settings.",
+        printable(folder.string()), printable(problem));
 }
 
 bool isThere(const fs::path& file) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "TarnlyPlatform/Base/Phrase.hpp"
+
 namespace tarnly {
 
 /// A navigation database as far as the companion knows it.
@@ -15,7 +17,7 @@ struct NavDatabaseFile {
     /// Of its data; empty where it does not tell.
     std::string cycle{};
     /// What is not as it should be, in whole sentences with the cure.
-    std::vector<std::string> warnings{};
+    std::vector<Phrase> warnings{};
     /// What is worth a line on standard error.
     std::vector<std::string> remarks{};
 };

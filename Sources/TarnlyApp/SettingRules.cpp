@@ -11,28 +11,31 @@ constexpr std::int64_t lastPort = 65535;
 
 } // namespace
 
-std::string nameFault(const std::string& name) { return name.empty() ? "a name cannot be empty" : ""; }
-
-std::string hostFault(const std::string& host) {
-    return isHost(host) ? "" : "a host name or an address without brackets is wanted";
+Phrase nameFault(const std::string& name) {
+    return name.empty() ? Phrase::of("a name cannot be empty") : Phrase();
 }
 
-std::string simulatorPortFault(std::int64_t port) {
-    return port >= 1 && port <= lastPort ? "" : "a number from 1 to 65535 is wanted";
+Phrase hostFault(const std::string& host) {
+    return isHost(host) ? Phrase() : Phrase::of("a host name or an address without brackets is wanted");
 }
 
-std::string portFault(std::int64_t port) {
-    return port >= 0 && port <= lastPort ? "" : "a number from 0 to 65535 is wanted";
+Phrase simulatorPortFault(std::int64_t port) {
+    return port >= 1 && port <= lastPort ? Phrase() : Phrase::of("a number from 1 to 65535 is wanted");
 }
 
-std::string originFault(const std::string& origin) {
-    return originFrom(origin) ? "" : "an origin such as https://example.com is wanted, without a path";
+Phrase portFault(std::int64_t port) {
+    return port >= 0 && port <= lastPort ? Phrase() : Phrase::of("a number from 0 to 65535 is wanted");
 }
 
-std::string pathFault(const std::string& path) {
+Phrase originFault(const std::string& origin) {
+    return originFrom(origin) ? Phrase()
+                              : Phrase::of("an origin such as https://example.com is wanted, without a path");
+}
+
+Phrase pathFault(const std::string& path) {
     return std::filesystem::path(path).is_absolute()
-               ? ""
-               : "a path from the root on, such as /home/pilot, is wanted";
+               ? Phrase()
+               : Phrase::of("a path from the root on, such as /home/pilot, is wanted");
 }
 
 std::optional<WebOrigin> originFrom(std::string_view text) {

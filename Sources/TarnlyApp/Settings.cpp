@@ -13,32 +13,34 @@ namespace tarnly {
 
 namespace {
 
-std::string unreadText(const SettingsFile& file) {
-    return "The settings could not be read, and no password is asked for: " +
-           printable(file.path().string()) +
-           " cannot be read, or is not a settings file. Set the password anew, or mend the file and start "
-           "again; "
-           "the file is kept as " +
-           file.keptPath().filename().string() + " before anything is saved over it.";
+Phrase unreadText(const SettingsFile& file) {
+    return Phrase::of(
+        "The settings could not be read, and no password is asked for: %1 cannot be read, or is not a "
+        "settings file. Set the password anew, or mend the file and start again; the file is kept as %2 "
+        "before anything is saved over it.",
+        printable(file.path().string()), file.keptPath().filename().string());
 }
 
 /// The same once it has been saved over.
-std::string replacedText(const SettingsFile& file) {
-    return "The settings could not be read, and no password is asked for: what stood in " +
-           printable(file.path().string()) + " is kept as " + file.keptPath().filename().string() +
-           ". Set the password anew; where there is to be none, type one and clear it again.";
+Phrase replacedText(const SettingsFile& file) {
+    return Phrase::of(
+        "The settings could not be read, and no password is asked for: what stood in %1 is kept as %2. Set "
+        "the password anew; where there is to be none, type one and clear it again.",
+        printable(file.path().string()), file.keptPath().filename().string());
 }
 
-std::string unsavedText(const SettingsFile& file, const std::exception& error) {
-    return "The settings could not be saved: " + printable(file.path().string()) + ": " + error.what() +
-           ". They hold until Tarnly ends; make the folder one that you may write to, with some space on its "
-           "disk, and set them again.";
+Phrase unsavedText(const SettingsFile& file, const std::exception& error) {
+    return Phrase::of(
+        "The settings could not be saved: %1: %2. They hold until Tarnly ends; make the folder one that you "
+        "may write to, with some space on its disk, and set them again.",
+        printable(file.path().string()), error.what());
 }
 
-std::string faultText(const SettingsFile& file, const SettingFault& fault) {
-    return "The setting \"" + fault.key + "\" in " + printable(file.path().string()) +
-           " cannot be used, and it is as usual: " + fault.wanted +
-           ". Set it anew, or mend the file and start again.";
+Phrase faultText(const SettingsFile& file, const SettingFault& fault) {
+    return Phrase::of(
+        "The setting \"%1\" in %2 cannot be used, and it is as usual: %3. Set it anew, or mend the file and "
+        "start again.",
+        fault.key, printable(file.path().string()), fault.wanted);
 }
 
 } // namespace
@@ -59,8 +61,8 @@ class SettingsStore::Disk {
     const AppSettings& initial() const { return file_.initial(); }
     bool wasUnreadable() const { return wasUnreadable_; }
 
-    std::vector<std::string> problems() const {
-        std::vector<std::string> all;
+    std::vector<Phrase> problems() const {
+        std::vector<Phrase> all;
         const auto known = problems_.copy();
         for (const auto& problem : {known.unread, known.unsaved})
             if (problem) all.push_back(*problem);
@@ -97,15 +99,15 @@ class SettingsStore::Disk {
 
   private:
     struct Problems {
-        std::optional<std::string> unread;
-        std::optional<std::string> unsaved;
+        std::optional<Phrase> unread;
+        std::optional<Phrase> unsaved;
         std::vector<SettingFault> faults;
     };
 
-    void noteUnsaved(const std::string& text) {
+    void noteUnsaved(const Phrase& text) {
         const auto before =
             problems_.with([&](auto& problems) { return std::exchange(problems.unsaved, text); });
-        if (text != before) remark(text);
+        if (text != before) remark(text.text());
     }
 
     SettingsFile file_;
@@ -122,7 +124,7 @@ SettingsStore::SettingsStore(std::filesystem::path file, std::unique_ptr<LoginIt
     if (!disk_->wasUnreadable()) applyStartAtLogin(); // nobody knows what was wanted
 }
 
-std::vector<std::string> SettingsStore::problems() const { return disk_->problems(); }
+std::vector<Phrase> SettingsStore::problems() const { return disk_->problems(); }
 
 void SettingsStore::setPassword(std::string password) {
     thread_.check();

@@ -11,6 +11,7 @@
 #include "TarnlyApp/SettingsFile.hpp"
 #include "TarnlyApp/SettingsSaver.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Login/LoginItem.hpp"
 
 namespace tarnly {
@@ -38,7 +39,7 @@ class SettingsStore {
     /// Whether the settings could not be read, or not saved, or one cannot be used, and what to do: whole
     /// sentences. That they could not be read counts until somebody has said which password there is to be,
     /// and that one cannot be used until it is set. From any thread.
-    std::vector<std::string> problems() const;
+    std::vector<Phrase> problems() const;
 
     /// Saves, and calls `onPasswordChange`.
     void setPassword(std::string password);

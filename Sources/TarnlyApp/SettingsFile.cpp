@@ -63,14 +63,14 @@ void writeValue(JsonWriter& writer, const boost::json::value& value) {
 
 /// Of a member of the settings that a file may lack.
 template <typename Value>
-std::string wantedKind(const std::optional<Value>&) {
-    if constexpr (std::is_same_v<Value, bool>) return "true or false is wanted";
-    if constexpr (std::is_same_v<Value, std::int64_t>) return "a number is wanted";
-    if constexpr (std::is_same_v<Value, std::string>) return "a text in quotes is wanted";
-    return "a list of texts is wanted, such as [\"https://example.com\"]";
+Phrase wantedKind(const std::optional<Value>&) {
+    if constexpr (std::is_same_v<Value, bool>) return Phrase::of("true or false is wanted");
+    if constexpr (std::is_same_v<Value, std::int64_t>) return Phrase::of("a number is wanted");
+    if constexpr (std::is_same_v<Value, std::string>) return Phrase::of("a text in quotes is wanted");
+    return Phrase::of("a list of texts is wanted, such as [\"https://example.com\"]");
 }
 
-std::string ruleFault(std::string_view key, const AppSettings& settings) {
+Phrase ruleFault(std::string_view key, const AppSettings& settings) {
     if (key == "name" && settings.name) return nameFault(*settings.name);
     if (key == "port" && settings.port) return portFault(*settings.port);
     if (key == "sim_host" && settings.simulatorHost) return hostFault(*settings.simulatorHost);
@@ -82,15 +82,15 @@ std::string ruleFault(std::string_view key, const AppSettings& settings) {
         for (const auto& origin : *settings.allowedOrigins)
             if (auto fault = originFault(origin); !fault.empty()) return fault;
     }
-    return "";
+    return {};
 }
 
 /// Reads one setting, and leaves it absent where it cannot be what stands there: what is wanted then.
 template <typename Value>
-std::string readSetting(const boost::json::object& object,
-                        const Field<AppSettings, std::optional<Value>>& field, AppSettings& settings) {
+Phrase readSetting(const boost::json::object& object, const Field<AppSettings, std::optional<Value>>& field,
+                   AppSettings& settings) {
     auto& value = settings.*field.member;
-    std::string fault;
+    Phrase fault;
     try {
         readMember(object, field, settings);
         fault = ruleFault(field.key, settings);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 namespace tarnly {
@@ -59,7 +60,7 @@ struct AppSettings {
 struct SettingFault {
     std::string key;
     /// What may stand there: a clause.
-    std::string wanted;
+    Phrase wanted;
 
     bool operator==(const SettingFault&) const = default;
 };

@@ -28,16 +28,18 @@ std::string installerNote() {
     }
 }
 
-std::string missingText(const std::string& folder) {
-    return "The folder of saved situations, " + printable(folder) +
-           ", is not there, so none is listed. Save a situation in the simulator, or name another folder in "
-           "the settings.";
+Phrase missingText(const std::string& folder) {
+    return Phrase::of(
+        "The folder of saved situations, %1, is not there, so none is listed. Save a situation in the "
+        "simulator, or name another folder in the settings.",
+        printable(folder));
 }
 
-std::string silentText(const std::string& path) {
-    return "The disk does not answer that has " + printable(path) +
-           ", by which the folder of saved situations is found. Mend that, or name another folder in the "
-           "settings.";
+Phrase silentText(const std::string& path) {
+    return Phrase::of(
+        "The disk does not answer that has %1, by which the folder of saved situations is found. Mend that, "
+        "or name another folder in the settings.",
+        printable(path));
 }
 
 NavDatabaseKeeper::Means completed(NavDatabaseKeeper::Means databases, const std::string& note,
@@ -71,7 +73,8 @@ void SetupFollower::start() {
     thread_.check();
     navDatabase_.start(present_.navigationDatabase);
     tasks_.spawn(keepInStep(), [this](const std::exception_ptr&) {
-        tell_("Changed settings are not followed any more, for lack of memory. Start Tarnly anew.");
+        tell_(
+            Phrase::of("Changed settings are not followed any more, for lack of memory. Start Tarnly anew."));
     });
 }
 
@@ -87,7 +90,7 @@ void SetupFollower::close() {
     navDatabase_.close();
 }
 
-std::vector<std::string> SetupFollower::warnings() const {
+std::vector<Phrase> SetupFollower::warnings() const {
     auto all = navDatabase_.warnings();
     if (auto warning = situationsWarning_.copy()) all.push_back(std::move(*warning));
     return all;
@@ -129,7 +132,7 @@ Task<> SetupFollower::applyOrTell() {
     const auto cancellation = co_await boost::asio::this_coro::cancellation_state;
     const bool isEnding = cancellation.cancelled() != boost::asio::cancellation_type::none;
     if (!problem.empty() && !isEnding)
-        tell_("A changed setting is not followed: " + problem + ". Start Tarnly anew to have it.");
+        tell_(Phrase::of("A changed setting is not followed: %1. Start Tarnly anew to have it.", problem));
 }
 
 Task<> SetupFollower::apply(CompanionSetup next) {
@@ -195,7 +198,7 @@ SetupFollower::Situations SetupFollower::lookAt(const std::string& folder) {
     return {folder, std::filesystem::is_directory(folder, isNone)};
 }
 
-void SetupFollower::warnOfSituations(std::optional<std::string> warning) {
+void SetupFollower::warnOfSituations(std::optional<Phrase> warning) {
     const auto before =
         situationsWarning_.with([&](auto& present) { return std::exchange(present, warning); });
     if (warning && warning != before) tell_(*warning);

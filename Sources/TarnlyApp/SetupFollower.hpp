@@ -16,6 +16,7 @@
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/FileLooks.hpp"
@@ -31,7 +32,7 @@ namespace tarnly {
 class SetupFollower {
   public:
     /// Told what a person should know. From the network thread.
-    using Tell = std::function<void(const std::string& text)>;
+    using Tell = std::function<void(const Phrase& text)>;
 
     /// `host` and `backend` go by `setup` already, but for a folder of situations and a navigation database
     /// that nobody names. `databases` needs no `note` and no `tell`. What is given by reference outlives all
@@ -59,7 +60,7 @@ class SetupFollower {
     SourcesStatus sources() const;
 
     /// What is not as the present settings want it, in whole sentences. From any thread.
-    std::vector<std::string> warnings() const;
+    std::vector<Phrase> warnings() const;
 
     /// Has it looked soon, and once a second at most, whether what it warns of is still so.
     void lookAgain();
@@ -80,7 +81,7 @@ class SetupFollower {
     Task<> findSituations();
     Task<> lookForSituations();
     void useSituations(std::optional<std::string> folder);
-    void warnOfSituations(std::optional<std::string> warning);
+    void warnOfSituations(std::optional<Phrase> warning);
 
     OnOneThread thread_;
     WorkerPool& workers_;
@@ -100,7 +101,7 @@ class SetupFollower {
     FileLooks<Situations> looks_;
     /// As the backend has it.
     std::optional<std::string> situationsInUse_;
-    Guarded<std::optional<std::string>> situationsWarning_;
+    Guarded<std::optional<Phrase>> situationsWarning_;
     bool isLookWanted_ = false;
     std::optional<Clock::TimePoint> lookedAgainAt_;
     NavDatabaseKeeper navDatabase_;

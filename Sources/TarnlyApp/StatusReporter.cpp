@@ -15,7 +15,7 @@ CompanionStatus StatusReporter::collect() const {
     CompanionStatus status;
     status.version = TARNLY_VERSION;
     status.isRunning = true;
-    status.words = wellFormedUtf8(facts_.words());
+    status.words = facts_.words();
     for (const auto& warning : facts_.warnings())
         status.warn(warning);
     for (const auto& problem : host_.recording().problemsOfEarlier())
@@ -34,10 +34,10 @@ CompanionStatus StatusReporter::collect() const {
     return status;
 }
 
-CompanionStatus endedStatus(std::string words, std::string dataFolder) {
+CompanionStatus endedStatus(Phrase words, std::string dataFolder) {
     CompanionStatus status;
     status.version = TARNLY_VERSION;
-    status.words = wellFormedUtf8(std::move(words));
+    status.words = std::move(words);
     status.dataFolder = wellFormedUtf8(std::move(dataFolder));
     return status;
 }

@@ -6,6 +6,7 @@
 
 #include "TarnlyCore/CompanionHost.hpp"
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -16,9 +17,9 @@ class StatusReporter {
         /// Absolute.
         std::string dataFolder;
         /// The line that the program prints. Safe from any thread.
-        std::function<std::string()> words;
+        std::function<Phrase()> words;
         /// What else is not as it should be, in whole sentences.
-        std::function<std::vector<std::string>()> warnings;
+        std::function<std::vector<Phrase>()> warnings;
         /// What the companion draws upon; may be empty.
         std::function<SourcesStatus()> sources{};
     };
@@ -37,7 +38,7 @@ class StatusReporter {
 };
 
 /// The status of a companion that does not run, because it has ended or never began.
-CompanionStatus endedStatus(std::string words, std::string dataFolder);
+CompanionStatus endedStatus(Phrase words, std::string dataFolder);
 
 /// With the addresses that the computer has now, as JSON without a line feed. From any thread.
 std::string statusJson(CompanionStatus status);

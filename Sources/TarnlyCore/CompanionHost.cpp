@@ -45,7 +45,7 @@ struct Activity {
     std::int64_t pairings = 0;
     std::int64_t refusals = 0;
     bool isRecording = false;
-    std::string problem{};
+    Phrase problem{};
 
     bool operator==(const Activity&) const = default;
 };
@@ -63,7 +63,7 @@ std::function<void()> tellActivityTo(std::function<void()> tell, std::shared_ptr
         const auto progress = recording->progress();
         Activity present{server->pairedCount(), countOf(*visitors, Visitors::Kind::paired),
                          countOf(*visitors, Visitors::Kind::refused), progress.has_value(),
-                         progress ? progress->problem : std::string()};
+                         progress ? progress->problem : Phrase()};
         if (present == *before) return;
         *before = std::move(present);
         tell();

@@ -101,7 +101,7 @@ XPlaneBackendError unknownName(const WebApiLink& link, Case which, const std::st
     if (!link.isAtMainMenu()) return {which, name};
     SimulatorStage stage;
     stage.kind = SimulatorStage::Kind::mainMenu;
-    return {Case::timeout, name + ": the simulator is at its main menu: " + stageAdvice(stage)};
+    return {Case::timeout, name + ": the simulator is at its main menu: " + stageAdvice(stage).text()};
 }
 
 Task<std::vector<double>> readDatarefs(std::shared_ptr<WebApiLink> link, Clock& clock,

@@ -13,6 +13,7 @@
 #include "TarnlyCore/Flight/SimBackend.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/LinkKeeper.hpp"
 #include "TarnlyXPlane/XPlaneBackend.hpp"
@@ -53,12 +54,10 @@ class ReconnectingBackend final : public SimBackend {
     /// See `XPlaneBackend`. From any thread.
     void setSituationsDirectory(std::optional<std::string> path);
     /// See `XPlaneBackend`.
-    void onWarning(std::function<void(const std::string& text)> warn) {
-        withoutLink_->onWarning(std::move(warn));
-    }
+    void onWarning(std::function<void(const Phrase& text)> warn) { withoutLink_->onWarning(std::move(warn)); }
 
     /// See `XPlaneBackend`. From any thread.
-    std::vector<std::string> warnings() const { return withoutLink_->warnings(); }
+    std::vector<Phrase> warnings() const { return withoutLink_->warnings(); }
 
     /// The version is that of the simulator that was last there.
     SimInfo simInfo() override;

@@ -22,14 +22,17 @@ constexpr std::chrono::seconds settleDelay(2);
 /// After the sample's datarefs have been asked for.
 constexpr auto altitudePatience = datarefPatience;
 
-std::string leftOutText(const std::string& directory, std::size_t count) {
-    return "Saved flights in " + printable(directory) + " whose names are not UTF-8 are left out (" +
-           std::to_string(count) + "); give them other names.";
+Phrase leftOutText(const std::string& directory, std::size_t count) {
+    return Phrase::of(
+        "Saved flights in %1 whose names are not UTF-8 are left out (%2); give them other names.",
+        printable(directory), count);
 }
 
-std::string unreadableText(const std::string& directory, const std::string& why) {
-    return "The saved flights in " + printable(directory) + " cannot be listed: " + printable(why) +
-           ". See that you may read the folder and what is in it, and that its disk is well.";
+Phrase unreadableText(const std::string& directory, const std::string& why) {
+    return Phrase::of(
+        "The saved flights in %1 cannot be listed: %2. See that you may read the folder and what is in it, "
+        "and that its disk is well.",
+        printable(directory), printable(why));
 }
 
 std::vector<std::int64_t> knownIds(const Catalogue& catalogue, std::span<const std::string_view> names) {
@@ -223,7 +226,7 @@ void XPlaneBackend::setSituationsDirectory(std::optional<std::string> path) {
     });
 }
 
-std::vector<std::string> XPlaneBackend::warnings() const { return situated_.copy().warnings; }
+std::vector<Phrase> XPlaneBackend::warnings() const { return situated_.copy().warnings; }
 
 Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
     const auto directory = situated_.copy().directory;
@@ -236,8 +239,8 @@ Task<std::vector<FlightListing>> XPlaneBackend::listFlights() {
         noteListing(*directory, {}, unreadableText(*directory, error.what()));
         throw;
     }
-    noteListing(*directory, list.leftOut > 0 ? leftOutText(*directory, list.leftOut) : std::string(),
-                list.failure.empty() ? std::string() : unreadableText(*directory, list.failure));
+    noteListing(*directory, list.leftOut > 0 ? leftOutText(*directory, list.leftOut) : Phrase(),
+                list.failure.empty() ? Phrase() : unreadableText(*directory, list.failure));
     co_return std::move(list.flights);
 }
 
@@ -248,7 +251,7 @@ Task<Result> XPlaneBackend::inTime(Task<Result> look) {
     co_return std::move(*found);
 }
 
-void XPlaneBackend::noteListing(const std::string& directory, std::string leftOut, std::string unreadable) {
+void XPlaneBackend::noteListing(const std::string& directory, Phrase leftOut, Phrase unreadable) {
     if (!leftOut.empty() && warn_ && !std::exchange(hasWarnedOfLeftOut_, true)) warn_(leftOut);
     if (!unreadable.empty() && warn_ && !std::exchange(hasWarnedOfUnreadable_, true)) warn_(unreadable);
     situated_.with([&](Situated& present) {

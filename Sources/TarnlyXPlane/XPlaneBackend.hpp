@@ -15,6 +15,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyXPlane/FileLooks.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
@@ -86,10 +87,10 @@ class XPlaneBackend final : public SimBackend {
     void setSituationsDirectory(std::optional<std::string> path);
 
     /// What is worth a person's notice, each thing once. To be set before the first operation.
-    void onWarning(std::function<void(const std::string& text)> warn) { warn_ = std::move(warn); }
+    void onWarning(std::function<void(const Phrase& text)> warn) { warn_ = std::move(warn); }
 
     /// What was amiss when the saved flights were listed last, in the folder that is in use. From any thread.
-    std::vector<std::string> warnings() const;
+    std::vector<Phrase> warnings() const;
 
     SimInfo simInfo() override;
     std::optional<std::vector<double>> presentDatarefs(const std::vector<std::string>& names) override;
@@ -130,7 +131,7 @@ class XPlaneBackend final : public SimBackend {
     template <typename Result>
     Task<Result> inTime(Task<Result> look);
     /// Tells each once; empty where all is well.
-    void noteListing(const std::string& directory, std::string leftOut, std::string unreadable);
+    void noteListing(const std::string& directory, Phrase leftOut, Phrase unreadable);
     Task<> setPosition(double latitude, double longitude, double elevation);
     Task<> setDatarefNamed(std::string_view name, double value);
     Task<std::int64_t> commandId(std::string name);
@@ -150,7 +151,7 @@ class XPlaneBackend final : public SimBackend {
 
     FileLooks<SituationList> listings_;
     FileLooks<bool> existence_;
-    std::function<void(const std::string& text)> warn_;
+    std::function<void(const Phrase& text)> warn_;
     bool hasWarnedOfLeftOut_ = false;
     bool hasWarnedOfUnreadable_ = false;
 
@@ -161,7 +162,7 @@ class XPlaneBackend final : public SimBackend {
     std::optional<Clock::TimePoint> altitudeWaitEnd_;
     struct Situated {
         std::optional<std::string> directory;
-        std::vector<std::string> warnings;
+        std::vector<Phrase> warnings;
     };
     Guarded<Situated> situated_;
 };

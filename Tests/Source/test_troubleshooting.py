@@ -81,7 +81,8 @@ def told_in(code):
 
 def stages(root):
     code = (root / "Sources/TarnlyCore/Flight/SimulatorStage.cpp").read_text()
-    return [text for text in literals_in(code) if text.startswith("Simulator: ")]
+    texts = [text.split(" for %1")[0] for text in literals_in(code) if text.startswith("Simulator: ")]
+    return list(dict.fromkeys(texts))
 
 
 def steps(root):

@@ -24,7 +24,7 @@ class FakeBackend final : public SimBackend {
     std::int64_t link = 1;
     /// While false, no sample is proven.
     bool isAlive = true;
-    SimulatorStage presentStage{SimulatorStage::Kind::flightLoaded, "", {}};
+    SimulatorStage presentStage{SimulatorStage::Kind::flightLoaded, {}, {}};
     std::function<void()> tellStageChange;
     bool isWatched = false;
     /// Where set, reading a dataref that is not in the table waits a second before it fails, and a sample

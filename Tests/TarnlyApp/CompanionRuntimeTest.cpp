@@ -103,9 +103,9 @@ class CompanionRuntimeTest : public testing::Test {
     /// Until one of the warnings says so; none where `part` is empty.
     void waitForWarning(const std::string& part) {
         for (int i = 0; i < 6000; ++i) {
-            const auto warnings = status().warnings.value_or(std::vector<std::string>());
+            const auto warnings = status().warnings.value_or(std::vector<Phrase>());
             if (part.empty() ? warnings.empty() : std::ranges::any_of(warnings, [&](const auto& warning) {
-                    return warning.find(part) != std::string::npos;
+                    return warning.text().find(part) != std::string::npos;
                 }))
                 return;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -140,14 +140,14 @@ TEST_F(CompanionRuntimeTest, SaysWhereItListens) {
 TEST_F(CompanionRuntimeTest, SaysThatAPasswordIsRequired) {
     settings.setPassword("secret");
     start();
-    EXPECT_THAT(runtime->statusText(), EndsWith(", pairing password required."));
+    EXPECT_THAT(runtime->statusText().text(), EndsWith(", pairing password required."));
     EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":false)"));
     EXPECT_THAT(ask(connect(), pairAskingWithSecret), HasSubstr(R"("accepted":true)"));
 }
 
 TEST_F(CompanionRuntimeTest, APasswordCountsAtOnceAndTheStatusStays) {
     start();
-    const auto status = runtime->statusText();
+    const auto status = runtime->statusText().text();
     settings.setPassword("secret");
     EXPECT_THAT(ask(connect(), pairAsking), HasSubstr(R"("accepted":false)"));
     EXPECT_THAT(ask(connect(), pairAskingWithSecret), HasSubstr(R"("accepted":true)"));
@@ -186,8 +186,9 @@ TEST_F(CompanionRuntimeTest, SaysWhyTheStartFailedAndDoesNotRetry) {
     options.port = taken.endpoint().port;
     start();
     EXPECT_EQ(runtime->state(), State::failed);
-    EXPECT_THAT(runtime->statusText(), AllOf(StartsWith("Failed to start: listenFailed(\"port "),
-                                             HasSubstr("in use\"). End the program that has it, or choose")));
+    EXPECT_THAT(runtime->statusText().text(),
+                AllOf(StartsWith("Failed to start: listenFailed(\"port "),
+                      HasSubstr("in use\"). End the program that has it, or choose")));
     EXPECT_EQ(runtime->port(), std::nullopt);
     runtime->start();
     EXPECT_EQ(statusChanges, 1);
@@ -197,7 +198,7 @@ TEST_F(CompanionRuntimeTest, WhatCannotBeBuiltIsAFailedStart) {
     options.navigationDatabase = folder.path() / "missing.db";
     start();
     EXPECT_EQ(runtime->state(), State::failed);
-    EXPECT_THAT(runtime->statusText(), AllOf(StartsWith("Failed to start: "), HasSubstr("(")));
+    EXPECT_THAT(runtime->statusText().text(), AllOf(StartsWith("Failed to start: "), HasSubstr("(")));
 }
 
 TEST_F(CompanionRuntimeTest, TellsWhatItIsDoing) {
@@ -246,7 +247,7 @@ TEST_F(CompanionRuntimeTest, TheLastWordOfTheStatusFileIsThatItHasEnded) {
     start();
     runtime->end();
     network.join();
-    EXPECT_EQ(statusInFile(), endedStatus("Tarnly has ended.", folder.path()));
+    EXPECT_EQ(statusInFile(), endedStatus(Phrase::verbatim("Tarnly has ended."), folder.path()));
 }
 
 TEST_F(CompanionRuntimeTest, TheStatusFileSaysWhyTheStartFailed) {
@@ -381,7 +382,7 @@ TEST_F(CompanionRuntimeTest, LetsGoOfTheSettingsAtItsEnd) {
 }
 
 TEST(StatusText, SaysHowTheCompanionCanBeReached) {
-    const PublicationState published{PublicationState::Kind::published, "rig42 (2)"};
+    const PublicationState published{PublicationState::Kind::published, Phrase::verbatim("rig42 (2)")};
     EXPECT_EQ(listeningText(41234, published, false),
               "Listening on port 41234, advertising as \"rig42 (2)\", pairing open.");
     EXPECT_EQ(listeningText(1, published, true),
@@ -394,7 +395,7 @@ TEST(StatusText, SaysHowTheCompanionCanBeReached) {
 
 TEST(StatusText, ClaimsNothingThatTheDaemonHasNotConfirmed) {
     const auto text = [](PublicationState::Kind kind) {
-        return listeningText(1, PublicationState{kind, "why; and what to do"}, false);
+        return listeningText(1, PublicationState{kind, Phrase::verbatim("why; and what to do")}, false);
     };
     EXPECT_EQ(text(PublicationState::Kind::publishing),
               "Listening on port 1, not advertised yet, pairing open.");

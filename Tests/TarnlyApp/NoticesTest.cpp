@@ -43,7 +43,7 @@ struct NoticesTest : testing::Test {
     std::vector<std::string> titles() {
         std::vector<std::string> result;
         for (const auto& notice : notices.newIn(status))
-            result.push_back(notice.title);
+            result.push_back(notice.title.text());
         return result;
     }
 
@@ -119,13 +119,13 @@ TEST_F(NoticesTest, ARecordingThatCannotBeWrittenIsToldOnceEach) {
     status.recording.emplace();
     status.recording->file = "/a";
     EXPECT_THAT(titles(), IsEmpty());
-    status.recording->problem = "The disk is full. Make room.";
-    EXPECT_THAT(notices.newIn(status),
-                ElementsAre(Notice{"The recording cannot be written", "The disk is full. Make room."}));
+    status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
+    EXPECT_THAT(notices.newIn(status), ElementsAre(Notice{Phrase::verbatim("The recording cannot be written"),
+                                                          Phrase::verbatim("The disk is full. Make room.")}));
     EXPECT_THAT(titles(), IsEmpty());
     status.recording->problem.reset();
     EXPECT_THAT(titles(), IsEmpty());
-    status.recording->problem = "The disk is full. Make room.";
+    status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
     EXPECT_THAT(titles(), IsEmpty()) << "it comes and goes";
     status.recording->file = "/b";
     EXPECT_THAT(titles(), SizeIs(1));

@@ -23,7 +23,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 
 AppSettings loaded(const std::string& content) {
     const test::TemporaryFolder folder;
@@ -463,9 +462,8 @@ TEST_F(SettingsStoreTest, SettingsThatCouldNotBeReadAreAProblemUntilAPasswordIsS
         std::filesystem::remove(file_.string() + ".unreadable");
         store().setStartAtLogin(true);
         EXPECT_EQ(file(), R"({"startAtLogin":true,"password_lost_in":"settings.json.unreadable"})");
-        EXPECT_THAT(
-            store().problems(),
-            ElementsAre(StartsWith("The settings could not be read, and no password is asked for: ")));
+        EXPECT_THAT(store().problems(),
+                    ElementsAre(HasSubstr("The settings could not be read, and no password is asked for: ")));
         EXPECT_THAT(store().problems(), ElementsAre(HasSubstr(" is kept as settings.json.unreadable")));
         store().setPassword(password);
         EXPECT_THAT(store().problems(), IsEmpty());
@@ -487,8 +485,8 @@ TEST_F(SettingsStoreTest, ThatAPasswordWasLostIsToldAtEachStartUntilOneIsSet) {
         store().set(&AppSettings::name, "Left rig");
         for (const char* name : {"Right rig", "Centre rig"}) {
             store_.reset();
-            EXPECT_THAT(store().problems(), ElementsAre(StartsWith("The settings could not be read, and no "
-                                                                   "password is asked for: ")));
+            EXPECT_THAT(store().problems(), ElementsAre(HasSubstr("The settings could not be read, and no "
+                                                                  "password is asked for: ")));
             EXPECT_THAT(store().problems(), ElementsAre(HasSubstr("is kept as settings.json.unreadable-2.")));
             store().set(&AppSettings::name, name);
             store().finishSaving();
@@ -528,7 +526,7 @@ TEST_F(SettingsStoreTest, SettingsThatCannotBeSavedAreToldOnceAndUntilTheyAre) {
     }
     const auto told = testing::internal::GetCapturedStderr();
     ASSERT_THAT(store().problems(), SizeIs(1));
-    EXPECT_EQ("Tarnly: " + store().problems()[0] + "\n", told);
+    EXPECT_EQ("Tarnly: " + store().problems()[0].text() + "\n", told);
     EXPECT_THAT(told, HasSubstr("The settings could not be saved: " + file_.string()));
     std::filesystem::remove(folder_.path() / "taken");
     store().setPassword("abc");

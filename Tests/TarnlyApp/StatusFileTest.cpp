@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 /// The test's time goes on when it says so; workers write in their own.
 struct StatusFileTest : testing::Test {
-    StatusFileTest() { status.words = "one"; }
+    StatusFileTest() { status.words = Phrase::verbatim("one"); }
     ~StatusFileTest() override { file.reset(); }
 
     void start() {
@@ -52,7 +52,7 @@ struct StatusFileTest : testing::Test {
 
     std::string jsonOf(const std::string& words) {
         auto expected = status;
-        expected.words = words;
+        expected.words = Phrase::verbatim(words);
         return encodeJson(expected) + "\n";
     }
 
@@ -76,7 +76,7 @@ TEST_F(StatusFileTest, IsThereFromTheStartAsOneLineForItsOwner) {
 
 TEST_F(StatusFileTest, FollowsAChangeOnceASecond) {
     start();
-    status.words = "two";
+    status.words = Phrase::verbatim("two");
     pass(999ms);
     EXPECT_EQ(test::contentOf(path), jsonOf("one"));
     pass(1ms);
@@ -88,7 +88,7 @@ TEST_F(StatusFileTest, IsLeftAloneWhileNothingChanges) {
     fs::remove(path);
     pass(10s);
     EXPECT_FALSE(fs::exists(path));
-    status.words = "two";
+    status.words = Phrase::verbatim("two");
     pass(1s);
     EXPECT_EQ(test::contentOf(path), jsonOf("two"));
 }
@@ -96,7 +96,7 @@ TEST_F(StatusFileTest, IsLeftAloneWhileNothingChanges) {
 TEST_F(StatusFileTest, IsReplacedAndNotWrittenOver) {
     start();
     fs::create_hard_link(path, folder.path() / "held by a reader");
-    status.words = "two";
+    status.words = Phrase::verbatim("two");
     pass(1s);
     EXPECT_EQ(test::contentOf(folder.path() / "held by a reader"), jsonOf("one"));
     EXPECT_EQ(test::contentOf(path), jsonOf("two"));
@@ -126,10 +126,10 @@ TEST_F(StatusFileTest, WhatIsNoOrdinaryFileIsNotReplaced) {
 
 TEST_F(StatusFileTest, TheLastWordStays) {
     start();
-    auto last = endedStatus("ended", "/d");
+    auto last = endedStatus(Phrase::verbatim("ended"), "/d");
     test::runTask(io, file->finish(last));
     EXPECT_EQ(test::contentOf(path), encodeJson(last) + "\n");
-    status.words = "two";
+    status.words = Phrase::verbatim("two");
     clock.advance(io, 5s);
     EXPECT_EQ(test::contentOf(path), encodeJson(last) + "\n");
 }

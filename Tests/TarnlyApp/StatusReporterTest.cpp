@@ -44,8 +44,8 @@ struct StatusReporterTest : testing::Test {
     std::shared_ptr<test::FakeBackend> backend = std::make_shared<test::FakeBackend>();
     std::shared_ptr<FakePublication> publication = std::make_shared<FakePublication>();
     CompanionHost host{io.get_executor(), workers, clock, backend, configuration()};
-    std::string words = "Listening";
-    std::vector<std::string> warnings;
+    Phrase words = Phrase::verbatim("Listening");
+    std::vector<Phrase> warnings;
     StatusReporter reporter{
         host, *backend, clock, {"/d\xFF", [this] { return words; }, [this] { return warnings; }}};
 };
@@ -63,7 +63,7 @@ TEST_F(StatusReporterTest, TellsWhatIsKnownBeforeTheStart) {
 
 TEST_F(StatusReporterTest, FollowsTheWarnings) {
     EXPECT_FALSE(reporter.collect().warnings);
-    warnings = {"One.", "Another."};
+    warnings = {Phrase::verbatim("One."), Phrase::verbatim("Another.")};
     EXPECT_EQ(reporter.collect().warnings, warnings);
 }
 
@@ -77,7 +77,7 @@ TEST_F(StatusReporterTest, TellsWhatTheCompanionDrawsUpon) {
     const SourcesStatus sources{"rig", 8086, "/x/Output/situations", {}, {}, {}};
     const StatusReporter telling(
         host, *backend, clock,
-        {"/d", [] { return ""; }, [] { return std::vector<std::string>(); }, [&] { return sources; }});
+        {"/d", [] { return Phrase(); }, [] { return std::vector<Phrase>(); }, [&] { return sources; }});
     EXPECT_EQ(telling.collect().sources, sources);
     EXPECT_FALSE(telling.collect().visitors);
 }
@@ -86,19 +86,19 @@ TEST_F(StatusReporterTest, FollowsThePublication) {
     test::runTask(io, host.start());
     EXPECT_EQ(reporter.collect().port, host.advertiser().advertisedPort());
     EXPECT_EQ(reporter.collect().published->state, "publishing");
-    publication->present = {PublicationState::Kind::published, "rig42 (2)"};
+    publication->present = {PublicationState::Kind::published, Phrase::verbatim("rig42 (2)")};
     EXPECT_EQ(reporter.collect().published->name, "rig42 (2)");
-    publication->present = {PublicationState::Kind::noDaemon, "no daemon"};
+    publication->present = {PublicationState::Kind::noDaemon, Phrase::verbatim("no daemon")};
     EXPECT_EQ(reporter.collect().published->reason, "no daemon");
     host.stop();
 }
 
 TEST_F(StatusReporterTest, FollowsTheStage) {
-    backend->presentStage = {SimulatorStage::Kind::silent, "", clock.now() - 7s};
+    backend->presentStage = {SimulatorStage::Kind::silent, {}, clock.now() - 7s};
     EXPECT_EQ(reporter.collect().stage->words, "Simulator: silent for 7 s");
     clock.advance(io, 2s);
     EXPECT_EQ(reporter.collect().stage->silentSeconds, 9);
-    backend->presentStage = {SimulatorStage::Kind::mainMenu, "", {}};
+    backend->presentStage = {SimulatorStage::Kind::mainMenu, {}, {}};
     EXPECT_EQ(reporter.collect().stage->name, "main_menu");
 }
 
@@ -130,7 +130,7 @@ TEST_F(StatusReporterTest, TheJsonHasTheAddressesOfOneThatListens) {
 }
 
 TEST(EndedStatus, TellsNothingThatIsNotSo) {
-    const auto status = endedStatus("Tarnly has ended.", "/d");
+    const auto status = endedStatus(Phrase::verbatim("Tarnly has ended."), "/d");
     EXPECT_FALSE(status.isRunning);
     EXPECT_EQ(status.words, "Tarnly has ended.");
     EXPECT_EQ(status.dataFolder, "/d");

@@ -84,15 +84,15 @@ TEST_F(XPlaneBackendFlightsTest, FailureToSendIsPassedOn) {
 TEST_F(XPlaneBackendFlightsTest, ANameThatIsNotUtf8IsLeftOutWithOneWarning) {
     folder.write("a.sit", "");
     folder.write("b\xFF.sit", "");
-    std::vector<std::string> warnings;
-    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    std::vector<Phrase> warnings;
+    backend->onWarning([&](const Phrase& text) { warnings.push_back(text); });
     backend->setSituationsDirectory(folder.path().string());
     EXPECT_EQ(runTask(io, backend->listFlights()).size(), 1U);
     EXPECT_EQ(runTask(io, backend->listFlights()).size(), 1U);
-    EXPECT_EQ(warnings,
-              std::vector<std::string>{"Saved flights in " + folder.path().string() +
-                                       " whose names are not UTF-8 are left out (1); give them other "
-                                       "names."});
+    EXPECT_EQ(warnings, std::vector<Phrase>{
+                            Phrase::verbatim("Saved flights in " + folder.path().string() +
+                                             " whose names are not UTF-8 are left out (1); give them other "
+                                             "names.")});
     EXPECT_EQ(backend->warnings(), warnings);
     std::filesystem::remove(folder.path() / "b\xFF.sit");
     runTask(io, backend->listFlights());
@@ -100,28 +100,28 @@ TEST_F(XPlaneBackendFlightsTest, ANameThatIsNotUtf8IsLeftOutWithOneWarning) {
 }
 
 TEST_F(XPlaneBackendFlightsTest, AFolderThatNobodyCanLookIntoIsToldOnce) {
-    std::vector<std::string> warnings;
-    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    std::vector<Phrase> warnings;
+    backend->onWarning([&](const Phrase& text) { warnings.push_back(text); });
     const auto tooLong = folder.path() / std::string(5000, 'x');
     backend->setSituationsDirectory(tooLong.string());
     EXPECT_TRUE(runTask(io, backend->listFlights()).empty());
     EXPECT_TRUE(runTask(io, backend->listFlights()).empty());
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_TRUE(warnings[0].starts_with("The saved flights in " + tooLong.string() +
-                                        " cannot be listed: File name too long. "))
+    EXPECT_TRUE(warnings[0].text().starts_with("The saved flights in " + tooLong.string() +
+                                               " cannot be listed: File name too long. "))
         << warnings[0];
 }
 
 TEST_F(XPlaneBackendFlightsTest, AListingThatFailsIsToldBesides) {
-    std::vector<std::string> warnings;
-    backend->onWarning([&](const std::string& text) { warnings.push_back(text); });
+    std::vector<Phrase> warnings;
+    backend->onWarning([&](const Phrase& text) { warnings.push_back(text); });
     backend->setSituationsDirectory((folder.path() / "missing").string());
     runTask(io, backend->listFlights());
     EXPECT_TRUE(warnings.empty()) << "a folder that is not there has no flights";
     backend->setSituationsDirectory(folder.write("file", "").string());
     EXPECT_THROW(runTask(io, backend->listFlights()), std::filesystem::filesystem_error);
     ASSERT_EQ(warnings.size(), 1U);
-    EXPECT_NE(warnings[0].find("Not a directory"), std::string::npos) << warnings[0];
+    EXPECT_NE(warnings[0].text().find("Not a directory"), std::string::npos) << warnings[0];
     EXPECT_EQ(backend->warnings(), warnings);
     backend->setSituationsDirectory(folder.path().string());
     EXPECT_TRUE(backend->warnings().empty()) << "it is another folder now";

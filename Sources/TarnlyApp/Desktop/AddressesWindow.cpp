@@ -18,8 +18,6 @@
 namespace tarnly {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 constexpr int padding = 20;
 constexpr int windowWidth = 340;
 constexpr int shownRows = 4;
@@ -33,9 +31,11 @@ QStringList texts(const std::vector<std::string>& urls) {
 }
 
 QString explanation(bool isListening, bool hasAddresses) {
-    if (!isListening) return u"Tarnly is not listening."_s;
-    if (!hasAddresses) return u"This computer is not connected to a network."_s;
-    return u"Where a client does not find Tarnly by itself, enter one of these addresses there, or scan the code."_s;
+    if (!isListening) return AddressesWindow::tr("Tarnly is not listening.");
+    if (!hasAddresses) return AddressesWindow::tr("This computer is not connected to a network.");
+    return AddressesWindow::tr(
+        "Where a client does not find Tarnly by itself, enter one of these addresses there, or scan the "
+        "code.");
 }
 
 QStringList textsOf(const QListWidget& list) {
@@ -52,9 +52,9 @@ AddressesWindow::AddressesWindow(RuntimeModel& runtime)
       explanation_(new CaptionLabel),
       list_(new QListWidget),
       code_(new QrCodeWidget),
-      copy_(new QPushButton(u"Copy"_s)) {
-    setWindowTitle(u"Tarnly Addresses"_s);
-    list_->setAccessibleName(u"Addresses"_s);
+      copy_(new QPushButton(tr("Copy"))) {
+    setWindowTitle(tr("Tarnly Addresses"));
+    list_->setAccessibleName(tr("Addresses"));
     list_->setFixedHeight(shownRows * list_->fontMetrics().lineSpacing() + 4 * list_->frameWidth());
 
     auto* all = new QWidget;
@@ -118,8 +118,8 @@ void AddressesWindow::showSelected() {
 void AddressesWindow::copySelected() {
     if (selected().isEmpty()) return;
     QGuiApplication::clipboard()->setText(selected());
-    copy_->setText(u"Copied"_s);
-    QTimer::singleShot(confirmationTime, copy_, [this] { copy_->setText(u"Copy"_s); });
+    copy_->setText(tr("Copied"));
+    QTimer::singleShot(confirmationTime, copy_, [this] { copy_->setText(tr("Copy")); });
 }
 
 QString AddressesWindow::selected() const {

@@ -1,8 +1,9 @@
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
 
-#include <QCoreApplication>
 #include <QPixmap>
 #include <QStringList>
+
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -44,12 +45,12 @@ QIcon withLook(const QIcon& icon, TrayLook look) {
 
 QString toolTipOf(const CompanionStatus& status) {
     QStringList lines{u"Tarnly"_s};
-    if (status.stage) lines += QString::fromStdString(stageSentences(*status.stage));
-    if (isUnpublished(status)) lines += QString::fromStdString(publicationSentence(*status.published));
+    if (status.stage) lines += inWords(stageSentences(*status.stage));
+    if (isUnpublished(status)) lines += inWords(publicationSentence(*status.published));
     if (isUnwritten(status)) {
-        lines += QString::fromStdString(*status.recording->problem);
+        lines += inWords(*status.recording->problem);
     } else if (status.recording) {
-        lines += QCoreApplication::translate("TrayIcon", "A recording is running.");
+        lines += inWords(Phrase::of("A recording is running."));
     }
     return lines.join(u'\n');
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -15,9 +16,7 @@ enum Column { textColumn, buttonColumn, columns };
 
 constexpr int spacing = 8;
 
-QString valuesText(std::int64_t count) {
-    return count == 1 ? ClientList::tr("1 value") : ClientList::tr("%1 values").arg(count);
-}
+QString valuesText(std::int64_t count) { return inWords(Phrase::counted("%n values", "%n value", count)); }
 
 } // namespace
 

@@ -12,6 +12,7 @@
 
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -72,7 +73,7 @@ void DesktopApplication::introduce() {
 void DesktopApplication::tellNews() {
     const auto notices = notices_.newIn(runtime_.activity());
     for (const auto& notice : notices)
-        trayIcon_.tell(QString::fromStdString(notice.title), QString::fromStdString(notice.text));
+        trayIcon_.tell(inWords(notice.title), inWords(notice.text));
     // What is kept back meanwhile is told then, though nothing else may happen.
     constexpr auto soonAfter =
         Notices::pauseOfRefusals + std::chrono::seconds(5); // the timer is a coarse one

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <initializer_list>
 #include <optional>
-#include <string>
 #include <utility>
 
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
@@ -18,6 +17,7 @@
 #include "TarnlyApp/Desktop/ReadableColours.hpp"
 #include "TarnlyApp/Desktop/ScrollingPart.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -39,13 +39,13 @@ QGroupBox* question(const QString& text, std::initializer_list<QWidget*> answers
 }
 
 /// A line takes room while it has something to say.
-void say(CaptionLabel& label, const std::string& text) {
-    label.setVisible(!text.empty());
-    label.showText(QString::fromStdString(text));
+void say(CaptionLabel& label, const Phrase& phrase) {
+    label.setVisible(!phrase.empty());
+    label.showText(inWords(phrase));
 }
 
-std::string unpublishedSentence(const std::optional<PublicationStatus>& published) {
-    return published && published->reason ? publicationSentence(*published) : std::string();
+Phrase unpublishedSentence(const std::optional<PublicationStatus>& published) {
+    return published && published->reason ? publicationSentence(*published) : Phrase();
 }
 
 /// Buttons of one width, with some air around the longest text.
@@ -83,7 +83,8 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
     settings->setAccessibleDescription(tr("Opens the settings."));
     quit->setAccessibleDescription(tr("Clients lose their connection, and a recording ends."));
     troubleshooting_->setAccessibleDescription(tr("Opens the page that says what to do about each trouble."));
-    alignWidths({addresses_, reach_, settings, quit});
+    alignWidths({addresses_, reach_});
+    alignWidths({settings, quit}); // which stand side by side: some languages have no room for more
     alignWidths({troubleshooting_});
 
     auto* answers = new QWidget;
@@ -163,11 +164,11 @@ void Panel::showActivity() {
     say(*warnings_, warningSentences(activity));
     say(*publication_, unpublishedSentence(activity.published));
     const bool isKnown = activity.stage.has_value(); // not before the start
-    say(*simulator_, isKnown ? stageSentences(*activity.stage) : tr("Not known yet.").toStdString());
+    say(*simulator_, isKnown ? stageSentences(*activity.stage) : Phrase::of("Not known yet."));
     say(*clients_, clientsSentence(activity.clients));
     list_->showClients(activity.clients);
     say(*recording_, recordingSentence(activity.recording));
-    say(*samples_, activity.recording ? samplesSentence(*activity.recording) : std::string());
+    say(*samples_, activity.recording ? samplesSentence(*activity.recording) : Phrase());
     const bool isAmiss = needsAttention(activity) || !warningSentences(activity).empty();
     troubleshooting_->setVisible(isAmiss && troubleshootingPage_);
     contentChanged();

@@ -8,8 +8,6 @@
 namespace tarnly {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 constexpr int sideLength = 200;
 
 void paintModules(QPainter& painter, const QrCode& code) {

@@ -13,6 +13,7 @@
 #include "TarnlyApp/Desktop/ReadableColours.hpp"
 #include "TarnlyApp/Desktop/ScrollingPart.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -150,7 +151,7 @@ void ReachWindow::showPages() {
     pages_->setVisible(hasOne);
     code_->setVisible(hasOne);
     instruction_->setVisible(hasOne);
-    instruction_->showText(QString::fromStdString(ReachTest::instruction()));
+    instruction_->showText(inWords(ReachTest::instruction()));
     if (!hasOne) tell(tr("It cannot be tested"), ReachTest::withoutAddress(runtime_.port().has_value()));
 }
 
@@ -158,9 +159,9 @@ void ReachWindow::showSelected() { code_->showCode(pages_->currentText().toStdSt
 
 void ReachWindow::tell(const QString& headline, const ReachFinding& finding) {
     headline_->setText(headline);
-    finding_->showText(QString::fromStdString(finding.text));
+    finding_->showText(inWords(finding.text));
     finding_->setVisible(!finding.text.empty());
-    cure_->showText(QString::fromStdString(finding.cure));
+    cure_->showText(inWords(finding.cure));
     cure_->setVisible(!finding.cure.empty());
     setAccessibleDescription(finding_->accessibleName() + u' ' + cure_->accessibleName());
     fitContent(*this, windowWidth);

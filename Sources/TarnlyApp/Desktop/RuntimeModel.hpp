@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "TarnlyApp/CompanionRuntime.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 
 namespace tarnly {
@@ -27,7 +28,7 @@ class RuntimeModel : public QObject {
     /// Takes the runtime's `onStatusChange`, `onStageChange` and `onActivity`; to be made before the start.
     explicit RuntimeModel(CompanionRuntime& runtime);
 
-    QString statusText() const { return QString::fromStdString(runtime_.statusText()); }
+    QString statusText() const { return inWords(runtime_.statusText()); }
     std::optional<std::uint16_t> port() const { return runtime_.port(); }
 
     /// As clients enter them, while it listens: "ws://192.168.1.20:41234". Asks the system.

@@ -8,11 +8,10 @@
 #include <utility>
 
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 /// Of a person who types, and is done.
 constexpr std::chrono::milliseconds pause{800};
@@ -35,8 +34,8 @@ SettingField::SettingField(QFormLayout& form, Description description, const QSt
     auto* row = new QHBoxLayout;
     row->addWidget(edit_);
     if (description_.choice != Choice::nothing) {
-        auto* button = new QPushButton(u"Choose…"_s);
-        button->setAccessibleName(u"Choose "_s + description_.label.toLower());
+        auto* button = new QPushButton(tr("Choose…"));
+        button->setAccessibleName(description_.choosing);
         connect(button, &QPushButton::clicked, this, &SettingField::choose);
         row->addWidget(button);
     }
@@ -50,9 +49,8 @@ SettingField::SettingField(QFormLayout& form, Description description, const QSt
 }
 
 void SettingField::follow() {
-    const auto fault = text().empty() ? std::string() : fault_(text());
-    const auto shown =
-        fault.empty() ? description_.help : u"Not saved: %1."_s.arg(QString::fromStdString(fault));
+    const auto fault = text().empty() ? Phrase() : fault_(text());
+    const auto shown = fault.empty() ? description_.help : tr("Not saved: %1.").arg(inWords(fault));
     caption_->showText(shown);
     edit_->setAccessibleDescription(shown);
     isEdited_ = true;

@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 
+#include "TarnlyPlatform/Base/Phrase.hpp"
+
 namespace tarnly {
 
 class CaptionLabel;
@@ -31,9 +33,11 @@ class SettingField : public QObject {
         /// Shown where nothing stands in the field: what is usual then.
         QString usual;
         Choice choice = Choice::nothing;
+        /// What the button beside it is called where it is not seen.
+        QString choosing{};
     };
     /// What is wanted instead of a text, which is not empty: a clause, or nothing where all is well.
-    using Fault = std::function<std::string(const std::string& text)>;
+    using Fault = std::function<Phrase(const std::string& text)>;
     /// Takes what stands in the field, without blanks around it; absent for none.
     using Keep = std::function<void(std::optional<std::string> text)>;
 

@@ -28,7 +28,7 @@ constexpr int betweenParts = 4; // it fits on a small screen
 /// What the help says where the command line wins.
 template <typename Value>
 QString helpOr(const QString& help, const std::optional<Value>& option, const QString& shown) {
-    return option ? u"For this run the command line says %1."_s.arg(shown) : help;
+    return option ? SettingsWindow::tr("For this run the command line says %1.").arg(shown) : help;
 }
 
 QString shownNumber(const std::optional<std::uint16_t>& number) {
@@ -51,7 +51,7 @@ std::vector<std::string> wordsOf(const std::string& text) {
 
 SettingsWindow::SettingsWindow(SettingsStore& store, const CompanionOptions& options)
     : store_(store), caption_(new CaptionLabel) {
-    setWindowTitle(u"Tarnly Settings"_s);
+    setWindowTitle(tr("Tarnly Settings"));
     auto* all = new QWidget;
     groups_ = new QVBoxLayout(all);
     groups_->setSpacing(betweenParts);
@@ -85,33 +85,33 @@ void SettingsWindow::addPairing() {
     auto* password = new QLineEdit(QString::fromStdString(store_.password()));
     password->setEchoMode(QLineEdit::Password);
     caption_->setWordWrap(false); // its texts are short, and a wrapping one costs the form its exact height
-    auto* form = addGroup(u"Pairing"_s);
-    form->addRow(u"Password"_s, password);
+    auto* form = addGroup(tr("Pairing"));
+    form->addRow(tr("Password"), password);
     form->addRow(QString(), caption_);
     connect(password, &QLineEdit::textChanged, this, &SettingsWindow::changePassword);
 }
 
 void SettingsWindow::addNetwork(const CompanionOptions& options) {
-    auto* form = addGroup(u"Network"_s);
+    auto* form = addGroup(tr("Network"));
     addText(*form,
-            {u"Name"_s,
-             helpOr(u"By which tablets find this computer."_s, options.name,
+            {tr("Name"),
+             helpOr(tr("By which tablets find this computer."), options.name,
                     QString::fromStdString(options.name.value_or(""))),
              QString::fromStdString(hostName())},
             &AppSettings::name, nameFault);
-    auto* advertise = new QCheckBox(u"Let tablets find this computer"_s);
+    auto* advertise = new QCheckBox(tr("Let tablets find this computer"));
     advertise->setChecked(store_.current().advertise.value_or(true));
     connect(advertise, &QCheckBox::toggled, this, [this](bool on) {
         store_.set(&AppSettings::advertise, on ? std::nullopt : std::optional(false));
     });
     form->addRow(QString(), advertise);
     form->addRow(QString(),
-                 new CaptionLabel(!options.advertises   ? u"Else its address has to be typed there."_s
-                                  : *options.advertises ? u"For this run the command line says yes."_s
-                                                        : u"For this run the command line says no."_s));
+                 new CaptionLabel(!options.advertises   ? tr("Else its address has to be typed there.")
+                                  : *options.advertises ? tr("For this run the command line says yes.")
+                                                        : tr("For this run the command line says no.")));
     addNumber(*form,
-              {u"Port"_s,
-               helpOr(u"Takes effect at the next start. Empty: 28086, or the next free one."_s, options.port,
+              {tr("Port"),
+               helpOr(tr("Takes effect at the next start. Empty: 28086, or the next free one."), options.port,
                       shownNumber(options.port)),
                u"28086"_s},
               &AppSettings::port, portFault);
@@ -119,40 +119,40 @@ void SettingsWindow::addNetwork(const CompanionOptions& options) {
 }
 
 void SettingsWindow::addSimulator(const CompanionOptions& options) {
-    auto* form = addGroup(u"Simulator"_s);
+    auto* form = addGroup(tr("Simulator"));
     addText(*form,
-            {u"Computer"_s,
-             helpOr(u"On which it runs. Takes effect at the next start."_s, options.simulatorHost,
+            {tr("Computer"),
+             helpOr(tr("On which it runs. Takes effect at the next start."), options.simulatorHost,
                     QString::fromStdString(options.simulatorHost.value_or(""))),
              u"127.0.0.1"_s},
             &AppSettings::simulatorHost, hostFault);
     addNumber(*form,
-              {u"Web port"_s,
-               helpOr(u"Of its web API. Takes effect at the next start."_s, options.simulatorPort,
+              {tr("Web port"),
+               helpOr(tr("Of its web API. Takes effect at the next start."), options.simulatorPort,
                       shownNumber(options.simulatorPort)),
                u"8086"_s},
               &AppSettings::simulatorPort, simulatorPortFault);
     addText(*form,
-            {u"Saved flights"_s,
-             helpOr(u"Empty: those of the simulator that was installed last."_s, options.situationsFolder,
+            {tr("Saved flights"),
+             helpOr(tr("Empty: those of the simulator that was installed last."), options.situationsFolder,
                     shownPath(options.situationsFolder)),
-             QString(), SettingField::Choice::folder},
+             QString(), SettingField::Choice::folder, tr("Choose saved flights")},
             &AppSettings::situationsFolder, pathFault);
     addText(*form,
-            {u"Fixes"_s,
-             helpOr(u"The navigation database, for scripts that name fixes."_s, options.navigationDatabase,
+            {tr("Fixes"),
+             helpOr(tr("The navigation database, for scripts that name fixes."), options.navigationDatabase,
                     shownPath(options.navigationDatabase)),
-             QString(), SettingField::Choice::file},
+             QString(), SettingField::Choice::file, tr("Choose fixes")},
             &AppSettings::navigationDatabase, pathFault);
 }
 
 void SettingsWindow::addStart() {
-    auto* startAtLogin = new QCheckBox(u"Start Tarnly at login"_s);
+    auto* startAtLogin = new QCheckBox(tr("Start Tarnly at login"));
     startAtLogin->setChecked(store_.startAtLogin());
     connect(startAtLogin, &QCheckBox::toggled, this, [this](bool on) { store_.setStartAtLogin(on); });
-    auto* form = addGroup(u"Start"_s);
+    auto* form = addGroup(tr("Start"));
     form->addRow(startAtLogin);
-    form->addRow(new CaptionLabel(u"In the tray, with these settings."_s));
+    form->addRow(new CaptionLabel(tr("In the tray, with these settings.")));
 }
 
 void SettingsWindow::addText(QFormLayout& form, SettingField::Description description, Text setting,
@@ -164,7 +164,7 @@ void SettingsWindow::addText(QFormLayout& form, SettingField::Description descri
 }
 
 void SettingsWindow::addNumber(QFormLayout& form, SettingField::Description description, Number setting,
-                               std::function<std::string(std::int64_t)> fault) {
+                               std::function<Phrase(std::int64_t)> fault) {
     const auto& present = store_.current().*setting;
     const auto content = present ? QString::number(*present) : QString();
     auto faultOfText = [fault = std::move(fault)](const std::string& text) {
@@ -185,17 +185,17 @@ void SettingsWindow::addOrigins(QFormLayout& form, const CompanionOptions& optio
     for (const auto& origin : store_.current().allowedOrigins.value_or(std::vector<std::string>()))
         present += QString::fromStdString(origin);
     const auto help = options.allowedOrigins.empty()
-                          ? u"Which may connect, such as https://example.com; others are kept out."_s
-                          : u"For this run the command line says which may connect."_s;
+                          ? tr("Which may connect, such as https://example.com; others are kept out.")
+                          : tr("For this run the command line says which may connect.");
     auto fault = [](const std::string& text) {
         for (const auto& origin : wordsOf(text))
             if (auto wanted = originFault(origin); !wanted.empty()) return wanted;
-        return std::string();
+        return Phrase();
     };
     auto keep = [this](const std::optional<std::string>& text) {
         store_.set(&AppSettings::allowedOrigins, text ? std::optional(wordsOf(*text)) : std::nullopt);
     };
-    fields_.push_back(new SettingField(form, {u"Web pages"_s, help, QString()}, present.join(u' '),
+    fields_.push_back(new SettingField(form, {tr("Web pages"), help, QString()}, present.join(u' '),
                                        std::move(fault), std::move(keep)));
 }
 
@@ -220,7 +220,7 @@ void SettingsWindow::changePassword(const QString& password) {
 }
 
 void SettingsWindow::showWhetherPasswordIsSet() {
-    caption_->showText(store_.password().empty() ? u"Not set — open pairing."_s : u"Set."_s);
+    caption_->showText(store_.password().empty() ? tr("Not set — open pairing.") : tr("Set."));
 }
 
 } // namespace tarnly

@@ -10,6 +10,7 @@
 #include "TarnlyApp/CompanionOptions.hpp"
 #include "TarnlyApp/Desktop/SettingField.hpp"
 #include "TarnlyApp/Settings.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 class QVBoxLayout;
 
@@ -47,7 +48,7 @@ class SettingsWindow : public QWidget {
     void addText(QFormLayout& form, SettingField::Description description, Text setting,
                  SettingField::Fault fault);
     void addNumber(QFormLayout& form, SettingField::Description description, Number setting,
-                   std::function<std::string(std::int64_t)> fault);
+                   std::function<Phrase(std::int64_t)> fault);
     void addOrigins(QFormLayout& form, const CompanionOptions& options);
     void changePassword(const QString& password);
     void showWhetherPasswordIsSet();

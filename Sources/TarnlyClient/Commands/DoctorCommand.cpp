@@ -72,7 +72,7 @@ void showPages(const CommandContext& context, const CompanionStatus& status) {
     auto printer = context.printer();
     if (context.options.json)
         return print(context, Finding::unknown("reach", "Waiting for a device to open " + pages.front()));
-    printer.line(ReachTest::instruction());
+    printer.line(ReachTest::instruction().text());
     for (const auto& page : pages)
         printer.line("  " + printable(page));
     if (const auto code = QrCode::of(pages.front())) {

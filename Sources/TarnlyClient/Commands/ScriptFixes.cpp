@@ -39,7 +39,7 @@ void withFixes(const std::optional<std::filesystem::path>& file,
     const SystemClock clock;
     Guarded<std::optional<std::string>> trouble; // told on the database's thread
     const NavDatabase opened(
-        *database, [&](const std::string& warning) { trouble.with([&](auto& told) { told = warning; }); });
+        *database, [&](const Phrase& warning) { trouble.with([&](auto& told) { told = warning.text(); }); });
     NavDatabase::Lookup fixes(opened, clock, [] { return true; });
     work([&](const std::string& ident) { return fixes.resolve(ident); });
     if (const auto told = trouble.copy()) throw ClientError("the fixes could not all be looked up: " + *told);

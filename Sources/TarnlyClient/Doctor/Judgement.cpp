@@ -33,7 +33,7 @@ Finding unanswered(const char* step, const FolderProbe& probe) {
 } // namespace
 
 Finding judgeWarnings(const CompanionStatus& status) {
-    const auto words = warningSentences(status);
+    const auto words = warningSentences(status).text();
     if (words.empty()) return Finding::fine("warnings", "The companion has none.");
     return Finding::amiss("warnings", "The companion warns of something.", words);
 }
@@ -46,11 +46,12 @@ Finding judgePublication(const CompanionStatus& status, const std::optional<std:
                                 "The address has to be entered in the application.");
     }
     if (status.published->state == "publishing") {
-        return Finding::unknown(step, publicationSentence(*status.published), "Ask again in a moment.");
+        return Finding::unknown(step, publicationSentence(*status.published).text(),
+                                "Ask again in a moment.");
     }
     if (!status.published->name) {
         return Finding::amiss(
-            step, publicationSentence(*status.published),
+            step, publicationSentence(*status.published).text(),
             "Applications do not find the companion by themselves; enter the address there. "
             "Install and start avahi-daemon to be found.");
     }
@@ -107,11 +108,11 @@ Finding judgePairing(const CompanionStatus& status) {
 Finding judgeSimulator(const SimulatorProbe& simulator) {
     const auto who = simulator.place + (simulator.version.empty() ? "" : ", version " + simulator.version);
     // The step's name says already whose words these are.
-    auto words = stageWords(simulator.stage, {});
+    auto words = stageWords(simulator.stage, {}).text();
     if (words.starts_with(stageSubject)) words.erase(0, stageSubject.size());
     const auto text = sentence(words + " (" + who + ")");
     if (simulator.stage.kind == Kind::flightLoaded) return Finding::fine("simulator", text);
-    return Finding::amiss("simulator", text, sentence(stageAdvice(simulator.stage)));
+    return Finding::amiss("simulator", text, sentence(stageAdvice(simulator.stage).text()));
 }
 
 Finding judgeValues(const ValueProbe& value, bool hasPassword) {

@@ -123,7 +123,7 @@ std::string reasonOf(const std::optional<NetworkError>& failure) {
 SimulatorStage stageOf(Kind kind, std::string detail = {}) {
     SimulatorStage stage;
     stage.kind = kind;
-    stage.detail = std::move(detail);
+    stage.detail = Phrase::verbatim(std::move(detail));
     return stage;
 }
 

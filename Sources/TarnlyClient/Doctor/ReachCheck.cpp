@@ -30,8 +30,8 @@ Finding waitForADevice(const std::filesystem::path& dataFolder, std::chrono::mil
         found = test.look(status);
     }
     if (found.outcome == Outcome::nobodyYet) found = ReachTest::neverArrived(status);
-    if (found.outcome == Outcome::fine) return Finding::fine(step, found.text);
-    return Finding::amiss(step, found.text, found.cure);
+    if (found.outcome == Outcome::fine) return Finding::fine(step, found.text.text());
+    return Finding::amiss(step, found.text.text(), found.cure.text());
 }
 
 } // namespace tarnly::client

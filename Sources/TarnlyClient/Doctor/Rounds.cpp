@@ -66,7 +66,7 @@ void Rounds::lookAtCompanion() {
     }
     try {
         status_ = askForWholeStatus(options_.dataFolder, 2 * options_.unit);
-        add(Finding::fine(step, status_->words));
+        add(Finding::fine(step, status_->words.text()));
         add(judgeWarnings(*status_));
     } catch (const std::exception& error) {
         const std::string text = error.what();

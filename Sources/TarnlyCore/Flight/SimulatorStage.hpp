@@ -1,10 +1,10 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -21,7 +21,7 @@ struct SimulatorStage {
 
     Kind kind = Kind::notRunning;
     /// `refusing`: the simulator's own message. `tooOld`: its version. Empty where it is not known.
-    std::string detail;
+    Phrase detail;
     /// `silent`: when the last byte came.
     std::optional<Clock::TimePoint> silentSince;
 
@@ -33,9 +33,9 @@ std::string_view stageName(SimulatorStage::Kind kind);
 
 /// The stage in people's words, without a full stop: "Simulator: silent for 7 s". `now` is of the clock of
 /// `silentSince`.
-std::string stageWords(const SimulatorStage& stage, Clock::TimePoint now);
+Phrase stageWords(const SimulatorStage& stage, Clock::TimePoint now);
 
 /// What to do about it, as a clause: "start X-Plane 12.1.4 or later". Empty while there is nothing to do.
-std::string stageAdvice(const SimulatorStage& stage);
+Phrase stageAdvice(const SimulatorStage& stage);
 
 } // namespace tarnly

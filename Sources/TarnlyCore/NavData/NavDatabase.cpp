@@ -59,11 +59,10 @@ class NavDatabase::Room {
         if (openFailure_) std::rethrow_exception(openFailure_);
         if (isInTime) return;
         lock.unlock();
-        warn(Fault::unopened,
-             "The navigation database " + printable(path_) + " has not opened within " +
-                 std::to_string(limit.count()) +
-                 " milliseconds; until it has, its fixes count as not found. Give --nav-db a file on a disk "
-                 "that answers, or load the script again later.");
+        warn(Fault::unopened, Phrase::of("The navigation database %1 has not opened within %2 milliseconds; "
+                                         "until it has, its fixes count as not found. Give --nav-db a file "
+                                         "on a disk that answers, or load the script again later.",
+                                         printable(path_), std::to_string(limit.count())));
     }
 
     /// A search's thread.
@@ -108,26 +107,26 @@ class NavDatabase::Room {
 
     void noteLateness() {
         if (!isOpened()) return;
-        warn(
-            Fault::late,
-            "The navigation database " + printable(path_) +
-                " took more than 2 seconds for the fixes of a script, of which the rest counts as not found; "
-                "give --nav-db one with plain tables and indexes, on a disk that answers.");
+        warn(Fault::late, Phrase::of("The navigation database %1 took more than 2 seconds for the fixes of a "
+                                     "script, of which the rest counts as not found; give --nav-db one with "
+                                     "plain tables and indexes, on a disk that answers.",
+                                     printable(path_)));
     }
 
     void noteFailure(const std::string& message) {
         warn(Fault::unreadable,
-             "The navigation database " + printable(path_) + " cannot be read (" + message +
-                 "): fixes of a script that were not found may be there. See that --nav-db names the right "
-                 "file and that its disk is well, then load the script again.");
+             Phrase::of("The navigation database %1 cannot be read (%2): fixes of a script that were not "
+                        "found may be there. See that --nav-db names the right file and that its disk is "
+                        "well, then load the script again.",
+                        printable(path_), message));
     }
 
     void noteInTime() { forget(Fault::late); }
     void noteRead() { forget(Fault::unreadable); }
 
-    std::vector<std::string> warnings() {
+    std::vector<Phrase> warnings() {
         const std::lock_guard lock(mutex_);
-        std::vector<std::string> all;
+        std::vector<Phrase> all;
         for (const auto& [fault, text] : standing_)
             all.push_back(text);
         return all;
@@ -136,7 +135,7 @@ class NavDatabase::Room {
   private:
     enum class Fault { unopened, late, unreadable };
 
-    void warn(Fault fault, const std::string& text) {
+    void warn(Fault fault, const Phrase& text) {
         {
             const std::lock_guard lock(mutex_);
             if (fault == Fault::unopened && isOpened_) return; // meanwhile
@@ -195,7 +194,7 @@ class NavDatabase::Room {
     bool isOpened_ = false;
     std::exception_ptr openFailure_;
     std::vector<std::unique_ptr<NavConnection>> idle_;
-    std::map<Fault, std::string> standing_;
+    std::map<Fault, Phrase> standing_;
     std::set<Fault> told_;
 };
 
@@ -205,7 +204,7 @@ NavDatabase::NavDatabase(const std::string& path, Warn warn, std::chrono::millis
     room_->awaitOpening(limit);
 }
 
-std::vector<std::string> NavDatabase::warnings() const { return room_->warnings(); }
+std::vector<Phrase> NavDatabase::warnings() const { return room_->warnings(); }
 
 NavDatabase::Lookup::Lookup(const NavDatabase& database, const Clock& clock, std::function<bool()> isWanted)
     : room_(database.room_),

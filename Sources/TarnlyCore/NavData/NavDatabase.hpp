@@ -11,6 +11,7 @@
 #include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyCore/NavData/NavConnection.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -31,7 +32,7 @@ class NavDatabase {
 
     /// Told what is worth a person's notice, each thing once, in whole sentences with the cure; by the
     /// threads that make and use the database. May be null.
-    using Warn = std::function<void(const std::string& text)>;
+    using Warn = std::function<void(const Phrase& text)>;
 
     class Lookup;
 
@@ -46,7 +47,7 @@ class NavDatabase {
     NavDatabase& operator=(const NavDatabase&) = delete;
 
     /// Of what it has warned, those whose cause has not been seen to be gone.
-    std::vector<std::string> warnings() const;
+    std::vector<Phrase> warnings() const;
 
   private:
     class Room;

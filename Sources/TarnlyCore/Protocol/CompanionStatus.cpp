@@ -1,10 +1,9 @@
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
+#include <utility>
 
-#include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -39,11 +38,6 @@ std::string utcText(std::chrono::sys_seconds time) {
            twoDigits(clock.minutes().count()) + ":" + twoDigits(clock.seconds().count()) + "Z";
 }
 
-std::string sentence(std::string clause) {
-    clause.at(0) = static_cast<char>(std::toupper(static_cast<unsigned char>(clause.at(0))));
-    return clause + ".";
-}
-
 std::string addressesSentence(const std::vector<std::string>& addresses) {
     if (addresses.empty()) return "No address: connect this computer to a network.";
     std::string text = "Addresses:";
@@ -57,9 +51,9 @@ std::string addressesSentence(const std::vector<std::string>& addresses) {
 StageStatus StageStatus::of(const SimulatorStage& stage, Clock::TimePoint now) {
     StageStatus status;
     status.name = stageName(stage.kind);
-    status.words = wellFormedUtf8(stageWords(stage, now));
+    status.words = stageWords(stage, now);
     status.advice = stageAdvice(stage);
-    if (!stage.detail.empty()) status.detail = wellFormedUtf8(stage.detail);
+    if (!stage.detail.empty()) status.detail = stage.detail;
     if (stage.silentSince) {
         const auto silent = std::max(now - *stage.silentSince, Clock::Duration::zero());
         status.silentSeconds = std::chrono::floor<std::chrono::seconds>(silent).count();
@@ -69,17 +63,16 @@ StageStatus StageStatus::of(const SimulatorStage& stage, Clock::TimePoint now) {
 
 PublicationStatus PublicationStatus::of(const std::optional<PublicationState>& publication) {
     if (!publication) return {"off", {}, {}};
-    const auto text = wellFormedUtf8(publication->text);
     switch (publication->kind) {
         case PublicationState::Kind::publishing:
             return {"publishing", {}, {}};
         case PublicationState::Kind::published:
-            return {"published", text, {}};
+            return {"published", publication->text.text(), {}};
         case PublicationState::Kind::noDaemon:
         case PublicationState::Kind::refused:
             break;
     }
-    return {"not_published", {}, text};
+    return {"not_published", {}, publication->text};
 }
 
 std::optional<VisitStatus> VisitStatus::of(const std::optional<Visitors::Visits>& visits) {
@@ -102,7 +95,7 @@ RecordingStatus RecordingStatus::of(const FlightRecorder::Progress& progress) {
     status.samples = static_cast<std::int64_t>(progress.samples);
     if (progress.lastSampleAge) status.lastSampleAgeSeconds = tenths(*progress.lastSampleAge);
     status.runningSeconds = tenths(progress.runningFor);
-    if (!progress.problem.empty()) status.problem = wellFormedUtf8(progress.problem);
+    if (!progress.problem.empty()) status.problem = progress.problem;
     return status;
 }
 
@@ -123,60 +116,55 @@ ClientsStatus ClientsStatus::of(const std::vector<PairedClient>& paired, std::si
     return status;
 }
 
-void CompanionStatus::warn(std::string_view sentence) {
+void CompanionStatus::warn(Phrase sentence) {
     if (!warnings) warnings.emplace();
-    warnings->push_back(wellFormedUtf8(std::string(sentence)));
+    warnings->push_back(std::move(sentence));
 }
 
-std::string stageSentences(const StageStatus& stage) {
-    const auto first = stage.words + ".";
-    return stage.advice.empty() ? first : first + " " + sentence(stage.advice);
+Phrase stageSentences(const StageStatus& stage) {
+    return Phrase::joined({Phrase::sentence(stage.words), Phrase::sentence(stage.advice)});
 }
 
-std::string publicationSentence(const PublicationStatus& published) {
-    if (published.name) return "Published by DNS-SD as \"" + *published.name + "\".";
-    if (published.reason) return "Not published by DNS-SD: " + *published.reason + ".";
-    return published.state == "publishing" ? "Being published by DNS-SD." : "Not published by DNS-SD.";
+Phrase publicationSentence(const PublicationStatus& published) {
+    if (published.name) return Phrase::of("Published by DNS-SD as \"%1\".", *published.name);
+    if (published.reason) return Phrase::of("Not published by DNS-SD: %1.", *published.reason);
+    return published.state == "publishing" ? Phrase::of("Being published by DNS-SD.")
+                                           : Phrase::of("Not published by DNS-SD.");
 }
 
-std::string clientsSentence(const ClientsStatus& clients) {
-    if (clients.paired == 0) return "No client is paired.";
-    if (clients.paired == 1) return "1 client is paired.";
-    return std::to_string(clients.paired) + " clients are paired.";
+Phrase clientsSentence(const ClientsStatus& clients) {
+    if (clients.paired == 0) return Phrase::of("No client is paired.");
+    return Phrase::counted("%n clients are paired.", "%n client is paired.", clients.paired);
 }
 
-std::string recordingSentence(const std::optional<RecordingStatus>& recording) {
-    if (!recording) return "No recording is running.";
-    const auto duration = "Recording for " + durationText(recording->runningSeconds);
-    const auto sentence = duration + (recording->samples == 0 ? ", no samples yet." : ".");
-    return recording->problem ? sentence + " " + *recording->problem : sentence;
+Phrase recordingSentence(const std::optional<RecordingStatus>& recording) {
+    if (!recording) return Phrase::of("No recording is running.");
+    const auto duration = durationText(recording->runningSeconds);
+    const auto sentence = recording->samples == 0 ? Phrase::of("Recording for %1, no samples yet.", duration)
+                                                  : Phrase::of("Recording for %1.", duration);
+    return Phrase::joined({sentence, recording->problem.value_or(Phrase())});
 }
 
-std::string samplesSentence(const RecordingStatus& recording) {
+Phrase samplesSentence(const RecordingStatus& recording) {
     if (recording.samples == 0 || !recording.lastSampleAgeSeconds) return {};
-    const bool isOne = recording.samples == 1;
-    auto text =
-        std::to_string(recording.samples) + (isOne ? " sample, taken " : " samples, the last one taken ");
-    appendNumber(text, *recording.lastSampleAgeSeconds);
-    return text + " s ago.";
+    return Phrase::counted("%n samples, the last one taken %1 s ago.", "%n sample, taken %1 s ago.",
+                           recording.samples, *recording.lastSampleAgeSeconds);
 }
 
-std::string warningSentences(const CompanionStatus& status) {
-    std::string text;
-    for (const auto& warning : status.warnings.value_or(std::vector<std::string>()))
-        text.append(text.empty() ? "" : " ").append(warning);
-    return text;
+Phrase warningSentences(const CompanionStatus& status) {
+    return Phrase::joined(status.warnings.value_or(std::vector<Phrase>()));
 }
 
 std::vector<std::string> statusLines(const CompanionStatus& status) {
-    std::vector<std::string> lines{status.words};
-    if (status.warnings) lines.insert(lines.end(), status.warnings->begin(), status.warnings->end());
+    std::vector<std::string> lines{status.words.text()};
+    for (const auto& warning : status.warnings.value_or(std::vector<Phrase>()))
+        lines.push_back(warning.text());
     if (status.isRunning) {
-        if (status.published) lines.push_back(publicationSentence(*status.published));
+        if (status.published) lines.push_back(publicationSentence(*status.published).text());
         if (status.port) lines.push_back(addressesSentence(status.addresses));
-        if (status.stage) lines.push_back(stageSentences(*status.stage));
-        lines.push_back(clientsSentence(status.clients));
-        lines.push_back(recordingSentence(status.recording));
+        if (status.stage) lines.push_back(stageSentences(*status.stage).text());
+        lines.push_back(clientsSentence(status.clients).text());
+        lines.push_back(recordingSentence(status.recording).text());
     }
     lines.push_back("Data folder: " + status.dataFolder);
     return lines;

@@ -4,14 +4,15 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "TarnlyCore/Discovery/Visitors.hpp"
 #include "TarnlyCore/Flight/SimulatorStage.hpp"
 #include "TarnlyCore/Protocol/ProtocolServer.hpp"
 #include "TarnlyCore/Recording/FlightRecorder.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Dnssd/ServicePublisher.hpp"
+#include "TarnlyPlatform/Json/JsonPhrase.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
 
 /// How a companion stands, and the words for it: the panel, the status file and the tools say the same. All
@@ -21,10 +22,10 @@ namespace tarnly {
 struct StageStatus {
     /// As `stageName` has it.
     std::string name;
-    std::string words;
+    Phrase words;
     /// Empty while there is nothing to do.
-    std::string advice;
-    std::optional<std::string> detail;
+    Phrase advice;
+    std::optional<Phrase> detail;
     std::optional<std::int64_t> silentSeconds;
 
     static StageStatus of(const SimulatorStage& stage, Clock::TimePoint now);
@@ -43,7 +44,7 @@ struct PublicationStatus {
     /// Under which it is found.
     std::optional<std::string> name;
     /// Why it is not published, and what to do about it.
-    std::optional<std::string> reason;
+    std::optional<Phrase> reason;
 
     /// Absent: nobody is asked to publish.
     static PublicationStatus of(const std::optional<PublicationState>& publication);
@@ -154,7 +155,7 @@ struct RecordingStatus {
     std::optional<double> lastSampleAgeSeconds;
     double runningSeconds = 0;
     /// Why the log is not being written, and the cure: whole sentences. Absent while all is well.
-    std::optional<std::string> problem;
+    std::optional<Phrase> problem;
 
     static RecordingStatus of(const FlightRecorder::Progress& progress);
 
@@ -171,9 +172,9 @@ struct CompanionStatus {
     std::string version;
     bool isRunning = false;
     /// How it can be reached, or why it could not start: the line that it prints.
-    std::string words;
+    Phrase words;
     /// What is not as it should be, and the cure: whole sentences. Absent while all is well.
-    std::optional<std::vector<std::string>> warnings;
+    std::optional<std::vector<Phrase>> warnings;
     /// Absent until it listens.
     std::optional<std::int64_t> port;
     /// As clients enter them: "ws://192.168.1.20:41234".
@@ -191,7 +192,7 @@ struct CompanionStatus {
     std::string dataFolder;
 
     /// Adds to the warnings.
-    void warn(std::string_view sentence);
+    void warn(Phrase sentence);
 
     bool operator==(const CompanionStatus&) const = default;
     static constexpr auto fields() {
@@ -208,25 +209,25 @@ struct CompanionStatus {
 };
 
 /// "Simulator: not running. Start X-Plane 12.1.4 or later."
-std::string stageSentences(const StageStatus& stage);
+Phrase stageSentences(const StageStatus& stage);
 
 /// `Published by DNS-SD as "rig42 (2)".`, or why not.
-std::string publicationSentence(const PublicationStatus& published);
+Phrase publicationSentence(const PublicationStatus& published);
 
 /// "No client is paired.", "1 client is paired.", "2 clients are paired."
-std::string clientsSentence(const ClientsStatus& clients);
+Phrase clientsSentence(const ClientsStatus& clients);
 
 /// "No recording is running.", "Recording for 0:05, no samples yet.", "Recording for 1:00:05.", and why its
 /// log is not being written.
-std::string recordingSentence(const std::optional<RecordingStatus>& recording);
+Phrase recordingSentence(const std::optional<RecordingStatus>& recording);
 
 /// "1 sample, taken 0.4 s ago.", "240 samples, the last one taken 0.4 s ago."; empty before the first one.
-std::string samplesSentence(const RecordingStatus& recording);
+Phrase samplesSentence(const RecordingStatus& recording);
 
 /// What is not as it should be, all in one; empty while all is well.
-std::string warningSentences(const CompanionStatus& status);
+Phrase warningSentences(const CompanionStatus& status);
 
-/// All of it for people, a line each, without line feeds.
+/// All of it for people, in English, a line each, without line feeds.
 std::vector<std::string> statusLines(const CompanionStatus& status);
 
 } // namespace tarnly

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "TarnlyCore/Protocol/CompanionStatus.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -13,9 +14,9 @@ namespace tarnly {
 struct ReachFinding {
     enum class Outcome { nobodyYet, refused, fine };
     Outcome outcome = Outcome::nobodyYet;
-    std::string text;
+    Phrase text;
     /// What to do; empty where there is nothing to do.
-    std::string cure;
+    Phrase cure;
 };
 
 /// Tells whether a device gets to this companion: it remembers who had been there before, and looks for
@@ -31,7 +32,7 @@ class ReachTest {
     static ReachFinding neverArrived(const CompanionStatus& now);
 
     /// Before the pages: what to do with them.
-    static std::string instruction();
+    static Phrase instruction();
 
     /// There is no page: what a device could open is missing. `isListening` tells of the companion.
     static ReachFinding withoutAddress(bool isListening);

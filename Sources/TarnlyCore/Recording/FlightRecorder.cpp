@@ -100,7 +100,7 @@ std::optional<FlightRecorder::Progress> FlightRecorder::progress() const {
     return progress;
 }
 
-std::vector<std::string> FlightRecorder::problemsOfEarlier() const {
+std::vector<Phrase> FlightRecorder::problemsOfEarlier() const {
     auto problems = writer_.problemsOfEarlier();
     if (isRecording_) return problems; // of which it is told then
     auto hang = writer_.hang();

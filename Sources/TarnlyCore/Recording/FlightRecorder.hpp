@@ -18,6 +18,7 @@
 #include "TarnlyCore/Script/FiredTriggers.hpp"
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
@@ -97,14 +98,14 @@ class FlightRecorder {
         /// Absent before the first one.
         std::optional<std::chrono::nanoseconds> lastSampleAge;
         /// Why the log is not being written, and the cure: whole sentences. Empty while all is well.
-        std::string problem;
+        Phrase problem;
     };
 
     /// Absent outside a recording.
     std::optional<Progress> progress() const;
 
     /// What logs of earlier recordings lack, and the cure: whole sentences.
-    std::vector<std::string> problemsOfEarlier() const;
+    std::vector<Phrase> problemsOfEarlier() const;
 
     /// How many times a recording was started.
     std::int64_t generation() const { return generation_; }

@@ -197,7 +197,7 @@ std::optional<LogInProgress::TimePoint> LogInProgress::due() const {
     return lookDue_;
 }
 
-std::string LogInProgress::problem() const { return account_->copy().problem; }
+Phrase LogInProgress::problem() const { return account_->copy().problem; }
 
 void LogInProgress::giveUp() {
     if (retryDue_) tell_("The log " + nameOf(file_) + " stays as it is: it lacks what was recorded last.");
@@ -214,14 +214,21 @@ void LogInProgress::fail(const std::error_code& error, TimePoint now) {
     const auto folder = printable(file_.parent_path().string());
     const auto message = error.message();
     if (isAnyOf(error, {std::errc::no_space_on_device, std::errc::file_too_large})) {
-        fail({"there is no room in " + folder + " (" + message + ")", "Free some space there"}, now);
+        fail(
+            {Phrase::of("there is no room in %1 (%2)", folder, message), Phrase::of("Free some space there")},
+            now);
     } else if (isAnyOf(error, {std::errc::no_such_file_or_directory, std::errc::not_a_directory})) {
-        fail({"there is no folder " + folder, "Make it again, as the next recording does"}, now);
+        fail({Phrase::of("there is no folder %1", folder),
+              Phrase::of("Make it again, as the next recording does")},
+             now);
     } else if (isAnyOf(error, {std::errc::permission_denied, std::errc::operation_not_permitted,
                                std::errc::read_only_file_system})) {
-        fail({folder + " may not be written to (" + message + ")", "Make it writable"}, now);
+        fail({Phrase::of("%1 may not be written to (%2)", folder, message), Phrase::of("Make it writable")},
+             now);
     } else {
-        fail({printable(file_.string()) + ": " + message, "Look after the disk"}, now);
+        fail(
+            {Phrase::verbatim(printable(file_.string()) + ": " + message), Phrase::of("Look after the disk")},
+            now);
     }
 }
 
@@ -230,7 +237,9 @@ void LogInProgress::failWithoutFile(TimePoint now) {
     if (!std::filesystem::is_directory(file_.parent_path(), ignored)) {
         return fail(std::make_error_code(std::errc::no_such_file_or_directory), now);
     }
-    fail({printable(file_.string()) + " has been moved or removed", "It is made anew within a second"}, now);
+    fail({Phrase::of("%1 has been moved or removed", printable(file_.string())),
+          Phrase::of("It is made anew within a second")},
+         now);
 }
 
 void LogInProgress::fail(const Trouble& trouble, TimePoint now) {
@@ -238,19 +247,21 @@ void LogInProgress::fail(const Trouble& trouble, TimePoint now) {
     const auto text = problemText(file_, trouble.cause, trouble.cure);
     const auto before =
         account_->with([&](Account& account) { return std::exchange(account.problem, text); });
-    if (text != before) tell_(text);
+    if (text != before) tell_(text.text());
 }
 
 void LogInProgress::recover() {
     retryDue_.reset();
-    account_->with([](Account& account) { account.problem.clear(); });
+    account_->with([](Account& account) { account.problem = {}; });
     tell_(recoveredText(file_));
 }
 
-std::string LogInProgress::problemText(const std::filesystem::path& file, const std::string& cause,
-                                       const std::string& cure) {
-    return "The log " + nameOf(file) + " is not being written: " + cause + ". " + cure +
-           "; the flight is kept in memory meanwhile, and the log is completed from it.";
+Phrase LogInProgress::problemText(const std::filesystem::path& file, const Phrase& cause,
+                                  const Phrase& cure) {
+    return Phrase::of(
+        "The log %1 is not being written: %2. %3; the flight is kept in memory meanwhile, and the log is "
+        "completed from it.",
+        nameOf(file), cause, cure);
 }
 
 std::string LogInProgress::recoveredText(const std::filesystem::path& file) {

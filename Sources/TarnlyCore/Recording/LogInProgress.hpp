@@ -16,6 +16,7 @@
 #include "TarnlyCore/Recording/RecordingLog.hpp"
 #include "TarnlyCore/Script/FiredTriggers.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -56,7 +57,7 @@ class LogInProgress {
         /// The absolute path; empty while there is no file.
         std::string file;
         /// Why it is not being written, and the cure: whole sentences. Empty while all is well.
-        std::string problem;
+        Phrase problem;
     };
     using SharedAccount = std::shared_ptr<Guarded<Account>>;
 
@@ -89,11 +90,10 @@ class LogInProgress {
     std::optional<TimePoint> due() const;
 
     /// Empty while all is well.
-    std::string problem() const;
+    Phrase problem() const;
 
     /// That a log is not being written, as whole sentences.
-    static std::string problemText(const std::filesystem::path& file, const std::string& cause,
-                                   const std::string& cure);
+    static Phrase problemText(const std::filesystem::path& file, const Phrase& cause, const Phrase& cure);
 
     /// That it is again.
     static std::string recoveredText(const std::filesystem::path& file);
@@ -123,8 +123,8 @@ class LogInProgress {
         std::future<std::error_code> outcome;
     };
     struct Trouble {
-        std::string cause;
-        std::string cure;
+        Phrase cause;
+        Phrase cure;
     };
 
     bool waits(TimePoint now, Patience patience) const;

@@ -76,14 +76,15 @@ class RecordingWriter::Room {
         return false;
     }
 
-    std::vector<std::string> problemsOfEarlier() const { return problemsOfEarlier_.copy(); }
+    std::vector<Phrase> problemsOfEarlier() const { return problemsOfEarlier_.copy(); }
 
-    std::string hang() {
+    Phrase hang() {
         const auto log = watch_->hanging();
         if (!log) return {};
-        auto text = LogInProgress::problemText(*log, "the disk does not answer", "Look after the disk");
+        auto text = LogInProgress::problemText(*log, Phrase::of("the disk does not answer"),
+                                               Phrase::of("Look after the disk"));
         const auto before = toldHang_.with([&](auto& told) { return std::exchange(told, log); });
-        if (!before) tell_(text);
+        if (!before) tell_(text.text());
         return text;
     }
 
@@ -199,9 +200,9 @@ class RecordingWriter::Room {
     }
 
     void tellOfEarlier() {
-        std::vector<std::string> problems;
+        std::vector<Phrase> problems;
         for (const auto& log : logs_) {
-            auto problem = log.isEnding() ? log.problem() : std::string();
+            auto problem = log.isEnding() ? log.problem() : Phrase();
             if (!problem.empty()) problems.push_back(std::move(problem));
         }
         problemsOfEarlier_.with([&](auto& told) { told.swap(problems); });
@@ -225,7 +226,7 @@ class RecordingWriter::Room {
     std::list<LogInProgress> logs_;
     std::deque<Order> taken_;
 
-    Guarded<std::vector<std::string>> problemsOfEarlier_;
+    Guarded<std::vector<Phrase>> problemsOfEarlier_;
     /// The log of a call that hangs, once that has been told.
     Guarded<std::optional<std::filesystem::path>> toldHang_;
 
@@ -261,9 +262,9 @@ void RecordingWriter::end() { room_->hand(End{}); }
 
 void RecordingWriter::notify(std::function<void()> done) { room_->hand(Notify{std::move(done)}); }
 
-std::vector<std::string> RecordingWriter::problemsOfEarlier() const { return room_->problemsOfEarlier(); }
+std::vector<Phrase> RecordingWriter::problemsOfEarlier() const { return room_->problemsOfEarlier(); }
 
-std::string RecordingWriter::hang() const { return room_->hang(); }
+Phrase RecordingWriter::hang() const { return room_->hang(); }
 
 void RecordingWriter::letGo(std::shared_ptr<const void> memory) { room_->hand(LetGo{std::move(memory)}); }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TarnlyCore/Recording/LogInProgress.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 namespace tarnly {
 
@@ -56,11 +57,11 @@ class RecordingWriter {
     void letGo(std::shared_ptr<const void> memory);
 
     /// What logs of earlier recordings lack, and the cure: whole sentences.
-    std::vector<std::string> problemsOfEarlier() const;
+    std::vector<Phrase> problemsOfEarlier() const;
 
     /// That the disk does not answer, and the cure, as whole sentences; empty while it does. Who hears it
     /// first has it told, so somebody is to ask now and then.
-    std::string hang() const;
+    Phrase hang() const;
 
   private:
     class Room;

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlyPlatform/Base/Phrase.hpp"
+
 namespace tarnly {
 
 /// What is published by DNS-SD (RFC 6763).
@@ -40,7 +42,7 @@ struct PublicationState {
     Kind kind = Kind::publishing;
     /// `published`: the name under which the service stands. `noDaemon`, `refused`: why not and what to do
     /// about it, a clause for people. Else empty.
-    std::string text;
+    Phrase text;
 
     bool operator==(const PublicationState&) const = default;
 };

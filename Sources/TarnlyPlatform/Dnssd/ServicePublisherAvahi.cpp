@@ -66,14 +66,15 @@ StringList txtRecord(const std::vector<std::pair<std::string, std::string>>& ent
 }
 
 /// Why the service does not stand, and what helps.
-std::string unreachable(int error) {
-    return std::string("the DNS-SD daemon (Avahi) cannot be reached: ") + avahi_strerror(error) +
-           "; install or start avahi-daemon";
+Phrase unreachable(int error) {
+    return Phrase::of("the DNS-SD daemon (Avahi) cannot be reached: %1; install or start avahi-daemon",
+                      avahi_strerror(error));
 }
 
-std::string refused(int error) {
-    return std::string("the DNS-SD daemon (Avahi) refuses the service: ") + avahi_strerror(error) +
-           "; look into its log, or restart avahi-daemon";
+Phrase refused(int error) {
+    return Phrase::of(
+        "the DNS-SD daemon (Avahi) refuses the service: %1; look into its log, or restart avahi-daemon",
+        avahi_strerror(error));
 }
 
 } // namespace
@@ -146,7 +147,7 @@ class ServicePublisher::Worker {
         client_.reset();
     }
 
-    void retryLater(Kind kind, std::string reason) {
+    void retryLater(Kind kind, Phrase reason) {
         setState(kind, std::move(reason));
         retryAt_ = SteadyClock::now() + retryInterval;
     }
@@ -179,7 +180,7 @@ class ServicePublisher::Worker {
     void groupStateChanged(AvahiEntryGroup* group, AvahiEntryGroupState state) {
         switch (state) {
             case AVAHI_ENTRY_GROUP_ESTABLISHED:
-                setState(Kind::published, name_);
+                setState(Kind::published, Phrase::verbatim(name_));
                 break;
             case AVAHI_ENTRY_GROUP_COLLISION:
                 name_ = nextServiceName(name_);
@@ -218,7 +219,7 @@ class ServicePublisher::Worker {
             service_.type.c_str(), nullptr, nullptr, service_.port, txt.get());
     }
 
-    void setState(Kind kind, std::string text = {}) {
+    void setState(Kind kind, Phrase text = {}) {
         PublicationState next{kind, std::move(text)};
         if (next == state_.copy()) return;
         state_.with([&](PublicationState& state) { state = std::move(next); });
@@ -264,8 +265,8 @@ PublicationState ServicePublisher::state() const { return worker_->state(); }
 void ServicePublisher::onChange(std::function<void()> tell) { worker_->onChange(std::move(tell)); }
 
 std::string ServicePublisher::publishedName() const {
-    auto present = state();
-    return present.kind == PublicationState::Kind::published ? std::move(present.text) : std::string();
+    const auto present = state();
+    return present.kind == PublicationState::Kind::published ? present.text.text() : std::string();
 }
 
 } // namespace tarnly

@@ -8,7 +8,7 @@ namespace {
 using Case = NetworkError::Case;
 using Kind = SimulatorStage::Kind;
 
-SimulatorStage stageOf(Kind kind, std::string detail = {}) {
+SimulatorStage stageOf(Kind kind, Phrase detail = {}) {
     SimulatorStage stage;
     stage.kind = kind;
     stage.detail = std::move(detail);
@@ -25,7 +25,7 @@ std::string causeAndCure(Kind kind) {
     if (kind == Kind::notRunning) cause = "the simulator is not running: ";
     if (kind == Kind::refusing) cause = "the simulator refuses connections: ";
     if (kind == Kind::tooOld) cause = "the simulator is too old: ";
-    return cause + stageAdvice(stageOf(kind));
+    return cause + stageAdvice(stageOf(kind)).text();
 }
 
 } // namespace
@@ -33,7 +33,8 @@ std::string causeAndCure(Kind kind) {
 LinkFailure failureOfConnecting(const NetworkError& error) {
     if (error.which() == Case::timedOut) return {error, stageOf(Kind::silent)};
     const bool isAnswered = error.which() == Case::invalidResponse;
-    auto stage = stageOf(Kind::notRunning, isAnswered ? "something else answers on its port" : "");
+    auto stage =
+        stageOf(Kind::notRunning, isAnswered ? Phrase::of("something else answers on its port") : Phrase());
     const bool isUnknownHost = error.payload().find("Host not found") != std::string::npos;
     const bool isConnecting = error.which() == Case::connectionFailed;
     std::string words;
@@ -44,7 +45,7 @@ LinkFailure failureOfConnecting(const NetworkError& error) {
 }
 
 LinkFailure refusal(const std::string& what, const std::string& message) {
-    auto stage = stageOf(Kind::refusing, message);
+    auto stage = stageOf(Kind::refusing, Phrase::verbatim(message));
     const auto detail = message.empty() ? std::string() : ": " + message;
     const NetworkError error(Case::connectionFailed, what + detail);
     const auto told = with(error, causeAndCure(Kind::refusing));
@@ -52,7 +53,7 @@ LinkFailure refusal(const std::string& what, const std::string& message) {
 }
 
 LinkFailure tooOld(const NetworkError& error, const std::string& version) {
-    auto stage = stageOf(Kind::tooOld, version);
+    auto stage = stageOf(Kind::tooOld, Phrase::verbatim(version));
     const auto told = with(error, causeAndCure(Kind::tooOld));
     return {told, std::move(stage)};
 }

@@ -12,7 +12,7 @@ using Kind = SimulatorStage::Kind;
 
 CompanionStatus statusWith(Kind kind) {
     CompanionStatus status;
-    status.stage = StageStatus::of({kind, "", {}}, Clock::TimePoint());
+    status.stage = StageStatus::of({kind, {}, {}}, Clock::TimePoint());
     return status;
 }
 
@@ -45,10 +45,10 @@ TEST(Attention, IsNeededWhereClientsFindNothingAndWhereALogIsNotWritten) {
     status.published = PublicationStatus{"published", "rig42", {}};
     status.recording.emplace();
     EXPECT_FALSE(needsAttention(status));
-    status.recording->problem = "The disk is full. Make room.";
+    status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
     EXPECT_TRUE(needsAttention(status));
     status.recording.reset();
-    status.published = PublicationStatus{"not_published", {}, "no daemon"};
+    status.published = PublicationStatus{"not_published", {}, Phrase::verbatim("no daemon")};
     EXPECT_TRUE(needsAttention(status));
     status.published = PublicationStatus{"off", {}, {}};
     EXPECT_FALSE(needsAttention(status)) << "nobody wants it to be found";
@@ -59,7 +59,7 @@ TEST(TrayLooks, TroubleOutranksARecording) {
     EXPECT_EQ(lookOf(status, false), TrayLook::calm);
     status.recording.emplace();
     EXPECT_EQ(lookOf(status, false), TrayLook::recording);
-    status.recording->problem = "The disk is full. Make room.";
+    status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
     EXPECT_EQ(lookOf(status, false), TrayLook::trouble);
     EXPECT_EQ(lookOf({}, true), TrayLook::trouble);
 }
@@ -68,8 +68,8 @@ TEST(Attention, TheToolTipTellsOfARecordingAndOfTrouble) {
     auto status = statusWith(Kind::flightLoaded);
     status.recording.emplace();
     EXPECT_EQ(toolTipOf(status), "Tarnly\nSimulator: flight loaded.\nA recording is running.");
-    status.recording->problem = "The disk is full. Make room.";
-    status.published = PublicationStatus{"not_published", {}, "no daemon"};
+    status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
+    status.published = PublicationStatus{"not_published", {}, Phrase::verbatim("no daemon")};
     EXPECT_EQ(toolTipOf(status),
               "Tarnly\nSimulator: flight loaded.\nNot published by DNS-SD: no daemon.\n"
               "The disk is full. Make room.");

@@ -80,7 +80,7 @@ TEST_F(ReachWindowTest, TheTimeEndsAndTheTestMayBeginAgain) {
     for (int round = 0; round < 2; ++round) {
         EXPECT_TRUE(waitToShow(brief, "It never arrived"));
         const auto never = ReachTest::neverArrived(model.activity());
-        EXPECT_TRUE(shows(brief, never.text) && shows(brief, never.cure));
+        EXPECT_TRUE(shows(brief, never.text.text()) && shows(brief, never.cure.text()));
         EXPECT_THAT(never.cure, testing::HasSubstr(std::to_string(*model.port())));
         press(brief, "Test again");
         EXPECT_TRUE(shows(brief, "Waiting for a device…"));

@@ -57,10 +57,10 @@ TEST_F(RuntimeModelTest, ThePanelSaysTheStagesWords) {
     Panel panel(model);
     start();
     panel.show();
-    const auto words = stageSentences(*model.activity().stage);
+    const auto words = stageSentences(*model.activity().stage).text();
     EXPECT_THAT(
         test::textsFromTop(panel),
-        testing::ElementsAre("Tarnly", runtime.statusText(), "Addresses…", "Test from a phone…", words,
+        testing::ElementsAre("Tarnly", runtime.statusText().text(), "Addresses…", "Test from a phone…", words,
                              "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"));
     EXPECT_THAT(panel.accessibleDescription().toStdString(), testing::HasSubstr(words));
 }

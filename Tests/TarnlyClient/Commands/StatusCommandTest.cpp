@@ -56,8 +56,8 @@ struct StatusCommandTest : testing::Test {
 CompanionStatus present() {
     CompanionStatus status;
     status.isRunning = true;
-    status.words = "Listening on port 1, not advertised, pairing open.";
-    status.stage = StageStatus::of({SimulatorStage::Kind::mainMenu, "", {}}, {});
+    status.words = Phrase::verbatim("Listening on port 1, not advertised, pairing open.");
+    status.stage = StageStatus::of({SimulatorStage::Kind::mainMenu, {}, {}}, {});
     status.dataFolder = "/d";
     return status;
 }

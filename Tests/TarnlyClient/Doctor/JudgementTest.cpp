@@ -42,7 +42,7 @@ TEST(Finding, HasItsJson) {
 TEST(Judgement, WarningsAreTheirOwnCures) {
     CompanionStatus status;
     EXPECT_THAT(judgeWarnings(status), isFine());
-    status.warn("The settings could not be read; mend them.");
+    status.warn(Phrase::verbatim("The settings could not be read; mend them."));
     EXPECT_THAT(judgeWarnings(status), isAmiss("mend them"));
 }
 
@@ -73,7 +73,7 @@ TEST_F(PublicationJudgementTest, AnothersNameOrPortIsNotIt) {
 
 TEST_F(PublicationJudgementTest, WithoutADaemonNobodyFindsIt) {
     EXPECT_THAT(judgePublication(status, {}, "no daemon"), isAmiss("avahi-daemon"));
-    status.published = PublicationStatus{"not_published", {}, "no daemon"};
+    status.published = PublicationStatus{"not_published", {}, Phrase::verbatim("no daemon")};
     EXPECT_THAT(judgePublication(status, {}, "no daemon"), isAmiss("enter the address"));
 }
 

@@ -110,7 +110,7 @@ TEST(Probes, SomethingElseIsNoSimulator) {
         EXPECT_EQ(probeOf({{countPath, answer}}).stage.detail, "something else answers on its port");
     }
     EXPECT_EQ(probeSimulator(nobody(), patience).stage.kind, Kind::notRunning);
-    EXPECT_THAT(probeSimulator(nobody(), patience).stage.detail, IsEmpty());
+    EXPECT_EQ(probeSimulator(nobody(), patience).stage.detail, "");
 }
 
 TEST(Probes, PagesAreOursOrNot) {

@@ -27,7 +27,7 @@ class FakePublication final : public Publication {
         tell_();
     }
 
-    PublicationState present{PublicationState::Kind::published, "rig42 (2)"};
+    PublicationState present{PublicationState::Kind::published, Phrase::verbatim("rig42 (2)")};
 
   private:
     std::function<void()> tell_;
@@ -83,9 +83,9 @@ TEST_F(ServiceAdvertiserTest, StopWithdrawsAndMayBeFollowedByAStart) {
 TEST_F(ServiceAdvertiserTest, TellsHowThePublicationStands) {
     EXPECT_EQ(advertiser.publicationState(), std::nullopt);
     start({"rig42", {0}, "xplane", "0.1", false});
-    const PublicationState renamed{PublicationState::Kind::published, "rig42 (2)"};
+    const PublicationState renamed{PublicationState::Kind::published, Phrase::verbatim("rig42 (2)")};
     EXPECT_EQ(advertiser.publicationState(), renamed);
-    const PublicationState failed{PublicationState::Kind::noDaemon, "no daemon"};
+    const PublicationState failed{PublicationState::Kind::noDaemon, Phrase::verbatim("no daemon")};
     publication.lock()->present = failed;
     EXPECT_EQ(advertiser.publicationState(), failed);
     advertiser.stop();
@@ -163,7 +163,7 @@ struct PublicationUnderWayTest : testing::Test {
     using Kind = PublicationState::Kind;
 
     PublicationUnderWayTest() {
-        publication->present = {Kind::publishing, ""};
+        publication->present = {Kind::publishing, {}};
         clock.run(io, advertiser.start({"rig42", {0}, "xplane", "0.1", false}, {}));
     }
 
@@ -186,7 +186,7 @@ TEST_F(PublicationUnderWayTest, IsSettledOnceTheDaemonHasAnswered) {
     const auto settled = isOver(advertiser.publicationSettled(1s));
     clock.advance(io, 900ms);
     EXPECT_FALSE(*settled);
-    publication->become({Kind::published, "rig42 (2)"});
+    publication->become({Kind::published, Phrase::verbatim("rig42 (2)")});
     clock.settle(io);
     EXPECT_TRUE(*settled);
     EXPECT_TRUE(*isOver(advertiser.publicationSettled(1s)));
@@ -194,10 +194,10 @@ TEST_F(PublicationUnderWayTest, IsSettledOnceTheDaemonHasAnswered) {
 
 TEST_F(PublicationUnderWayTest, AChangeThatSettlesNothingIsWaitedOver) {
     const auto settled = isOver(advertiser.publicationSettled(1s));
-    publication->become({Kind::publishing, ""});
+    publication->become({Kind::publishing, {}});
     clock.settle(io);
     EXPECT_FALSE(*settled);
-    publication->become({Kind::noDaemon, "none"});
+    publication->become({Kind::noDaemon, Phrase::verbatim("none")});
     clock.settle(io);
     EXPECT_TRUE(*settled);
 }
@@ -214,7 +214,7 @@ TEST_F(PublicationUnderWayTest, ItsChangesAreTold) {
     const auto changed = isOver(advertiser.publicationChange());
     clock.advance(io, 24h);
     EXPECT_FALSE(*changed);
-    publication->become({Kind::refused, "too many"});
+    publication->become({Kind::refused, Phrase::verbatim("too many")});
     clock.settle(io);
     EXPECT_TRUE(*changed);
 }

@@ -220,8 +220,8 @@ struct EndlessTest : NavDatabaseTest {
         return file.string();
     }
 
-    std::vector<std::string> warnings;
-    const NavDatabase database{makeIt(), [this](const std::string& text) { warnings.push_back(text); }};
+    std::vector<Phrase> warnings;
+    const NavDatabase database{makeIt(), [this](const Phrase& text) { warnings.push_back(text); }};
 };
 
 TEST_F(EndlessTest, LookupEndsAtItsLimitAndSaysSoOnce) {
@@ -364,13 +364,13 @@ struct NavDatabaseDiskTest : NavDatabaseTest {
 
     NavDatabase opened(std::chrono::milliseconds limit = std::chrono::minutes(1)) {
         return NavDatabase(
-            file.string(), [this](const std::string& text) { warnings.push_back(text); }, limit);
+            file.string(), [this](const Phrase& text) { warnings.push_back(text); }, limit);
     }
 
     ~NavDatabaseDiskTest() override { disk.recover(); }
 
     Disk& disk = Disk::installed();
-    std::vector<std::string> warnings;
+    std::vector<Phrase> warnings;
 };
 
 TEST_F(NavDatabaseDiskTest, WhatCannotBeReadIsToldOnceAndFoundWhenItCan) {

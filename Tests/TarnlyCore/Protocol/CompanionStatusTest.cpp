@@ -22,13 +22,13 @@ CompanionStatus wholeStatus() {
     CompanionStatus status;
     status.version = "0.1";
     status.isRunning = true;
-    status.words = "Listening on port 41234, advertising as \"rig42 (2)\", pairing open.";
-    status.warn("The settings could not be read.");
-    status.warn("The disk is \xFF.");
+    status.words = Phrase::verbatim("Listening on port 41234, advertising as \"rig42 (2)\", pairing open.");
+    status.warn(Phrase::verbatim("The settings could not be read."));
+    status.warn(Phrase::verbatim("The disk is \xFF."));
     status.port = 41234;
     status.addresses = {"ws://192.168.1.20:41234", "ws://[fd42::20]:41234"};
     status.published = {"published", "rig42 (2)", {}};
-    status.stage = StageStatus::of({Kind::silent, "", now - 7s}, now);
+    status.stage = StageStatus::of({Kind::silent, {}, now - 7s}, now);
     status.pairing = "password";
     status.sources = SourcesStatus{"127.0.0.1", 8086, "/x/Output/situations", "/x/nav.db", "2501", true};
     Visitors visitors(
@@ -38,8 +38,8 @@ CompanionStatus wholeStatus() {
     status.visitors = VisitorsStatus::of(visitors);
     const std::chrono::sys_seconds time(std::chrono::seconds(1'795'317'300));
     status.clients = ClientsStatus::of({{4, "192.168.1.30", time, 12}, {7, "fd42::", time + 5s, 0}}, 3);
-    status.recording =
-        RecordingStatus::of({"/d/Recordings/a.jsonl", 65s, 12, 430ms, "The log is not being written."});
+    status.recording = RecordingStatus::of(
+        {"/d/Recordings/a.jsonl", 65s, 12, 430ms, Phrase::verbatim("The log is not being written.")});
     status.dataFolder = "/d";
     return status;
 }
@@ -72,7 +72,7 @@ TEST(CompanionStatus, HasItsJson) {
 TEST(CompanionStatus, WhatIsNotThereIsLeftOut) {
     CompanionStatus status;
     status.version = "0.1";
-    status.words = "Tarnly has ended.";
+    status.words = Phrase::verbatim("Tarnly has ended.");
     status.dataFolder = "/d";
     EXPECT_EQ(encodeJson(status),
               R"({"version":"0.1","running":false,"words":"Tarnly has ended.","addresses":[],)"
@@ -93,8 +93,8 @@ void addKeys(const boost::json::object& object, const std::string& above, std::v
 
 TEST(CompanionStatus, EveryKeyIsExplained) {
     auto status = wholeStatus();
-    status.stage->detail = "x";
-    status.published->reason = "x";
+    status.stage->detail = Phrase::verbatim("x");
+    status.published->reason = Phrase::verbatim("x");
     std::vector<std::string> keys;
     addKeys(parseJson(encodeJson(status)).as_object(), "", keys);
     EXPECT_EQ(keys.size(), 48U);
@@ -122,8 +122,8 @@ TEST(CompanionStatus, OfOneThatDoesNotRunOnlyThatIsTold) {
     auto status = wholeStatus();
     status.isRunning = false;
     status.warnings.reset();
-    status.words = "Failed to start: listenFailed(\"port 41234: Address already in use\")";
-    EXPECT_THAT(statusLines(status), ElementsAre(status.words, "Data folder: /d"));
+    status.words = Phrase::verbatim("Failed to start: listenFailed(\"port 41234: Address already in use\")");
+    EXPECT_THAT(statusLines(status), ElementsAre(status.words.text(), "Data folder: /d"));
 }
 
 TEST(CompanionStatus, HasItsWarningsInOne) {
@@ -138,16 +138,18 @@ TEST(CompanionStatus, WithoutANetworkThereIsAnAdvice) {
 }
 
 TEST(StageStatus, IsTheStagesWordsAndItsAdvice) {
-    const auto notRunning = StageStatus::of({Kind::notRunning, "", {}}, now);
-    EXPECT_EQ(notRunning, (StageStatus{"not_running", "Simulator: not running",
-                                       "start X-Plane 12.1.4 or later", std::nullopt, std::nullopt}));
+    const auto notRunning = StageStatus::of({Kind::notRunning, {}, {}}, now);
+    EXPECT_EQ(notRunning,
+              (StageStatus{"not_running", Phrase::verbatim("Simulator: not running"),
+                           Phrase::verbatim("start X-Plane 12.1.4 or later"), std::nullopt, std::nullopt}));
     EXPECT_EQ(stageSentences(notRunning), "Simulator: not running. Start X-Plane 12.1.4 or later.");
-    const auto loaded = StageStatus::of({Kind::flightLoaded, "", {}}, now);
+    const auto loaded = StageStatus::of({Kind::flightLoaded, {}, {}}, now);
     EXPECT_EQ(stageSentences(loaded), "Simulator: flight loaded.");
 }
 
 TEST(StageStatus, HasTheDetailAsTextThatCanBeWritten) {
-    const auto stage = StageStatus::of({Kind::refusing, "Incoming traffic is \xFF disabled", {}}, now);
+    const auto stage =
+        StageStatus::of({Kind::refusing, Phrase::verbatim("Incoming traffic is \xFF disabled"), {}}, now);
     EXPECT_EQ(stage.detail, "Incoming traffic is \xEF\xBF\xBD disabled");
     EXPECT_EQ(stage.words, "Simulator: refuses connections (Incoming traffic is \xEF\xBF\xBD disabled)");
 }
@@ -155,21 +157,21 @@ TEST(StageStatus, HasTheDetailAsTextThatCanBeWritten) {
 TEST(PublicationStatus, HasAllItsStates) {
     using State = PublicationState::Kind;
     EXPECT_EQ(PublicationStatus::of(std::nullopt), (PublicationStatus{"off", {}, {}}));
-    EXPECT_EQ(PublicationStatus::of(PublicationState{State::publishing, ""}),
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::publishing, {}}),
               (PublicationStatus{"publishing", {}, {}}));
-    EXPECT_EQ(PublicationStatus::of(PublicationState{State::published, "rig"}),
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::published, Phrase::verbatim("rig")}),
               (PublicationStatus{"published", "rig", {}}));
-    EXPECT_EQ(PublicationStatus::of(PublicationState{State::noDaemon, "no daemon"}),
-              (PublicationStatus{"not_published", {}, "no daemon"}));
-    EXPECT_EQ(PublicationStatus::of(PublicationState{State::refused, "too many"}),
-              (PublicationStatus{"not_published", {}, "too many"}));
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::noDaemon, Phrase::verbatim("no daemon")}),
+              (PublicationStatus{"not_published", {}, Phrase::verbatim("no daemon")}));
+    EXPECT_EQ(PublicationStatus::of(PublicationState{State::refused, Phrase::verbatim("too many")}),
+              (PublicationStatus{"not_published", {}, Phrase::verbatim("too many")}));
 }
 
 TEST(PublicationStatus, HasItsWords) {
     EXPECT_EQ(publicationSentence({"off", {}, {}}), "Not published by DNS-SD.");
     EXPECT_EQ(publicationSentence({"publishing", {}, {}}), "Being published by DNS-SD.");
     EXPECT_EQ(publicationSentence({"published", "rig", {}}), "Published by DNS-SD as \"rig\".");
-    EXPECT_EQ(publicationSentence({"not_published", {}, "no daemon; start one"}),
+    EXPECT_EQ(publicationSentence({"not_published", {}, Phrase::verbatim("no daemon; start one")}),
               "Not published by DNS-SD: no daemon; start one.");
 }
 
@@ -187,7 +189,7 @@ TEST(RecordingStatus, TellsHowManySamplesThereAreAndHowOldTheLastIs) {
               "1200 samples, the last one taken 12 s ago.");
 }
 
-std::string recordingFor(std::chrono::nanoseconds time) {
+Phrase recordingFor(std::chrono::nanoseconds time) {
     return recordingSentence(RecordingStatus::of({"/a", time, 1, 0s, {}}));
 }
 

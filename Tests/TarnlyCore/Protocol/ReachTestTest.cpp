@@ -9,7 +9,6 @@ namespace {
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using Outcome = ReachFinding::Outcome;
 
@@ -34,7 +33,7 @@ TEST_F(ReachTestTest, WhoOpensThePageHasArrived) {
     const auto found = test.look(status);
     EXPECT_EQ(found.outcome, Outcome::fine);
     EXPECT_EQ(found.text, "192.0.2.7 has reached this computer, and was shown the page.");
-    EXPECT_THAT(found.cure, IsEmpty());
+    EXPECT_TRUE(found.cure.empty());
 }
 
 TEST_F(ReachTestTest, WhoIsRefusedIsToldWhatToDo) {

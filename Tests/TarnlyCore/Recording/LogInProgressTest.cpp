@@ -142,7 +142,7 @@ TEST_F(LogInProgressTest, AFullDiskIsToldOnceAndTheLogIsCompletedWhenThereIsRoom
     addAndWrite();
     EXPECT_EQ(disk.content(), expected.substr(0, 10));
     EXPECT_THAT(
-        log->problem(),
+        log->problem().text(),
         AllOf(StartsWith("The log a.jsonl is not being written: there is no room in /r (No space left"),
               HasSubstr("Free some space there; the flight is kept in memory")));
     for (int i = 0; i < 5; ++i, now += 1s)

@@ -46,10 +46,10 @@ std::string describe(const PublicationState& state) {
         case PublicationState::Kind::publishing:
             return "publishing";
         case PublicationState::Kind::published:
-            return "published: " + state.text;
+            return "published: " + state.text.text();
         case PublicationState::Kind::noDaemon:
         case PublicationState::Kind::refused:
-            return "not published: " + state.text;
+            return "not published: " + state.text.text();
     }
     return "?";
 }
