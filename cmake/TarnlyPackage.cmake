@@ -25,8 +25,9 @@ window (tarnlyd), a client on the command line (tarnly-client), a tool for
 navigation data (tarnly-navdb), a stand-in for the simulator (tarnly-sim), and
 what looks at recordings and exports them (tarnly-track).")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Without the daemon it serves clients that are told the address; without the plugin Qt falls back to X11.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "avahi-daemon, qt6-wayland")
+# Without the daemon it serves clients that are told the address; without the plugin Qt falls back to X11, and without
+# the translations its own few texts, such as those of file dialogs, to English.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "avahi-daemon, qt6-wayland, qt6-translations-l10n")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS
     "qt6-gtk-platformtheme, gnome-shell-extension-appindicator, bash-completion")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/conffiles)

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QIcon>
+#include <QLocale>
 #include <exception>
 #include <iostream>
 #include <variant>
@@ -11,6 +12,7 @@
 #include "TarnlyApp/Desktop/Display.hpp"
 #include "TarnlyApp/Desktop/QuitSignals.hpp"
 #include "TarnlyApp/Desktop/SingleInstance.hpp"
+#include "TarnlyApp/Desktop/Translations.hpp"
 #include "TarnlyApp/EndWatch.hpp"
 #include "TarnlyPlatform/Base/FreedMemory.hpp"
 #include "TarnlyPlatform/Files/File.hpp"
@@ -43,6 +45,7 @@ int runApplication(const CompanionOptions& options, const char* program) {
     QApplication::setDesktopFileName(u"tarnly"_s);
     QApplication application(argc, argv);
     QApplication::setWindowIcon(applicationIcon());
+    const Translations translations(QLocale::system().uiLanguages());
 
     SingleInstance instance(SingleInstance::runtimeFolder());
     switch (instance.claim(!options.startsInBackground)) {

@@ -55,6 +55,10 @@ class Tarnly:
     def has_windows(self):
         return bool(self._windows())
 
+    def titles(self):
+        """Of the windows on the screen."""
+        return {window.title for window in self._windows()}
+
     def _windows(self):
         return [window for window in self.screen.windows(self.program.pid)
                 if window.title and window.is_on_screen and not window.is_embedded]
