@@ -1,5 +1,6 @@
 #include "TarnlyXPlane/SimulatorFolder.hpp"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -54,15 +55,19 @@ std::vector<fs::path> simulatorFoldersIn(std::string_view note) {
 }
 
 std::optional<fs::path> findSimulatorFolder(const fs::path& note) {
-    return findSimulatorFolder(note, isFolder);
+    const auto isWhole = [](const fs::path& folder) {
+        std::error_code isNone;
+        return fs::is_regular_file(folder / "Resources/default data/earth_nav.dat", isNone);
+    };
+    auto whole = findSimulatorFolder(note, isWhole);
+    return whole ? whole : findSimulatorFolder(note, isFolder);
 }
 
 std::optional<fs::path> findSimulatorFolder(const fs::path& note,
                                             const std::function<bool(const fs::path&)>& isWanted) {
     const auto folders = simulatorFoldersIn(startOf(note));
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
-        if (isWanted(*folder)) return *folder;
-    return std::nullopt;
+    const auto found = std::ranges::find_if(folders, isWanted);
+    return found == folders.end() ? std::nullopt : std::optional(*found);
 }
 
 fs::path situationsFolderOf(const fs::path& simulatorFolder) {

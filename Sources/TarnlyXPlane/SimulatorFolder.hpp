@@ -7,7 +7,7 @@
 #include <vector>
 
 /// Where the simulator is installed, as its installer notes it: a text file in the person's home folder with
-/// a line for each place, the latest one last. Blocking, also for as long as a disk hangs; safe from any
+/// a line for each place, stale ones among them. Blocking, also for as long as a disk hangs; safe from any
 /// thread.
 namespace tarnly {
 
@@ -18,10 +18,11 @@ std::filesystem::path simulatorInstallerNote();
 /// The folders that the text of a note names, as they stand there but for blanks and strokes around them.
 std::vector<std::filesystem::path> simulatorFoldersIn(std::string_view note);
 
-/// The last folder of those in `note` that exists; absent where there is none, or no note.
+/// The first folder of those in `note` that holds a simulator, by its navigation data, else the first that
+/// exists; absent where there is none, or no note.
 std::optional<std::filesystem::path> findSimulatorFolder(const std::filesystem::path& note);
 
-/// The last one that is as it is wanted: old notes name places that are empty by now.
+/// The first one that is as it is wanted.
 std::optional<std::filesystem::path> findSimulatorFolder(
     const std::filesystem::path& note, const std::function<bool(const std::filesystem::path&)>& isWanted);
 

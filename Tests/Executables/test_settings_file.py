@@ -103,7 +103,7 @@ def test_the_situations_of_the_simulator_are_found(programs, home):
     companion, folder = started(programs, HIDDEN | {"port": 0}, HOME=home)
     client = companion.client()
     wait_until(lambda: "flights" in client.request("list_flights")["data"], "the folder")
-    assert names_of_flights(client) == ["On X-Plane 12 beta"]
+    assert names_of_flights(client) == ["On X-Plane 12"]
     assert warnings(programs, folder) == []
 
 

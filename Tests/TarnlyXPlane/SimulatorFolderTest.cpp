@@ -35,16 +35,26 @@ class FindSimulatorFolderTest : public testing::Test {
     const test::TemporaryFolder folder;
 };
 
-TEST_F(FindSimulatorFolderTest, TheLastPlaceThatExistsCounts) {
+TEST_F(FindSimulatorFolderTest, TheFirstPlaceThatExistsCounts) {
     const auto first = made("X-Plane 12");
     const auto second = made("X-Plane 12 beta");
-    EXPECT_EQ(foundBy(first.string() + "/\n" + second.string() + "/\n"), second);
-    std::filesystem::remove(second);
-    EXPECT_EQ(foundBy(first.string() + "/\n" + second.string() + "/\n"), first);
+    const auto note = first.string() + "/\n" + second.string() + "/\n";
+    EXPECT_EQ(foundBy(note), first);
     const auto file = folder.write("file", "");
-    EXPECT_EQ(foundBy(first.string() + "/\n" + file.string() + "\n"), first) << "a file is no folder";
+    EXPECT_EQ(foundBy(file.string() + "\n" + note), first) << "a file is no folder";
     std::filesystem::remove(first);
-    EXPECT_EQ(foundBy(first.string() + "/\n" + second.string() + "/\n"), std::nullopt);
+    EXPECT_EQ(foundBy(note), second);
+    std::filesystem::remove(second);
+    EXPECT_EQ(foundBy(note), std::nullopt);
+}
+
+TEST_F(FindSimulatorFolderTest, APlaceWithASimulatorGoesBeforeAnEmptyOne) {
+    const auto stale = made("old");
+    const auto present = made("X-Plane 12");
+    folder.write("nav", "I\n");
+    std::filesystem::create_directories(present / "Resources/default data");
+    std::filesystem::rename(folder.path() / "nav", present / "Resources/default data/earth_nav.dat");
+    EXPECT_EQ(foundBy(stale.string() + "/\n" + present.string() + "/\n"), present);
 }
 
 TEST_F(FindSimulatorFolderTest, WithoutANoteThereIsNone) {
