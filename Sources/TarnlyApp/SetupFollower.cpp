@@ -54,8 +54,7 @@ NavDatabaseKeeper::Means completed(NavDatabaseKeeper::Means databases, const std
 SetupFollower::SetupFollower(const boost::asio::any_io_executor& executor, WorkerPool& workers, Clock& clock,
                              CompanionHost& host, ReconnectingBackend& backend, CompanionSetup setup,
                              NavDatabaseKeeper::Means databases, Tell tell)
-    : workers_(workers),
-      clock_(clock),
+    : clock_(clock),
       host_(host),
       backend_(backend),
       tell_(std::move(tell)),

@@ -84,7 +84,6 @@ class SetupFollower {
     void warnOfSituations(std::optional<Phrase> warning);
 
     OnOneThread thread_;
-    WorkerPool& workers_;
     Clock& clock_;
     CompanionHost& host_;
     ReconnectingBackend& backend_;
@@ -105,7 +104,7 @@ class SetupFollower {
     bool isLookWanted_ = false;
     std::optional<Clock::TimePoint> lookedAgainAt_;
     NavDatabaseKeeper navDatabase_;
-    // depends-on: workers_, clock_, host_, backend_, changed_, looks_, navDatabase_
+    // depends-on: clock_, host_, backend_, changed_, looks_, navDatabase_
     TaskGroup tasks_;
 };
 
