@@ -65,8 +65,8 @@ void checkKeys(const PlacedJson& object, const KeysOfObject& keys, ScriptFinding
             findings.error(at, unknown + "; did you mean " + inQuotes(*meant) + "?");
             std::erase_if(missing, [&](const NeededKey& other) { return other.key == *meant; });
         } else {
-            findings.warning(
-                at, unknown + ", which " + std::string(keys.reader) + didYouMean(key, keys.known, "; remove it"));
+            findings.warning(at, unknown + ", which " + std::string(keys.reader) +
+                                     didYouMean(key, keys.known, "; remove it"));
         }
     }
     for (const auto& [key, kind] : missing) {
