@@ -134,7 +134,7 @@ void SettingsWindow::addSimulator(const CompanionOptions& options) {
               &AppSettings::simulatorPort, simulatorPortFault);
     addText(*form,
             {tr("Saved flights"),
-             helpOr(tr("Empty: those of the simulator that was installed last."), options.situationsFolder,
+             helpOr(tr("Empty: those of the simulator on this computer."), options.situationsFolder,
                     shownPath(options.situationsFolder)),
              QString(), SettingField::Choice::folder, tr("Choose saved flights")},
             &AppSettings::situationsFolder, pathFault);

@@ -67,7 +67,7 @@ TEST_F(SettingsWindowTest, HasItsTextsInTheirOrder) {
                     "Which may connect, such as https://example.com; others are kept out.", "Simulator",
                     "Computer", "On which it runs. Takes effect at the next start.", "Web port",
                     "Of its web API. Takes effect at the next start.", "Saved flights",
-                    "Choose saved flights", "Empty: those of the simulator that was installed last.", "Fixes",
+                    "Choose saved flights", "Empty: those of the simulator on this computer.", "Fixes",
                     "Choose fixes", "The navigation database, for scripts that name fixes.", "Start",
                     "Start Tarnly at login", "In the tray, with these settings."));
 }

@@ -685,8 +685,8 @@
         <translation>Situationen</translation>
     </message>
     <message>
-        <source>Empty: those of the simulator that was installed last.</source>
-        <translation>Leer: die des zuletzt installierten Simulators.</translation>
+        <source>Empty: those of the simulator on this computer.</source>
+        <translation>Leer: die des Simulators auf diesem Computer.</translation>
     </message>
     <message>
         <source>Choose saved flights</source>
