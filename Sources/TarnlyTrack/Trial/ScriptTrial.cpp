@@ -23,8 +23,9 @@ class Links {
     /// Asked for one sample after the other.
     std::int64_t of(std::size_t sample) {
         if (const auto here = log_.position(sample)) {
-            if (last_ && !isWithinReach(*here, log_.elapsedSeconds(sample))) ++link_;
-            last_ = here;
+            if (hasLast_ && !isWithinReach(*here, log_.elapsedSeconds(sample))) ++link_;
+            hasLast_ = true;
+            last_ = *here;
             lastAt_ = log_.elapsedSeconds(sample);
         }
         return link_;
@@ -35,13 +36,14 @@ class Links {
         const auto step = elapsed - lastAt_;
         if (step < 0) return false; // two logs, one behind the other
         if (step <= longestStepSeconds) return true;
-        const auto distance = TriggerEngine::distanceNm(last_->lat, last_->lon, here.lat, here.lon);
+        const auto distance = TriggerEngine::distanceNm(last_.lat, last_.lon, here.lat, here.lon);
         return distance <= fastest * step / secondsAnHour;
     }
 
     const FlightLog& log_;
     std::int64_t link_ = 0;
-    std::optional<Position> last_;
+    bool hasLast_ = false;
+    Position last_;
     double lastAt_ = 0;
 };
 
