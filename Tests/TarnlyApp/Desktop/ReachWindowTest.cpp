@@ -81,7 +81,7 @@ TEST_F(ReachWindowTest, TheTimeEndsAndTheTestMayBeginAgain) {
         EXPECT_TRUE(waitToShow(brief, "It never arrived"));
         const auto never = ReachTest::neverArrived(model.activity());
         EXPECT_TRUE(shows(brief, never.text.text()) && shows(brief, never.cure.text()));
-        EXPECT_THAT(never.cure, testing::HasSubstr(std::to_string(*model.port())));
+        EXPECT_THAT(never.cure.text(), testing::HasSubstr(std::to_string(*model.port())));
         press(brief, "Test again");
         EXPECT_TRUE(shows(brief, "Waiting for a device…"));
         EXPECT_FALSE(shows(brief, "Test again"));
