@@ -12,7 +12,10 @@ void settings(std::string_view bytes) {
     const auto path = AppSettings::fileIn(folder.path());
     std::ofstream(path, std::ios::binary | std::ios::trunc).write(bytes.data(), std::ssize(bytes));
     SettingsFile file(path);
-    require(!file.isUnreadable() || file.initial() == AppSettings(), "what tells nothing sets nothing");
+    auto told = file.initial();
+    require(!file.isUnreadable() || told.passwordLostIn.has_value(), "a password that may be lost is told");
+    told.passwordLostIn.reset();
+    require(!file.isUnreadable() || told == AppSettings(), "what tells nothing sets nothing");
     // Saving waits for the disk.
     if (bytes.size() % 16 != 0) return;
     file.save(file.initial());

@@ -182,7 +182,10 @@ SettingsFile::SettingsFile(fs::path file) : file_(std::move(file)) {
     if (text) read(*text);
     if (isUnreadable_) initial_.passwordLostIn = keptPath().filename().string();
     if (initial_.password) initial_.passwordLostIn.reset();
-    if (const auto& lost = initial_.passwordLostIn) kept_ = file_.parent_path() / fs::path(*lost).filename();
+    if (auto& lost = initial_.passwordLostIn) {
+        kept_ = file_.parent_path() / fs::path(*lost).filename(); // whatever path somebody has written there
+        lost = kept_.filename().string();
+    }
 }
 
 void SettingsFile::read(const std::string& text) {
