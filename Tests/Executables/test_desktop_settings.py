@@ -303,7 +303,7 @@ def test_an_entry_that_the_settings_want_is_written_at_the_start(desktop, progra
 def test_settings_in_another_folder_have_an_entry_of_their_own(desktop, programs):
     home = programs.new_folder()
     entry = write_entry(home)
-    tarnly = Tarnly(desktop, programs, "--data-dir", home / "rig", home=home)
+    tarnly = Tarnly(desktop, programs, "--data-dir", home / "rig", "--background", home=home)
     settings = tarnly.open_settings()
     tarnly.click(tarnly.element(settings, CHECK_BOX, AT_LOGIN).area)
     other, = wait_until(lambda: entries(entry.parent) - {entry}, "another entry")
