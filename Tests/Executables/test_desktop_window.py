@@ -44,7 +44,7 @@ def test_the_panel_is_an_ordinary_window(tarnly):
     unpublished = tarnly.wait_for_text(r"^Not published by DNS-SD: .*").group()
     assert panel.names(LABEL, BUTTON) == [
         "Tarnly", f'Listening on port {port}, not advertised: no DNS-SD daemon, pairing open.', unpublished, "Addresses…",
-        simulator, "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"]
+        "Test from a phone…", simulator, "No client is paired.", "No recording is running.", "Settings…", "Quit Tarnly"]
     tarnly.client(port)
     tarnly.wait_for_text(r"^1 client is paired\.$")
 
@@ -62,7 +62,7 @@ def test_the_window_stays_when_another_one_comes_and_on_escape(tarnly):
 def test_the_tab_key_goes_through_the_buttons_in_order(tarnly):
     panel = tarnly.focused_view(PANEL)
     tarnly.tab_to(panel, "Addresses…")
-    assert [tarnly.tab(panel) for _ in range(3)] == ["Settings…", "Quit Tarnly", "Addresses…"]
+    assert [tarnly.tab(panel) for _ in range(4)] == ["Test from a phone…", "Settings…", "Quit Tarnly", "Addresses…"]
 
 
 @pytest.mark.parametrize("key", ["space", "Return", "KP_Enter"])
