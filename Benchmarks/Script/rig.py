@@ -1,5 +1,6 @@
 """The programs of a benchmark: the server on one processor, the load and the simulator on another."""
 
+import contextlib
 import json
 import os
 import re
@@ -24,7 +25,8 @@ def raise_descriptor_limit():
 def pin(pid, processor):
     """Keeps all threads of a process on a processor; those that they start stay there as well."""
     for thread in os.listdir(f"/proc/{pid}/task"):
-        os.sched_setaffinity(int(thread), {processor})
+        with contextlib.suppress(ProcessLookupError):  # one that has ended meanwhile
+            os.sched_setaffinity(int(thread), {processor})
 
 
 def resident_kib(pid):
