@@ -127,6 +127,7 @@ class NavDatabase::Room {
     std::vector<Phrase> warnings() {
         const std::lock_guard lock(mutex_);
         std::vector<Phrase> all;
+        all.reserve(standing_.size());
         for (const auto& [fault, text] : standing_)
             all.push_back(text);
         return all;
