@@ -1,6 +1,7 @@
 #include "TarnlyCore/NavSource/NavSources.hpp"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <fstream>
 #include <optional>
@@ -19,11 +20,14 @@ namespace fs = std::filesystem;
 /// Bytes: more than a header has, and the note of a provider.
 constexpr std::size_t longestBeginning = 4096;
 
-const fs::path shipped = fs::path("Resources") / "default data";
-const fs::path provided = "Custom Data";
-const fs::path placedByHand[] = {
-    fs::path("Global Scenery") / "Global Airports" / "Earth nav data" / "earth_nav.dat",
-    fs::path("Custom Scenery") / "Global Airports" / "Earth nav data" / "earth_nav.dat"};
+// No objects: a thread that a mount keeps outlives those at the end of the process.
+fs::path shipped() { return fs::path("Resources") / "default data"; }
+fs::path provided() { return "Custom Data"; }
+
+std::array<fs::path, 2> placedByHand() {
+    const auto airports = fs::path("Global Airports") / "Earth nav data" / "earth_nav.dat";
+    return {"Global Scenery" / airports, "Custom Scenery" / airports};
+}
 
 constexpr const char* fixFile = "earth_fix.dat";
 constexpr const char* navaidFile = "earth_nav.dat";
@@ -79,17 +83,17 @@ class Choice {
 
     NavSources made() {
         const bool isProvided = chooseBase();
-        const auto place = isProvided ? provided : shipped;
+        const auto place = isProvided ? provided() : shipped();
         addWanted(NavFileKind::fixes, place / fixFile);
         addWanted(NavFileKind::navaids, place / navaidFile);
         noteCycle(isProvided);
-        const bool hasOwnAirports = isProvided && isThere(provided / airportFile);
-        addIfThere(NavFileKind::airports, (hasOwnAirports ? provided : shipped) / airportFile,
+        const bool hasOwnAirports = isProvided && isThere(provided() / airportFile);
+        addIfThere(NavFileKind::airports, (hasOwnAirports ? provided() : shipped()) / airportFile,
                    NavSource::Layer::base);
-        for (const auto& file : placedByHand)
+        for (const auto& file : placedByHand())
             if (addIfThere(NavFileKind::navaids, file, NavSource::Layer::placedByHand)) break;
-        addIfThere(NavFileKind::fixes, provided / "user_fix.dat", NavSource::Layer::users);
-        addIfThere(NavFileKind::navaids, provided / "user_nav.dat", NavSource::Layer::users);
+        addIfThere(NavFileKind::fixes, provided() / "user_fix.dat", NavSource::Layer::users);
+        addIfThere(NavFileKind::navaids, provided() / "user_nav.dat", NavSource::Layer::users);
         return std::move(found_);
     }
 
@@ -102,17 +106,17 @@ class Choice {
 
     /// Whether a provider's files are in force.
     bool chooseBase() {
-        if (isThere(provided / "earth_424.dat")) {
+        if (isThere(provided() / "earth_424.dat")) {
             warn(
-                "The simulator reads " + shown(provided / "earth_424.dat") +
+                "The simulator reads " + shown(provided() / "earth_424.dat") +
                 " in place of the text files, which cannot be read here: the fixes come from the text files, "
                 "and may be others than the simulator's. Have your provider of navigation data install the "
                 "text files (earth_fix.dat, earth_nav.dat) too.");
         }
-        const bool hasFixes = isThere(provided / fixFile);
-        const bool hasNavaids = isThere(provided / navaidFile);
+        const bool hasFixes = isThere(provided() / fixFile);
+        const bool hasNavaids = isThere(provided() / navaidFile);
         if (hasFixes != hasNavaids) {
-            warn(shown(provided) + " has " + (hasFixes ? fixFile : navaidFile) + " without " +
+            warn(shown(provided()) + " has " + (hasFixes ? fixFile : navaidFile) + " without " +
                  (hasFixes ? navaidFile : fixFile) +
                  ", so neither is used: the two belong together. Have your provider of navigation data "
                  "install "
@@ -180,11 +184,11 @@ class Choice {
         found_.cycle = fixes.cycle.empty() ? navaids.cycle : fixes.cycle;
         found_.build = fixes.build.empty() ? navaids.build : fixes.build;
         if (!fixes.cycle.empty() && !navaids.cycle.empty() && fixes.cycle != navaids.cycle) {
-            warn("Fixes and navaids in " + printable((found_.folder / provided).parent_path().string()) +
+            warn("Fixes and navaids in " + printable((found_.folder / provided()).parent_path().string()) +
                  " are of different cycles, " + fixes.cycle + " and " + navaids.cycle +
                  ". Have the navigation data installed anew.");
         }
-        if (found_.cycle.empty() && isProvided) found_.cycle = notedCycle(found_.folder / provided);
+        if (found_.cycle.empty() && isProvided) found_.cycle = notedCycle(found_.folder / provided());
     }
 
     NavSources found_;
@@ -201,6 +205,8 @@ NavAbout NavSources::about() const {
 
 NavSources findNavSources(const fs::path& simulatorFolder) { return Choice(simulatorFolder).made(); }
 
-bool hasNavData(const fs::path& simulatorFolder) { return hasBytes(simulatorFolder / shipped / navaidFile); }
+bool hasNavData(const fs::path& simulatorFolder) {
+    return hasBytes(simulatorFolder / shipped() / navaidFile);
+}
 
 } // namespace tarnly
