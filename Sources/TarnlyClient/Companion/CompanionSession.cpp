@@ -41,7 +41,7 @@ std::string refusal(const PairResponse& response, bool hasPassword) {
 
 /// With what to look at: an address that somebody has typed may be wrong, or an old one.
 std::string noConnection(const NetworkError& failure) {
-    const auto text = std::string("no connection to the companion: ") + failure.what();
+    auto text = std::string("no connection to the companion: ") + failure.what();
     if (failure.which() != NetworkError::Case::connectionFailed) return text;
     const bool isDeclined = failure.payload().find("declined") != std::string::npos;
     return text + (isDeclined ? "; another program may have that port: use the one that the companion shows"
