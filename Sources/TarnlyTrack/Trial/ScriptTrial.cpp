@@ -47,18 +47,18 @@ class Links {
     double lastAt_ = 0;
 };
 
-} // namespace
-
+/// What the engine looks at.
 TriggerSample triggerSample(const FlightLog& log, std::size_t sample, std::int64_t link) {
-    TriggerSample result{.elapsed = log.elapsedSeconds(sample),
-                         .lat = log.value(Quantity::lat, sample),
-                         .lon = log.value(Quantity::lon, sample),
-                         .altFt = log.value(Quantity::altitudeFt, sample),
-                         .aglFt = log.value(Quantity::aglFt, sample),
-                         .gearDown = log.value(Switch::gearDown, sample),
-                         .link = link};
-    return result;
+    return {.elapsed = log.elapsedSeconds(sample),
+            .lat = log.value(Quantity::lat, sample),
+            .lon = log.value(Quantity::lon, sample),
+            .altFt = log.value(Quantity::altitudeFt, sample),
+            .aglFt = log.value(Quantity::aglFt, sample),
+            .gearDown = log.value(Switch::gearDown, sample),
+            .link = link};
 }
+
+} // namespace
 
 Trial tryScript(TriggerEngine engine, const FlightLog& log, const FixResolver& fixPosition) {
     Trial trial;

@@ -37,7 +37,4 @@ struct Trial {
 /// than anything flies meanwhile, it was taken elsewhere, and the engine is told so.
 Trial tryScript(TriggerEngine engine, const FlightLog& log, const FixResolver& fixPosition);
 
-/// What the engine looks at in a sample; `link` as in `TriggerSample`.
-TriggerSample triggerSample(const FlightLog& log, std::size_t sample, std::int64_t link);
-
 } // namespace tarnly::track
