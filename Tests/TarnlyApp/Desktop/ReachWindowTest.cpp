@@ -6,31 +6,18 @@
 #include <QPushButton>
 #include <QTest>
 #include <algorithm>
-#include <thread>
 
-#include "Support/TemporaryFolder.hpp"
+#include "TarnlyApp/Desktop/RunningCompanion.hpp"
 #include "TarnlyApp/Desktop/Widgets.hpp"
 
 namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::patienceMilliseconds;
 
-constexpr int patienceMilliseconds = 60'000;
-
-class ReachWindowTest : public testing::Test {
+class ReachWindowTest : public test::RunningCompanionTest {
   protected:
-    ~ReachWindowTest() override {
-        runtime.end();
-        if (network.joinable()) network.join();
-    }
-
-    void start() {
-        runtime.start();
-        network = std::thread([this] { runtime.run(); });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return model.port().has_value(); }, patienceMilliseconds));
-    }
-
     static bool shows(const QWidget& window, const std::string& text) {
         return std::ranges::count(test::textsFromTop(window), text) > 0;
     }
@@ -42,22 +29,6 @@ class ReachWindowTest : public testing::Test {
     static void press(const QWidget& window, const QString& text) {
         for (auto* button : window.findChildren<QPushButton*>())
             if (button->text() == text) button->click();
-    }
-
-    const test::TemporaryFolder folder;
-    SettingsStore store{folder.path() / "settings.json", nullptr};
-    CompanionRuntime runtime{store, options()};
-    RuntimeModel model{runtime};
-    std::thread network;
-
-  private:
-    CompanionOptions options() const {
-        CompanionOptions result;
-        result.dataFolder = folder.path();
-        result.simulatorPort = 1;
-        result.advertises = false;
-        result.port = 0;
-        return result;
     }
 };
 

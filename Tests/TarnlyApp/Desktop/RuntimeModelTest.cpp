@@ -4,48 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <QTest>
-#include <thread>
 
-#include "Support/TemporaryFolder.hpp"
 #include "TarnlyApp/Desktop/Panel.hpp"
+#include "TarnlyApp/Desktop/RunningCompanion.hpp"
 #include "TarnlyApp/Desktop/Widgets.hpp"
 
 namespace tarnly {
 namespace {
 
-constexpr int patienceMilliseconds = 60'000;
-
-/// A companion that runs on a thread of its own, without a simulator.
-class RuntimeModelTest : public testing::Test {
-  protected:
-    ~RuntimeModelTest() override {
-        runtime.end();
-        if (network.joinable()) network.join();
-    }
-
-    void start() {
-        runtime.start();
-        network = std::thread([this] { runtime.run(); });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return model.activity().stage && model.activity().port; },
-                                    patienceMilliseconds));
-    }
-
-    const test::TemporaryFolder folder;
-    SettingsStore store{folder.path() / "settings.json", nullptr};
-    CompanionRuntime runtime{store, options()};
-    RuntimeModel model{runtime};
-    std::thread network;
-
-  private:
-    CompanionOptions options() const {
-        CompanionOptions result;
-        result.dataFolder = folder.path();
-        result.simulatorPort = 1;
-        result.advertises = false;
-        result.port = 0;
-        return result;
-    }
-};
+class RuntimeModelTest : public test::RunningCompanionTest {};
 
 TEST_F(RuntimeModelTest, KnowsHowItStandsWithoutBeingLookedAt) {
     EXPECT_FALSE(model.activity().stage);
