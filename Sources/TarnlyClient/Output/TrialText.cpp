@@ -8,8 +8,8 @@
 
 #include "TarnlyClient/Output/ReadableText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
-#include "TarnlyTrack/Log/TimeText.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -85,7 +85,7 @@ std::string trialText(const std::string& file, const track::Trial& trial) {
         width = std::max(width, printable(missed.triggerId).size());
     for (const auto& fired : trial.fired) {
         text += "\n  fired   " + padded(printable(fired.triggerId), width) + "  at " +
-                track::timeText(fired.elapsed) + "  " + positionText(fired.lat, fired.lon);
+                timeText(fired.elapsed) + "  " + positionText(fired.lat, fired.lon);
     }
     for (const auto& missed : trial.missed)
         text += "\n  missed  " + padded(printable(missed.triggerId), width) + "  " + missed.words;

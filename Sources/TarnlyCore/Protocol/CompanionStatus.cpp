@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 
 namespace tarnly {
 namespace {
@@ -16,15 +17,6 @@ double tenths(std::chrono::nanoseconds time) { return std::floor(static_cast<dou
 std::string twoDigits(std::chrono::seconds::rep number) {
     const auto text = std::to_string(number);
     return number < 10 ? "0" + text : text;
-}
-
-/// "0:05", "1:00:05"
-std::string durationText(double seconds) {
-    const std::chrono::hh_mm_ss time(std::chrono::seconds(static_cast<std::chrono::seconds::rep>(seconds)));
-    const auto hours = time.hours().count();
-    const auto minutes = time.minutes().count();
-    const auto start = hours > 0 ? std::to_string(hours) + ":" + twoDigits(minutes) : std::to_string(minutes);
-    return start + ":" + twoDigits(time.seconds().count());
 }
 
 /// "2026-11-22T15:04:05Z"
@@ -139,7 +131,7 @@ Phrase clientsSentence(const ClientsStatus& clients) {
 
 Phrase recordingSentence(const std::optional<RecordingStatus>& recording) {
     if (!recording) return Phrase::of("No recording is running.");
-    const auto duration = durationText(recording->runningSeconds);
+    const auto duration = timeText(recording->runningSeconds);
     const auto sentence = recording->samples == 0 ? Phrase::of("Recording for %1, no samples yet.", duration)
                                                   : Phrase::of("Recording for %1.", duration);
     return Phrase::joined({sentence, recording->problem.value_or(Phrase())});

@@ -10,7 +10,7 @@
 #include "TarnlyCore/Script/TriggerEngine.hpp"
 #include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
-#include "TarnlyTrack/Log/TimeText.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 
 namespace tarnly::track {
 namespace {

@@ -1,10 +1,10 @@
-#include "TarnlyTrack/Log/TimeText.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-namespace tarnly::track {
+namespace tarnly {
 namespace {
 
 TEST(TimeText, HasMinutesAndHoursWhereThereAreSome) {
@@ -26,4 +26,4 @@ TEST(TimeText, IsAStrokeForWhatIsNoTime) {
 }
 
 } // namespace
-} // namespace tarnly::track
+} // namespace tarnly

@@ -1,9 +1,9 @@
-#include "TarnlyTrack/Log/TimeText.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 
 #include <cmath>
 #include <cstdint>
 
-namespace tarnly::track {
+namespace tarnly {
 namespace {
 
 /// Beyond it a double does not count seconds.
@@ -23,4 +23,4 @@ std::string timeText(double seconds) {
     return sign + start + ":" + twoDigits(whole % 60);
 }
 
-} // namespace tarnly::track
+} // namespace tarnly
