@@ -1,0 +1,201 @@
+#include "TarnlyTrack/Grade/Grade.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "TarnlyCore/ScriptCheck/ScriptFinding.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
+#include "TarnlyTrack/Grade/Approach.hpp"
+#include "TarnlyTrack/Grade/Demand.hpp"
+#include "TarnlyTrack/Grade/GradedFlight.hpp"
+
+namespace tarnly::track {
+namespace {
+
+/// Grades one tolerance.
+class Grading {
+  public:
+    Grading(const GradedFlight& flight, const Tolerance& tolerance) : flight_(flight), tolerance_(tolerance) {
+        grade_.id = tolerance.id;
+        grade_.title = tolerance.title();
+    }
+
+    Grade result() && {
+        const auto kind = std::ranges::find(toleranceKindNames, tolerance_.kind) - toleranceKindNames.begin();
+        switch (static_cast<ToleranceKind>(kind)) {
+            case ToleranceKind::altitudeHeld:
+                inPart([this] { held(Quantity::altitudeFt, "altitude"); });
+                break;
+            case ToleranceKind::heightHeld:
+                inPart([this] { held(Quantity::aglFt, "height above ground"); });
+                break;
+            case ToleranceKind::bankNotExceeded:
+                inPart([this] { bankNotExceeded(); });
+                break;
+            case ToleranceKind::stableAt:
+                inPart([this] { gradeApproach(flight_, tolerance_, grade_); });
+                break;
+            case ToleranceKind::timeBetween:
+                timeBetween();
+                break;
+        }
+        return std::move(grade_);
+    }
+
+  private:
+    void notJudged(std::string words) {
+        grade_.verdict = Grade::Verdict::notJudged;
+        grade_.words = std::move(words);
+    }
+
+    void judge(bool isMet, std::string words) {
+        grade_.verdict = isMet ? Grade::Verdict::met : Grade::Verdict::notMet;
+        grade_.words = std::move(words);
+    }
+
+    /// When the part begins and ends. Absent, and told, where a trigger did not fire.
+    std::optional<std::pair<double, double>> times() {
+        const auto& [from, to] = std::pair(tolerance_.from, tolerance_.to);
+        double begin = tolerance_.fromSeconds.value_or(from ? 0 : -HUGE_VAL);
+        double end = tolerance_.toSeconds.value_or(to ? 0 : HUGE_VAL);
+        auto earliest = -HUGE_VAL;
+        if (from) {
+            const auto fired = flight_.firedAt(*from);
+            if (!fired) {
+                notJudged(inQuotes(*from) + " did not fire");
+                return std::nullopt;
+            }
+            earliest = *fired;
+            begin += earliest;
+        }
+        if (to) {
+            const auto fired = flight_.firedAt(*to, earliest);
+            if (!fired) {
+                notJudged(notFiredText(*to, from));
+                return std::nullopt;
+            }
+            end += *fired;
+        }
+        return std::pair(begin, end);
+    }
+
+    std::string notFiredText(const std::string& to, const std::optional<std::string>& from) const {
+        if (!from || !flight_.firedAt(to)) return inQuotes(to) + " did not fire";
+        return inQuotes(to) + " fired before " + inQuotes(*from) + ", and not again";
+    }
+
+    template <typename Judge>
+    void inPart(const Judge& judgePart) {
+        const auto edges = times();
+        if (!edges) return;
+        grade_.part = flight_.samplesFrom(edges->first, edges->second);
+        if (grade_.part.begin == grade_.part.end) {
+            grade_.part = {};
+            return notJudged("the recording has nothing of this part of the flight");
+        }
+        judgePart();
+    }
+
+    Measure take(const Demand& demand) {
+        const auto measured = measure(flight_, grade_.part, demand);
+        grade_.worst = measured.worst;
+        grade_.judgedSeconds = measured.judgedSeconds;
+        grade_.outsideSeconds = measured.outsideSeconds;
+        return measured;
+    }
+
+    /// Of `worst`, the worst moment in words, the rest of the sentence.
+    void judge(const Measure& measured, const std::string& worst) {
+        auto words = worst + ", at " + timeText(flight_.time(*measured.worst));
+        if (measured.outsideSeconds > 0) words += "; outside for " + secondsText(measured.outsideSeconds);
+        const auto flown =
+            flight_.between(flight_.time(grade_.part.begin), flight_.time(grade_.part.end - 1)).flown;
+        // A sample or two without a value are nothing to tell of.
+        constexpr double muchUnknown = 2;
+        if (flown - measured.judgedSeconds >= muchUnknown) {
+            words += "; known for " + secondsText(measured.judgedSeconds) + " of " + secondsText(flown);
+        }
+        judge(measured.isMet, std::move(words));
+    }
+
+    void held(Quantity quantity, std::string_view what) {
+        const auto feet = tolerance_.feet.value_or(0);
+        const auto within = tolerance_.withinFeet.value_or(0);
+        const auto& log = flight_.log();
+        const auto off = [&](std::size_t sample) -> std::optional<double> {
+            const auto value = log.value(quantity, sample);
+            return value ? std::optional(std::abs(*value - feet)) : std::nullopt;
+        };
+        const auto measured = take({what, "ft", off, within});
+        if (!measured.worst) return notJudged("the recording does not tell the " + std::string(what));
+        if (measured.worstValue <= limitSlack) {
+            return judge(measured, "always at " + tenthsText(feet) + " ft");
+        }
+        const bool isAbove = log.value(quantity, *measured.worst).value_or(0) > feet;
+        judge(measured, "farthest " + tenthsText(measured.worstValue, within) + " ft " +
+                            (isAbove ? "above " : "below ") + tenthsText(feet) + " ft");
+    }
+
+    void bankNotExceeded() {
+        const auto most = tolerance_.bankDegrees.value_or(0);
+        const auto measured = take(bankDemand(flight_.log(), most));
+        if (!measured.worst) return notJudged("the recording does not tell the bank");
+        judge(measured, "steepest " + tenthsText(measured.worstValue, most) + "°");
+    }
+
+    void timeBetween() {
+        const auto edges = times();
+        if (!edges) return;
+        const auto [begin, end] = *edges;
+        grade_.part = flight_.samplesFrom(begin, end);
+        const auto passed = flight_.between(begin, end);
+        grade_.judgedSeconds = passed.flown;
+        const auto least = tolerance_.atLeastSeconds.value_or(-HUGE_VAL);
+        const auto most = tolerance_.atMostSeconds.value_or(HUGE_VAL);
+        // In a gap the aircraft may have flown all the time, or not at all.
+        const auto longest = passed.flown + passed.unknown;
+        auto words = secondsText(passed.flown) + " from " + inQuotes(*tolerance_.from) + " to " +
+                     inQuotes(*tolerance_.to);
+        if (passed.frozen > 0) words += ", and " + secondsText(passed.frozen) + " frozen, which do not count";
+        if (passed.unknown > 0) words += ", and " + secondsText(passed.unknown) + " in gaps";
+        if (passed.flown > most + limitSlack) {
+            judge(false, words + "; at most " + secondsText(most) + " asked for");
+        } else if (longest < least - limitSlack) {
+            judge(false, words + "; at least " + secondsText(least) + " asked for");
+        } else if (longest > most + limitSlack || passed.flown < least - limitSlack) {
+            notJudged(words + ", which may have been flown");
+        } else {
+            judge(true, words);
+        }
+    }
+
+    const GradedFlight& flight_;
+    const Tolerance& tolerance_;
+    Grade grade_;
+};
+
+} // namespace
+
+std::string_view verdictWords(Grade::Verdict verdict) {
+    switch (verdict) {
+        case Grade::Verdict::met:
+            return "met";
+        case Grade::Verdict::notMet:
+            return "not met";
+        case Grade::Verdict::notJudged:
+            break;
+    }
+    return "not judged";
+}
+
+std::vector<Grade> gradesOf(const FlightLog& log, const std::vector<Tolerance>& tolerances) {
+    const GradedFlight flight(log);
+    std::vector<Grade> grades;
+    grades.reserve(tolerances.size());
+    for (const auto& tolerance : tolerances)
+        grades.push_back(Grading(flight, tolerance).result());
+    return grades;
+}
+
+} // namespace tarnly::track

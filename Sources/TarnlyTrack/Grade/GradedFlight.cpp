@@ -1,0 +1,62 @@
+#include "TarnlyTrack/Grade/GradedFlight.hpp"
+
+#include <algorithm>
+
+namespace tarnly::track {
+
+GradedFlight::GradedFlight(const FlightLog& log) : log_(log), isFrozen_(log.size(), false) {
+    while (size_ < log.size() && (size_ == 0 || time(size_) >= time(size_ - 1)))
+        ++size_;
+    for (const auto& stretch : log.frozen()) {
+        for (auto sample = stretch.begin; sample + 1 < stretch.end; ++sample)
+            isFrozen_[sample] = true;
+    }
+}
+
+GradedFlight::Step GradedFlight::stepFrom(std::size_t sample) const {
+    if (isGap(time(sample), time(sample + 1))) return Step::gap;
+    return isFrozen_[sample] ? Step::frozen : Step::flown;
+}
+
+double GradedFlight::flownSeconds(std::size_t sample) const {
+    if (sample + 1 >= size_ || stepFrom(sample) != Step::flown) return 0;
+    return time(sample + 1) - time(sample);
+}
+
+Stretch GradedFlight::samplesFrom(double begin, double end) const {
+    Stretch result;
+    while (result.begin < size_ && time(result.begin) < begin - limitSlack)
+        ++result.begin;
+    result.end = result.begin;
+    while (result.end < size_ && time(result.end) <= end + limitSlack)
+        ++result.end;
+    return result;
+}
+
+std::optional<double> GradedFlight::firedAt(const std::string& triggerId, double earliest) const {
+    for (const auto& fired : log_.fired()) {
+        const bool isOfThis = !fired.sample || *fired.sample < size_;
+        if (isOfThis && fired.triggerId == triggerId && fired.elapsedSeconds >= earliest) {
+            return fired.elapsedSeconds;
+        }
+    }
+    return std::nullopt;
+}
+
+GradedFlight::Passed GradedFlight::between(double begin, double end) const {
+    if (size_ == 0) return {.unknown = end - begin};
+    Passed passed;
+    passed.unknown = std::max(0.0, time(0) - begin) + std::max(0.0, end - time(size_ - 1));
+    for (std::size_t sample = 0; sample + 1 < size_; ++sample) {
+        const auto seconds = std::min(end, time(sample + 1)) - std::max(begin, time(sample));
+        if (seconds <= 0) continue;
+        const auto step = stepFrom(sample);
+        if (step == Step::gap) passed.unknown += seconds;
+        if (step == Step::frozen) passed.frozen += seconds;
+    }
+    // Not summed up, so that where there is nothing else it is exact.
+    passed.flown = end - begin - passed.frozen - passed.unknown;
+    return passed;
+}
+
+} // namespace tarnly::track
