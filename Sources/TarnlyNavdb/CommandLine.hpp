@@ -2,17 +2,12 @@
 
 #include <CLI/App.hpp>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace tarnly::navdb {
+#include "TarnlyPlatform/Base/UsageError.hpp"
 
-/// The tool was called in a way that makes no sense; the text is for the person.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+namespace tarnly::navdb {
 
 /// Where a command writes. The streams outlive it.
 struct Streams {

@@ -5,22 +5,16 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "TarnlyCore/Protocol/Messages.hpp"
+#include "TarnlyPlatform/Base/UsageError.hpp"
 
 namespace tarnly::client {
 
 // What a person wrote on the command line, taken as what is meant.
-
-/// The tool was called in a way that makes no sense; the text is for the person.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 /// The number that is all of `text`, as on the wire a finite double; absent when it is none.
 std::optional<double> parseNumber(std::string_view text);

@@ -7,7 +7,7 @@
 #include <exception>
 
 #include "TarnlyClient/Commands/Arguments.hpp"
-#include "TarnlyClient/Commands/InputFiles.hpp"
+#include "TarnlyClient/Commands/PasswordFile.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {

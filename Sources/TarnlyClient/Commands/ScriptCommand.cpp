@@ -1,22 +1,19 @@
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "TarnlyClient/Commands/Arguments.hpp"
 #include "TarnlyClient/Commands/CommandLine.hpp"
-#include "TarnlyClient/Commands/InputFiles.hpp"
-#include "TarnlyClient/Commands/ScriptFixes.hpp"
 #include "TarnlyClient/Commands/ScriptTrialCommand.hpp"
 #include "TarnlyClient/Companion/CompanionSession.hpp"
-#include "TarnlyClient/Output/ReadableText.hpp"
 #include "TarnlyCore/ScriptCheck/ScriptCheck.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
+#include "TarnlyTrack/Trial/ScriptFile.hpp"
+#include "TarnlyTrack/Trial/ScriptFixes.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -29,18 +26,15 @@ struct ScriptOptions {
     std::optional<std::filesystem::path> navigationDatabase;
 };
 
-/// More are no help to who loads a script; the check lists all.
-constexpr std::size_t mostWarnings = 20;
-
 std::vector<ScriptFinding> findingsIn(const std::string& text, const ScriptOptions& options) {
     std::vector<ScriptFinding> findings;
-    withFixes(options.navigationDatabase,
-              [&](const FixResolver& fixPosition) { findings = checkScript(text, fixPosition); });
+    track::withFixes(options.navigationDatabase,
+                     [&](const FixResolver& fixPosition) { findings = checkScript(text, fixPosition); });
     return findings;
 }
 
 void check(CommandContext& context, const ScriptOptions& options) {
-    const auto text = readScript(options.file, std::cin);
+    const auto text = track::readScript(options.file, std::cin);
     const auto findings = findingsIn(text, options);
     auto printer = context.printer();
     for (const auto& finding : findings)
@@ -50,15 +44,6 @@ void check(CommandContext& context, const ScriptOptions& options) {
     } else if (!context.options.json) {
         printer.ok();
     }
-}
-
-void warnOfFaults(const CommandContext& context, const std::string& file, const std::string& text) {
-    const auto findings = checkScript(text);
-    const auto shown = std::min(findings.size(), mostWarnings);
-    for (std::size_t index = 0; index < shown; ++index)
-        context.remark(findingText(file, findings[index]));
-    if (shown == findings.size()) return;
-    context.remark("and " + std::to_string(findings.size() - shown) + " more; script --check lists them all");
 }
 
 void showLoaded(const CommandContext& context, const UnresolvedFixesPayload& payload) {
@@ -90,9 +75,10 @@ void run(CommandContext& context, const ScriptOptions& options) {
         throw UsageError("--nav-db is for --check and --try: a companion looks in its own database");
     }
     if (options.isCheck) return check(context, options);
-    const auto text = readScript(options.file, std::cin);
-    warnOfFaults(context, options.file, text);
-    const auto script = parseScript(text, options.file);
+    const auto text = track::readScript(options.file, std::cin);
+    for (const auto& warning : track::scriptWarnings(text, options.file))
+        context.remark(warning);
+    const auto script = track::parseScript(text, options.file);
     if (options.isTrial) return tryOut(context, script, options.logs, options.navigationDatabase);
     context.inSession([&](CompanionSession& session) { return load(session, script, context); });
 }

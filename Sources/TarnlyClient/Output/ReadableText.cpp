@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "TarnlyPlatform/Base/NumberText.hpp"
-#include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly::client {
 namespace {
@@ -44,12 +43,6 @@ std::string numberText(double value) {
     std::string text;
     appendNumber(text, value);
     return text;
-}
-
-std::string findingText(const std::string& file, const ScriptFinding& finding) {
-    const bool isWarning = finding.severity == ScriptFinding::Severity::warning;
-    return printable(file) + ":" + std::to_string(finding.place.line) + ":" +
-           std::to_string(finding.place.column) + (isWarning ? ": warning: " : ": ") + finding.text;
 }
 
 std::string describe(const TrackSample& sample) {

@@ -4,7 +4,6 @@
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyCore/Flight/Values.hpp"
-#include "TarnlyCore/ScriptCheck/ScriptFinding.hpp"
 
 namespace tarnly::client {
 
@@ -12,9 +11,6 @@ namespace tarnly::client {
 
 /// The shortest text that reads back as the same number.
 std::string numberText(double value);
-
-/// "lesson.json:3:7: what is wrong with it".
-std::string findingText(const std::string& file, const ScriptFinding& finding);
 
 // What was recorded: one line each, in columns, with "-" for what is not known.
 

@@ -27,6 +27,12 @@ std::vector<ScriptFinding> ScriptFindings::inOrder(std::string_view script) && {
     return result;
 }
 
+std::string findingText(const std::string& file, const ScriptFinding& finding) {
+    const bool isWarning = finding.severity == ScriptFinding::Severity::warning;
+    return printable(file) + ":" + std::to_string(finding.place.line) + ":" +
+           std::to_string(finding.place.column) + (isWarning ? ": warning: " : ": ") + finding.text;
+}
+
 std::string inQuotes(std::string_view text) {
     constexpr std::size_t longest = 60;
     const bool isLong = text.size() > longest;

@@ -27,6 +27,9 @@ struct ScriptFinding {
     bool operator==(const ScriptFinding&) const = default;
 };
 
+/// "lesson.json:3:7: what is wrong with it".
+std::string findingText(const std::string& file, const ScriptFinding& finding);
+
 /// Collects findings by the byte of the script at which they stand.
 class ScriptFindings {
   public:

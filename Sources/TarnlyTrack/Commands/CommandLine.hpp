@@ -3,10 +3,10 @@
 #include <CLI/App.hpp>
 #include <filesystem>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "TarnlyPlatform/Base/UsageError.hpp"
 #include "TarnlyTrack/Log/FlightLogReader.hpp"
 
 namespace tarnly::track {
@@ -15,12 +15,6 @@ namespace tarnly::track {
 /// `err` is a terminal. Returns the exit code: 0 done, 1 a file could not be read or written, 2 wrong usage;
 /// the latter two with a text on `err`.
 int runTrack(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool isWatched);
-
-/// The program was called in a way that makes no sense; the text is for the person.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 /// What the subcommands work with. Outlives the parser.
 struct CommandContext {

@@ -1,4 +1,4 @@
-#include "TarnlyClient/Commands/InputFiles.hpp"
+#include "TarnlyTrack/Trial/ScriptFile.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,11 +6,14 @@
 #include <sstream>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarnlyClient/Commands/Arguments.hpp"
+#include "TarnlyPlatform/Base/UsageError.hpp"
 
-namespace tarnly::client {
+namespace tarnly::track {
 namespace {
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 constexpr auto gear =
@@ -63,42 +66,16 @@ TEST(ScriptFile, AFileThatCannotBeReadIsRefused) {
     }
 }
 
-std::string read(const std::string& content) {
-    const test::TemporaryFolder folder;
-    return readPassword(folder.write("password", content));
+TEST(ScriptFile, WarningsSayWhereAndAreNoLongList) {
+    EXPECT_THAT(scriptWarnings("[" + std::string(gear) + "]", "x.json"), IsEmpty());
+    EXPECT_THAT(scriptWarnings("[7]", "x.json"), ElementsAre(StartsWith("x.json:1:2: ")));
+    std::string many = "[7";
+    for (int i = 0; i < 24; ++i)
+        many += ",7";
+    const auto warnings = scriptWarnings(many + "]", "x.json");
+    ASSERT_THAT(warnings, SizeIs(21));
+    EXPECT_EQ(warnings.back(), "and 5 more; script --check lists them all");
 }
-
-std::string passwordComplaint(const std::filesystem::path& file) {
-    try {
-        readPassword(file);
-        return "";
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-}
-
-TEST(PasswordFile, PasswordIsTheFirstLine) {
-    EXPECT_EQ(read("secret"), "secret");
-    EXPECT_EQ(read("secret\n"), "secret");
-    EXPECT_EQ(read("secret\r\n"), "secret");
-    EXPECT_EQ(read(" two words \nmore\n"), " two words ");
-    EXPECT_EQ(read("Gr\xC3\xBCn\n"), "Gr\xC3\xBCn");
-}
-
-TEST(PasswordFile, AFileWithoutPasswordIsRefused) {
-    EXPECT_THROW(read(""), UsageError);
-    EXPECT_THROW(read("\nsecret\n"), UsageError);
-    EXPECT_THROW(read("\r\n"), UsageError);
-    EXPECT_THROW(read("Gr\xFCn\n"), UsageError);
-}
-
-TEST(PasswordFile, AMissingFileIsNamed) {
-    EXPECT_EQ(passwordComplaint("/nowhere/password"),
-              "the password file /nowhere/password cannot be read: No such file or directory; name one that "
-              "you may read");
-}
-
-TEST(PasswordFile, AFolderIsNoPasswordFile) { EXPECT_NE(passwordComplaint("/"), ""); }
 
 } // namespace
-} // namespace tarnly::client
+} // namespace tarnly::track

@@ -1,18 +1,21 @@
-#include "TarnlyClient/Commands/InputFiles.hpp"
+#include "TarnlyTrack/Trial/ScriptFile.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <fstream>
-#include <vector>
 
-#include "TarnlyClient/Commands/Arguments.hpp"
-#include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyCore/ScriptCheck/ScriptCheck.hpp"
+#include "TarnlyPlatform/Base/UsageError.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
 
-namespace tarnly::client {
+namespace tarnly::track {
 namespace {
+
+/// More are no help to who uses a script; the check lists all.
+constexpr std::size_t mostWarnings = 20;
 
 std::string readAll(std::istream& stream) {
     std::string text;
@@ -25,22 +28,6 @@ std::string readAll(std::istream& stream) {
 }
 
 } // namespace
-
-std::string readPassword(const std::filesystem::path& file) {
-    const auto shown = "the password file " + file.string();
-    errno = 0;
-    std::ifstream stream(file, std::ios::binary);
-    std::string line;
-    std::getline(stream, line);
-    if (stream.bad() || !stream.is_open()) {
-        throw UsageError(shown + " cannot be read: " + std::strerror(errno) + "; name one that you may read");
-    }
-    if (line.ends_with('\r')) line.pop_back();
-    if (line.empty()) throw UsageError(shown + " has no password on its first line; write it there");
-    if (wellFormedUtf8(line) != line)
-        throw UsageError(shown + " is not UTF-8; save it anew in that encoding");
-    return line;
-}
 
 std::string readScript(const std::string& file, std::istream& input) {
     if (file == "-") return readAll(input);
@@ -64,4 +51,17 @@ LoadScriptRequest parseScript(std::string_view text, const std::string& file) {
     }
 }
 
-} // namespace tarnly::client
+std::vector<std::string> scriptWarnings(const std::string& text, const std::string& file) {
+    const auto findings = checkScript(text);
+    const auto shown = std::min(findings.size(), mostWarnings);
+    std::vector<std::string> warnings;
+    for (std::size_t index = 0; index < shown; ++index)
+        warnings.push_back(findingText(file, findings[index]));
+    if (shown < findings.size()) {
+        warnings.push_back("and " + std::to_string(findings.size() - shown) +
+                           " more; script --check lists them all");
+    }
+    return warnings;
+}
+
+} // namespace tarnly::track

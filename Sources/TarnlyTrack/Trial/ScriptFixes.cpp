@@ -1,17 +1,17 @@
-#include "TarnlyClient/Commands/ScriptFixes.hpp"
+#include "TarnlyTrack/Trial/ScriptFixes.hpp"
 
 #include <stdexcept>
 #include <string>
 
-#include "TarnlyClient/Commands/Arguments.hpp"
-#include "TarnlyClient/Companion/ClientError.hpp"
 #include "TarnlyCore/NavData/NavDatabase.hpp"
 #include "TarnlyCore/NavData/NavDatabaseProblem.hpp"
 #include "TarnlyCore/NavData/NavFile.hpp"
 #include "TarnlyPlatform/Base/Guarded.hpp"
+#include "TarnlyPlatform/Base/UsageError.hpp"
 #include "TarnlyPlatform/Files/Folders.hpp"
+#include "TarnlyTrack/Log/FlightLogReader.hpp"
 
-namespace tarnly::client {
+namespace tarnly::track {
 namespace {
 
 /// The one that is named, else the one that a companion on this computer has made, if there is one.
@@ -42,7 +42,7 @@ void withFixes(const std::optional<std::filesystem::path>& file,
         *database, [&](const Phrase& warning) { trouble.with([&](auto& told) { told = warning.text(); }); });
     NavDatabase::Lookup fixes(opened, clock, [] { return true; });
     work([&](const std::string& ident) { return fixes.resolve(ident); });
-    if (const auto told = trouble.copy()) throw ClientError("the fixes could not all be looked up: " + *told);
+    if (const auto told = trouble.copy()) throw TrackError("the fixes could not all be looked up: " + *told);
 }
 
-} // namespace tarnly::client
+} // namespace tarnly::track
