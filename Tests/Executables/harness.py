@@ -114,6 +114,13 @@ class Program:
         assert found, f"{self.name} printed {printed} and not {pattern.pattern!r}; stderr: {self.errors()}"
         return found
 
+    def wait_for_nth_line(self, number):
+        """What it printed as that line, from 0, as JSON."""
+        with self._changed:
+            self._changed.wait_for(lambda: len(self._lines) > number or self._finished, PATIENCE)
+            assert len(self._lines) > number, f"{self.name} printed {self._lines[-3:]}; stderr: {self.errors()}"
+            return json.loads(self._lines[number])
+
     def wait(self, patience=PATIENCE):
         """The exit status."""
         try:
@@ -221,6 +228,10 @@ class Programs:
         command = [*prefix, executable(name), *map(str, arguments)]
         if descriptors is not None:
             command = ["sh", "-c", f'ulimit -n {descriptors}; exec "$0" "$@"', *command]
+        return self.start_command(name, command, stdin, **environment)
+
+    def start_command(self, name, command, stdin=subprocess.DEVNULL, **environment):
+        """One that is not ours, and is looked over like the others."""
         program = Program(name, command, self.folder, self.environment(**environment), stdin)
         self._running.append(program)
         return program
