@@ -13,6 +13,7 @@
 #include "TarnlySimulator/Api/HttpApi.hpp"
 #include "TarnlySimulator/Api/SituationPort.hpp"
 #include "TarnlySimulator/Wire/Gate.hpp"
+#include "TarnlySimulator/World/PilotedFlight.hpp"
 
 namespace tarnly::simulator {
 namespace {
@@ -38,16 +39,18 @@ struct Client {
 } // namespace
 
 struct Simulator::State : std::enable_shared_from_this<State> {
-    State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions)
+    State(asio::any_io_executor givenExecutor, Clock& givenClock, SimulatorOptions givenOptions,
+          std::unique_ptr<FlightSource> flight)
         : clock(givenClock),
           options(std::move(givenOptions)),
+          world(options, std::move(flight)),
           tasks(givenExecutor),
           returning(std::move(givenExecutor)) {}
 
     OnOneThread thread;
     Clock& clock;
     SimulatorOptions options;
-    World world{options};
+    World world;
     HttpApi http{world};
     std::vector<std::shared_ptr<Client>> clients;
     Orders orders{world, {[this] { dropConnections(); }, [this](const Restart& how) { restart(how); }}};
@@ -76,8 +79,9 @@ struct Simulator::State : std::enable_shared_from_this<State> {
 
     void load(const std::string& path) {
         if (isAway) return;
-        world.loadSituation(path);
-        if (options.onSituation) options.onSituation("Situation loaded: " + path);
+        const bool isLoaded = world.loadSituation(path);
+        const auto& tell = isLoaded ? options.onSituation : options.onIgnored;
+        if (tell) tell((isLoaded ? "Situation loaded: " : "Situation ignored: ") + path);
     }
 
     void ignore(const std::string& reason) const {
@@ -196,7 +200,12 @@ void Simulator::State::tick() {
 }
 
 Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOptions options)
-    : state_(std::make_shared<State>(executor, clock, std::move(options))) {
+    : Simulator(std::move(executor), clock, options,
+                std::make_unique<PilotedFlight>(options.seed, options.start, options)) {}
+
+Simulator::Simulator(asio::any_io_executor executor, Clock& clock, SimulatorOptions options,
+                     std::unique_ptr<FlightSource> flight)
+    : state_(std::make_shared<State>(executor, clock, std::move(options), std::move(flight))) {
     const std::weak_ptr<State> weak = state_;
     state_->situations.emplace(
         executor, state_->options.udpPort,

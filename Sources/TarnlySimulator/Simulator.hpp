@@ -43,6 +43,10 @@ class Simulator {
     /// the flight and the updates, ten of them a second; it outlives all work on the executor.
     Simulator(boost::asio::any_io_executor executor, Clock& clock, SimulatorOptions options);
 
+    /// The same with another flight, to which the options of the aircraft mean nothing.
+    Simulator(boost::asio::any_io_executor executor, Clock& clock, SimulatorOptions options,
+              std::unique_ptr<FlightSource> flight);
+
     Simulator(const Simulator&) = delete;
     Simulator& operator=(const Simulator&) = delete;
 

@@ -49,7 +49,7 @@ std::string Control::report() const {
     JsonWriter writer;
     writer.beginObject();
     writer.key("phase");
-    writer.string(name(world_.flight().phase()));
+    writer.string(world_.flight().phase());
     writer.key("quirks");
     writer.beginObject();
     for (const QuirkSwitch& quirk : quirkSwitches()) {

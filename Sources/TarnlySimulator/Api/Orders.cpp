@@ -101,7 +101,9 @@ void Orders::obey(std::string_view line) {
     if (const auto* quirk = quirkSwitchNamed(name)) return setQuirk(world_.quirks, *quirk, words);
     if (name == "load") {
         const auto situation = words.rest();
-        return situation.empty() ? world_.beginAnew() : world_.loadSituation(situation);
+        if (situation.empty()) return world_.beginAnew();
+        if (!world_.loadSituation(situation)) words.refuse();
+        return;
     }
     if (name == "restart") return actions_.restart(restartFrom(words));
     if (name == "aircraft") {

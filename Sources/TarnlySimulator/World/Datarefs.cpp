@@ -201,7 +201,7 @@ void addBound(std::span<const FlightBinding> bindings, std::vector<Dataref>& out
         dataref.name = binding.name;
         dataref.type = binding.type;
         dataref.isWritable = binding.write != nullptr;
-        dataref.binding = &binding;
+        dataref.flightValue = out.size();
         out.push_back(std::move(dataref));
     }
 }

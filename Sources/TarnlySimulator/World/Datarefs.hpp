@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -29,8 +30,8 @@ struct Dataref {
     bool isAddOn = false;
     /// Its name is not UTF-8; it shows in an awkward catalogue only.
     bool isAwkward = false;
-    /// None: the value is just kept.
-    const FlightBinding* binding = nullptr;
+    /// Its place among the values of the flight; none: the value is just kept.
+    std::optional<std::size_t> flightValue;
     Value kept = 0.0;
     std::int64_t id = 0;
 };
@@ -46,7 +47,8 @@ struct DatarefOptions {
 };
 
 /// Every dataref of the stand-in, without ids: those of the flight, a few hundred whose values are just kept,
-/// those of an add-on, and an awkward one.
+/// those of an add-on, and an awkward one. The flight's values are counted through `flightDatarefs` and then
+/// `leverDatarefs`.
 std::vector<Dataref> stockDatarefs(const DatarefOptions& options);
 
 /// The datarefs behind which stands the flight, but for those of `leverDatarefs`.

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "TarnlyPlatform/Base/SecureRandom.hpp"
 #include "TarnlySimulator/World/Commands.hpp"
 #include "TarnlySimulator/World/Datarefs.hpp"
+#include "TarnlySimulator/World/PilotedFlight.hpp"
 #include "TarnlySimulator/World/Value.hpp"
 #include "TarnlySimulator/World/WorldError.hpp"
 
@@ -45,12 +47,14 @@ Value changed(Value value, const CommandEffect& effect) {
 } // namespace
 
 World::World(const WorldOptions& options)
+    : World(options, std::make_unique<PilotedFlight>(options.seed, options.start, options)) {}
+
+World::World(const WorldOptions& options, std::unique_ptr<FlightSource> flight)
     : quirks(options.quirks),
       version_(options.version),
       speed_(options.speed),
-      start_(options.start),
-      flight_(options.seed, options.start),
-      datarefs_(stockDatarefs(options)),
+      flight_(std::move(flight)),
+      datarefs_(flight_->datarefs()),
       commands_(stockCommands(options.commands)),
       paused_(datarefs_.named("sim/time/paused")) {
     if (options.lateDatarefsAfter) changeAircraft(*options.lateDatarefsAfter);
@@ -76,7 +80,7 @@ void World::changeAircraft(std::chrono::milliseconds addOnsAfter) {
 void World::advance(double seconds) {
     awaitAddOns(seconds);
     if (quirks.mainMenu || std::get<double>(paused_->kept) > 0.5) return;
-    flight_.step(seconds * speed_);
+    flight_->step(seconds * speed_);
 }
 
 void World::awaitAddOns(double seconds) {
@@ -98,12 +102,13 @@ const Dataref* World::shownDataref(std::int64_t id) const {
 }
 
 Value World::read(const Dataref& dataref) const {
-    if (dataref.binding == nullptr) return dataref.kept;
+    if (&dataref == paused_ && flight_->isPaused()) return 1.0;
+    if (!dataref.flightValue) return dataref.kept;
     if (quirks.nonFinite) {
         if (dataref.name == "sim/flightmodel/position/y_agl") return std::numeric_limits<double>::infinity();
         if (dataref.name == "sim/flightmodel/misc/h_ind") return std::numeric_limits<double>::quiet_NaN();
     }
-    return dataref.binding->read(flight_);
+    return flight_->read(*dataref.flightValue);
 }
 
 void World::write(std::int64_t datarefId, const boost::json::value& value,
@@ -119,8 +124,8 @@ void World::write(std::int64_t datarefId, const boost::json::value& value,
 }
 
 void World::assign(Dataref& dataref, const Value& value) {
-    if (dataref.binding != nullptr) {
-        dataref.binding->write(flight_, value);
+    if (dataref.flightValue) {
+        flight_->write(*dataref.flightValue, value);
     } else {
         dataref.kept = value;
     }
@@ -136,21 +141,21 @@ void World::activate(std::int64_t commandId) {
 
 void World::apply(const CommandEffect& effect) {
     if (effect.kind == CommandEffect::Kind::restartFlight) {
-        flight_.begin(start_);
+        flight_->beginAnew();
         return;
     }
-    Dataref& dataref = *datarefs_.named(effect.dataref);
-    assign(dataref, changed(read(dataref), effect));
+    Dataref* dataref = datarefs_.named(effect.dataref);
+    if (dataref != nullptr) assign(*dataref, changed(read(*dataref), effect));
 }
 
 void World::beginAnew() {
     quirks.mainMenu = false;
-    flight_.begin(start_);
+    flight_->beginAnew();
 }
 
-void World::loadSituation(std::string_view path) {
+bool World::loadSituation(std::string_view path) {
     quirks.mainMenu = false;
-    flight_.begin(flightPhaseOfSituation(path.substr(path.rfind('/') + 1)));
+    return flight_->loadSituation(path.substr(path.rfind('/') + 1));
 }
 
 } // namespace tarnly::simulator

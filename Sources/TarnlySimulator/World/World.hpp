@@ -4,14 +4,16 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "TarnlySimulator/Flight/FlightModel.hpp"
+#include "TarnlySimulator/Flight/FlightState.hpp"
 #include "TarnlySimulator/World/Catalogue.hpp"
 #include "TarnlySimulator/World/Commands.hpp"
 #include "TarnlySimulator/World/Datarefs.hpp"
+#include "TarnlySimulator/World/FlightSource.hpp"
 #include "TarnlySimulator/World/Quirks.hpp"
 
 namespace tarnly::simulator {
@@ -41,7 +43,11 @@ struct WorldOptions : DatarefOptions {
 /// Not synchronised: whoever owns it calls it from one thread.
 class World {
   public:
+    /// With the stand-in's own aircraft.
     explicit World(const WorldOptions& options);
+
+    /// With another flight, to which the options of the aircraft and of its catalogue mean nothing.
+    World(const WorldOptions& options, std::unique_ptr<FlightSource> flight);
 
     /// May be changed at any time.
     Quirks quirks;
@@ -49,8 +55,7 @@ class World {
     /// Lets `seconds` of real time pass; the flight stands still at the main menu and while paused.
     void advance(double seconds);
 
-    FlightModel& flight() { return flight_; }
-    const FlightModel& flight() const { return flight_; }
+    const FlightSource& flight() const { return *flight_; }
 
     /// All datarefs, also those that do not show now.
     const Catalogue<Dataref>& datarefs() const { return datarefs_; }
@@ -72,8 +77,8 @@ class World {
     /// Throws `WorldError` for an id that no command has.
     void activate(std::int64_t commandId);
 
-    /// Leaves the main menu and jumps to where the situation of that file begins.
-    void loadSituation(std::string_view path);
+    /// Leaves the main menu and jumps to where the situation of that file begins. False: the flight cannot.
+    bool loadSituation(std::string_view path);
 
     /// Leaves the main menu and begins the flight as it began at first.
     void beginAnew();
@@ -97,8 +102,7 @@ class World {
 
     std::string version_;
     double speed_;
-    FlightPhase start_;
-    FlightModel flight_;
+    std::unique_ptr<FlightSource> flight_;
     Catalogue<Dataref> datarefs_;
     Catalogue<Command> commands_;
     const Dataref* paused_;

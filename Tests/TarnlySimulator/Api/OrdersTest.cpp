@@ -74,9 +74,9 @@ TEST_F(OrdersTest, AFlightIsLoadedFromTheMainMenu) {
     orders.obey("main_menu on");
     orders.obey("load Output/situations/Short final.sit");
     EXPECT_FALSE(world.quirks.mainMenu);
-    EXPECT_EQ(world.flight().phase(), FlightPhase::finalApproach);
+    EXPECT_EQ(world.flight().phase(), "final");
     orders.obey("load");
-    EXPECT_EQ(world.flight().phase(), FlightPhase::cruise);
+    EXPECT_EQ(world.flight().phase(), "cruise");
 }
 
 TEST_F(OrdersTest, WhatIsNoOrderChangesNothing) {

@@ -29,9 +29,11 @@ TEST(StockCatalogue, NamesAreUniqueAndPlain) {
 }
 
 TEST(StockCatalogue, ValuesAreOfTheKindThatTheCatalogueNames) {
-    const FlightModel flight(1, FlightPhase::runway);
-    for (const Dataref& dataref : stockDatarefs({.datarefs = 500})) {
-        const Value value = dataref.binding != nullptr ? dataref.binding->read(flight) : dataref.kept;
+    auto options = test::standInOptions();
+    options.datarefs = 500;
+    const World world(options);
+    for (const Dataref& dataref : world.datarefs().entries()) {
+        const Value value = world.read(dataref);
         EXPECT_EQ(std::holds_alternative<std::vector<double>>(value), isArray(dataref.type)) << dataref.name;
         EXPECT_EQ(std::holds_alternative<std::string>(value), dataref.type == ValueType::data)
             << dataref.name;
