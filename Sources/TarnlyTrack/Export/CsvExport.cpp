@@ -3,7 +3,7 @@
 
 #include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyTrack/Export/Export.hpp"
-#include "TarnlyTrack/Export/Track.hpp"
+#include "TarnlyTrack/Log/Derived.hpp"
 
 namespace tarnly::track {
 namespace {
