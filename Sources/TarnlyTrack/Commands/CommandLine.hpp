@@ -37,5 +37,6 @@ void addListCommand(CLI::App& app, CommandContext& context);
 void addShowCommand(CLI::App& app, CommandContext& context);
 void addPlotCommand(CLI::App& app, CommandContext& context);
 void addExportCommand(CLI::App& app, CommandContext& context);
+void addReplayCommand(CLI::App& app, CommandContext& context);
 
 } // namespace tarnly::track

@@ -1,6 +1,6 @@
 # fish completion for tarnly-track
 
-set -l none 'not __fish_seen_subcommand_from list show export plot'
+set -l none 'not __fish_seen_subcommand_from list show export plot replay'
 
 complete -c tarnly-track -f
 complete -c tarnly-track -s h -l help -d 'Print a summary of the options'
@@ -10,13 +10,21 @@ complete -c tarnly-track -n $none -a list -d 'List the recordings of a folder, o
 complete -c tarnly-track -n $none -a show -d 'Show one recording in full'
 complete -c tarnly-track -n $none -a export -d 'Make a file of another format of a recording'
 complete -c tarnly-track -n $none -a plot -d 'Draw recordings on a page for browsers'
+complete -c tarnly-track -n $none -a replay -d 'Fly a recording again, as a simulator'
 
 complete -c tarnly-track -n '__fish_seen_subcommand_from list show' -l json -d 'Print JSON objects'
 complete -c tarnly-track -n '__fish_seen_subcommand_from list' -a '(__fish_complete_directories)'
-complete -c tarnly-track -n '__fish_seen_subcommand_from show export plot' -F
+complete -c tarnly-track -n '__fish_seen_subcommand_from show export plot replay' -F
 set -l exporting '__fish_seen_subcommand_from export'
 complete -c tarnly-track -n $exporting -l format -x -a 'gpx kml csv geojson' -d 'The format'
 complete -c tarnly-track -n '__fish_seen_subcommand_from export plot' -s o -l output -r -F -d 'The file to write'
 complete -c tarnly-track -n $exporting -l aircraft -x -d 'What the aircraft is called'
 complete -c tarnly-track -n $exporting -l utc-start -x -d 'When the recording was begun'
 complete -c tarnly-track -n '__fish_seen_subcommand_from plot' -l svg -d 'Draw a picture that stands still'
+set -l replaying '__fish_seen_subcommand_from replay'
+complete -c tarnly-track -n $replaying -l speed -x -d 'How many times as fast'
+complete -c tarnly-track -n $replaying -l from -x -d 'Seconds of the recording to begin at'
+complete -c tarnly-track -n $replaying -l repeat -d 'Begin again at the end'
+complete -c tarnly-track -n $replaying -l paused -d 'Stand at the beginning at first'
+complete -c tarnly-track -n $replaying -l port -x -d 'Port of the web interface'
+complete -c tarnly-track -n $replaying -l udp-port -x -d 'UDP port for loading situations'
