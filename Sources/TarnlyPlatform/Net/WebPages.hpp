@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -17,9 +18,17 @@ inline constexpr std::string_view pagePolicy =
 
 /// A file that a port serves beside its WebSockets. A plain value.
 struct WebPage {
+    enum class Coding : std::uint8_t { none, gzip };
+    /// Whether a browser may keep it: what has a name of its own for each content need never be asked for
+    /// again.
+    enum class Keep : std::uint8_t { no, forever };
+
     /// "text/html; charset=utf-8"
     std::string contentType;
     std::string body;
+    /// Of the body. Who does not take gzip gets the text all the same.
+    Coding coding = Coding::none;
+    Keep keep = Keep::no;
 };
 
 /// The files of a port by their paths, "/" or "/reach.js". A plain value, constant once it is served.

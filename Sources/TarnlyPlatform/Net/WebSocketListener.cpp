@@ -1,8 +1,6 @@
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
-#include <array>
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
@@ -10,9 +8,6 @@
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/read.hpp>
-#include <boost/beast/http/serializer.hpp>
-#include <boost/beast/http/string_body.hpp>
-#include <boost/beast/http/write.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <chrono>
 #include <iterator>
@@ -20,6 +15,7 @@
 #include <utility>
 
 #include "TarnlyPlatform/Net/TcpSockets.hpp"
+#include "TarnlyPlatform/Net/WebAnswer.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly {
@@ -61,78 +57,6 @@ HttpRequest requestFrom(const HeadParser& head) {
     return request;
 }
 
-/// An answer that is no WebSocket; the connection ends with it.
-struct Answer {
-    http::status status;
-    std::string text;
-    std::string contentType = "text/plain; charset=utf-8";
-    /// With the length of the text, and without it.
-    bool isHeadOnly = false;
-};
-
-using Response = http::response<http::string_body>;
-
-void describe(Response& response, const Answer& answer) {
-    response.set(http::field::content_type, answer.contentType);
-    response.content_length(response.body().size());
-    response.set(http::field::connection, "close");
-    switch (answer.status) {
-        case http::status::upgrade_required:
-            response.set(http::field::upgrade, "websocket");
-            return;
-        case http::status::method_not_allowed:
-            response.set(http::field::allow, "GET, HEAD");
-            return;
-        case http::status::ok:
-            response.set("Content-Security-Policy", beast::string_view(pagePolicy.data(), pagePolicy.size()));
-            response.set("X-Content-Type-Options", "nosniff");
-            response.set("Referrer-Policy", "no-referrer");
-            response.set(http::field::cache_control, "no-store");
-            return;
-        default:
-            return;
-    }
-}
-
-Task<> write(tcp::socket& peer, Answer answer) {
-    constexpr unsigned version = 11;
-    Response response(answer.status, version, std::move(answer.text));
-    describe(response, answer);
-    http::response_serializer<http::string_body> serializer(response);
-    if (answer.isHeadOnly) {
-        co_await http::async_write_header(peer, serializer, asTuple);
-    } else {
-        co_await http::async_write(peer, serializer, asTuple);
-    }
-}
-
-/// Says that no more follows, and waits for the peer to go: a socket closed with bytes unread would take the
-/// answer back.
-Task<> finish(tcp::socket& peer) {
-    error_code error;
-    peer.shutdown(tcp::socket::shutdown_send, error);
-    std::array<char, 4096> unread;
-    while (!error) {
-        const auto buffer = asio::buffer(unread);
-        auto [failure, size] = co_await peer.async_read_some(buffer, asTuple);
-        error = failure;
-    }
-}
-
-Task<> give(tcp::socket& peer, Answer answer) {
-    co_await write(peer, std::move(answer));
-    co_await finish(peer);
-}
-
-Answer pageFor(const WebPages& pages, const HttpRequest& request) {
-    const auto* page = pages.find(request.target);
-    if (page == nullptr) return {http::status::not_found, "There is no such page here. Try /\n"};
-    const bool isHead = request.method == "HEAD";
-    if (!isHead && request.method != "GET")
-        return {http::status::method_not_allowed, "This page can only be read.\n"};
-    return {http::status::ok, page->body, page->contentType, isHead};
-}
-
 } // namespace
 
 struct WebSocketListener::State {
@@ -147,8 +71,8 @@ struct WebSocketListener::State {
 
     static Task<> serve(std::shared_ptr<State> state, tcp::socket socket);
     std::shared_ptr<Visit> admit(const std::shared_ptr<tcp::socket>& peer) const;
-    std::optional<Answer> refusalOf(const HttpRequest& request, bool isUpgrade, const Visit* visit) const;
-    Answer showPage(const HttpRequest& request, const Visit* visit) const;
+    std::optional<WebAnswer> refusalOf(const HttpRequest& request, bool isUpgrade, const Visit* visit) const;
+    WebAnswer showPage(const HttpRequest& request, const Visit* visit) const;
 };
 
 /// Reads the head of one request, and makes the peer a WebSocket if it asks for that.
@@ -168,7 +92,7 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     }
     if (state->isCancelled || (error && !deservesAnswer(error))) co_return;
     const bool isRequest = !error && !head.chunked();
-    std::optional<Answer> answer;
+    std::optional<WebAnswer> answer;
     HttpRequest request;
     if (isRequest) {
         request = requestFrom(head);
@@ -176,7 +100,7 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
         answer = state->refusalOf(request, isUpgrade, visit.get());
         if (!answer && !isUpgrade) answer = state->showPage(request, visit.get());
     } else {
-        answer = Answer{http::status::bad_request, "That is not a request that this port understands.\n"};
+        answer = WebAnswer{400, "That is not a request that this port understands.\n"};
     }
     if (answer) {
         deadline.expireAfter(patience);
@@ -203,23 +127,24 @@ std::shared_ptr<Visit> WebSocketListener::State::admit(const std::shared_ptr<tcp
     return admission->admit(isGone ? PeerNetwork() : PeerNetwork(address), std::move(close));
 }
 
-std::optional<Answer> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,
-                                                          const Visit* visit) const {
+std::optional<WebAnswer> WebSocketListener::State::refusalOf(const HttpRequest& request, bool isUpgrade,
+                                                             const Visit* visit) const {
     if (gate) {
         auto reason = gate->refusalOf(request, isUpgrade);
-        if (reason) return Answer{http::status::forbidden, std::move(*reason) + "\n"};
+        if (reason) return WebAnswer{403, std::move(*reason) + "\n"};
     }
-    if (!isUpgrade && !pages) return Answer{http::status::upgrade_required, "This port speaks WebSocket.\n"};
+    if (!isUpgrade && !pages) return WebAnswer{426, "This port speaks WebSocket.\n"};
     if (visit == nullptr || visit->hasRoom()) return std::nullopt;
-    return Answer{http::status::service_unavailable,
-                  "There are as many clients here as may be. Disconnect one, or start the companion with a "
-                  "larger --max-clients.\n"};
+    return WebAnswer{
+        503,
+        "There are as many clients here as may be. Disconnect one, or start the companion with a "
+        "larger --max-clients.\n"};
 }
 
-Answer WebSocketListener::State::showPage(const HttpRequest& request, const Visit* visit) const {
-    auto page = pageFor(*pages, request);
+WebAnswer WebSocketListener::State::showPage(const HttpRequest& request, const Visit* visit) const {
+    auto page = pageAnswer(*pages, request);
     const bool isFromElsewhere = visit != nullptr && !visit->from().isLoopback();
-    if (page.status == http::status::ok && isFromElsewhere && onPageVisit) onPageVisit(visit->from());
+    if (page.page != nullptr && isFromElsewhere && onPageVisit) onPageVisit(visit->from());
     return page;
 }
 

@@ -5,11 +5,13 @@
 
 #include <boost/asio/io_context.hpp>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "Support/RawPeer.hpp"
 #include "Support/RunTask.hpp"
+#include "TarnlyPlatform/Net/Gzip.hpp"
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
 namespace tarnly {
@@ -23,10 +25,17 @@ using testing::StartsWith;
 
 SystemClock clock; // none of these tests is about time
 
+/// "Hello, Hello, Hello" by `gzip -9n`.
+constexpr char zipped[] = {'\x1f', '\x8b', '\x08', '\x00', '\x00', '\x00', '\x00', '\x00', '\x02', '\x03',
+                           '\xf3', '\x48', '\xcd', '\xc9', '\xc9', '\xd7', '\x51', '\xf0', '\x40', '\xa2',
+                           '\x00', '\x77', '\x23', '\xbe', '\xf6', '\x13', '\x00', '\x00', '\x00'};
+
 WebPages somePages() {
     WebPages pages;
     pages.add("/", {"text/html; charset=utf-8", "<p>Hello"});
     pages.add("/a.js", {"text/javascript; charset=utf-8", "1;"});
+    pages.add("/b-0123.js", {"text/javascript; charset=utf-8", std::string(zipped, sizeof(zipped)),
+                             WebPage::Coding::gzip, WebPage::Keep::forever});
     return pages;
 }
 
@@ -76,6 +85,45 @@ TEST_F(WebPagesServedTest, AreServedOnceAndShutIn) {
                   "\r\nX-Content-Type-Options: nosniff\r\nReferrer-Policy: no-referrer\r\n"
                   "Cache-Control: no-store\r\n\r\n<p>Hello");
     EXPECT_THAT(std::string(pagePolicy), Not(HasSubstr("unsafe")));
+}
+
+TEST_F(WebPagesServedTest, WhatIsCompressedGoesAsItIsToWhoTakesIt) {
+    const std::string file(zipped, sizeof(zipped));
+    for (const char* taken : {"gzip", "br, GZIP;q=0.5", "*", "deflate, gzip, br"}) {
+        EXPECT_THAT(answerTo("GET /b-0123.js", std::string("Accept-Encoding: ") + taken + "\r\n"),
+                    AllOf(StartsWith("HTTP/1.1 200 "), HasSubstr("\r\nContent-Encoding: gzip\r\n"),
+                          HasSubstr("\r\nVary: Accept-Encoding\r\n"), EndsWith("\r\n\r\n" + file)))
+            << taken;
+    }
+}
+
+TEST_F(WebPagesServedTest, WhoDoesNotTakeItGetsTheText) {
+    for (const char* headers : {"", "Accept-Encoding: br\r\n", "Accept-Encoding: gzip;q=0\r\n",
+                                "Accept-Encoding: identity, gzip;q=0.0\r\n"}) {
+        EXPECT_THAT(
+            answerTo("GET /b-0123.js", headers),
+            AllOf(HasSubstr("\r\nContent-Length: 19\r\n"), Not(HasSubstr("Content-Encoding")),
+                  HasSubstr("\r\nVary: Accept-Encoding\r\n"), EndsWith("\r\n\r\nHello, Hello, Hello")))
+            << headers;
+    }
+}
+
+TEST_F(WebPagesServedTest, WhatHasANameForItsContentMayBeKept) {
+    EXPECT_THAT(answerTo("GET /b-0123.js"), HasSubstr("\r\nCache-Control: max-age=31536000, immutable\r\n"));
+    EXPECT_THAT(answerTo("GET /a.js"), HasSubstr("\r\nCache-Control: no-store\r\n"));
+}
+
+TEST(Gzip, WhatIsNoneIsRefused) {
+    const std::string file(zipped, sizeof(zipped));
+    EXPECT_EQ(gunzipped(file), "Hello, Hello, Hello");
+    for (std::size_t size = 0; size < file.size(); ++size)
+        EXPECT_THROW(gunzipped(file.substr(0, size)), std::runtime_error) << size;
+    auto other = file;
+    other[3] = 8; // it has a name
+    EXPECT_THROW(gunzipped(other), std::runtime_error);
+    other = file;
+    other.back() = 1; // 16 MiB and more
+    EXPECT_THROW(gunzipped(other), std::runtime_error);
 }
 
 TEST_F(WebPagesServedTest, HeadIsAnsweredWithTheHeadAlone) {
