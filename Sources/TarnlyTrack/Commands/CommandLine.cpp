@@ -15,8 +15,8 @@ constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
 /// In the order of the help.
-constexpr std::array subcommands{addListCommand, addShowCommand, addExportCommand, addPlotCommand,
-                                 addReplayCommand};
+constexpr std::array subcommands{addListCommand, addShowCommand,  addExportCommand,
+                                 addPlotCommand, addGradeCommand, addReplayCommand};
 
 std::string describe(const CLI::App& app, const CLI::ParseError& error) {
     const auto strange = app.remaining();

@@ -12,8 +12,8 @@
 namespace tarnly::track {
 
 /// Does what the command line asks for. `arguments` are those after the program's name; `isWatched` says that
-/// `err` is a terminal. Returns the exit code: 0 done, 1 a file could not be read or written, 2 wrong usage;
-/// the latter two with a text on `err`.
+/// `err` is a terminal. Returns the exit code: 0 done, 1 a file could not be read or written, 2 wrong usage,
+/// these two with a text on `err`; 3 a graded flight does not meet all that was asked of it.
 int runTrack(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool isWatched);
 
 /// What the subcommands work with. Outlives the parser.
@@ -38,5 +38,6 @@ void addShowCommand(CLI::App& app, CommandContext& context);
 void addPlotCommand(CLI::App& app, CommandContext& context);
 void addExportCommand(CLI::App& app, CommandContext& context);
 void addReplayCommand(CLI::App& app, CommandContext& context);
+void addGradeCommand(CLI::App& app, CommandContext& context);
 
 } // namespace tarnly::track

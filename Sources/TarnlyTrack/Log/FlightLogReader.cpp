@@ -35,6 +35,24 @@ TrackError cannotRead(const std::filesystem::path& file, int error) {
     return TrackError(printable(file.string()) + " cannot be read: " + why);
 }
 
+template <typename Take>
+void readPieces(const std::filesystem::path& file, const ReadProgress& progress, const Take& take) {
+    errno = 0;
+    const auto opened = File::open(file, File::Mode::read);
+    if (!opened.isOpen()) throw cannotRead(file, errno);
+    const auto size = opened.size().value_or(0);
+    std::vector<char> piece(pieceSize);
+    std::size_t done = 0;
+    for (;;) {
+        const auto count = opened.readSome(piece);
+        if (!count) throw cannotRead(file, errno);
+        if (*count == 0) return;
+        take(std::string_view(piece.data(), *count));
+        done += *count;
+        if (progress) progress(done, size);
+    }
+}
+
 } // namespace
 
 void FlightLogReader::add(std::string_view bytes) {
@@ -107,21 +125,15 @@ FlightLog FlightLogReader::finish() {
 }
 
 FlightLog readFlightLog(const std::filesystem::path& file, const ReadProgress& progress) {
-    errno = 0;
-    const auto opened = File::open(file, File::Mode::read);
-    if (!opened.isOpen()) throw cannotRead(file, errno);
-    const auto size = opened.size().value_or(0);
     FlightLogReader reader;
-    std::vector<char> piece(pieceSize);
-    std::size_t done = 0;
-    for (;;) {
-        const auto count = opened.readSome(piece);
-        if (!count) throw cannotRead(file, errno);
-        if (*count == 0) return reader.finish();
-        reader.add({piece.data(), *count});
-        done += *count;
-        if (progress) progress(done, size);
-    }
+    readPieces(file, progress, [&](std::string_view piece) { reader.add(piece); });
+    return reader.finish();
+}
+
+std::string readText(const std::filesystem::path& file) {
+    std::string text;
+    readPieces(file, {}, [&](std::string_view piece) { text += piece; });
+    return text;
 }
 
 } // namespace tarnly::track

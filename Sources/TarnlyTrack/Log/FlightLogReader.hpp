@@ -47,4 +47,7 @@ using ReadProgress = std::function<void(std::size_t done, std::size_t size)>;
 /// Reads a file from its beginning to its present end, in pieces. Throws `TrackError` when it cannot be read.
 FlightLog readFlightLog(const std::filesystem::path& file, const ReadProgress& progress = {});
 
+/// All of a small file that a person has written. Throws `TrackError` when it cannot be read.
+std::string readText(const std::filesystem::path& file);
+
 } // namespace tarnly::track

@@ -132,6 +132,58 @@ TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     EXPECT_THAT(errors, HasSubstr("has 1 unreadable line, 1 line of an unknown kind, torn end"));
 }
 
+TEST_F(TrackCommandLineTest, GradesByTolerances) {
+    const auto file = folder.write("solo.jsonl", log);
+    const auto low = folder.write("low.json", R"([{"id":"lo\u001bw","kind":"altitude_held","feet":125,)"
+                                              R"("within_ft":25}])");
+    EXPECT_EQ(run({"grade", file, low}), 0) << errors;
+    EXPECT_EQ(output, "met         lo?w: farthest 25 ft below 125 ft, at 0:00\n1 of 1 met\n");
+    const auto mixed = folder.write(
+        "mixed.json", R"([{"id":"a","kind":"altitude_held","feet":125,"within_ft":20},)"
+                      R"({"id":"b","name":"Bank","kind":"bank_not_exceeded","bank_deg":20},)"
+                      R"({"id":"c","kind":"time_between","from":"ge\u001bar","to":"gone","at_most_s":9}])");
+    EXPECT_EQ(run({"grade", file, mixed}), 3);
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(output,
+              "not met     a: farthest 25 ft below 125 ft, at 0:00; outside for 0.5 s\n"
+              "not judged  Bank: the recording does not tell the bank\n"
+              "not judged  c: \"gone\" did not fire\n"
+              "0 of 3 met, 2 not judged\n");
+    EXPECT_EQ(run({"grade", "--json", file, mixed}), 3);
+    EXPECT_THAT(output, HasSubstr(R"("id":"a","title":"a","verdict":"not_met",)"
+                                  R"("words":"farthest 25 ft below 125 ft, at 0:00; outside for 0.5 s",)"
+                                  R"("worst_s":0,"from_s":0,"to_s":0.5,"judged_s":0.5,"outside_s":0.5})"));
+    EXPECT_THAT(output, HasSubstr(R"("id":"b","title":"Bank","verdict":"not_judged")"));
+    EXPECT_THAT(output, HasSubstr(R"(],"met":0,"not_met":1,"not_judged":2})"));
+}
+
+TEST_F(TrackCommandLineTest, WrongTolerancesAreToldAndNothingIsGraded) {
+    const auto file = folder.write("solo.jsonl", log);
+    const auto wrong = folder.write("wrong.json", "[\n{\"id\":\"a\",\"kind\":\"altitude\"}]");
+    EXPECT_EQ(run({"grade", file, wrong}), 2);
+    EXPECT_EQ(output, "");
+    EXPECT_THAT(errors, HasSubstr("wrong.json:2:18: there is no tolerance of the kind \"altitude\"; did you "
+                                  "mean \"altitude_held\"?\n"));
+    EXPECT_THAT(errors, HasSubstr("tarnly-track: nothing is graded by "));
+    const auto strange = folder.write(
+        "strange.json", R"([{"id":"a","kind":"altitude_held","feet":125,"within_ft":99,"x":1}])");
+    EXPECT_EQ(run({"grade", file, strange}), 0);
+    EXPECT_THAT(errors, HasSubstr("strange.json:1:61: warning: unknown field \"x\""));
+    EXPECT_EQ(run({"grade", file, folder.path()}), 1);
+    EXPECT_THAT(errors, HasSubstr("cannot be read: it is no file"));
+    EXPECT_EQ(run({"grade", folder.path() / "none", strange}), 1);
+    EXPECT_EQ(run({"grade", file}), 2);
+}
+
+TEST_F(TrackCommandLineTest, WhatIsNotGradedIsTold) {
+    const auto file = folder.write("two.jsonl", log + log + "x\n");
+    const auto bank = folder.write("bank.json", R"([{"id":"a","kind":"bank_not_exceeded","bank_deg":20}])");
+    EXPECT_EQ(run({"grade", file, bank}), 3);
+    EXPECT_EQ(errors,
+              "tarnly-track: two.jsonl has 1 unreadable line\n"
+              "tarnly-track: two.jsonl has two recordings: the second one, of 2 samples, is not graded\n");
+}
+
 TEST_F(TrackCommandLineTest, WrongUsage) {
     EXPECT_EQ(run({}), 2);
     EXPECT_EQ(run({"fly"}), 2);

@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
+
+#include "Support/TemporaryFolder.hpp"
 
 namespace tarnly::track {
 namespace {
@@ -69,6 +73,16 @@ TEST(ToleranceCheck, EachFieldIsRead) {
                                                 .to = "c",
                                                 .atLeastSeconds = 30,
                                                 .atMostSeconds = 90}));
+}
+
+TEST(ToleranceCheck, TheExampleIsFlawless) {
+    const auto checked =
+        readTolerances(test::contentOf(std::filesystem::path(TARNLY_DOCS) / "tolerances-pattern.json"));
+    EXPECT_THAT(checked.findings, IsEmpty());
+    std::set<std::string> used;
+    for (const auto& tolerance : checked.tolerances)
+        used.insert(tolerance.kind);
+    EXPECT_THAT(used, ElementsAre("altitude_held", "bank_not_exceeded", "stable_at", "time_between"));
 }
 
 TEST(ToleranceCheck, TheListAloneWillDo) {

@@ -1,6 +1,6 @@
 # fish completion for tarnly-track
 
-set -l none 'not __fish_seen_subcommand_from list show export plot replay'
+set -l none 'not __fish_seen_subcommand_from list show export plot grade replay'
 
 complete -c tarnly-track -f
 complete -c tarnly-track -s h -l help -d 'Print a summary of the options'
@@ -10,11 +10,12 @@ complete -c tarnly-track -n $none -a list -d 'List the recordings of a folder, o
 complete -c tarnly-track -n $none -a show -d 'Show one recording in full'
 complete -c tarnly-track -n $none -a export -d 'Make a file of another format of a recording'
 complete -c tarnly-track -n $none -a plot -d 'Draw recordings on a page for browsers'
+complete -c tarnly-track -n $none -a grade -d 'Tell how well a recorded flight was flown'
 complete -c tarnly-track -n $none -a replay -d 'Fly a recording again, as a simulator'
 
-complete -c tarnly-track -n '__fish_seen_subcommand_from list show' -l json -d 'Print JSON objects'
+complete -c tarnly-track -n '__fish_seen_subcommand_from list show grade' -l json -d 'Print JSON objects'
 complete -c tarnly-track -n '__fish_seen_subcommand_from list' -a '(__fish_complete_directories)'
-complete -c tarnly-track -n '__fish_seen_subcommand_from show export plot replay' -F
+complete -c tarnly-track -n '__fish_seen_subcommand_from show export plot grade replay' -F
 set -l exporting '__fish_seen_subcommand_from export'
 complete -c tarnly-track -n $exporting -l format -x -a 'gpx kml csv geojson' -d 'The format'
 complete -c tarnly-track -n '__fish_seen_subcommand_from export plot' -s o -l output -r -F -d 'The file to write'
