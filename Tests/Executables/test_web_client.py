@@ -39,7 +39,7 @@ class Client:
     def next(self, key):
         """The next thing told of this kind, and what comes between is passed over."""
         while True:
-            line = self.program.wait_for_nth_line(self.seen)
+            line = json.loads(self.program.wait_for_nth_line(self.seen))
             self.seen += 1
             if key in line:
                 return line
