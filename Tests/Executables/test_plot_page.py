@@ -1,6 +1,7 @@
 """The page that `tarnly-track plot` makes, in a browser."""
 
 import asyncio
+import json
 import re
 
 import pytest
@@ -21,12 +22,31 @@ def name_of(day):
     return f"session-2026-11-{day}T010938Z.jsonl"
 
 
-def plotted(programs, *files, svg=False):
+def plotted(programs, *files, svg=False, script=None):
     """The plot of these recordings."""
     output = programs.new_folder() / ("flight.svg" if svg else "flight.html")
-    ended = programs.run("tarnly-track", "plot", *files, "-o", output, *(["--svg"] if svg else []))
+    options = (["--svg"] if svg else []) + (["--script", script] if script else [])
+    ended = programs.run("tarnly-track", "plot", *files, "-o", output, *options)
     assert ended.status == 0 and ended.errors == "", ended
     return output
+
+
+def trigger(name, kind, **condition):
+    return {"id": name, "condition_kind": kind, "condition": condition, "action_kind": "speak",
+            "action": {"text": name}}
+
+
+def a_script(programs, *triggers):
+    file = programs.new_folder() / "lesson.json"
+    file.write_text(json.dumps(list(triggers)))
+    return file
+
+
+def a_trial(programs):
+    """What a script would have done: two fire, of which one did fire as well; two do not, one of them without a moment."""
+    return a_script(programs, trigger("rotate", "crosses_agl", feet=400, climbing=True),
+                    trigger("late", "after_start", seconds=200), trigger("too-high", "crosses_agl", feet=2000, climbing=True),
+                    trigger("never", "after_trigger", after_trigger_id="too-high", seconds=5))
 
 
 def one_flight(programs):
@@ -68,7 +88,8 @@ async def place_of(page, selector):
 async def opened(page, file, width=1000, height=900, **screen):
     await page.show(width, height, **screen)
     await page.open(file)
-    await page.wait_for("document.querySelector('[data-key=alt_ft] path.line') !== null")
+    await page.wait_for("document.querySelector('[data-key=alt_ft] path.line') !== null"
+                        " && [...document.querySelectorAll('.strip svg')].every(one => one.childElementCount > 0)")
 
 
 def assert_is_alone(page, file):
@@ -251,6 +272,39 @@ def test_what_people_have_named_is_text_and_nothing_else(programs, browser):
     in_page(browser, work)
 
 
+def test_what_a_script_would_have_done_is_marked_beside_what_fired(programs, browser):
+    recording = programs.new_folder() / name_of(16)
+    recordings.write(recording, 1200, fired=LESSON)
+    file = plotted(programs, recording, script=a_trial(programs))
+
+    async def work(page):
+        await opened(page, file)
+        # On the track, in the strip of what was recorded, on the lines of altitude and height, and in the key.
+        for kind, count in (("would", 2), ("miss", 1)):
+            for key in ("track", "recorded", "alt_ft", "agl_ft"):
+                assert await page.ask(f"document.querySelectorAll('[data-key={key}] .{kind}').length") == count, (kind, key)
+            assert await page.ask(f"document.querySelectorAll('.key .{kind}').length") == 1
+        assert await page.ask("document.querySelectorAll('.track .flag').length") == 3
+        rows = await page.ask("[...document.querySelectorAll('section.fired:last-of-type tr')]"
+                              ".map(row => [...row.children].map(cell => cell.textContent).join('|'))")
+        assert rows[0] == "Mark|After|UTC|Trigger|Action|Outcome|Altitude, ft|Above ground, ft"
+        assert [row.split("|")[0] for row in rows[1:]] == ["s1", "s2", "m1", "m2"]
+        assert "rotate|speak|would have fired; fired in the recording after 0:40" in rows[1]
+        assert "|3:20|01:12:58|late|speak|would have fired; did not fire in the recording|" in rows[2]
+        assert re.search(r"too-high\|–\|would not have fired: never above \d+ ft AGL \(at \d+:\d\d\), and waits", rows[3])
+        assert rows[4].startswith("m2|\u2013|\u2013|never|\u2013|would not have fired: waits for")
+        summary = await page.ask("document.querySelector('.flights').textContent")
+        assert "With the script lesson.json 2 triggers would have fired, 2 would not (too-high: never above" in summary
+        # A row leads to its moment, of which the line at the top says what is marked there.
+        await page.ask("document.querySelectorAll('section.fired:last-of-type td button')[2].click()")
+        await page.drawn()
+        assert "script missed too-high: never above" in await page.ask("document.querySelector('.time').textContent")
+        assert len(set(await cursors(page)) - {-9}) == 1
+        await page.picture(programs.folder / "marks.png")
+        assert_is_alone(page, file)
+    in_page(browser, work)
+
+
 CONTRAST = """(() => {
     const channels = (text) => text.match(/[\\d.]+/g).slice(0, 3).map(Number);
     const light = (text) => channels(text).map((c) => c / 255)
@@ -269,7 +323,7 @@ CONTRAST = """(() => {
     };
     for (const selector of ['body', '.unit', '.hint', '.value', 'td', 'footer', 'button']) look(selector, 'color');
     for (const selector of ['svg text.tick', '.flag']) look(selector, 'fill');
-    for (const selector of ['[data-key=alt_ft] path.line']) look(selector, 'stroke');
+    for (const selector of ['[data-key=alt_ft] path.line', '.track .would', '.track .miss']) look(selector, 'stroke');
     return worst;
 })()"""
 
@@ -277,7 +331,7 @@ CONTRAST = """(() => {
 @pytest.mark.parametrize("dark", [False, True])
 @pytest.mark.parametrize("width, height", [(390, 844), (1280, 800)])
 def test_it_can_be_read_on_a_phone_and_a_desk_in_light_and_dark(programs, browser, width, height, dark):
-    file = plotted(programs, *attempts(programs))
+    file = plotted(programs, *attempts(programs), script=a_trial(programs))
 
     async def work(page):
         await opened(page, file, width, height, dark=dark, touch=width < 600)

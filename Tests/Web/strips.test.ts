@@ -2,6 +2,7 @@ import test from "node:test";
 import { equal } from "node:assert/strict";
 import { flight } from "./flight";
 import type { Line } from "../../web/plot/flights";
+import { marksOf } from "../../web/plot/marks";
 import { numberText, STRIPS, valueText } from "../../web/plot/strips";
 import { summaryOf } from "../../web/plot/summary";
 
@@ -39,4 +40,24 @@ test("the summary says what was recorded, and what was not", () => {
         + "The simulator was paused 2 times (6:40 to 7:40, 8:20 to 9:20).");
     equal(summaryOf(flight({ start: undefined })),
         "start unknown. Lasted 1 minute; no trigger fired.");
+});
+
+test("the summary says what a script would have done, and how near the rest came", () => {
+    const miss = (id: string) => ({ id, words: "the gear was never down" });
+    const said = (missed: string[], fired = [{ id: "a", action: "speak", at: 1 }]) =>
+        summaryOf(flight({ trial: { script: "x.json", fired, missed: missed.map(miss) } })).split(". ").pop();
+    equal(said(["b"]), "With the script x.json one trigger would have fired, 1 would not (b: the gear was never down).");
+    equal(said([]), "With the script x.json one trigger would have fired, all that it has.");
+    equal(said(["b", "c", "d", "e", "f", "g"], []), "With the script x.json no trigger would have fired, 6 would not ("
+        + ["b", "c", "d", "e", "f"].map((id) => `${id}: the gear was never down; `).join("") + "\u2026).");
+});
+
+test("a script's marks have names of their own, and a miss without a moment has none", () => {
+    const marks = marksOf(flight({
+        fired: [{ id: "a", action: "speak", at: 1 }],
+        trial: { script: "x.json", fired: [{ id: "a", action: "speak", at: 1.5 }],
+            missed: [{ id: "b", words: "never" }, { id: "c", words: "at the end", at: 60 }] },
+    }));
+    equal(marks.map(({ kind, label, at, said }) => `${kind} ${label} ${at} ${said}`).join("\n"),
+        "fired 1 1 a\nwould s1 1.5 script: a\nmiss m2 60 script missed c: at the end");
 });

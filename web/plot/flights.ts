@@ -29,6 +29,23 @@ export interface Fired {
     at: number;
 }
 
+/** A trigger of a script that would not have fired. */
+export interface Miss {
+    id: string;
+    /** Why, and how near it came, in one clause. */
+    words: string;
+    /** The nearest moment, where there is one. */
+    at?: number;
+}
+
+/** What a script would have done, had it been loaded before the recording was started. */
+export interface ScriptTrial {
+    /** The script's file name. */
+    script: string;
+    fired: Fired[];
+    missed: Miss[];
+}
+
 export interface PackedFlight {
     /** The recording's file name. */
     name: string;
@@ -47,6 +64,7 @@ export interface PackedFlight {
     lines: { [key: string]: PackedLine[] };
     track: PackedTrack;
     fired: Fired[];
+    trial?: ScriptTrial;
 }
 
 export interface PackedFlights {

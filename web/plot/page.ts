@@ -2,16 +2,21 @@
 import type { Flight, PackedFlights } from "./flights";
 import { unpack } from "./flights";
 import { Gestures } from "./gestures";
+import { keyOf } from "./key";
+import { marksOf } from "./marks";
+import { cursorLine, RecordedStrip } from "./recorded";
 import { Drawn, letterOf, linesOf, Strip, STRIPS, Window, xOf } from "./strips";
 import { startText, summaryOf, valueFor } from "./summary";
 import { html, picture, px, svg, text } from "./svg";
+import { firedTable, trialTable } from "./tables";
 import { Alignment, alignmentsOf, clockText, elapsedText, spokenTime, timeTicks, zeroOf } from "./times";
+import { toolbarOf } from "./toolbar";
 import { TrackView } from "./track";
 
 const LEFT = 52;
 const RIGHT = 24;
-const ROW = 16;
-const MOST_ROWS = 500;
+/** How many strips are drawn at once when the page is opened. */
+const SEEN_FIRST = 2;
 
 class Page {
     private readonly alignments: Alignment[];
@@ -21,7 +26,7 @@ class Page {
     private width = 0;
 
     private readonly strips: Strip[];
-    private readonly recorded = html("div", { class: "holder" });
+    private readonly recorded = new RecordedStrip();
     private readonly bottom = html("div", { class: "holder" });
     private readonly time = html("output", { class: "time" });
     private readonly remark = html("p", { class: "remark" });
@@ -33,6 +38,7 @@ class Page {
     private readonly gestures: Gestures;
     private cursorLines: SVGElement[] = [];
     private isDrawAsked = false;
+    private isOpened = false;
 
     constructor(private readonly flights: Flight[], private readonly root: HTMLElement) {
         this.alignments = alignmentsOf(flights);
@@ -92,38 +98,20 @@ class Page {
         const { flights } = this;
         const title = this.isSingle ? `Recorded flight, ${startText(flights[0])}` : `${flights.length} recorded flights`;
         document.title = title;
-        const toolbar = html("div", { class: "toolbar", role: "toolbar", "aria-label": "Part of the flight" });
-        const add = (label: string, name: string, act: () => void) => {
-            const button = html("button", { type: "button", "aria-label": name, title: name }, label);
-            button.addEventListener("click", act);
-            toolbar.append(button);
-        };
-        add("+", "Zoom in", () => this.zoomBy(2));
-        add("\u2212", "Zoom out", () => this.zoomBy(0.5));
-        add("\u25c0", "Earlier", () => this.move(-0.5));
-        add("\u25b6", "Later", () => this.move(0.5));
-        add("Whole", "The whole flight", () => this.showWhole());
+        const toolbar = toolbarOf("Part of the flight", [
+            { label: "+", name: "Zoom in", act: () => this.zoomBy(2) },
+            { label: "\u2212", name: "Zoom out", act: () => this.zoomBy(0.5) },
+            { label: "\u25c0", name: "Earlier", act: () => this.move(-0.5) },
+            { label: "\u25b6", name: "Later", act: () => this.move(0.5) },
+            { label: "Whole", name: "The whole flight", act: () => this.showWhole() },
+        ]);
         if (this.alignments.length > 1) toolbar.append(this.alignmentChoice());
-        const place = html("div", { class: "toolbar", role: "toolbar", "aria-label": "Part of the track" });
-        for (const [label, name, factor] of [["+", "Zoom into the track", 2], ["\u2212", "Zoom out of the track", 0.5]] as const) {
-            const button = html("button", { type: "button", "aria-label": name, title: name }, label);
-            button.addEventListener("click", () => {
-                this.track.zoomBy(factor);
-                this.askDraw();
-            });
-            place.append(button);
-        }
-        const whole = html("button", { type: "button", title: "The whole track", "aria-label": "The whole track" }, "Whole");
-        whole.addEventListener("click", () => {
-            this.track.reset();
-            this.askDraw();
-        });
-        place.append(whole);
-
-        this.slider.append(
-            html("section", { class: "strip", "data-key": "recorded" }, html("div", { class: "head" }, html("h3", {}, "Recorded")),
-                this.recorded),
-            ...this.strips.map((strip) => strip.element), this.bottom);
+        const place = toolbarOf("Part of the track", [
+            { label: "+", name: "Zoom into the track", act: () => this.zoomTrack(2) },
+            { label: "\u2212", name: "Zoom out of the track", act: () => this.zoomTrack(0.5) },
+            { label: "Whole", name: "The whole track", act: () => this.zoomTrack(undefined) },
+        ]);
+        this.slider.append(this.recorded.element, ...this.strips.map((strip) => strip.element), this.bottom);
         this.root.append(
             html("h1", {}, title),
             html("section", { class: "flights", "aria-label": "Summary" }, ...flights.map((one, at) => this.flightEntry(one, at))),
@@ -132,12 +120,12 @@ class Page {
             html("h2", {}, "Over time"),
             html("div", { class: "sticky" }, toolbar, this.time),
             this.remark,
-            ...this.hatchKey(),
+            ...keyOf(flights),
             html("p", { id: "keys", class: "hint" },
                 "Point at a moment, or take the arrow keys; + and \u2212 zoom, as do two fingers and the wheel with Ctrl; "
                 + "0 shows the whole flight."),
             this.slider,
-            ...this.triggerTables());
+            ...this.tables());
     }
 
     private alignmentChoice(): HTMLElement {
@@ -155,15 +143,6 @@ class Page {
         return html("label", {}, "Laid over by ", choice);
     }
 
-    /** What the hatches mean, where there are any. */
-    private hatchKey(): HTMLElement[] {
-        const sample = (className: string) => picture(26, 12, svg("rect", { class: className, width: 26, height: 12 }));
-        const said: Node[] = [];
-        if (this.flights.some((one) => one.gaps.length > 0)) said.push(sample("gap"), html("span", {}, "nothing recorded"));
-        if (this.flights.some((one) => one.frozen.length > 0)) said.push(sample("frozen"), html("span", {}, "simulator paused"));
-        return said.length > 0 ? [html("p", { class: "key" }, ...said)] : [];
-    }
-
     private flightEntry(flight: Flight, place: number): HTMLElement {
         const key = picture(40, 10, svg("path", { class: `line flight${place}`, d: "M1 5h38" }));
         const name = html("span", { class: "name" }, flight.name);
@@ -178,26 +157,12 @@ class Page {
         return html("div", {}, label, html("p", {}, summaryOf(flight)));
     }
 
-    private triggerTables(): HTMLElement[] {
-        return this.flights.filter((flight) => flight.fired.length > 0).map((flight) => {
-            const place = this.flights.indexOf(flight);
-            const rows = flight.fired.slice(0, MOST_ROWS).map((fired, number) => {
-                const go = html("button", { type: "button", title: "Show this moment" }, elapsedText(fired.at));
-                go.addEventListener("click", () => this.showMoment(place, fired.at));
-                return html("tr", {},
-                    html("td", {}, String(number + 1)), html("td", {}, go),
-                    html("td", {}, flight.start === undefined ? "\u2013" : clockText(flight.start + fired.at)),
-                    html("td", { class: "id" }, fired.id), html("td", { class: "id" }, fired.action),
-                    html("td", { class: "number" }, valueFor(flight, "alt_ft", fired.at, 0)),
-                    html("td", { class: "number" }, valueFor(flight, "agl_ft", fired.at, 0)));
-            });
-            const names = ["No.", "After", "UTC", "Trigger", "Action", "Altitude, ft", "Above ground, ft"];
-            const head = html("tr", {}, ...names.map((name) => html("th", { scope: "col" }, name)));
+    private tables(): HTMLElement[] {
+        return this.flights.flatMap((flight, place) => {
             const of = this.isSingle ? "" : ` of flight ${letterOf(place)}`;
-            const more = flight.fired.length - rows.length;
-            return html("section", { class: "fired" }, html("h2", {}, `Triggers that fired${of}`),
-                html("div", { class: "scroll" }, html("table", {}, html("thead", {}, head), html("tbody", {}, ...rows))),
-                ...(more > 0 ? [html("p", {}, `and ${more} more`)] : []));
+            const show = (at: number) => this.showMoment(place, at);
+            const tables = flight.fired.length > 0 ? [firedTable(flight, of, show)] : [];
+            return flight.trial ? [...tables, trialTable(flight, of, show)] : tables;
         });
     }
 
@@ -273,6 +238,12 @@ class Page {
         this.showRange(middle - (middle - from) / factor, middle + (to - middle) / factor);
     }
 
+    private zoomTrack(factor: number | undefined): void {
+        if (factor === undefined) this.track.reset();
+        else this.track.zoomBy(factor);
+        this.askDraw();
+    }
+
     /** By a part of what is shown. */
     private move(part: number): void {
         const { from, to } = this.window();
@@ -323,8 +294,13 @@ class Page {
         const window = this.window();
         const drawn = this.drawn();
         const ticks = timeTicks(window.from, window.to, (window.right - window.left) / 75);
-        for (const strip of this.strips) strip.draw(drawn, window, width, ticks);
-        this.drawRecorded(drawn, window, ticks);
+        const strips = this.isOpened ? this.strips : this.strips.slice(0, SEEN_FIRST);
+        for (const strip of strips) strip.draw(drawn, window, width, ticks);
+        if (!this.isOpened) this.drawRestSoon();
+        const upper = this.recorded.draw(drawn, window, width, this.axis(window, ticks, 12), this.isSingle);
+        const lower = cursorLine(0, 4);
+        this.bottom.replaceChildren(picture(width, 20, this.axis(window, ticks, 15), lower));
+        this.cursorLines = [upper, lower];
         this.track.draw(drawn, [window.from, window.to], this.isSingle);
         const left = this.flights.filter((flight) => zeroOf(flight, this.alignment) === undefined);
         this.remark.textContent = left.length === 0 ? ""
@@ -337,56 +313,26 @@ class Page {
         this.drawCursor();
     }
 
-    /** A row a flight: when it was recorded, when the simulator was paused, what fired; above them the time. */
-    private drawRecorded(drawn: Drawn[], window: Window, ticks: number[]): void {
-        const height = 20 + ROW * drawn.length + 4;
-        const inside: Node[] = [];
-        drawn.forEach(({ flight, place, zero }, row) => {
-            const y = 20 + ROW * row;
-            const bar = (className: string, from: number, to: number) => {
-                const x = px(xOf(window, from - zero));
-                return svg("rect", { class: className, x, y, width: Math.max(1, px(xOf(window, to - zero) - x)), height: ROW - 4 });
-            };
-            inside.push(bar(`bar fill${place % 4}`, 0, flight.seconds));
-            for (const [from, to] of flight.gaps) inside.push(bar("gap over", from, to));
-            for (const [from, to] of flight.frozen) inside.push(bar("frozen over", from, to));
-            let free = -Infinity;
-            flight.fired.forEach((fired, number) => {
-                const x = px(xOf(window, fired.at - zero));
-                if (x < window.left || x > window.right) return;
-                inside.push(svg("line", { class: "moment", x1: x, x2: x, y1: y - 1, y2: y + ROW - 3 }));
-                if (x < free) return;
-                inside.push(text(x + 2, y + ROW - 6, String(number + 1), { class: "number" }));
-                free = x + 18;
-            });
-        });
-        const labels = drawn.map(({ place }, row) => text(window.left - 5, 20 + ROW * row + 10,
-            this.isSingle ? "" : letterOf(place), { class: "tick", "text-anchor": "end" }));
-        const clip = svg("clipPath", { id: "clip-recorded" },
-            svg("rect", { x: window.left, y: 0, width: window.right - window.left, height }));
-        const plot = svg("g", { "clip-path": "url(#clip-recorded)" }, ...inside);
-        const [upper, lower] = [this.cursorLine(18, height), this.cursorLine(0, 4)];
-        this.cursorLines = [upper, lower];
-        this.recorded.replaceChildren(picture(this.width, height,
-            svg("defs", {}, clip, ...patterns()), this.axis(window, ticks, 12), ...labels, plot, upper));
-        this.bottom.replaceChildren(picture(this.width, 20, this.axis(window, ticks, 15), lower));
-    }
-
-    private cursorLine(top: number, bottom: number): SVGElement {
-        return svg("line", { class: "cursor", x1: -9, x2: -9, y1: top, y2: bottom });
-    }
-
     private axis(window: Window, ticks: number[], y: number): Node {
         return svg("g", {}, ...ticks.map((tick) =>
             text(px(xOf(window, tick)), y, this.timeText(tick), { class: "tick", "text-anchor": "middle" })));
     }
 
-    /** The triggers whose marks the cursor touches. */
-    private firedAt(cursor: number, window: Window, drawn: Drawn[]): string[] {
+    /** What stands farther down is drawn when what stands above can be seen: slow machines open a page in half the time. */
+    private drawRestSoon(): void {
+        for (const strip of this.strips.slice(SEEN_FIRST)) strip.keepPlace(this.width);
+        requestAnimationFrame(() => setTimeout(() => {
+            this.isOpened = true;
+            this.draw();
+        }));
+    }
+
+    /** What the marks say that the cursor touches. */
+    private markedAt(cursor: number, window: Window, drawn: Drawn[]): string[] {
         const near = (6 * (window.to - window.from)) / (window.right - window.left);
-        return drawn.flatMap(({ flight, place, zero }) => flight.fired
-            .filter((fired) => Math.abs(fired.at - zero - cursor) <= near).slice(0, 3)
-            .map((fired) => (this.isSingle ? "" : `${letterOf(place)} `) + fired.id));
+        return drawn.flatMap(({ flight, place, zero }) => marksOf(flight)
+            .filter((mark) => Math.abs(mark.at - zero - cursor) <= near).slice(0, 3)
+            .map((mark) => (this.isSingle ? "" : `${letterOf(place)} `) + mark.said));
     }
 
     private drawCursor(): void {
@@ -406,7 +352,7 @@ class Page {
             this.slider.setAttribute("aria-valuetext", "no moment chosen");
             return;
         }
-        this.time.textContent = [this.timeText(cursor), ...this.firedAt(cursor, window, drawn)].join(" \u00b7 ");
+        this.time.textContent = [this.timeText(cursor), ...this.markedAt(cursor, window, drawn)].join(" \u00b7 ");
         this.slider.setAttribute("aria-valuenow", cursor.toFixed(1));
         const values = drawn.map(({ flight, place, zero }) => {
             const altitude = valueFor(flight, "alt_ft", cursor + zero, 0);
@@ -417,13 +363,6 @@ class Page {
         const when = this.alignment.by === "clock" ? clockText(cursor) : spokenTime(cursor);
         this.slider.setAttribute("aria-valuetext", [when, ...values].join("; "));
     }
-}
-
-/** Hatched one way: nothing recorded; the other way: recorded while the simulator was paused. */
-function patterns(): Node[] {
-    const hatch = (id: string, d: string) => svg("pattern", { id, width: 6, height: 6, patternUnits: "userSpaceOnUse" },
-        svg("rect", { class: "ground", width: 6, height: 6 }), svg("path", { class: "hatch", d }));
-    return [hatch("hatch-gap", "M-1 5l2 2M0 0l6 6M5 -1l2 2"), hatch("hatch-frozen", "M3 0v6")];
 }
 
 function open(): void {

@@ -2,6 +2,7 @@
 import { scaleLinear, Linear } from "d3-scale";
 import type { Flight, Line, Stretch } from "./flights";
 import { range, valueAt, visiblePoints } from "./lines";
+import { marksOf, shape } from "./marks";
 import { html, picture, px, svg, text } from "./svg";
 
 export interface StripKind {
@@ -100,6 +101,11 @@ export class Strip {
             html("div", { class: "head" }, heading, this.values), this.holder);
     }
 
+    /** Takes the room that it will have. */
+    keepPlace(width: number): void {
+        this.holder.replaceChildren(picture(width, this.kind.height));
+    }
+
     draw(drawn: Drawn[], window: Window, width: number, ticks: number[]): void {
         const { kind } = this;
         const top = 6;
@@ -120,6 +126,7 @@ export class Strip {
         const plot = svg("g", { "clip-path": `url(#${clip})` });
         if (drawn.length === 1) plot.append(...this.bands(drawn[0], window, top, bottom));
         for (const one of drawn) plot.append(...this.paths(one, window, scale));
+        if (kind.height > 100) for (const one of drawn) plot.append(...this.marks(one, window, scale));
         this.cursor = svg("line", { class: "cursor", y1: top, y2: bottom, x1: -9, x2: -9 });
         const area = svg("rect", { x: window.left, y: 0, width: window.right - window.left, height: kind.height });
         this.holder.replaceChildren(picture(width, kind.height,
@@ -158,6 +165,17 @@ export class Strip {
             return svg("rect", { class: className, x, y: top, width, height: bottom - top });
         };
         return [...flight.gaps.map(band("gap")), ...flight.frozen.map(band("frozen"))];
+    }
+
+    /** On the line, what a script would have done. */
+    private marks({ flight, place, zero }: Drawn, window: Window, scale: Linear): Node[] {
+        const line = linesOf(flight, this.kind)[0];
+        return marksOf(flight).flatMap(({ kind, at }) => {
+            const value = line && kind !== "fired" ? valueAt(line, at) : undefined;
+            const x = xOf(window, at - zero);
+            const isSeen = value !== undefined && x >= window.left && x <= window.right;
+            return isSeen ? [shape(kind, place, x, scale(value))] : [];
+        });
     }
 
     private paths({ flight, place, zero }: Drawn, window: Window, scale: Linear): Node[] {

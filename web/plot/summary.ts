@@ -1,5 +1,5 @@
 // The page in words: what a screen reader reads, and what stands under a printed picture.
-import type { Flight, Stretch } from "./flights";
+import type { Flight, ScriptTrial, Stretch } from "./flights";
 import { valueAt } from "./lines";
 import { numberText } from "./strips";
 import { elapsedText, spokenTime } from "./times";
@@ -31,7 +31,14 @@ export function summaryOf(flight: Flight): string {
         const times = flight.frozen.length === 1 ? "once" : `${numberText(flight.frozen.length, 0)} times`;
         result += ` The simulator was paused ${times} (${listed(flight.frozen)}).`;
     }
-    return result;
+    return flight.trial ? `${result} ${trialText(flight.trial)}` : result;
+}
+
+function trialText({ script, fired, missed }: ScriptTrial): string {
+    const result = `With the script ${script} ${fired.length === 0 ? "no trigger" : count(fired.length, "trigger")} would have fired`;
+    if (missed.length === 0) return `${result}, all that it has.`;
+    const shown = missed.slice(0, 5).map(({ id, words }) => `${id}: ${words}`);
+    return `${result}, ${numberText(missed.length, 0)} would not (${shown.join("; ")}${missed.length > 5 ? "; \u2026" : ""}).`;
 }
 
 /** A value at a moment for a table, or a dash. */

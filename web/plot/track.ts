@@ -2,6 +2,7 @@
 import type { Flight } from "./flights";
 import { Box, boxOf, placeAt, Plane, scaleLength } from "./ground";
 import { Gestures } from "./gestures";
+import { marksOf, shape } from "./marks";
 import { Drawn, letterOf } from "./strips";
 import { html, picture, px, svg, text } from "./svg";
 
@@ -149,17 +150,17 @@ export class TrackView {
 
     private marks({ flight, place, zero }: Drawn, isSingle: boolean): Node[] {
         const result: Node[] = [];
-        flight.fired.forEach((fired, number) => {
-            const where = placeAt(flight.track, fired.at);
-            const moment = fired.at - zero;
-            if (!where || moment < this.range[0] || moment > this.range[1]) return;
+        for (const { kind, label, at } of marksOf(flight)) {
+            const where = placeAt(flight.track, at);
+            const moment = at - zero;
+            if (!where || moment < this.range[0] || moment > this.range[1]) continue;
             const [x, y] = this.pixel(where.lat, where.lon);
-            if (x < 0 || y < 0 || x > this.width || y > this.height) return;
-            const label = (isSingle ? "" : letterOf(place)) + String(number + 1);
-            result.push(svg("g", { class: "mark" },
-                svg("path", { class: `flag fill${place % 4}`, d: `M${px(x)} ${px(y)}l-5 -9h10z` }),
-                text(px(x), px(y) - 12, label, { class: "label", "text-anchor": "middle" })));
-        });
+            if (x < 0 || y < 0 || x > this.width || y > this.height) continue;
+            // What fired has its label above, so that both can be read where the script would have done the same.
+            result.push(svg("g", { class: "mark" }, shape(kind, place, x, y),
+                text(px(x), px(kind === "fired" ? y - 12 : y + 18), (isSingle ? "" : letterOf(place)) + label,
+                    { class: "label", "text-anchor": "middle" })));
+        }
         return result;
     }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,6 +37,25 @@ struct PlotTrigger {
     std::string id;
     std::string action;
     double at = 0;
+};
+
+/// A trigger of a script that would not have fired.
+struct PlotMiss {
+    std::string id;
+    /// Why, and how near it came, in one clause.
+    std::string words;
+    /// The nearest moment; absent where there is none.
+    std::optional<double> at;
+};
+
+/// What a script would have done, had it been loaded before the recording was started.
+struct PlotTrial {
+    /// Its name; any bytes.
+    std::string script;
+    /// In the order of firing.
+    std::vector<PlotTrigger> fired;
+    /// In the order of the script.
+    std::vector<PlotMiss> missed;
 };
 
 /// What is drawn over time: the recording's key, and the finest step worth drawing, in the recording's unit.
@@ -75,13 +95,16 @@ struct PlotFlight {
     std::array<std::vector<PlotLine>, plotKeys.size()> lines;
     PlotTrack track;
     std::vector<PlotTrigger> fired;
+    /// Where a script is tried on the flight; `plotFlight` leaves it absent.
+    std::optional<PlotTrial> trial;
     /// How many samples at the end are not drawn, because time begins again there: somebody has put two
     /// recordings into one file.
     std::size_t leftOut = 0;
 };
 
-/// `columns` is how many columns of pixels show the whole flight.
+/// `columns` is how many columns of pixels show the whole flight. The moments at which triggers fired are
+/// kept in its lines, and those of the samples `marked`, in any order.
 PlotFlight plotFlight(const FlightLog& log, std::string name, std::optional<std::string> start,
-                      std::size_t columns);
+                      std::size_t columns, std::span<const std::size_t> marked = {});
 
 } // namespace tarnly::track

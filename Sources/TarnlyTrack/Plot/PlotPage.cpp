@@ -82,20 +82,9 @@ void writeStretches(JsonWriter& json, std::string_view key, const std::vector<Pl
     json.endArray();
 }
 
-void writeTriggers(JsonWriter& json, const std::vector<PlotTrigger>& triggers) {
-    json.key("fired");
-    json.beginArray();
-    for (const auto& trigger : triggers) {
-        json.beginObject();
-        json.key("id");
-        json.string(trigger.id);
-        json.key("action");
-        json.string(trigger.action);
-        json.key("at");
-        json.number(trigger.at);
-        json.endObject();
-    }
-    json.endArray();
+void writeText(JsonWriter& json, std::string_view key, const std::string& text) {
+    json.key(key);
+    json.string(text);
 }
 
 void writeNumber(JsonWriter& json, std::string_view key, const std::optional<double>& value) {
@@ -104,14 +93,41 @@ void writeNumber(JsonWriter& json, std::string_view key, const std::optional<dou
     json.number(*value);
 }
 
+void writeTriggers(JsonWriter& json, const std::vector<PlotTrigger>& triggers) {
+    json.key("fired");
+    json.beginArray();
+    for (const auto& trigger : triggers) {
+        json.beginObject();
+        writeText(json, "id", trigger.id);
+        writeText(json, "action", trigger.action);
+        writeNumber(json, "at", trigger.at);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeTrial(JsonWriter& json, const PlotTrial& trial) {
+    json.key("trial");
+    json.beginObject();
+    writeText(json, "script", trial.script);
+    writeTriggers(json, trial.fired);
+    json.key("missed");
+    json.beginArray();
+    for (const auto& miss : trial.missed) {
+        json.beginObject();
+        writeText(json, "id", miss.id);
+        writeText(json, "words", miss.words);
+        writeNumber(json, "at", miss.at);
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+}
+
 void writeFlight(JsonWriter& json, const PlotFlight& flight) {
     json.beginObject();
-    json.key("name");
-    json.string(flight.name);
-    if (flight.start) {
-        json.key("start");
-        json.string(*flight.start);
-    }
+    writeText(json, "name", flight.name);
+    if (flight.start) writeText(json, "start", *flight.start);
     writeNumber(json, "seconds", flight.seconds);
     json.key("samples");
     json.integer(static_cast<std::int64_t>(flight.samples));
@@ -122,6 +138,7 @@ void writeFlight(JsonWriter& json, const PlotFlight& flight) {
     writeLines(json, flight);
     writeTrack(json, flight.track);
     writeTriggers(json, flight.fired);
+    if (flight.trial) writeTrial(json, *flight.trial);
     json.endObject();
 }
 

@@ -21,12 +21,15 @@ std::size_t plotColumns(std::size_t flights);
 ///       "gaps":[[from,to],…],"frozen":[[from,to],…],
 ///       "lines":{"alt_ft":[{"at":[…],"value":[…],"unit":0.1,"breaks":[…]}],…},
 ///       "track":{"at":[…],"lat":[…],"lon":[…],"breaks":[…]},
-///       "fired":[{"id":…,"action":…,"at":…}]}]}
+///       "fired":[{"id":…,"action":…,"at":…}],
+///       "trial":{"script":…,"fired":[{"id":…,"action":…,"at":…}],
+///         "missed":[{"id":…,"words":…,"at":…}]}}]}
 ///
 /// Seconds count from the first heartbeat. `at`, `value`, `lat` and `lon` are whole numbers, each but the
 /// first the step from the one before: hundredths of a second, units of `unit`, millionths of a degree.
 /// `breaks` are places of points to which no line leads. `start`, `distance_nm` and `highest_ft` are left out
-/// where nobody knows them, keys of `lines` where nothing was recorded.
+/// where nobody knows them, as is a miss's `at`, `trial` where there is none, and keys of `lines` where
+/// nothing was recorded.
 ///
 /// Nothing in it ends the element of the page in which it stands: `<` is written as an escape.
 std::string plotJson(const std::vector<PlotFlight>& flights);

@@ -70,6 +70,7 @@ Trial tryScript(TriggerEngine engine, const FlightLog& log, const FixResolver& f
         auto fired = engine.evaluate(triggerSample(log, sample, links.back()));
         if (fired.empty()) continue;
         std::ranges::move(fired.described(), std::back_inserter(trial.fired));
+        trial.firedOn.resize(trial.fired.size(), sample);
     }
     const NearMisses misses(log, links, trial.fired, fixPosition);
     for (const auto& trigger : engine.waiting())

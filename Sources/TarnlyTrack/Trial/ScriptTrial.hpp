@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,6 +27,8 @@ struct Miss {
 struct Trial {
     /// In the order of firing.
     std::vector<tarnly::FiredTrigger> fired;
+    /// On which sample, one for each of `fired`.
+    std::vector<std::size_t> firedOn;
     /// In the order of the script.
     std::vector<Miss> missed;
 };

@@ -126,6 +126,57 @@ TEST_F(TrackCommandLineTest, PlotsNoRecordingAwayAndNoMoreThanFit) {
     EXPECT_THAT(errors, HasSubstr("at most 8 recordings"));
 }
 
+const std::string script =
+    R"([{"id":"start","condition_kind":"after_start","condition":{"seconds":0.5},)"
+    R"("action_kind":"speak","action":{"text":"Go."}},)"
+    R"({"id":"high","condition_kind":"crosses_altitude","condition":{"feet":900,"climbing":true},)"
+    R"("action_kind":"speak","action":{"text":"High."}}])";
+
+TEST_F(TrackCommandLineTest, MarksWhatAScriptWouldHaveDone) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    const auto lesson = folder.write("lesson.json", script);
+    EXPECT_EQ(run({"plot", file, "--script", lesson}), 0) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_THAT(output,
+                HasSubstr(R"("trial":{"script":"lesson.json","fired":[{"id":"start","action":"speak",)"
+                          R"("at":0.5}],"missed":[{"id":"high",)"));
+    EXPECT_THAT(output,
+                HasSubstr("never above 150 ft indicated (at 0:00), and waits for 900 ft on the way up"));
+    EXPECT_EQ(run({"plot", file, "--svg", "--script", lesson}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr("s1  start: would have fired at 0:00"));
+}
+
+// Time begins again where somebody has put two recordings into one file; the first one is drawn.
+TEST_F(TrackCommandLineTest, MarksNothingWhereNothingIsDrawn) {
+    const auto climb = R"({"kind":"sample","sample":{"elapsed_s":0,"alt_ft":100}})"
+                       "\n"
+                       R"({"kind":"sample","sample":{"elapsed_s":0.5,"alt_ft":1000}})"
+                       "\n";
+    const auto file = folder.write("two.jsonl", log + climb);
+    const auto lesson = folder.write("lesson.json", script);
+    EXPECT_EQ(run({"plot", file, "--script", lesson}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr(R"("fired":[{"id":"start","action":"speak","at":0.5}],"missed":[)"
+                                  R"({"id":"high","words":"it fires in the second recording of the )"
+                                  R"(file, which is not drawn"}]})"));
+}
+
+TEST_F(TrackCommandLineTest, ScriptsThatCannotBeTriedAreRefused) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    EXPECT_EQ(run({"plot", file, "--script", folder.write("bad.json", "[7]")}), 2);
+    EXPECT_THAT(errors, AllOf(HasSubstr("bad.json:1:2: "),
+                              HasSubstr("bad.json is not sent, as companions would refuse it")));
+    EXPECT_EQ(run({"plot", file, "--script", folder.path() / "none.json"}), 2);
+    EXPECT_THAT(errors, HasSubstr("none.json cannot be read: "));
+    const auto lesson = folder.write("lesson.json", script);
+    EXPECT_EQ(run({"plot", file, "--script", lesson, "--nav-db", file}), 2);
+    EXPECT_THAT(errors, HasSubstr("--nav-db: "));
+    EXPECT_EQ(run({"plot", file, "--nav-db", file}), 2);
+    EXPECT_THAT(errors, HasSubstr("--nav-db of plot is for the fixes of a script"));
+    EXPECT_EQ(run({"plot", file, "--script", lesson, "-o", lesson}), 2);
+    EXPECT_THAT(errors, HasSubstr("lesson.json is the script, and no place for the plot"));
+    EXPECT_EQ(test::contentOf(lesson), script);
+}
+
 TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
     EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "TarnlyTrack/Plot/PlotPage.hpp"
+
 using namespace tarnly::track;
 using testing::DoubleNear;
 using testing::ElementsAre;
@@ -158,6 +160,36 @@ TEST(PlotFlightTest, TakesAbsurdNumbersForUnknown) {
     log.append(absurd);
     EXPECT_THAT(linesOf(plot(log), "alt_ft")[0].at, ElementsAre(0));
     EXPECT_THAT(plot(log).highestFt, Optional(1000));
+}
+
+TEST(PlotFlightTest, KeepsTheMomentsThatAreMarked) {
+    FlightLog log;
+    for (int i = 0; i < 1000; ++i)
+        log.append(sampleAt(0.5 * i));
+    const std::vector<std::size_t> marked{777, 333, 5000};
+    const auto flight = plotFlight(log, "a.jsonl", std::nullopt, 10, marked);
+    EXPECT_THAT(linesOf(flight, "alt_ft")[0].at, testing::IsSupersetOf({166.5, 388.5}));
+    EXPECT_THAT(flight.track.at, testing::IsSupersetOf({166.5, 388.5}));
+    EXPECT_THAT(plotFlight(log, "a.jsonl", std::nullopt, 10).track.at,
+                testing::Not(testing::Contains(388.5)));
+}
+
+// A page of less than 3 MB opens at once, and can be sent by mail: of a day that never repeats a value.
+TEST(PlotFlightTest, ADayIsSmallOnAPage) {
+    FlightLog log;
+    for (int i = 0; i < 24 * 60 * 60 * 2; ++i) {
+        auto sample = sampleAt(0.5 * i, 47 + std::sin(i * 0.01), 8 + std::cos(i * 0.017));
+        const auto set = [&](Quantity quantity, double value) {
+            sample.numbers[static_cast<std::size_t>(quantity)] = value;
+        };
+        set(Quantity::altitudeFt, 3000 + 1000 * std::sin(i * 1.1));
+        set(Quantity::aglFt, 2000 + 1000 * std::sin(i * 1.3));
+        set(Quantity::bankDeg, 30 * std::sin(i * 1.7));
+        set(Quantity::pitchDeg, 10 * std::sin(i * 1.9));
+        setThrottle(sample, {std::abs(std::sin(i * 2.1)), std::abs(std::sin(i * 2.3))});
+        log.append(sample);
+    }
+    EXPECT_LT(plotPage({plotFlight(log, "a.jsonl", std::nullopt, plotColumns(1))}).size(), 3'000'000);
 }
 
 } // namespace

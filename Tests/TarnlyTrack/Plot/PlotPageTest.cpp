@@ -34,10 +34,24 @@ TEST(PlotPageTest, WritesStepsInWholeUnits) {
               R"("fired":[{"id":"gear-check","action":"speak","at":0.506}]}]})");
 }
 
+TEST(PlotPageTest, WritesWhatAScriptWouldHaveDone) {
+    PlotFlight flight;
+    flight.name = "a.jsonl";
+    flight.trial = PlotTrial{"lesson.json",
+                             {{"rotate", "speak", 40.5}},
+                             {{"gate", "closest 3 nm to GATE", 12}, {"gear", "no gear", {}}}};
+    EXPECT_THAT(plotJson({flight}),
+                HasSubstr(R"("fired":[],"trial":{"script":"lesson.json",)"
+                          R"("fired":[{"id":"rotate","action":"speak","at":40.5}],)"
+                          R"("missed":[{"id":"gate","words":"closest 3 nm to GATE","at":12},)"
+                          R"({"id":"gear","words":"no gear"}]}}]})"));
+}
+
 TEST(PlotPageTest, LetsNoTextEndTheElementInWhichItStands) {
     auto flight = smallFlight();
     flight.name = "</script><script>alert(1)</script>.jsonl";
     flight.fired[0].id = "<!-- <script>\xff";
+    flight.trial = PlotTrial{"<!--", {{"<script>", "<b>", 1}}, {{"</script>", "</script>", 2}}};
     const auto json = plotJson({flight});
     EXPECT_THAT(json, Not(HasSubstr("<")));
     EXPECT_THAT(json, HasSubstr("\\u003c\\/script>"));

@@ -67,6 +67,7 @@ TEST(ScriptTrial, TellsWhatFiresInTheOrderOfFiring) {
     EXPECT_EQ(trial.fired[0].lat, 47);
     EXPECT_EQ(trial.fired[1].triggerId, "late");
     EXPECT_EQ(trial.fired[1].elapsed, 2);
+    EXPECT_THAT(trial.firedOn, ElementsAre(1, 2));
     EXPECT_THAT(trial.missed, IsEmpty());
 }
 
