@@ -21,7 +21,7 @@ struct WebPage {
     enum class Coding : std::uint8_t { none, gzip };
     /// Whether a browser may keep it: what has a name of its own for each content need never be asked for
     /// again.
-    enum class Keep : std::uint8_t { no, forever };
+    enum class Keep : std::uint8_t { no, always };
 
     /// "text/html; charset=utf-8"
     std::string contentType;

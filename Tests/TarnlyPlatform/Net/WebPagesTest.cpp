@@ -35,7 +35,7 @@ WebPages somePages() {
     pages.add("/", {"text/html; charset=utf-8", "<p>Hello"});
     pages.add("/a.js", {"text/javascript; charset=utf-8", "1;"});
     pages.add("/b-0123.js", {"text/javascript; charset=utf-8", std::string(zipped, sizeof(zipped)),
-                             WebPage::Coding::gzip, WebPage::Keep::forever});
+                             WebPage::Coding::gzip, WebPage::Keep::always});
     return pages;
 }
 
