@@ -119,7 +119,7 @@ NearMisses::Nearest NearMisses::toHeight(const Height& height, double feet, bool
     };
     std::optional<std::size_t> lowest;  // of all, on the side where it has to come from
     std::optional<std::size_t> start;   // the first on that side
-    std::optional<std::size_t> highest; // behind that
+    std::optional<std::size_t> highest; // from there on
     const auto value = [&](std::size_t sample) {
         return sign * log_.value(height.quantity, sample).value_or(unknown);
     };
@@ -127,15 +127,11 @@ NearMisses::Nearest NearMisses::toHeight(const Height& height, double feet, bool
         const auto here = value(sample);
         if (std::isnan(here)) continue;
         if (!lowest || here < value(*lowest)) lowest = sample;
-        if (!start && here < sign * feet) {
-            start = sample;
-        } else if (start && (!highest || here > value(*highest))) {
-            highest = sample;
-        }
+        if (!start && here < sign * feet) start = highest = sample;
+        if (start && here > value(*highest)) highest = sample;
     }
     if (!lowest) return {std::string(height.unknown)};
     if (!start) return {"never " + std::string(below) + figure(*lowest) + waits, lowest};
-    if (!highest) highest = start;
     if (value(*highest) < sign * feet)
         return {"never " + std::string(above) + figure(*highest) + waits, highest};
     return {"passed " + numberText(feet) + " " + std::string(height.unit) +

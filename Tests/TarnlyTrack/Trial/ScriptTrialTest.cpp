@@ -86,6 +86,11 @@ TEST(ScriptTrial, TellsHowHighAClimbWent) {
               "never above 800 ft AGL (at 0:02), and waits for 850 ft on the way up");
 }
 
+TEST(ScriptTrial, TellsHowHighAFlightWasThatOnlyDescended) {
+    EXPECT_EQ(wordsOf(lowPass(), crossing(1000, true)),
+              "never above 900 ft AGL (at 0:00), and waits for 1000 ft on the way up");
+}
+
 TEST(ScriptTrial, TellsThatAFlightNeverCameFromTheSideItHasTo) {
     EXPECT_EQ(wordsOf(lowPass(), crossing(1000, false)),
               "never above 900 ft AGL (at 0:00), and waits for 1000 ft on the way down");
