@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <boost/asio/cancellation_type.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
@@ -8,7 +7,6 @@
 #include <csignal>
 #include <cstdint>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -75,14 +73,6 @@ Task<> watchValues(CompanionSession& session, Watch watch, Printer printer) {
     }
 }
 
-/// Looks for the companion called `name`, and not for long: there will be another time.
-std::function<Endpoint()> locator(CompanionSearch search, const std::optional<std::string>& name) {
-    if (!name) return {};
-    search.instance = name;
-    search.patience = std::min(search.patience, std::chrono::milliseconds(2'000));
-    return [search = std::move(search)] { return locateCompanion(search).endpoint; };
-}
-
 RecordingFollower::Listener listener(const CommandContext& context) {
     const auto recorded = [&context](const LogLine& line) {
         if (line.fired || context.options.json) context.printer().recorded(line);
@@ -99,7 +89,7 @@ void watchRecording(const CommandContext& context, std::optional<std::int64_t> c
     options.count = count;
     options.time = time;
     const auto companion = locateCompanion(context.options.companion);
-    options.locate = locator(context.options.companion, companion.name);
+    options.locate = locatorOf(context.options.companion, companion.name);
 
     SystemClock clock;
     boost::asio::io_context io(1);

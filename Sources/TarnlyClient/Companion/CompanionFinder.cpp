@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "TarnlyClient/Companion/ClientError.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
@@ -64,6 +65,13 @@ CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
 CompanionPlace locateCompanion(const CompanionSearch& search) {
     if (search.host) return {std::nullopt, {*search.host, search.port}};
     return chooseCompanion(findCompanions(search.patience, search.instance), search.instance);
+}
+
+std::function<Endpoint()> locatorOf(CompanionSearch search, const std::optional<std::string>& name) {
+    if (!name) return {};
+    search.instance = name;
+    search.patience = std::min(search.patience, std::chrono::milliseconds(2'000));
+    return [search = std::move(search)] { return locateCompanion(search).endpoint; };
 }
 
 } // namespace tarnly::client

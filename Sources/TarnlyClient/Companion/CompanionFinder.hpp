@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,5 +43,9 @@ CompanionPlace chooseCompanion(const std::vector<FoundService>& found,
 
 /// Where the companion is that `search` means. Blocks while it looks around; throws as the two above.
 CompanionPlace locateCompanion(const CompanionSearch& search);
+
+/// What looks for the companion called `name` again, and not for long: there will be another time. It throws
+/// as the above. Empty where there is no name to look for.
+std::function<Endpoint()> locatorOf(CompanionSearch search, const std::optional<std::string>& name);
 
 } // namespace tarnly::client

@@ -69,7 +69,7 @@ Task<> RecordingFollower::ask() {
             show(*news);
             co_return;
         }
-        listener_.remark("the recording has begun anew");
+        tellBegunAnew();
     }
 }
 
@@ -100,14 +100,28 @@ void RecordingFollower::show(const RecordedFlight& news) {
 
 void RecordingFollower::isAnswered() {
     options_.pause.reset();
-    if (std::exchange(isLost_, false)) listener_.remark("the companion is back");
+    if (std::exchange(isLost_, false)) {
+        tellConnected(true);
+        listener_.remark("the companion is back");
+    }
     if (std::exchange(hasBegun_, true) || !options_.time) return;
     timeLimit_.spawn(endAfter(*options_.time), [this](const std::exception_ptr&) { end(); });
 }
 
 void RecordingFollower::lost(const std::string& reason) {
     session_->close();
-    if (!std::exchange(isLost_, true)) listener_.remark(reason + "; trying again");
+    if (std::exchange(isLost_, true)) return;
+    tellConnected(false);
+    listener_.remark(reason + "; trying again");
+}
+
+void RecordingFollower::tellBegunAnew() {
+    if (listener_.begunAnew) return listener_.begunAnew();
+    listener_.remark("the recording has begun anew");
+}
+
+void RecordingFollower::tellConnected(bool isConnected) {
+    if (listener_.connected) listener_.connected(isConnected);
 }
 
 } // namespace tarnly::client

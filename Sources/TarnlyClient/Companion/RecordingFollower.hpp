@@ -49,10 +49,14 @@ class GrowingPause {
 class RecordingFollower {
   public:
     /// Whom to tell what. `recorded` is called with each sample and each fired trigger once, in order;
-    /// `remark` with what the person should know of the connection and the recording.
+    /// `remark` with what the person should know of the connection and the recording. The others may be
+    /// empty: `begunAnew` is called, in place of a remark, before what is recorded of another recording, and
+    /// `connected` with whether the companion answers, whenever that changes.
     struct Listener {
         std::function<void(const LogLine& line)> recorded;
         std::function<void(const std::string& text)> remark;
+        std::function<void()> begunAnew{};
+        std::function<void(bool isConnected)> connected{};
     };
 
     struct Options {
@@ -78,6 +82,9 @@ class RecordingFollower {
 
     void end();
 
+    /// Where the companion was last.
+    const Endpoint& companion() const { return companion_; }
+
   private:
     Task<> followUntilLost();
     Task<> follow();
@@ -87,6 +94,8 @@ class RecordingFollower {
 
     void show(const RecordedFlight& news);
     void isAnswered();
+    void tellBegunAnew();
+    void tellConnected(bool isConnected);
     void lost(const std::string& reason);
 
     OnOneThread thread_;

@@ -34,6 +34,9 @@ class RecordingFollowerTest : public testing::Test {
     Lines remarks;
     /// What a test does when so many lines have been shown.
     std::function<void(std::size_t shown)> afterLine = [](std::size_t) {};
+    /// What a listener has asked for beside.
+    std::function<void()> begunAnew;
+    std::function<void(bool)> connected;
 
     /// Follows until `shownAtEnd` lines were shown.
     void follow(std::size_t shownAtEnd) {
@@ -48,6 +51,8 @@ class RecordingFollowerTest : public testing::Test {
             if (shown.size() == shownAtEnd) follower->end();
         };
         listener.remark = [&](const std::string& text) { remarks.push_back(text); };
+        listener.begunAnew = begunAnew;
+        listener.connected = connected;
         follower.emplace(io.get_executor(), clock, Endpoint{"127.0.0.1", companion.port()}, options,
                          listener);
         test::runTask(io, follower->run());
@@ -102,6 +107,32 @@ TEST_F(RecordingFollowerTest, ARecordingThatBeginsAnewIsShownFromItsBeginning) {
     follow(6);
     EXPECT_THAT(shown, ElementsAre("at 1", "at 2", "a", "at 1", "a", "at 3"));
     EXPECT_THAT(remarks, ElementsAre("the recording has begun anew"));
+}
+
+TEST_F(RecordingFollowerTest, AListenerMayWantToKnowOfTheOtherRecordingBeforeItsLines) {
+    companion.record(1);
+    companion.record(2);
+    begunAnew = [&] { shown.push_back("anew"); };
+    afterLine = [&](std::size_t count) {
+        if (count != 2) return;
+        companion.startAnew();
+        companion.record(5);
+    };
+    follow(4);
+    EXPECT_THAT(shown, ElementsAre("at 1", "at 2", "anew", "at 5"));
+    EXPECT_THAT(remarks, ElementsAre());
+}
+
+TEST_F(RecordingFollowerTest, AListenerMayWantToKnowOfTheConnection) {
+    companion.record(1);
+    connected = [&](bool isConnected) { shown.push_back(isConnected ? "back" : "lost"); };
+    afterLine = [&](std::size_t count) {
+        if (count != 1) return;
+        companion.hangUps = 3;
+        companion.record(2);
+    };
+    follow(4);
+    EXPECT_THAT(shown, ElementsAre("at 1", "lost", "back", "at 2"));
 }
 
 TEST_F(RecordingFollowerTest, ACompanionThatHasMovedIsFollowed) {
