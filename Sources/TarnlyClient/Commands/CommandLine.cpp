@@ -109,6 +109,7 @@ int runClient(const std::vector<std::string>& arguments, std::ostream& out, std:
     addControlCommands(app, context);
     addFlightCommands(app, context);
     addScriptCommand(app, context);
+    addLessonCommand(app, context);
     addRecordingCommands(app, context);
     addSendCommand(app, context);
     return parseAndRun(app, arguments, context);

@@ -70,6 +70,8 @@ void addFlightCommands(CLI::App& app, CommandContext& context);
 void addScriptCommand(CLI::App& app, CommandContext& context);
 /// record, catch-up
 void addRecordingCommands(CLI::App& app, CommandContext& context);
+/// lesson
+void addLessonCommand(CLI::App& app, CommandContext& context);
 /// watch
 void addWatchCommand(CLI::App& app, CommandContext& context);
 

@@ -1,6 +1,6 @@
 # fish completion for tarnly-client
 
-set -l subcommands discover info status doctor get set watch run move attitude flights load script record catch-up send
+set -l subcommands discover info status doctor get set watch run move attitude flights load script lesson record catch-up send
 set -l none "not __fish_seen_subcommand_from $subcommands"
 
 complete -c tarnly-client -f
@@ -26,16 +26,23 @@ complete -c tarnly-client -n $none -a attitude -d 'Put the aircraft into an atti
 complete -c tarnly-client -n $none -a flights -d 'List the saved flights'
 complete -c tarnly-client -n $none -a load -d 'Load a saved flight'
 complete -c tarnly-client -n $none -a script -d 'Load a script of triggers'
+complete -c tarnly-client -n $none -a lesson -d 'Fly a lesson: situation, script, recording and receipt'
 complete -c tarnly-client -n $none -a record -d 'Start or stop the recording of the flight'
 complete -c tarnly-client -n $none -a catch-up -d 'Show what has been recorded'
 complete -c tarnly-client -n $none -a send -d 'Send a request as it is, and print the answer'
 
-complete -c tarnly-client -n '__fish_seen_subcommand_from status doctor' -l data-dir -x \
+complete -c tarnly-client -n '__fish_seen_subcommand_from status doctor lesson' -l data-dir -x \
     -a '(__fish_complete_directories)' -d 'The companion\'s data folder'
 set -l scripting '__fish_seen_subcommand_from script'
 complete -c tarnly-client -n $scripting -l check -d 'Only look for what can never fire'
 complete -c tarnly-client -n $scripting -l try -d 'Tell what would have fired in recordings'
 complete -c tarnly-client -n $scripting -l nav-db -r -F -d 'A navigation database in which to look for the fixes'
+set -l flying '__fish_seen_subcommand_from lesson'
+complete -c tarnly-client -n $flying -l check -d 'Only look for faults in it'
+complete -c tarnly-client -n $flying -l nav-db -r -F -d 'A navigation database in which to look for the fixes'
+complete -c tarnly-client -n $flying -l wait -x -d 'How long the simulator may take to load the situation'
+complete -c tarnly-client -n $flying -l seconds -x -d 'End after this time'
+complete -c tarnly-client -n $flying -l save -r -F -d 'A new file for all that was recorded'
 set -l examining '__fish_seen_subcommand_from doctor'
 complete -c tarnly-client -n $examining -l sim-host -x -a '(__fish_print_hostnames)' -d 'The simulator\'s host'
 complete -c tarnly-client -n $examining -l sim-port -x -d 'The port of the simulator\'s web API'
@@ -48,4 +55,4 @@ complete -c tarnly-client -n $watching -l seconds -x -d 'End after this time'
 set -l catching_up '__fish_seen_subcommand_from catch-up'
 complete -c tarnly-client -n $catching_up -l since -x -d 'Only what lies after this time'
 complete -c tarnly-client -n '__fish_seen_subcommand_from record' -a 'start stop'
-complete -c tarnly-client -n '__fish_seen_subcommand_from script load' -F
+complete -c tarnly-client -n '__fish_seen_subcommand_from script load lesson' -F
