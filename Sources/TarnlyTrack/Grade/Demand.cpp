@@ -77,7 +77,8 @@ Measure measure(const GradedFlight& flight, const Stretch& part, const Demand& d
 std::string tenthsText(double value) {
     std::string text;
     constexpr double tenths = 10;
-    const auto rounded = std::round(value * tenths) / tenths;
+    constexpr double wholeFrom = 1e15; // beyond it a double has no tenths, and the product may overflow
+    const auto rounded = std::abs(value) < wholeFrom ? std::round(value * tenths) / tenths : value;
     appendNumber(text, rounded == 0 ? 0 : rounded); // no minus zero
     return text;
 }

@@ -8,6 +8,7 @@
 #include "TarnlyPlatform/Base/TimeText.hpp"
 #include "TarnlyTrack/Grade/Approach.hpp"
 #include "TarnlyTrack/Grade/Demand.hpp"
+#include "TarnlyTrack/Grade/FlightPart.hpp"
 #include "TarnlyTrack/Grade/GradedFlight.hpp"
 
 namespace tarnly::track {
@@ -54,42 +55,11 @@ class Grading {
         grade_.words = std::move(words);
     }
 
-    /// When the part begins and ends. Absent, and told, where a trigger did not fire.
-    std::optional<std::pair<double, double>> times() {
-        const auto& [from, to] = std::pair(tolerance_.from, tolerance_.to);
-        double begin = tolerance_.fromSeconds.value_or(from ? 0 : -HUGE_VAL);
-        double end = tolerance_.toSeconds.value_or(to ? 0 : HUGE_VAL);
-        auto earliest = -HUGE_VAL;
-        if (from) {
-            const auto fired = flight_.firedAt(*from);
-            if (!fired) {
-                notJudged(inQuotes(*from) + " did not fire");
-                return std::nullopt;
-            }
-            earliest = *fired;
-            begin += earliest;
-        }
-        if (to) {
-            const auto fired = flight_.firedAt(*to, earliest);
-            if (!fired) {
-                notJudged(notFiredText(*to, from));
-                return std::nullopt;
-            }
-            end += *fired;
-        }
-        return std::pair(begin, end);
-    }
-
-    std::string notFiredText(const std::string& to, const std::optional<std::string>& from) const {
-        if (!from || !flight_.firedAt(to)) return inQuotes(to) + " did not fire";
-        return inQuotes(to) + " fired before " + inQuotes(*from) + ", and not again";
-    }
-
     template <typename Judge>
     void inPart(const Judge& judgePart) {
-        const auto edges = times();
-        if (!edges) return;
-        grade_.part = flight_.samplesFrom(edges->first, edges->second);
+        const auto part = partOf(flight_, tolerance_);
+        if (!part.missing.empty()) return notJudged(part.missing);
+        grade_.part = flight_.samplesFrom(part.begin, part.end);
         if (grade_.part.begin == grade_.part.end) {
             grade_.part = {};
             return notJudged("the recording has nothing of this part of the flight");
@@ -145,11 +115,10 @@ class Grading {
     }
 
     void timeBetween() {
-        const auto edges = times();
-        if (!edges) return;
-        const auto [begin, end] = *edges;
-        grade_.part = flight_.samplesFrom(begin, end);
-        const auto passed = flight_.between(begin, end);
+        const auto part = partOf(flight_, tolerance_);
+        if (!part.missing.empty()) return notJudged(part.missing);
+        grade_.part = flight_.samplesFrom(part.begin, part.end);
+        const auto passed = flight_.between(part.begin, part.end);
         grade_.judgedSeconds = passed.flown;
         const auto least = tolerance_.atLeastSeconds.value_or(-HUGE_VAL);
         const auto most = tolerance_.atMostSeconds.value_or(HUGE_VAL);

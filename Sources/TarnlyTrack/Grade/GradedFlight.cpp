@@ -55,7 +55,7 @@ GradedFlight::Passed GradedFlight::between(double begin, double end) const {
         if (step == Step::frozen) passed.frozen += seconds;
     }
     // Not summed up, so that where there is nothing else it is exact.
-    passed.flown = end - begin - passed.frozen - passed.unknown;
+    passed.flown = std::max(0.0, end - begin - passed.frozen - passed.unknown);
     return passed;
 }
 

@@ -52,6 +52,11 @@ TEST(GradeAltitude, AValueBeyondTheLimitIsNotRoundedToIt) {
               "not met: farthest 100.03125 ft above 1500 ft, at 0:00");
 }
 
+TEST(GradeAltitude, LimitsBeyondAllAircraftAreToldAsTheyAre) {
+    EXPECT_EQ(verdictOf(altitudes({1500}), R"("kind":"altitude_held","feet":1e308,"within_ft":1)"),
+              "not met: farthest 1e+308 ft below 1e+308 ft, at 0:00");
+}
+
 TEST(GradeAltitude, OfEquallyBadMomentsTheFirstIsTold) {
     EXPECT_EQ(gradeOf(altitudes({1500, 1450, 1550, 1450}), held).worst, 1U);
 }
