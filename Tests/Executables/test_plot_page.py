@@ -22,10 +22,11 @@ def name_of(day):
     return f"session-2026-11-{day}T010938Z.jsonl"
 
 
-def plotted(programs, *files, svg=False, script=None):
+def plotted(programs, *files, svg=False, script=None, tolerances=None):
     """The plot of these recordings."""
     output = programs.new_folder() / ("flight.svg" if svg else "flight.html")
     options = (["--svg"] if svg else []) + (["--script", script] if script else [])
+    options += ["--tolerances", tolerances] if tolerances else []
     ended = programs.run("tarnly-track", "plot", *files, "-o", output, *options)
     assert ended.status == 0 and ended.errors == "", ended
     return output
@@ -305,6 +306,47 @@ def test_what_a_script_would_have_done_is_marked_beside_what_fired(programs, bro
     in_page(browser, work)
 
 
+def some_tolerances(programs):
+    """What is met, what is not, of which the recording does not tell, how long something takes, and an approach."""
+    file = programs.new_folder() / "tolerances.json"
+    file.write_text(json.dumps([
+        {"id": "bank", "name": "Bank", "kind": "bank_not_exceeded", "bank_deg": 30},
+        {"id": "high", "name": "Downwind height", "kind": "altitude_held", "from": "rotate", "to": "gear-check", "feet": 2200,
+         "within_ft": 300},
+        {"id": "never", "kind": "height_held", "from": "no such", "feet": 5, "within_ft": 1},
+        {"id": "time", "name": "To the gear check", "kind": "time_between", "from": "rotate", "to": "gear-check",
+         "at_least_s": 300, "at_most_s": 600},
+        {"id": "stable", "kind": "stable_at", "feet": 500, "bank_deg": 10, "pitch_at_least_deg": -5, "flap_ratio": 0.4}]))
+    return file
+
+
+def test_grades_have_words_and_pictures_that_lead_to_the_worst_moment(programs, browser):
+    recording = programs.new_folder() / name_of(16)
+    recordings.write(recording, 600, fired=LESSON)
+    file = plotted(programs, recording, tolerances=some_tolerances(programs))
+
+    async def work(page):
+        await opened(page, file)
+        rows = await page.ask("[...document.querySelectorAll('.grades tbody tr')]"
+                              ".map(row => [...row.children].slice(0, 3).map(cell => cell.textContent))")
+        assert [row[0] for row in rows] == ["✓ met", "✗ not met", "? not judged", "✓ met", "✗ not met"]
+        assert [row[1] for row in rows] == ["Bank", "Downwind height", "never", "To the gear check", "stable"]
+        assert rows[1][2].startswith("farthest ") and "did not fire" in rows[2][2]
+        assert "Grades: 2 of 5 met" in await page.ask("document.querySelector('.grades').textContent")
+        assert "Of 5 tolerances 2 met (Downwind height: not met; " in await page.ask("document.querySelector('.flights').textContent")
+        shown = await page.ask("[...document.querySelectorAll('.grades tbody tr')].map(row => "
+                               "[row.querySelectorAll('button.graded').length, row.querySelectorAll('.permitted').length,"
+                               " row.querySelector('.beyond')?.getAttribute('d').length > 0])")
+        assert shown == [[1, 1, False], [1, 1, True], [0, 0, False], [0, 1, False], [3, 3, True]]
+        await page.ask("document.querySelectorAll('button.graded')[1].click()")
+        await page.drawn()
+        said = rows[1][2].split(", at ")[1].split(";")[0]
+        assert (await page.ask("document.querySelector('.time').textContent")).split(" ")[0] == said
+        await page.picture(programs.folder / "grades.png")
+        assert_is_alone(page, file)
+    in_page(browser, work)
+
+
 CONTRAST = """(() => {
     const channels = (text) => text.match(/[\\d.]+/g).slice(0, 3).map(Number);
     const light = (text) => channels(text).map((c) => c / 255)
@@ -323,7 +365,8 @@ CONTRAST = """(() => {
     };
     for (const selector of ['body', '.unit', '.hint', '.value', 'td', 'footer', 'button']) look(selector, 'color');
     for (const selector of ['svg text.tick', '.flag']) look(selector, 'fill');
-    for (const selector of ['[data-key=alt_ft] path.line', '.track .would', '.track .miss']) look(selector, 'stroke');
+    for (const selector of ['[data-key=alt_ft] path.line', '.track .would', '.track .miss',
+        '.grades path.beyond']) look(selector, 'stroke');
     return worst;
 })()"""
 
@@ -331,7 +374,7 @@ CONTRAST = """(() => {
 @pytest.mark.parametrize("dark", [False, True])
 @pytest.mark.parametrize("width, height", [(390, 844), (1280, 800)])
 def test_it_can_be_read_on_a_phone_and_a_desk_in_light_and_dark(programs, browser, width, height, dark):
-    file = plotted(programs, *attempts(programs), script=a_trial(programs))
+    file = plotted(programs, *attempts(programs), script=a_trial(programs), tolerances=some_tolerances(programs))
 
     async def work(page):
         await opened(page, file, width, height, dark=dark, touch=width < 600)

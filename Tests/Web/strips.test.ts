@@ -1,7 +1,8 @@
 import test from "node:test";
-import { equal } from "node:assert/strict";
+import { deepEqual, equal } from "node:assert/strict";
 import { flight } from "./flight";
 import type { Line } from "../../web/plot/flights";
+import { outside } from "../../web/plot/grades";
 import { marksOf } from "../../web/plot/marks";
 import { numberText, STRIPS, valueText } from "../../web/plot/strips";
 import { summaryOf } from "../../web/plot/summary";
@@ -60,4 +61,19 @@ test("a script's marks have names of their own, and a miss without a moment has 
     }));
     equal(marks.map(({ kind, label, at, said }) => `${kind} ${label} ${at} ${said}`).join("\n"),
         "fired 1 1 a\nwould s1 1.5 script: a\nmiss m2 60 script missed c: at the end");
+});
+
+test("what is not permitted is beyond a limit, and a limit that is absent is none", () => {
+    const line = { at: Float64Array.of(0, 1, 2), value: Float64Array.of(5, 10, 15), breaks: Uint8Array.of(1, 0, 0) };
+    deepEqual(outside(line, { least: 6, most: 10 }), [true, false, true]);
+    deepEqual(outside(line, { most: 10 }), [false, false, true]);
+    deepEqual(outside(line, {}), [false, false, false]);
+});
+
+test("the summary counts what was met, and names the rest", () => {
+    const grade = (title: string, verdict: string) => ({ title, verdict, words: "", values: [] });
+    const said = (...grades: [string, string][]) =>
+        summaryOf(flight({ grades: grades.map(([title, verdict]) => grade(title, verdict)) })).split(". ").pop();
+    equal(said(["A", "met"], ["B", "not met"], ["C", "not judged"]), "Of 3 tolerances 1 met (B: not met; C: not judged).");
+    equal(said(["A", "met"]), "Of one tolerance 1 met.");
 });

@@ -46,6 +46,33 @@ export interface ScriptTrial {
     missed: Miss[];
 }
 
+/** What is permitted; a limit that is absent is none. */
+export interface Band {
+    least?: number;
+    most?: number;
+}
+
+/** A value over the part of the flight that was judged. */
+export interface GradedValue<L> extends Band {
+    name: string;
+    unit: string;
+    line: L;
+}
+
+/** How well the flight kept to a tolerance. */
+export interface Grade<L> {
+    title: string;
+    /** "met", "not met", "not judged". */
+    verdict: string;
+    /** What was found, in one clause. */
+    words: string;
+    /** The worst moment, where there is one. */
+    worst?: number;
+    values: GradedValue<L>[];
+    /** For a tolerance that asks how long something takes. */
+    took?: Band & { seconds: number };
+}
+
 export interface PackedFlight {
     /** The recording's file name. */
     name: string;
@@ -65,6 +92,8 @@ export interface PackedFlight {
     track: PackedTrack;
     fired: Fired[];
     trial?: ScriptTrial;
+    /** One a tolerance, where the flight is graded. */
+    grades?: Grade<PackedLine>[];
 }
 
 export interface PackedFlights {
@@ -85,11 +114,12 @@ export interface Track {
     breaks: Uint8Array;
 }
 
-export interface Flight extends Omit<PackedFlight, "lines" | "track" | "start"> {
+export interface Flight extends Omit<PackedFlight, "lines" | "track" | "start" | "grades"> {
     /** Seconds since 1970, where the name tells. */
     start?: number;
     lines: Map<string, Line[]>;
     track: Track;
+    grades: Grade<Line>[];
 }
 
 function summed(steps: number[], unit: number): Float64Array {
@@ -124,6 +154,9 @@ export function unpack(packed: PackedFlight): Flight {
         ...packed,
         start: packed.start === undefined ? undefined : Date.parse(packed.start) / 1000,
         lines,
+        grades: (packed.grades ?? []).map((grade) => ({
+            ...grade, values: grade.values.map((value) => ({ ...value, line: unpackLine(value.line) })),
+        })),
         track: {
             at: summed(at, 0.01),
             lat: summed(lat, 1e-6),

@@ -2,6 +2,7 @@
 import type { Flight, PackedFlights } from "./flights";
 import { unpack } from "./flights";
 import { Gestures } from "./gestures";
+import { gradeTable } from "./grades";
 import { keyOf } from "./key";
 import { marksOf } from "./marks";
 import { cursorLine, RecordedStrip } from "./recorded";
@@ -161,8 +162,11 @@ class Page {
         return this.flights.flatMap((flight, place) => {
             const of = this.isSingle ? "" : ` of flight ${letterOf(place)}`;
             const show = (at: number) => this.showMoment(place, at);
-            const tables = flight.fired.length > 0 ? [firedTable(flight, of, show)] : [];
-            return flight.trial ? [...tables, trialTable(flight, of, show)] : tables;
+            return [
+                ...(flight.grades.length > 0 ? [gradeTable(flight, place, of, show)] : []),
+                ...(flight.fired.length > 0 ? [firedTable(flight, of, show)] : []),
+                ...(flight.trial ? [trialTable(flight, of, show)] : []),
+            ];
         });
     }
 

@@ -31,7 +31,15 @@ export function summaryOf(flight: Flight): string {
         const times = flight.frozen.length === 1 ? "once" : `${numberText(flight.frozen.length, 0)} times`;
         result += ` The simulator was paused ${times} (${listed(flight.frozen)}).`;
     }
+    if (flight.grades.length > 0) result += ` ${gradesText(flight.grades)}`;
     return flight.trial ? `${result} ${trialText(flight.trial)}` : result;
+}
+
+function gradesText(grades: { title: string; verdict: string }[]): string {
+    const met = grades.filter(({ verdict }) => verdict === "met").length;
+    const others = grades.filter(({ verdict }) => verdict !== "met").map(({ title, verdict }) => `${title}: ${verdict}`);
+    const sum = `Of ${count(grades.length, "tolerance")} ${numberText(met, 0)} met`;
+    return others.length === 0 ? `${sum}.` : `${sum} (${others.join("; ")}).`;
 }
 
 function trialText({ script, fired, missed }: ScriptTrial): string {

@@ -6,9 +6,9 @@
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyTrack/Commands/CommandLine.hpp"
+#include "TarnlyTrack/Commands/TolerancesFile.hpp"
 #include "TarnlyTrack/Grade/GradeText.hpp"
 #include "TarnlyTrack/Grade/GradedFlight.hpp"
-#include "TarnlyTrack/Grade/ToleranceCheck.hpp"
 #include "TarnlyTrack/Output/Listing.hpp"
 
 /// grade: how well a recorded flight was flown.
@@ -25,16 +25,6 @@ struct GradeOptions {
     fs::path tolerances;
     bool isJson = false;
 };
-
-/// Throws `UsageError` when there is an error in the file, after it was told.
-std::vector<Tolerance> usableTolerances(const CommandContext& context, const fs::path& file) {
-    auto checked = readTolerances(readText(file));
-    for (const auto& finding : checked.findings)
-        context.err << findingText(file.string(), finding) << std::endl;
-    if (checked.isUsable()) return std::move(checked.tolerances);
-    throw UsageError("nothing is graded by " + printable(file.string()) +
-                     " as it stands; mend what is told above");
-}
 
 /// What of the file is not graded.
 void tellFaults(const CommandContext& context, const fs::path& file, const FlightLog& log) {

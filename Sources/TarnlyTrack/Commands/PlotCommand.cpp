@@ -8,7 +8,9 @@
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyTrack/Commands/CommandLine.hpp"
+#include "TarnlyTrack/Commands/PlotGrades.hpp"
 #include "TarnlyTrack/Commands/PlotTrial.hpp"
+#include "TarnlyTrack/Commands/TolerancesFile.hpp"
 #include "TarnlyTrack/Log/LogName.hpp"
 #include "TarnlyTrack/Output/Listing.hpp"
 #include "TarnlyTrack/Output/TextSink.hpp"
@@ -30,6 +32,7 @@ struct PlotOptions {
     bool isPicture = false;
     std::optional<std::string> script;
     std::optional<fs::path> navigationDatabase;
+    std::optional<fs::path> tolerances;
 };
 
 std::optional<std::string> startOf(const fs::path& file) {
@@ -47,9 +50,9 @@ void tellFaults(const CommandContext& context, const fs::path& file, const Fligh
                    " samples, is not drawn");
 }
 
-/// The flight of a file, with what `fly`, where there is one, makes of the script.
+/// The flight of a file, with what `fly`, where there is one, makes of the script, graded by `tolerances`.
 PlotFlight flightOf(const CommandContext& context, const PlotOptions& options, const fs::path& file,
-                    const ScriptFlight& fly) {
+                    const ScriptFlight& fly, const std::vector<Tolerance>& tolerances) {
     const auto columns = options.isPicture ? pictureColumns : plotColumns(options.files.size());
     const auto name = file.filename().string();
     const auto log = context.read(file);
@@ -60,15 +63,18 @@ PlotFlight flightOf(const CommandContext& context, const PlotOptions& options, c
         const auto script = fs::path(*options.script).filename().string();
         flight.trial = plotTrial(*trial, log, flight.samples, script);
     }
+    flight.grades = plotGrades(log, tolerances);
     tellFaults(context, file, log, flight);
     return flight;
 }
 
 std::vector<PlotFlight> flightsOf(const CommandContext& context, const PlotOptions& options) {
+    const auto tolerances =
+        options.tolerances ? usableTolerances(context, *options.tolerances) : std::vector<Tolerance>();
     std::vector<PlotFlight> flights;
     const auto readAll = [&](const ScriptFlight& fly) {
         for (const auto& file : options.files)
-            flights.push_back(flightOf(context, options, file, fly));
+            flights.push_back(flightOf(context, options, file, fly, tolerances));
     };
     if (!options.script) {
         readAll({});
@@ -83,7 +89,7 @@ std::vector<PlotFlight> flightsOf(const CommandContext& context, const PlotOptio
     return flights;
 }
 
-/// Whoever mixes the names up loses neither a recording nor a script.
+/// Whoever mixes the names up loses nothing.
 void refuseToReplace(const PlotOptions& options) {
     for (const auto& file : options.files) {
         std::error_code none;
@@ -94,6 +100,10 @@ void refuseToReplace(const PlotOptions& options) {
     std::error_code none;
     if (options.script && fs::equivalent(*options.script, *options.output, none))
         throw UsageError(printable(*options.script) + " is the script, and no place for the plot");
+    if (options.tolerances && fs::equivalent(*options.tolerances, *options.output, none)) {
+        throw UsageError(printable(options.tolerances->string()) +
+                         " has the tolerances, and is no place for the plot");
+    }
 }
 
 std::unique_ptr<TextSink> sinkFor(const CommandContext& context, const PlotOptions& options) {
@@ -131,6 +141,10 @@ void addPlotCommand(CLI::App& app, CommandContext& context) {
     command
         ->add_option("--nav-db", options->navigationDatabase,
                      "A navigation database in which to look for the fixes of the script")
+        ->type_name("FILE");
+    command
+        ->add_option("--tolerances", options->tolerances,
+                     "What is asked of the flights, JSON: grade them by it, with pictures")
         ->type_name("FILE");
     command->add_flag("--svg", options->isPicture, "Draw a picture that stands still instead");
     command->callback([&context, options] { plot(context, *options); });

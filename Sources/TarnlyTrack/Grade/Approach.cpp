@@ -60,27 +60,6 @@ Demand gearDemand(const FlightLog& log, bool isDown) {
     return {"gear handle", "", down, isDown ? 1.0 : 0.0, isDown, Demand::Form::upOrDown};
 }
 
-std::vector<Demand> demandsOf(const GradedFlight& flight, const Tolerance& tolerance) {
-    const auto& log = flight.log();
-    const auto quantity = [&log](Quantity which) {
-        return [&log, which](std::size_t sample) { return log.value(which, sample); };
-    };
-    std::vector<Demand> result;
-    if (tolerance.bankDegrees) result.push_back(bankDemand(log, *tolerance.bankDegrees));
-    if (const auto& least = tolerance.leastPitchDegrees) {
-        result.push_back({"pitch", "°", quantity(Quantity::pitchDeg), *least, true});
-    }
-    if (const auto& most = tolerance.mostPitchDegrees) {
-        result.push_back({"pitch", "°", quantity(Quantity::pitchDeg), *most});
-    }
-    if (tolerance.mostDescent) result.push_back(descentDemand(flight, *tolerance.mostDescent));
-    if (tolerance.gearDown) result.push_back(gearDemand(log, *tolerance.gearDown));
-    if (const auto& least = tolerance.leastFlapRatio) {
-        result.push_back({"flaps", "", quantity(Quantity::flapRatio), *least, true});
-    }
-    return result;
-}
-
 /// "bank 22.5° at 3:04, at most 15° asked for"
 std::string faultText(const GradedFlight& flight, const Demand& demand, const Measure& measured) {
     const auto at = " at " + timeText(flight.time(*measured.worst)) + ", ";
@@ -110,6 +89,27 @@ void addTimes(const GradedFlight& flight, const std::vector<Demand>& demands, Gr
 
 } // namespace
 
+std::vector<Demand> approachDemands(const GradedFlight& flight, const Tolerance& tolerance) {
+    const auto& log = flight.log();
+    const auto quantity = [&log](Quantity which) {
+        return [&log, which](std::size_t sample) { return log.value(which, sample); };
+    };
+    std::vector<Demand> result;
+    if (tolerance.bankDegrees) result.push_back(bankDemand(log, *tolerance.bankDegrees));
+    if (const auto& least = tolerance.leastPitchDegrees) {
+        result.push_back({"pitch", "°", quantity(Quantity::pitchDeg), *least, true});
+    }
+    if (const auto& most = tolerance.mostPitchDegrees) {
+        result.push_back({"pitch", "°", quantity(Quantity::pitchDeg), *most});
+    }
+    if (tolerance.mostDescent) result.push_back(descentDemand(flight, *tolerance.mostDescent));
+    if (tolerance.gearDown) result.push_back(gearDemand(log, *tolerance.gearDown));
+    if (const auto& least = tolerance.leastFlapRatio) {
+        result.push_back({"flaps", "", quantity(Quantity::flapRatio), *least, true});
+    }
+    return result;
+}
+
 void gradeApproach(const GradedFlight& flight, const Tolerance& tolerance, Grade& grade) {
     const auto feet = tolerance.feet.value_or(0);
     const auto heightText = tenthsText(feet) + " ft AGL";
@@ -120,7 +120,7 @@ void gradeApproach(const GradedFlight& flight, const Tolerance& tolerance, Grade
                               : "the recording shows no descent through " + heightText;
         return;
     }
-    const auto demands = demandsOf(flight, tolerance);
+    const auto demands = approachDemands(flight, tolerance);
     addTimes(flight, demands, grade);
     std::string faults;
     std::string unknowns;

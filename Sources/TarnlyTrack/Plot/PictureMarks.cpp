@@ -48,6 +48,15 @@ void say(std::vector<Said>& said, Kind kind, const std::string& text) {
     }
 }
 
+std::vector<Said> saidOf(const std::vector<PlotGrade>& grades) {
+    std::vector<Said> said;
+    for (const auto& grade : grades) {
+        for (auto& line : linesOf(printable(grade.verdict + ": " + grade.title + ": " + grade.words)))
+            said.push_back({std::move(line), std::nullopt});
+    }
+    return said;
+}
+
 std::vector<Said> saidOf(const PlotTrial& trial) {
     std::vector<Said> said;
     for (std::size_t number = 0; number < trial.fired.size(); ++number) {
@@ -61,6 +70,23 @@ std::vector<Said> saidOf(const PlotTrial& trial) {
             labelOf(Kind::miss, number) + "  " + miss.id + ": would not have fired: " + miss.words);
     }
     return said;
+}
+
+double drawSaid(Drawing& drawing, const std::string& title, const std::vector<Said>& said, std::size_t place,
+                double top) {
+    drawing.text(picture::left, top, "bold", title);
+    const auto shown = std::min(said.size(), mostLines);
+    for (std::size_t line = 0; line < shown; ++line) {
+        top += lineHeight;
+        if (said[line].kind) drawMark(drawing, *said[line].kind, place, picture::left + 8, top - 4);
+        drawing.text(picture::left + 22, top, "", said[line].text);
+    }
+    if (shown < said.size()) {
+        top += lineHeight;
+        drawing.text(picture::left + 22, top, "soft",
+                     "and " + std::to_string(said.size() - shown) + " more lines");
+    }
+    return top + 2 * lineHeight;
 }
 
 } // namespace
@@ -92,26 +118,16 @@ void drawMark(Drawing& drawing, Kind kind, std::size_t place, double x, double y
     }
 }
 
-double drawTrials(Drawing& drawing, const std::vector<PlotFlight>& flights, double top) {
+double drawWords(Drawing& drawing, const std::vector<PlotFlight>& flights, double top) {
     for (std::size_t place = 0; place < flights.size(); ++place) {
         const auto& trial = flights[place].trial;
-        if (!trial) continue;
+        const auto& grades = flights[place].grades;
         const auto of = flights.size() > 1 ? " on flight " + letterOf(place) : std::string();
-        drawing.text(picture::left, top, "bold",
-                     "What the script " + trial->script + " would have done" + of);
-        const auto said = saidOf(*trial);
-        const auto shown = std::min(said.size(), mostLines);
-        for (std::size_t line = 0; line < shown; ++line) {
-            top += lineHeight;
-            if (said[line].kind) drawMark(drawing, *said[line].kind, place, picture::left + 8, top - 4);
-            drawing.text(picture::left + 22, top, "", said[line].text);
+        if (trial) {
+            const auto title = "What the script " + trial->script + " would have done" + of;
+            top = drawSaid(drawing, title, saidOf(*trial), place, top);
         }
-        if (shown < said.size()) {
-            top += lineHeight;
-            drawing.text(picture::left + 22, top, "soft",
-                         "and " + std::to_string(said.size() - shown) + " more lines");
-        }
-        top += 2 * lineHeight;
+        if (!grades.empty()) top = drawSaid(drawing, "Grades" + of, saidOf(grades), place, top);
     }
     return top;
 }

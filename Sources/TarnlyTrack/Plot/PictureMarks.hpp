@@ -24,7 +24,8 @@ std::vector<PictureMark> marksOf(const PlotFlight& flight);
 /// A flag on the place, a hollow diamond around it, or a cross through it.
 void drawMark(Drawing& drawing, PictureMark::Kind kind, std::size_t place, double x, double y);
 
-/// What the scripts of the flights would have done, in words, from `top` down. Returns where that ends.
-double drawTrials(Drawing& drawing, const std::vector<PlotFlight>& flights, double top);
+/// What the scripts of the flights would have done, and their grades, in words, from `top` down. Returns
+/// where that ends.
+double drawWords(Drawing& drawing, const std::vector<PlotFlight>& flights, double top);
 
 } // namespace tarnly::track

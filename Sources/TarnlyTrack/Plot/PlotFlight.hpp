@@ -58,6 +58,35 @@ struct PlotTrial {
     std::vector<PlotMiss> missed;
 };
 
+/// What is permitted; absent where there is no limit.
+struct PlotBand {
+    std::optional<double> least;
+    std::optional<double> most;
+};
+
+/// A value over the part of the flight that was judged.
+struct PlotGradedValue {
+    std::string name;
+    std::string unit;
+    PlotLine line;
+    PlotBand permitted;
+};
+
+/// How well the flight kept to a tolerance.
+struct PlotGrade {
+    std::string title;
+    /// "met", say.
+    std::string verdict;
+    /// What was found, in one clause.
+    std::string words;
+    /// The worst moment; absent where there is none.
+    std::optional<double> worst;
+    std::vector<PlotGradedValue> values;
+    /// How long something took, for a tolerance that asks for that.
+    std::optional<double> tookSeconds;
+    PlotBand permittedSeconds;
+};
+
 /// What is drawn over time: the recording's key, and the finest step worth drawing, in the recording's unit.
 struct PlotKey {
     std::string_view key;
@@ -97,6 +126,8 @@ struct PlotFlight {
     std::vector<PlotTrigger> fired;
     /// Where a script is tried on the flight; `plotFlight` leaves it absent.
     std::optional<PlotTrial> trial;
+    /// One a tolerance, where the flight is graded; `plotFlight` leaves it empty.
+    std::vector<PlotGrade> grades;
     /// How many samples at the end are not drawn, because time begins again there: somebody has put two
     /// recordings into one file.
     std::size_t leftOut = 0;

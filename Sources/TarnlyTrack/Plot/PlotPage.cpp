@@ -15,6 +15,7 @@ constexpr std::size_t columnsOfPage = 8192;
 constexpr std::size_t mostColumns = 4096;
 constexpr double timeUnit = 0.01;
 constexpr double degreeUnit = 1e-6;
+constexpr double gradedUnit = 0.01;
 
 void writeSteps(JsonWriter& json, std::string_view key, const std::vector<double>& values, double unit) {
     json.key(key);
@@ -124,6 +125,39 @@ void writeTrial(JsonWriter& json, const PlotTrial& trial) {
     json.endObject();
 }
 
+void writeBand(JsonWriter& json, const PlotBand& permitted) {
+    writeNumber(json, "least", permitted.least);
+    writeNumber(json, "most", permitted.most);
+}
+
+void writeGrade(JsonWriter& json, const PlotGrade& grade) {
+    json.beginObject();
+    writeText(json, "title", grade.title);
+    writeText(json, "verdict", grade.verdict);
+    writeText(json, "words", grade.words);
+    writeNumber(json, "worst", grade.worst);
+    json.key("values");
+    json.beginArray();
+    for (const auto& value : grade.values) {
+        json.beginObject();
+        writeText(json, "name", value.name);
+        writeText(json, "unit", value.unit);
+        writeBand(json, value.permitted);
+        json.key("line");
+        writeLine(json, value.line, gradedUnit);
+        json.endObject();
+    }
+    json.endArray();
+    if (grade.tookSeconds) {
+        json.key("took");
+        json.beginObject();
+        writeNumber(json, "seconds", grade.tookSeconds);
+        writeBand(json, grade.permittedSeconds);
+        json.endObject();
+    }
+    json.endObject();
+}
+
 void writeFlight(JsonWriter& json, const PlotFlight& flight) {
     json.beginObject();
     writeText(json, "name", flight.name);
@@ -139,6 +173,13 @@ void writeFlight(JsonWriter& json, const PlotFlight& flight) {
     writeTrack(json, flight.track);
     writeTriggers(json, flight.fired);
     if (flight.trial) writeTrial(json, *flight.trial);
+    if (!flight.grades.empty()) {
+        json.key("grades");
+        json.beginArray();
+        for (const auto& grade : flight.grades)
+            writeGrade(json, grade);
+        json.endArray();
+    }
     json.endObject();
 }
 

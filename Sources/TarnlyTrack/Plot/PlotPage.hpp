@@ -23,7 +23,9 @@ std::size_t plotColumns(std::size_t flights);
 ///       "track":{"at":[…],"lat":[…],"lon":[…],"breaks":[…]},
 ///       "fired":[{"id":…,"action":…,"at":…}],
 ///       "trial":{"script":…,"fired":[{"id":…,"action":…,"at":…}],
-///         "missed":[{"id":…,"words":…,"at":…}]}}]}
+///         "missed":[{"id":…,"words":…,"at":…}]},
+///       "grades":[{"title":…,"verdict":…,"words":…,"worst":…,"values":[{"name":…,"unit":…,"least":…,"most":…,
+///         "line":{…}}],"took":{"seconds":…,"least":…,"most":…}}]}]}
 ///
 /// Seconds count from the first heartbeat. `at`, `value`, `lat` and `lon` are whole numbers, each but the
 /// first the step from the one before: hundredths of a second, units of `unit`, millionths of a degree.

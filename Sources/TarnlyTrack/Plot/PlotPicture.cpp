@@ -34,7 +34,7 @@ std::string plotPicture(const std::vector<PlotFlight>& flights) {
     drawStrip(drawing, flights, 0, "Altitude, indicated, ft", y);
     y += stripHeight + stripGap;
     drawStrip(drawing, flights, 1, "Height above ground, ft", y);
-    y = drawTrials(drawing, flights, y + stripHeight + stripGap);
+    y = drawWords(drawing, flights, y + stripHeight + stripGap);
     return drawing.take(y - 16);
 }
 

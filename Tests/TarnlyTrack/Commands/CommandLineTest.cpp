@@ -177,6 +177,30 @@ TEST_F(TrackCommandLineTest, ScriptsThatCannotBeTriedAreRefused) {
     EXPECT_EQ(test::contentOf(lesson), script);
 }
 
+const std::string tolerances =
+    R"([{"id":"low","name":"Stay low","kind":"altitude_held","feet":110,"within_ft":20},)"
+    R"({"id":"bank","kind":"bank_not_exceeded","bank_deg":30}])";
+
+TEST_F(TrackCommandLineTest, DrawsGradesWithWhatWasJudged) {
+    const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log);
+    const auto asked = folder.write("tolerances.json", tolerances);
+    EXPECT_EQ(run({"plot", file, "--tolerances", asked}), 0) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_THAT(output,
+                HasSubstr(R"("grades":[{"title":"Stay low","verdict":"not met","words":"farthest 40 ft )"
+                          R"(above 110 ft, at 0:00","worst":0.5,"values":[{"name":)"
+                          R"("altitude","unit":"ft","least":90,"most":130,"line":{"at":[0,50],)"
+                          R"("value":[10000,5000],"unit":0.01,"breaks":[0]}}]},{"title":"bank",)"
+                          R"("verdict":"not judged","words":"the recording does not tell the bank",)"
+                          R"("values":[]}])"));
+    EXPECT_EQ(run({"plot", file, "--svg", "--tolerances", asked}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr(">not met: Stay low: farthest 40 ft above 110 ft"));
+    EXPECT_EQ(run({"plot", file, "--tolerances", asked, "-o", asked}), 2);
+    EXPECT_THAT(errors, HasSubstr("has the tolerances, and is no place for the plot"));
+    EXPECT_EQ(run({"plot", file, "--tolerances", folder.write("bad.json", "[7]")}), 2);
+    EXPECT_THAT(errors, AllOf(HasSubstr("bad.json:1:2: "), HasSubstr("nothing is graded by")));
+}
+
 TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
     EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);

@@ -47,6 +47,29 @@ TEST(PlotPageTest, WritesWhatAScriptWouldHaveDone) {
                           R"({"id":"gear","words":"no gear"}]}}]})"));
 }
 
+TEST(PlotPageTest, WritesGrades) {
+    PlotFlight flight;
+    PlotGrade held;
+    held.title = "Circuit height";
+    held.verdict = "not met";
+    held.words = "farthest 60 ft above 1500 ft, at 0:01";
+    held.worst = 1;
+    held.values = {{"altitude", "ft", {{0, 1}, {1500, 1560.5}, {0}}, {1400, 1550}}};
+    PlotGrade took;
+    took.title = "Base to final";
+    took.verdict = "met";
+    took.tookSeconds = 40.5;
+    took.permittedSeconds.most = 60;
+    flight.grades = {held, took};
+    EXPECT_THAT(
+        plotJson({flight}),
+        HasSubstr(R"("grades":[{"title":"Circuit height","verdict":"not met",)"
+                  R"("words":"farthest 60 ft above 1500 ft, at 0:01","worst":1,"values":[{"name":"altitude",)"
+                  R"("unit":"ft","least":1400,"most":1550,"line":{"at":[0,100],"value":[150000,6050],)"
+                  R"("unit":0.01,"breaks":[0]}}]},{"title":"Base to final","verdict":"met","words":"",)"
+                  R"("values":[],"took":{"seconds":40.5,"most":60}}]}]})"));
+}
+
 TEST(PlotPageTest, LetsNoTextEndTheElementInWhichItStands) {
     auto flight = smallFlight();
     flight.name = "</script><script>alert(1)</script>.jsonl";

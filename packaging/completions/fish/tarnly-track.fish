@@ -24,6 +24,7 @@ complete -c tarnly-track -n $exporting -l utc-start -x -d 'When the recording wa
 set -l plotting '__fish_seen_subcommand_from plot'
 complete -c tarnly-track -n $plotting -l svg -d 'Draw a picture that stands still'
 complete -c tarnly-track -n $plotting -l script -r -F -d 'Mark what this script would have done'
+complete -c tarnly-track -n $plotting -l tolerances -r -F -d 'Grade the flights by this'
 complete -c tarnly-track -n $plotting -l nav-db -r -F -d 'Where to look for the fixes of the script'
 set -l replaying '__fish_seen_subcommand_from replay'
 complete -c tarnly-track -n $replaying -l speed -x -d 'How many times as fast'
