@@ -90,9 +90,9 @@ Task<> loadSituation(CompanionSession& session, std::string name, LessonStart st
         const auto passed = session.clock().now() - begin;
         const auto state = arrival.see(std::chrono::duration<double>(passed).count(), place);
         if (state == SituationArrival::State::arrived) co_return;
-        if (state == SituationArrival::State::unmoved) {
+        if (state == SituationArrival::State::still) {
             start.remark("nothing was seen of the loading of " + inQuotes(name) +
-                         ", and the aircraft has not moved: it seems to have stood there already");
+                         ", and the aircraft stands still: it seems to have been there already");
             co_return;
         }
         if (passed >= start.patience) throw notThere(name, start.patience, arrival);

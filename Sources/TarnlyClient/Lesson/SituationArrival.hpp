@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 
 namespace tarnly::client {
@@ -18,16 +19,16 @@ struct AircraftPlace {
 /// says so, and a loading may take a minute.
 ///
 /// A loading shows itself by an aircraft that is suddenly elsewhere, or by a simulator that told of none for
-/// a while. Where neither comes and the aircraft stays where it was, it stood there already, since a lesson
-/// is often flown again. One that flies on has not been loaded. A plain value.
+/// a while. Where neither comes and the aircraft stands still, it was there already, or not far away, since
+/// a lesson is often flown again. One that flies on has not been loaded. A plain value.
 class SituationArrival {
   public:
     enum class State : std::uint8_t {
         waiting,
         /// Loaded, and values have come without a break ever since.
         arrived,
-        /// Nothing was seen of a loading, and the aircraft has not moved.
-        unmoved
+        /// Nothing was seen of a loading, and the aircraft stands still.
+        still
     };
 
     /// `before` is where it was when the simulator was told to load; absent where the simulator told nothing.
@@ -43,13 +44,17 @@ class SituationArrival {
     bool isPlaceKnown() const { return last_.has_value(); }
 
   private:
-    bool hasJumped(double seconds, const AircraftPlace& now) const;
+    bool hasJumped(double seconds, const AircraftPlace& now);
+    void watchStanding(double seconds, const AircraftPlace& now);
 
-    const std::optional<AircraftPlace> before_;
     std::optional<AircraftPlace> last_;
     double lastAt_ = 0;
     bool hasBegun_;
-    bool hasMoved_ = false;
+    /// Of the last looks, in metres a second.
+    std::deque<double> speeds_;
+    /// Where it stands, and since when.
+    std::optional<AircraftPlace> standing_;
+    double standingSince_ = 0;
     /// Since when values come without a break.
     double steadySince_ = 0;
 };

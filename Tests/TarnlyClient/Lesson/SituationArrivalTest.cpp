@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace tarnly::client {
@@ -80,6 +82,38 @@ TEST(SituationArrivalTest, AnAircraftThatFliesOnWasNotLoaded) {
     EXPECT_TRUE(arrival.isPlaceKnown());
 }
 
+TEST(SituationArrivalTest, AShortWayBackIsALoadingWhereTheAircraftWasSlower) {
+    SituationArrival arrival(flying(0));
+    double seconds = 0;
+    EXPECT_EQ(look(arrival, seconds, 5, flying), State::waiting);
+    EXPECT_FALSE(arrival.hasBegun());
+    const auto back = [](double time) { return flying(time - 5); }; // 500 metres
+    EXPECT_EQ(look(arrival, seconds, 30, back), State::arrived);
+    EXPECT_EQ(seconds, 7.5);
+}
+
+TEST(SituationArrivalTest, ASimulatorThatStumblesHasNotLoaded) {
+    SituationArrival arrival(flying(0));
+    double seconds = 0;
+    // Every fifth look shows what the one before has shown.
+    const auto stumbling = [](double time) {
+        const auto half = std::lround(time * 2);
+        return flying(half % 5 == 0 ? time - 0.5 : time);
+    };
+    EXPECT_EQ(look(arrival, seconds, 300, stumbling), State::waiting);
+    EXPECT_FALSE(arrival.hasBegun());
+}
+
+TEST(SituationArrivalTest, AnAircraftThatTaxiedAndStandsIsTakenForLoaded) {
+    SituationArrival arrival(here);
+    double seconds = 0;
+    const auto taxiing = [](double time) {
+        return std::optional(AircraftPlace{47 + std::min(time, 10.0) * 4e-5, 8, 1400});
+    };
+    EXPECT_EQ(look(arrival, seconds, 60, taxiing), State::still);
+    EXPECT_EQ(seconds, 22);
+}
+
 TEST(SituationArrivalTest, AfterTheLoadingTheAircraftMayFly) {
     SituationArrival arrival(there);
     double seconds = 0;
@@ -93,7 +127,7 @@ TEST(SituationArrivalTest, AnAircraftThatOnlyTremblesStoodThereAlready) {
     const auto trembling = [](double time) {
         return std::optional(AircraftPlace{47 + (time > 3 ? 1e-6 : 0), 8, 1401});
     };
-    EXPECT_EQ(look(arrival, seconds, 60, trembling), State::unmoved);
+    EXPECT_EQ(look(arrival, seconds, 60, trembling), State::still);
     EXPECT_EQ(seconds, 12);
 }
 
