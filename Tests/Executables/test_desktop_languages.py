@@ -14,17 +14,19 @@ from pathlib import Path
 import pytest
 from desktop import Desktop, Network, Portal, Tarnly
 from desktop.notifier import StatusNotifier
-from desktop.tarnly import ADDRESSES, LIST_ITEM, PANEL, SETTINGS
+from desktop.tarnly import ADDRESSES, LIST_ITEM, PANEL, REACH, SETTINGS
 from harness import wait_until
+from two_hosts import NotPermitted, TwoHosts
 
 TESTS = Path(__file__).parents[1]
 GERMAN_TEXTS = TESTS.parent / "Sources" / "TarnlyApp" / "Desktop" / "Translations" / "tarnly_de.ts"
 QT_TOOLS = Path("/usr/lib/qt6/bin")  # where Debian has them
 
 GERMAN = {"LC_ALL": "de_DE.UTF-8", "LANGUAGE": "de"}
-GERMAN_TITLES = {SETTINGS: "Tarnly – Einstellungen", ADDRESSES: "Tarnly – Adressen"}
+GERMAN_TITLES = {SETTINGS: "Tarnly – Einstellungen", ADDRESSES: "Tarnly – Adressen",
+                 REACH: "Tarnly – Test vom Smartphone"}
 # What is the same in every language, beside what holds no two letters: names, addresses, paths.
-SAME = re.compile(r"Tarnly|rig42|https?://[a-z0-9.:]*|ws://\S*|/\S*|[a-z]+-[a-z]+\b(?=$)")
+SAME = re.compile(r"Tarnly|rig42|https?://[]a-z0-9.:[]*|ws://\S*|/\S*|[a-z]+-[a-z]+\b(?=$)")
 PLAIN_WORD = re.compile(r"[A-Za-z]{2,}")
 
 
@@ -62,6 +64,15 @@ def network():
         yield made
 
 
+@pytest.fixture
+def hosts():
+    try:
+        with TwoHosts() as made:
+            yield made
+    except NotPermitted as reason:
+        pytest.skip(f"no network namespaces here: {reason}")
+
+
 def status_of(tarnly, programs):
     def told():
         ended = programs.run("tarnly", "--status", "--data-dir", tarnly.data)
@@ -72,6 +83,25 @@ def status_of(tarnly, programs):
 
 def titles(language):
     return GERMAN_TITLES if language in ("de", "he") else {}
+
+
+def open_settings(tarnly, _):
+    tarnly.screen.key("ctrl+comma")
+
+
+def open_addresses(tarnly, _):
+    tarnly.screen.key("Return")
+
+
+def open_reach(tarnly, panel):
+    tarnly.tab(panel)
+    tarnly.screen.key("Return")
+
+
+def try_from_a_device(hosts, port, password):
+    command = [*hosts.far.prefix, sys.executable, "-B", Path(__file__).parent / "far_browser.py", hosts.ADDRESSES[0],
+               str(port), password]
+    subprocess.run(command, capture_output=True, timeout=120, check=True)
 
 
 def close(tarnly, title):
@@ -116,17 +146,32 @@ def test_nothing_is_said_that_is_not_translated(desktop, programs, languages, ne
     tarnly.wait_for_text("ｎｏｔ ｒｕｎｎｉｎｇ")
     assert plain_words(texts_of(panel)) == []
     tarnly.screen.key("Escape")
-    for key, count in [("ctrl+comma", 30), ("Return", 5)]:
+    for open_window, count in [(open_settings, 30), (open_addresses, 5), (open_reach, 5)]:
         tarnly.wait_for_no_panel()
-        tarnly.open_panel()
-        tarnly.screen.key(key)
-        title = wait_until(lambda: next(iter(tarnly.titles() - {PANEL}), None), f"the window of {key!r}")
+        open_window(tarnly, tarnly.open_panel())
+        title = wait_until(lambda: next(iter(tarnly.titles() - {PANEL}), None), f"what {open_window.__name__} opens")
         view = tarnly.focused_view(title)
         texts = texts_of(view)
         assert plain_words(texts) == [] and len(texts) > count
         close(tarnly, title)
     texts = texts_of(tarnly.open_menu())
     assert plain_words(texts) == [] and len(texts) > 4
+
+
+def test_what_came_of_a_test_is_translated(desktop, programs, languages, hosts):
+    home = programs.new_folder()
+    (home / "data" / "Tarnly").mkdir(parents=True)
+    (home / "data" / "Tarnly" / "settings.json").write_text(json.dumps({"password": "gate", "startAtLogin": False}))
+    tarnly = Tarnly(desktop, programs, "--no-advertise", home=home, prefix=hosts.near.prefix,
+                    LC_ALL="eo.UTF-8", LANGUAGE="eo", TARNLY_TRANSLATIONS=str(languages))
+    open_reach(tarnly, tarnly.open_panel())
+    title = wait_until(lambda: next(iter(tarnly.titles() - {PANEL}), None), "the test")
+    tarnly.wait_for_text("ｙｅｔ", title)
+    port = status_of(tarnly, programs)["port"]
+    for password, told in [("wrong", "ｒｅｆｕｓｅｄ"), ("gate", "ｐａｉｒｅｄ")]:
+        try_from_a_device(hosts, port, password)
+        tarnly.wait_for_text(told, title)
+        assert plain_words(texts_of(tarnly.view(title))) == []
 
 
 def test_a_notification_is_in_the_language(desktop, programs, languages):
@@ -168,14 +213,16 @@ def test_every_window_can_be_used(scaled_desktop, programs, languages, network, 
 
         tarnly = Tarnly(scaled_desktop, programs, "--name", "rig42", prefix=network.prefix,
                         scale=scaled_desktop.scale, **spoken)
-        for title, key, name in [(SETTINGS, "ctrl+comma", "settings"), (ADDRESSES, "Return", "addresses")]:
+        for title, open_window, name in [(SETTINGS, open_settings, "settings"), (ADDRESSES, open_addresses, "addresses"),
+                                         (REACH, open_reach, "reach")]:
             title = titles(language).get(title, title)
             tarnly.wait_for_no_panel()
-            tarnly.open_panel()
-            tarnly.screen.key(key)
+            open_window(tarnly, tarnly.open_panel())
             view = tarnly.focused_view(title)
             if name == "addresses":
                 wait_until(lambda: len(view.showing(LIST_ITEM)) == 2, "the addresses")
+            if name == "reach":
+                tarnly.wait_for_text("Nobody has reached|Noch kein Gerät hat", title)
             assert tarnly.screen.area.contains(tarnly.window(title).area)
             save(tarnly, title, f"{name}-{language}-{scheme}")
             close(tarnly, title)

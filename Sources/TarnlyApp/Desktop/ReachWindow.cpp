@@ -23,6 +23,9 @@ using Outcome = ReachFinding::Outcome;
 constexpr int padding = 20;
 constexpr int windowWidth = 380;
 
+/// Behind an address that ends with a slash, which else comes first in a language from right to left.
+constexpr QChar leftToRightMark(0x200E);
+
 QString headlineOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::nobodyYet:
@@ -143,11 +146,13 @@ void ReachWindow::showPages() {
     status.addresses = runtime_.addresses();
     const auto pages = ReachTest::pages(status);
     const bool hasOne = !pages.empty();
-    const auto selected = pages_->currentText();
+    const auto selected = pages_->currentData();
     pages_->clear();
-    for (const auto& page : pages)
-        pages_->addItem(QString::fromStdString(page));
-    pages_->setCurrentIndex(std::max(0, pages_->findText(selected)));
+    for (const auto& page : pages) {
+        const auto address = QString::fromStdString(page);
+        pages_->addItem(address + leftToRightMark, address);
+    }
+    pages_->setCurrentIndex(std::max(0, pages_->findData(selected)));
     pages_->setVisible(hasOne);
     code_->setVisible(hasOne);
     instruction_->setVisible(hasOne);
@@ -155,7 +160,7 @@ void ReachWindow::showPages() {
     if (!hasOne) tell(tr("It cannot be tested"), ReachTest::withoutAddress(runtime_.port().has_value()));
 }
 
-void ReachWindow::showSelected() { code_->showCode(pages_->currentText().toStdString()); }
+void ReachWindow::showSelected() { code_->showCode(pages_->currentData().toString().toStdString()); }
 
 void ReachWindow::tell(const QString& headline, const ReachFinding& finding) {
     headline_->setText(headline);

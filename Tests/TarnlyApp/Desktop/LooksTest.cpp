@@ -3,16 +3,20 @@
 
 #include <QCheckBox>
 #include <QLayout>
-#include <optional>
+#include <QTest>
+#include <algorithm>
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/ClientList.hpp"
 #include "TarnlyApp/Desktop/Panel.hpp"
+#include "TarnlyApp/Desktop/ReachWindow.hpp"
+#include "TarnlyApp/Desktop/RunningCompanion.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
-#include "TarnlyApp/Desktop/Translations.hpp"
+#include "TarnlyApp/Desktop/SpokenLanguage.hpp"
 #include "TarnlyApp/Desktop/Widgets.hpp"
 #include "TarnlyApp/Desktop/WindowParts.hpp"
+#include "TarnlyApp/Desktop/Wording.hpp"
 
 namespace tarnly {
 namespace {
@@ -65,15 +69,8 @@ std::vector<std::string> spoiltIn(const QWidget& window) {
 /// In a language; of the enlarged ones Qt is told by the environment, see the list of tests.
 class LooksTest : public testing::TestWithParam<const char*> {
   protected:
-    LooksTest() {
-        qputenv("TARNLY_TRANSLATIONS", TARNLY_TEST_TRANSLATIONS);
-        translations.emplace(QStringList{GetParam()});
-        QCoreApplication::processEvents();
-    }
-    ~LooksTest() override { qunsetenv("TARNLY_TRANSLATIONS"); }
-
     const test::TemporaryFolder folder;
-    std::optional<Translations> translations;
+    const test::SpokenLanguage spoken{GetParam()};
     SettingsStore store{folder.path() / "settings.json", nullptr};
     CompanionRuntime runtime{store, {}};
     RuntimeModel model{runtime};
@@ -110,6 +107,12 @@ TEST_P(LooksTest, AddressesShowTheirTextsInFull) {
     EXPECT_THAT(spoiltIn(addresses), IsEmpty());
 }
 
+TEST_P(LooksTest, ATestThatCannotBeDoesSoToo) {
+    ReachWindow reach{model};
+    reach.show();
+    EXPECT_THAT(spoiltIn(reach), IsEmpty());
+}
+
 TEST_P(LooksTest, ConnectedClientsAreShownInFull) {
     ClientList list;
     list.setFixedWidth(290);
@@ -133,8 +136,30 @@ TEST_P(LooksTest, WhatIsCutOffIsSeen) {
         << "both are cut off and stick out, or lie upon another";
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, LooksTest, testing::Values("en", "de", "he"),
-                         [](const auto& language) { return std::string(language.param); });
+class ReachLooksTest : public test::RunningCompanionTest, public testing::WithParamInterface<const char*> {
+  protected:
+    const test::SpokenLanguage spoken{GetParam()};
+};
+
+TEST_P(ReachLooksTest, ATestShowsItsTextsInFull) {
+    using namespace std::chrono_literals;
+    start();
+    if (model.addresses().empty()) GTEST_SKIP() << "this computer has no network";
+    ReachWindow patient(model);
+    patient.show();
+    EXPECT_THAT(spoiltIn(patient), IsEmpty());
+    ReachWindow brief(model, 1ms);
+    brief.show();
+    const auto never = inWords(ReachTest::neverArrived(model.activity()).text).toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return std::ranges::count(test::textsFromTop(brief), never) > 0; },
+                                test::patienceMilliseconds));
+    EXPECT_THAT(spoiltIn(brief), IsEmpty());
+}
+
+std::string nameOf(const testing::TestParamInfo<const char*>& language) { return language.param; }
+
+INSTANTIATE_TEST_SUITE_P(Languages, LooksTest, testing::Values("en", "de", "he"), nameOf);
+INSTANTIATE_TEST_SUITE_P(Languages, ReachLooksTest, testing::Values("en", "de", "he"), nameOf);
 
 } // namespace
 } // namespace tarnly

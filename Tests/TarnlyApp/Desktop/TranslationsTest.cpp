@@ -5,13 +5,18 @@
 
 #include <QApplication>
 #include <QLocale>
+#include <QTest>
+#include <algorithm>
 #include <optional>
 
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
 #include "TarnlyApp/Desktop/ClientList.hpp"
+#include "TarnlyApp/Desktop/ReachWindow.hpp"
+#include "TarnlyApp/Desktop/RunningCompanion.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
+#include "TarnlyApp/Desktop/SpokenLanguage.hpp"
 #include "TarnlyApp/Desktop/TrayIcon.hpp"
 #include "TarnlyApp/Desktop/Widgets.hpp"
 #include "TarnlyApp/Desktop/Wording.hpp"
@@ -117,6 +122,8 @@ TEST_F(ForeignTest, EveryTextOfEveryWindowIsTranslated) {
     RuntimeModel model{runtime};
     Panel panel{model};
     AddressesWindow addresses{model};
+    ReachWindow reach{model};
+    reach.show();
     SettingsWindow settings{store};
     CompanionOptions all;
     all.name = "1";
@@ -132,7 +139,8 @@ TEST_F(ForeignTest, EveryTextOfEveryWindowIsTranslated) {
     SettingsWindow advertised{store, all};
     TrayIcon icon{panel, model, false};
     ClientList list;
-    list.showClients({7, 7, std::vector<ClientStatus>(7, {1, "10.0.0.1", "2026-11-22T15:04:05Z", 2})});
+    QLocale::setDefault(QLocale("de_DE")); // its dates are digits
+    list.showClients({7, 7, std::vector<ClientStatus>(7, {1, "10.0.0.1", "2026-11-21T15:04:05Z", 2})});
     panel.setWindowFlags(Qt::Window);
     panel.show();
     panel.close(); // it asks whether to quit
@@ -215,6 +223,24 @@ TEST_F(ForeignTest, SoIsWhatThePersonIsToldUnasked) {
         EXPECT_THAT(plainWords(notice.title), IsEmpty()) << notice.title;
         EXPECT_THAT(plainWords(notice.text), IsEmpty()) << notice.text;
     }
+}
+
+class ForeignReachTest : public test::RunningCompanionTest {
+  protected:
+    const test::SpokenLanguage spoken{foreign};
+};
+
+TEST_F(ForeignReachTest, SoIsATestWhileItWaitsAndOnceItIsOver) {
+    start();
+    if (model.addresses().empty()) GTEST_SKIP() << "this computer has no network";
+    ReachWindow patient(model);
+    patient.show();
+    ReachWindow brief(model, 1ms);
+    brief.show();
+    const auto never = inWords(ReachTest::neverArrived(model.activity()).text).toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return std::ranges::count(test::textsFromTop(brief), never) > 0; },
+                                test::patienceMilliseconds));
+    EXPECT_THAT(test::plainWordsOfAllWindows(), IsEmpty());
 }
 
 } // namespace
