@@ -16,8 +16,8 @@
 #include "TarnlyPlatform/Base/LoopWatch.hpp"
 #include "TarnlyPlatform/Base/OnceMore.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/ListenError.hpp"
 #include "TarnlyPlatform/Net/NetworkAddresses.hpp"
-#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyXPlane/Link/XPlaneTransport.hpp"
 
 namespace tarnly {
@@ -210,7 +210,7 @@ std::shared_ptr<NavDatabase> CompanionRuntime::openNavDatabaseOrTell(
         problem = Phrase::of(
             "The navigation database of the settings cannot be used, so no fix of a script is found: %1. "
             "Name another file in the settings.",
-            error.what());
+            error.told());
         remark(*problem);
     }
     navDatabaseProblem_.with([&](auto& present) { present = std::move(problem); });
@@ -354,15 +354,14 @@ void CompanionRuntime::announceListening() {
 void CompanionRuntime::announceFailure(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
-    } catch (const NetworkError& error) {
-        const bool isPort = error.which() == NetworkError::Case::listenFailed;
-        const auto text = failureText(error.what());
-        announce(State::failed, isPort ? Phrase::of("%1. End the program that has it, or choose another port "
-                                                    "in the settings, or by --port.",
-                                                    text)
-                                       : text);
+    } catch (const ListenError& error) {
+        announce(State::failed, Phrase::of("%1. End the program that has it, or choose another port in the "
+                                           "settings, or by --port.",
+                                           failureText(error.told())));
+    } catch (const NavDatabaseError& error) {
+        announce(State::failed, failureText(error.told()));
     } catch (const std::exception& error) {
-        announce(State::failed, failureText(error.what()));
+        announce(State::failed, failureText(Phrase::verbatim(error.what())));
     }
 }
 
@@ -394,6 +393,6 @@ Phrase listeningText(std::optional<std::uint16_t> port, const std::optional<Publ
                : Phrase::of("Listening on port %1, %2, pairing open.", portText, advertising);
 }
 
-Phrase failureText(const std::string& error) { return Phrase::of("Failed to start: %1", error); }
+Phrase failureText(const Phrase& problem) { return Phrase::of("Failed to start: %1", problem); }
 
 } // namespace tarnly

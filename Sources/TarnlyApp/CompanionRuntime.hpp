@@ -165,6 +165,6 @@ Phrase listeningText(std::optional<std::uint16_t> port, const std::optional<Publ
                      bool passwordRequired);
 
 /// The line after a start that failed.
-Phrase failureText(const std::string& error);
+Phrase failureText(const Phrase& problem);
 
 } // namespace tarnly

@@ -17,19 +17,18 @@ namespace fs = std::filesystem;
 void refresh(NavDatabaseFile& own, const fs::path& folder, const fs::path& file,
              const std::function<bool()>& isWanted, const std::function<void()>& onMaking) {
     const auto sources = findNavSources(folder);
-    for (const auto& warning : sources.warnings)
-        own.warnings.push_back(Phrase::verbatim(warning));
+    own.warnings = sources.warnings;
     if (readNavAbout(file.string()) == sources.about()) return;
     onMaking();
     createPrivateFolders(file.parent_path());
     own.remarks = buildNavDatabase(sources, file, {}, isWanted).remarks;
 }
 
-Phrase failureText(const fs::path& folder, const std::string& problem) {
+Phrase failureText(const fs::path& folder, const Phrase& problem) {
     return Phrase::of(
         "No navigation database could be made of the data in %1, so scripts find the fixes of an older one "
         "at best: %2 Mend that and start Tarnly anew, or name a database in the settings.",
-        printable(folder.string()), printable(problem));
+        printable(folder.string()), problem);
 }
 
 bool isThere(const fs::path& file) {
@@ -48,11 +47,13 @@ NavDatabaseFile refreshOwnNavDatabase(const fs::path& note, const fs::path& file
             refresh(own, *folder, file, isWanted, onMaking);
         } catch (const NavSourceError& error) {
             if (error.which() == NavSourceError::Case::cancelled) throw;
-            own.warnings.push_back(failureText(*folder, error.payload()));
+            own.warnings.push_back(failureText(*folder, error.told()));
+        } catch (const NavTargetError& error) {
+            own.warnings.push_back(failureText(*folder, error.told()));
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const std::exception& error) {
-            own.warnings.push_back(failureText(*folder, std::string(error.what()) + "."));
+            own.warnings.push_back(failureText(*folder, Phrase::verbatim(printable(error.what()) + ".")));
         }
     }
     if (!isThere(file)) return own;

@@ -66,7 +66,7 @@ void run(const Context& context, const BuildOptions& options) {
     const auto& streams = context.streams;
     const auto sources = findNavSources(wantedFolder(options));
     for (const auto& warning : sources.warnings)
-        streams.remark("warning: " + warning);
+        streams.remark("warning: " + warning.text());
     const auto report = build(sources, options.output, streams);
     for (const auto& remark : report.remarks)
         streams.remark("warning: " + remark);

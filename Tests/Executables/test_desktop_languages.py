@@ -7,6 +7,7 @@ import json
 import os
 import re
 import signal
+import socket
 import subprocess
 import sys
 from pathlib import Path
@@ -125,6 +126,15 @@ def test_a_german_sees_german(desktop, programs):
     tarnly.wait_for_text(r"^Simulator: läuft nicht\. Starten Sie X-Plane ab Version 12\.1\.4\.$")
     assert "Tarnly beenden" in texts_of(panel)
     assert status_of(tarnly, programs)["stage"]["words"] == "Simulator: not running", "tools speak English"
+
+
+def test_a_german_is_told_in_german_why_the_start_failed(desktop, programs):
+    with socket.create_server(("", 0)) as taken:
+        port = taken.getsockname()[1]
+        tarnly = Tarnly(desktop, programs, "--port", port, **GERMAN)
+        tarnly.open_panel()
+        tarnly.wait_for_text(fr"^Start fehlgeschlagen: Verbindungen können nicht angenommen werden \(Port {port}: .*\)\. "
+                             "Beenden Sie")
 
 
 def test_who_prefers_english_gets_that(desktop, programs):

@@ -406,7 +406,7 @@ TEST(StatusText, ClaimsNothingThatTheDaemonHasNotConfirmed) {
 }
 
 TEST(StatusText, SaysWhyAStartFailed) {
-    EXPECT_EQ(failureText("alreadyStarted"), "Failed to start: alreadyStarted");
+    EXPECT_EQ(failureText(Phrase::verbatim("alreadyStarted")), "Failed to start: alreadyStarted");
 }
 
 TEST_F(CompanionRuntimeTest, ConnectionsAreClosedInOrderAtTheEnd) {

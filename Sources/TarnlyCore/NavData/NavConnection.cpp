@@ -33,6 +33,10 @@ std::string asPlainPath(const std::string& path) {
 
 } // namespace
 
+NavDatabaseError::NavDatabaseError(const std::string& path, const std::string& message)
+    : Error(Case::openFailed, {{"path", path}, {"message", message}}),
+      told_(Phrase::of("openFailed(path: %1, message: %2)", tarnly::quoted(path), tarnly::quoted(message))) {}
+
 void NavConnection::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
 
 void NavConnection::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -45,7 +49,7 @@ NavConnection::NavConnection(const std::string& path) : fixes_{fixQuery}, navaid
     connection_.reset(opened);
     if (result != SQLITE_OK) {
         const char* message = opened ? sqlite3_errmsg(opened) : "unknown error";
-        throw NavDatabaseError(NavDatabaseError::Case::openFailed, {{"path", path}, {"message", message}});
+        throw NavDatabaseError(path, message);
     }
     distrust();
     beInterruptible();

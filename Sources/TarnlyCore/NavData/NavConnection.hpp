@@ -9,6 +9,7 @@
 
 #include "TarnlyCore/Flight/Values.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -23,7 +24,18 @@ struct NavDatabaseErrorCases {
     };
     static constexpr std::array<std::string_view, 1> names{"openFailed"};
 };
-using NavDatabaseError = Error<NavDatabaseErrorCases>;
+
+class NavDatabaseError : public Error<NavDatabaseErrorCases> {
+  public:
+    /// `openFailed`.
+    NavDatabaseError(const std::string& path, const std::string& message);
+
+    /// What `what` says, with its parts.
+    const Phrase& told() const noexcept { return told_; }
+
+  private:
+    Phrase told_;
+};
 
 /// The talk with SQLite about one file. Owned by the `NavDatabase`; used by one thread at a time, which
 /// blocks for as long as the disk does.

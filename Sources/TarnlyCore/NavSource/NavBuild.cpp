@@ -53,7 +53,7 @@ class Unfinished {
         try {
             return NewFile::beside(target);
         } catch (const std::system_error& error) {
-            throw std::system_error(error.code(), printable(target.string()) + " cannot be written");
+            throw NavTargetError(error.code(), target);
         }
     }
 
@@ -92,21 +92,23 @@ class Build {
             const auto count = static_cast<std::size_t>(stream.gcount());
             text.feed(std::string_view(piece).substr(0, count));
             read_ += count;
-            if (order_.size() > most) throw unusable(source, "has more entries than there are in the world");
+            if (order_.size() > most)
+                throw unusable(source, Phrase::of("has more entries than there are in the world"));
             tell(static_cast<int>(percentRead * read_ / (bytes_ + 1)));
         }
-        if (stream.bad() || !stream.is_open()) throw unusable(source, "cannot be read to its end");
+        if (stream.bad() || !stream.is_open())
+            throw unusable(source, Phrase::of("cannot be read to its end"));
         text.finish();
         const bool isOver = source.layer != NavSource::Layer::base;
         if (text.entries() == 0 && text.unreadable() > 0 && !isOver)
-            throw unusable(source, "has no row that can be read");
+            throw unusable(source, Phrase::of("has no row that can be read"));
         if (isOver) order_.overrideLater();
         noteUnreadable(source, text);
     }
 
-    NavSourceError unusable(const NavSource& source, const std::string& problem) const {
-        return {NavSourceError::Case::unusable, printable(source.path.string()) + " " + problem +
-                                                    ". Have the navigation data installed anew."};
+    NavSourceError unusable(const NavSource& source, const Phrase& problem) const {
+        return {NavSourceError::Case::unusable, Phrase::of("%1 %2. Have the navigation data installed anew.",
+                                                           printable(source.path.string()), problem)};
     }
 
     void noteUnreadable(const NavSource& source, const NavText& text) {
@@ -159,6 +161,10 @@ class Build {
 };
 
 } // namespace
+
+NavTargetError::NavTargetError(std::error_code why, const fs::path& target)
+    : std::system_error(why, printable(target.string()) + " cannot be written"),
+      told_(Phrase::of("%1 cannot be written: %2.", printable(target.string()), why.message())) {}
 
 NavBuildReport buildNavDatabase(const NavSources& sources, const fs::path& target,
                                 const NavBuildProgress& progress, const std::function<bool()>& isWanted) {

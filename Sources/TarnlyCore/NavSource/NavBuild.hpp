@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "TarnlyCore/NavSource/NavSources.hpp"
@@ -21,6 +22,18 @@ struct NavBuildReport {
     std::vector<std::string> remarks{};
 };
 
+/// There is no place for the database.
+class NavTargetError : public std::system_error {
+  public:
+    NavTargetError(std::error_code why, const std::filesystem::path& target);
+
+    /// What `what` says, as a sentence.
+    const Phrase& told() const noexcept { return told_; }
+
+  private:
+    Phrase told_;
+};
+
 /// How far it is, of 100; called now and then.
 using NavBuildProgress = std::function<void(int percent)>;
 
@@ -29,7 +42,7 @@ using NavBuildProgress = std::function<void(int percent)>;
 /// there when it is whole and on the disk; everybody may read it.
 ///
 /// Blocks for seconds; callable from any thread. Asks `isWanted` several times a second. Throws
-/// `NavSourceError`, `SqliteError` and `std::system_error`, and leaves nothing behind then.
+/// `NavSourceError`, `NavTargetError`, `SqliteError` and `std::system_error`, and leaves nothing behind then.
 NavBuildReport buildNavDatabase(const NavSources& sources, const std::filesystem::path& target,
                                 const NavBuildProgress& progress, const std::function<bool()>& isWanted);
 

@@ -100,51 +100,52 @@ class Choice {
   private:
     bool isThere(const fs::path& file) const { return hasBytes(found_.folder / file); }
 
-    void warn(std::string text) { found_.warnings.push_back(std::move(text)); }
+    void warn(Phrase text) { found_.warnings.push_back(std::move(text)); }
 
     std::string shown(const fs::path& file) const { return printable((found_.folder / file).string()); }
 
     /// Whether a provider's files are in force.
     bool chooseBase() {
         if (isThere(provided() / "earth_424.dat")) {
-            warn(
-                "The simulator reads " + shown(provided() / "earth_424.dat") +
-                " in place of the text files, which cannot be read here: the fixes come from the text files, "
-                "and may be others than the simulator's. Have your provider of navigation data install the "
-                "text files (earth_fix.dat, earth_nav.dat) too.");
+            warn(Phrase::of(
+                "The simulator reads %1 in place of the text files, which cannot be read here: the fixes "
+                "come "
+                "from the text files, and may be others than the simulator's. Have your provider of "
+                "navigation data install the text files (earth_fix.dat, earth_nav.dat) too.",
+                shown(provided() / "earth_424.dat")));
         }
         const bool hasFixes = isThere(provided() / fixFile);
         const bool hasNavaids = isThere(provided() / navaidFile);
         if (hasFixes != hasNavaids) {
-            warn(shown(provided()) + " has " + (hasFixes ? fixFile : navaidFile) + " without " +
-                 (hasFixes ? navaidFile : fixFile) +
-                 ", so neither is used: the two belong together. Have your provider of navigation data "
-                 "install "
-                 "both.");
+            warn(Phrase::of(
+                "%1 has %2 without %3, so neither is used: the two belong together. Have your provider of "
+                "navigation data install both.",
+                shown(provided()), hasFixes ? fixFile : navaidFile, hasFixes ? navaidFile : fixFile));
         }
         return hasFixes && hasNavaids;
     }
 
     /// Of the format and all; absent where the file cannot be used, with `problem` saying why.
-    std::optional<NavSource> read(NavFileKind kind, const fs::path& file, std::string& problem) {
+    std::optional<NavSource> read(NavFileKind kind, const fs::path& file, Phrase& problem) {
         NavSource source{kind, found_.folder / file};
         NavText text(kind, [](const NavEntry&) {});
         text.feed(beginningOf(source.path));
         text.finish();
         if (!text.header()) {
-            problem = " does not say in its second line which format it has";
+            problem = Phrase::of("does not say in its second line which format it has");
             return std::nullopt;
         }
         const auto& header = *text.header();
         if (header.version < NavFormat::oldest) {
-            problem = " has the format " + std::to_string(header.version) + ", and those before " +
-                      std::to_string(NavFormat::oldest) + " cannot be read";
+            problem = Phrase::of("has the format %1, and those before %2 cannot be read",
+                                 std::to_string(header.version), std::to_string(NavFormat::oldest));
             return std::nullopt;
         }
         if (header.version > NavFormat::newest(kind)) {
-            warn(shown(file) + " has the format " + std::to_string(header.version) + ", newer than " +
-                 std::to_string(NavFormat::newest(kind)) +
-                 ", and is read as that one: fixes may be missing. Look for a newer version of Tarnly.");
+            warn(Phrase::of(
+                "%1 has the format %2, newer than %3, and is read as that one: fixes may be "
+                "missing. Look for a newer version of Tarnly.",
+                shown(file), std::to_string(header.version), std::to_string(NavFormat::newest(kind))));
         }
         source.stamp = {file.generic_string(),
                         static_cast<std::int64_t>(fs::file_size(source.path)),
@@ -155,22 +156,26 @@ class Choice {
         return source;
     }
 
+    NavSourceError refusal(NavSourceError::Case which, const fs::path& file, const Phrase& problem) const {
+        return {which, Phrase::of("%1 %2. Name the folder of X-Plane 11 or 12, or have it repaired by its "
+                                  "installer.",
+                                  shown(file), problem)};
+    }
+
     void addWanted(NavFileKind kind, const fs::path& file) {
-        constexpr auto cure = ". Name the folder of X-Plane 11 or 12, or have it repaired by its installer.";
-        if (!isThere(file))
-            throw NavSourceError(NavSourceError::Case::noData, shown(file) + " is missing" + cure);
-        std::string problem;
+        if (!isThere(file)) throw refusal(NavSourceError::Case::noData, file, Phrase::of("is missing"));
+        Phrase problem;
         auto source = read(kind, file, problem);
-        if (!source) throw NavSourceError(NavSourceError::Case::unusable, shown(file) + problem + cure);
+        if (!source) throw refusal(NavSourceError::Case::unusable, file, problem);
         found_.files.push_back(std::move(*source));
     }
 
     bool addIfThere(NavFileKind kind, const fs::path& file, NavSource::Layer layer) {
         if (!isThere(file)) return false;
-        std::string problem;
+        Phrase problem;
         auto source = read(kind, file, problem);
         if (!source) {
-            warn(shown(file) + problem + ", so it is left out. Make it anew, or remove it.");
+            warn(Phrase::of("%1 %2, so it is left out. Make it anew, or remove it.", shown(file), problem));
             return false;
         }
         source->layer = layer;
@@ -184,9 +189,10 @@ class Choice {
         found_.cycle = fixes.cycle.empty() ? navaids.cycle : fixes.cycle;
         found_.build = fixes.build.empty() ? navaids.build : fixes.build;
         if (!fixes.cycle.empty() && !navaids.cycle.empty() && fixes.cycle != navaids.cycle) {
-            warn("Fixes and navaids in " + printable((found_.folder / provided()).parent_path().string()) +
-                 " are of different cycles, " + fixes.cycle + " and " + navaids.cycle +
-                 ". Have the navigation data installed anew.");
+            warn(Phrase::of(
+                "Fixes and navaids in %1 are of different cycles, %2 and %3. Have the navigation data "
+                "installed anew.",
+                printable((found_.folder / provided()).parent_path().string()), fixes.cycle, navaids.cycle));
         }
         if (found_.cycle.empty() && isProvided) found_.cycle = notedCycle(found_.folder / provided());
     }

@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "TarnlyCore/NavData/NavAbout.hpp"
 #include "TarnlyCore/NavSource/NavRow.hpp"
 #include "TarnlyPlatform/Base/Error.hpp"
+#include "TarnlyPlatform/Base/Phrase.hpp"
 
 /// Which files of the simulator's folder its navigation data are in. Blocking, for as long as a disk does;
 /// safe from any thread.
@@ -18,14 +20,25 @@ struct NavSourceErrorCases {
     enum class Case {
         /// The folder has no navigation data.
         noData,
-        /// A file's name, and what is the matter with it and what to do.
+        /// What is the matter with a file.
         unusable,
         /// Nobody wants it any more.
         cancelled
     };
     static constexpr std::array<std::string_view, 3> names{"noData", "unusable", "cancelled"};
 };
-using NavSourceError = Error<NavSourceErrorCases>;
+
+class NavSourceError : public Error<NavSourceErrorCases> {
+  public:
+    explicit NavSourceError(Case which) : Error(which) {}
+    NavSourceError(Case which, Phrase told) : Error(which, told.text()), told_(std::move(told)) {}
+
+    /// The payload: whole sentences, with the file's name and what to do.
+    const Phrase& told() const noexcept { return told_; }
+
+  private:
+    Phrase told_;
+};
 
 struct NavSource {
     /// Each overrides what stands before it.
@@ -46,7 +59,7 @@ struct NavSources {
     std::string cycle{};
     std::string build{};
     /// What a person should know of the choice, in whole sentences with what to do.
-    std::vector<std::string> warnings{};
+    std::vector<Phrase> warnings{};
 
     /// What a database made of them says of itself.
     NavAbout about() const;

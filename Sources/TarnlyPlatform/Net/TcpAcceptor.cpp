@@ -7,7 +7,7 @@
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlyPlatform/Net/AcceptLoop.hpp"
-#include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/ListenError.hpp"
 
 namespace tarnly {
 namespace {
@@ -63,8 +63,7 @@ TcpAcceptor::TcpAcceptor(asio::any_io_executor executor, Clock& clock, std::uint
     try {
         openFor(state_->acceptor, port, reach);
     } catch (const boost::system::system_error& error) {
-        throw NetworkError(NetworkError::Case::listenFailed,
-                           "port " + std::to_string(port) + ": " + error.code().message());
+        throw ListenError(port, error.code());
     }
     state_->port = state_->acceptor.local_endpoint().port();
     state_->tasks.keepUp([state = std::weak_ptr(state_)] { return acceptAll(state.lock()); });

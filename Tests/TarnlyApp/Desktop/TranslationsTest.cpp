@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "Support/SimulatorFiles.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TarnlyApp/Desktop/AddressesWindow.hpp"
 #include "TarnlyApp/Desktop/AttentionIcon.hpp"
@@ -22,7 +23,10 @@
 #include "TarnlyApp/Desktop/Wording.hpp"
 #include "TarnlyApp/Notices.hpp"
 #include "TarnlyApp/SettingRules.hpp"
+#include "TarnlyCore/NavData/NavDatabase.hpp"
+#include "TarnlyCore/NavSource/NavBuild.hpp"
 #include "TarnlyCore/Protocol/ReachTest.hpp"
+#include "TarnlyPlatform/Net/ListenError.hpp"
 
 namespace tarnly {
 namespace {
@@ -106,6 +110,11 @@ class ForeignTest : public TranslationsTest {
     static QStringList plainWords(const QString& text) { return test::plainWords(text); }
     static QStringList plainWords(const Phrase& phrase) { return test::plainWords(inWords(phrase)); }
 
+    static QStringList plainWordsBesideFiles(const Phrase& phrase) {
+        static const QRegularExpression file("/[^ :,]*( [Dd]ata[^ :,]*)?|earth_[a-z]+\\.dat");
+        return test::plainWords(inWords(phrase).remove(file));
+    }
+
     const test::TemporaryFolder folder;
 };
 
@@ -156,6 +165,41 @@ TEST_F(ForeignTest, SoIsWhatIsWrongWithASetting) {
     EXPECT_THAT(plainWords(pathFault("1")), IsEmpty());
 }
 
+TEST_F(ForeignTest, SoIsWhatIsWrongWithTheSimulatorsNavigationData) {
+    using test::navHeader;
+    const test::SimulatorFiles files;
+    const auto found = [&] { return findNavSources(files.folder.path()); };
+    const auto build = [&](const std::string& target) {
+        buildNavDatabase(found(), target, {}, [] { return true; });
+    };
+    files.put("Custom Data/earth_424.dat", "HDR");
+    files.put("Custom Data/earth_fix.dat", navHeader("1101"));
+    files.put("Custom Data/user_fix.dat", navHeader("600"));
+    files.put("Resources/default data/earth_nav.dat", navHeader("1300", "2412"));
+    const auto sources = found();
+    EXPECT_THAT(sources.warnings, testing::SizeIs(5));
+    for (const auto& warning : sources.warnings)
+        EXPECT_THAT(plainWordsBesideFiles(warning), IsEmpty()) << warning;
+
+    for (const auto& content :
+         {std::string(), std::string("\n"), navHeader("600"), navHeader("1200") + "x\n"}) {
+        files.put("Resources/default data/earth_fix.dat", content);
+        try {
+            build("/nowhere/1");
+            FAIL() << content;
+        } catch (const NavSourceError& error) {
+            EXPECT_THAT(plainWordsBesideFiles(error.told()), IsEmpty()) << error.told();
+        }
+    }
+    EXPECT_THAT(plainWordsBesideFiles(NavTargetError({}, "/1").told()), ElementsAre("Success"))
+        << "what the system says";
+}
+
+TEST_F(ForeignTest, SoIsWhyAStartFailed) {
+    EXPECT_THAT(plainWords(ListenError(1, {}).told()), ElementsAre("Success")) << "what the system says";
+    EXPECT_THAT(plainWords(NavDatabaseError("1", "2").told()), IsEmpty());
+}
+
 TEST_F(ForeignTest, SoIsEveryStageOfTheSimulator) {
     using Kind = SimulatorStage::Kind;
     for (const auto kind :
@@ -190,7 +234,7 @@ TEST_F(ForeignTest, SoIsHowItStands) {
         EXPECT_THAT(plainWords(recordingSentence(recording)), IsEmpty());
         EXPECT_THAT(plainWords(samplesSentence(recording)), IsEmpty());
     }
-    EXPECT_THAT(plainWords(failureText("1")), IsEmpty());
+    EXPECT_THAT(plainWords(failureText(Phrase::verbatim("1"))), IsEmpty());
 }
 
 TEST_F(ForeignTest, SoIsWhatCameOfATestOfTheWayHere) {

@@ -6,11 +6,10 @@ namespace tarnly {
 namespace {
 
 TEST(NavDatabaseError, ShowsPathAndMessageInQuotes) {
-    const NavDatabaseError error(
-        NavDatabaseError::Case::openFailed,
-        {{"path", "nav/my \"old\".db"}, {"message", "unable to open\ndatabase file"}});
+    const NavDatabaseError error("nav/my \"old\".db", "unable to open\ndatabase file");
     EXPECT_STREQ(error.what(),
                  R"(openFailed(path: "nav/my \"old\".db", message: "unable to open\ndatabase file"))");
+    EXPECT_EQ(error.told(), error.what());
 }
 
 } // namespace

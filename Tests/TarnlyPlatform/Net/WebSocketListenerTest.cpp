@@ -6,6 +6,7 @@
 #include "Support/RawPeer.hpp"
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Net/HttpClient.hpp"
+#include "TarnlyPlatform/Net/ListenError.hpp"
 
 namespace tarnly {
 namespace {
@@ -125,10 +126,11 @@ TEST(WebSocketListener, APortInUseIsAClearError) {
     try {
         WebSocketListener second(io.get_executor(), clock, options, {});
         FAIL() << "the port was free";
-    } catch (const NetworkError& error) {
+    } catch (const ListenError& error) {
         EXPECT_EQ(error.which(), NetworkError::Case::listenFailed);
         EXPECT_EQ(std::string(error.what()),
                   "listenFailed(\"port " + std::to_string(options.port) + ": Address already in use\")");
+        EXPECT_EQ(error.told(), error.what());
     }
 }
 

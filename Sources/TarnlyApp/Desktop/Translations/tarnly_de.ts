@@ -419,6 +419,70 @@
         <source>Connect it to the one that the device is in.</source>
         <translation>Verbinden Sie ihn mit dem, in dem das Gerät ist.</translation>
     </message>
+    <message>
+        <source>listenFailed(&quot;port %1: %2&quot;)</source>
+        <translation>Verbindungen können nicht angenommen werden (Port %1: %2)</translation>
+    </message>
+    <message>
+        <source>openFailed(path: %1, message: %2)</source>
+        <translation>%1 lässt sich nicht öffnen (%2)</translation>
+    </message>
+    <message>
+        <source>has more entries than there are in the world</source>
+        <translation>hat mehr Einträge, als es auf der Welt gibt</translation>
+    </message>
+    <message>
+        <source>cannot be read to its end</source>
+        <translation>lässt sich nicht bis zum Ende lesen</translation>
+    </message>
+    <message>
+        <source>has no row that can be read</source>
+        <translation>hat keine lesbare Zeile</translation>
+    </message>
+    <message>
+        <source>%1 %2. Have the navigation data installed anew.</source>
+        <translation>%1 %2. Lassen Sie die Navigationsdaten neu installieren.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written: %2.</source>
+        <translation>%1 lässt sich nicht schreiben: %2.</translation>
+    </message>
+    <message>
+        <source>The simulator reads %1 in place of the text files, which cannot be read here: the fixes come from the text files, and may be others than the simulator&apos;s. Have your provider of navigation data install the text files (earth_fix.dat, earth_nav.dat) too.</source>
+        <translation>Der Simulator liest %1 anstelle der Textdateien, was Tarnly nicht lesen kann: Die Fixes stammen aus den Textdateien und können andere sein als die des Simulators. Lassen Sie den Anbieter Ihrer Navigationsdaten auch die Textdateien (earth_fix.dat, earth_nav.dat) installieren.</translation>
+    </message>
+    <message>
+        <source>%1 has %2 without %3, so neither is used: the two belong together. Have your provider of navigation data install both.</source>
+        <translation>In %1 steht %2 ohne %3, daher wird keine von beiden benutzt: Sie gehören zusammen. Lassen Sie den Anbieter Ihrer Navigationsdaten beide installieren.</translation>
+    </message>
+    <message>
+        <source>does not say in its second line which format it has</source>
+        <translation>nennt in der zweiten Zeile kein Format</translation>
+    </message>
+    <message>
+        <source>has the format %1, and those before %2 cannot be read</source>
+        <translation>hat das Format %1; ältere als %2 sind nicht lesbar</translation>
+    </message>
+    <message>
+        <source>%1 has the format %2, newer than %3, and is read as that one: fixes may be missing. Look for a newer version of Tarnly.</source>
+        <translation>%1 hat das Format %2, neuer als %3, und wird wie dieses gelesen: Es können Fixes fehlen. Suchen Sie nach einer neueren Version von Tarnly.</translation>
+    </message>
+    <message>
+        <source>%1 %2. Name the folder of X-Plane 11 or 12, or have it repaired by its installer.</source>
+        <translation>%1 %2. Geben Sie den Ordner von X-Plane 11 oder 12 an, oder lassen Sie den Simulator von seinem Installationsprogramm reparieren.</translation>
+    </message>
+    <message>
+        <source>is missing</source>
+        <translation>fehlt</translation>
+    </message>
+    <message>
+        <source>%1 %2, so it is left out. Make it anew, or remove it.</source>
+        <translation>%1 %2. Die Datei wird daher ausgelassen: Erstellen Sie sie neu, oder entfernen Sie sie.</translation>
+    </message>
+    <message>
+        <source>Fixes and navaids in %1 are of different cycles, %2 and %3. Have the navigation data installed anew.</source>
+        <translation>Fixes und Funkfeuer in %1 stammen aus verschiedenen Zyklen, %2 und %3. Lassen Sie die Navigationsdaten neu installieren.</translation>
+    </message>
 </context>
 <context>
     <name>tarnly::AddressesWindow</name>
