@@ -234,5 +234,6 @@ def test_every_window_can_be_used(scaled_desktop, programs, languages, network, 
             if name == "reach":
                 tarnly.wait_for_text("Nobody has reached|Noch kein Gerät hat", title)
             assert tarnly.screen.area.contains(tarnly.window(title).area)
+            assert not view.showing("scroll bar"), "there is room for all"
             save(tarnly, title, f"{name}-{language}-{scheme}")
             close(tarnly, title)

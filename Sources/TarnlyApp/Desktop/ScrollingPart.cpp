@@ -45,7 +45,9 @@ void ScrollingPart::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     const bool isScrolled = heightForWidth(viewport()->width()) > viewport()->height();
     setFocusPolicy(isScrolled ? Qt::StrongFocus : Qt::NoFocus);
-    setViewportMargins(0, 0, isScrolled ? besideBar : 0, 0);
+    const int gap = isScrolled ? besideBar : 0;
+    const bool isBarOnTheLeft = isRightToLeft();
+    setViewportMargins(isBarOnTheLeft ? gap : 0, 0, isBarOnTheLeft ? 0 : gap, 0);
 }
 
 void ScrollingPart::showFocus(const QWidget* /*before*/, QWidget* now) {

@@ -18,6 +18,8 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr double captionSize = 0.85;
+/// Of capitals: small type puts them above the height that it tells.
+constexpr int roomForAccents = 1;
 constexpr float textShare = 0.7F;
 
 /// A line has room for a word of this many letters.
@@ -49,11 +51,16 @@ int frameHeight(const QWidget& window) {
     return known > 0 ? known : usualFrameHeight;
 }
 
-/// What the desktop leaves to windows. Of a screen that is enlarged by one and a half, say, Qt rounds it up.
-int screenHeight(const QWidget& window) {
+/// What a size may be off by on a screen that is enlarged by one and a half, say: Qt rounds, and has window
+/// managers resize in steps of whole dots.
+int rounding(const QWidget& window) {
     const double dots = window.devicePixelRatioF();
-    const int rounding = dots == std::floor(dots) ? 0 : 1;
-    return window.screen()->availableGeometry().height() - rounding;
+    return dots == std::floor(dots) ? 0 : 1;
+}
+
+/// What the desktop leaves to windows.
+int screenHeight(const QWidget& window) {
+    return window.screen()->availableGeometry().height() - rounding(window);
 }
 
 /// Lets the lines of a long word, such as a host name, be broken between any two letters.
@@ -82,18 +89,31 @@ QColor secondaryColour(const QPalette& palette) {
     return readableOn(window, between);
 }
 
-HeadlineLabel::HeadlineLabel(const QString& text) : QLabel(text) {
+LeadingLabel::LeadingLabel(const QString& text) : QLabel(text) { adoptDirection(); }
+
+void LeadingLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange) adoptDirection();
+}
+
+void LeadingLabel::adoptDirection() {
+    const auto side = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    setAlignment(side | Qt::AlignAbsolute | Qt::AlignVCenter);
+}
+
+HeadlineLabel::HeadlineLabel(const QString& text) : LeadingLabel(text) {
     auto bold = font();
     bold.setBold(true);
     setFont(bold);
 }
 
-CaptionLabel::CaptionLabel(const QString& text) {
+CaptionLabel::CaptionLabel(const QString& text) : LeadingLabel({}) {
     auto smaller = font();
     smaller.setPointSizeF(smaller.pointSizeF() * captionSize);
     setFont(smaller);
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
+    setContentsMargins(0, roomForAccents, 0, 0);
     adoptColour();
     showText(text);
 }
@@ -104,7 +124,7 @@ void CaptionLabel::showText(const QString& text) {
 }
 
 void CaptionLabel::changeEvent(QEvent* event) {
-    QLabel::changeEvent(event);
+    LeadingLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) adoptColour();
 }
 
@@ -122,7 +142,7 @@ int contentHeight(const QLayout& layout, int width) {
 
 void fitContent(QWidget& window, int width) {
     forgetSizes(*window.layout());
-    const int wanted = contentHeight(*window.layout(), width);
+    const int wanted = contentHeight(*window.layout(), width) + rounding(window);
     const int available = screenHeight(window) - frameHeight(window);
     const int scrollBar = wanted > available ? window.style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
     window.setFixedSize(width + scrollBar, std::min(wanted, available));

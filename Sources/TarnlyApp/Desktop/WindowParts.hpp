@@ -8,8 +8,23 @@ class QLayout;
 
 namespace tarnly {
 
+/// A text that begins where the language of the windows begins its lines, even if its own letters run the
+/// other way, as those of a name do.
+class LeadingLabel : public QLabel {
+    Q_OBJECT
+
+  public:
+    explicit LeadingLabel(const QString& text);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void adoptDirection();
+};
+
 /// The title of a panel or of a section.
-class HeadlineLabel : public QLabel {
+class HeadlineLabel : public LeadingLabel {
     Q_OBJECT
 
   public:
@@ -18,7 +33,7 @@ class HeadlineLabel : public QLabel {
 
 /// A smaller text in the secondary colour, which follows the desktop's colours. Breaks its lines, also within
 /// a word that is too long for one; is plain text whatever is in it.
-class CaptionLabel : public QLabel {
+class CaptionLabel : public LeadingLabel {
     Q_OBJECT
 
   public:

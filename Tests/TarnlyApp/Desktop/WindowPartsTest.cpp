@@ -4,11 +4,15 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QRegion>
+#include <QScrollBar>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
+#include "TarnlyApp/Desktop/ScrollingPart.hpp"
 
 namespace tarnly {
 namespace {
@@ -39,6 +43,53 @@ TEST(Labels, SecondaryTextIsReadableInLightAndDark) {
 TEST(Labels, AnEmptyCheckBoxStandsOutInTheDark) {
     const auto window = darkPalette().color(QPalette::Window);
     EXPECT_GE(contrast(darkCheckBoxPalette().color(QPalette::Base), window), 3.0); // WCAG 2.1, 1.4.11
+}
+
+/// Where something is painted.
+QRect inkOf(QWidget& widget) {
+    const auto image = widget.grab().toImage();
+    const auto background = image.pixel(0, image.height() - 1);
+    QRegion ink;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixel(x, y) != background) ink += QRect(x, y, 1, 1);
+    return ink.boundingRect();
+}
+
+TEST(Labels, ATextBeginsWhereTheLanguageBeginsIt) {
+    HeadlineLabel headline("ab");
+    CaptionLabel caption("ab");
+    for (QLabel* label : std::initializer_list<QLabel*>{&headline, &caption}) {
+        label->resize(200, 40);
+        EXPECT_LT(inkOf(*label).right(), 100);
+        label->setLayoutDirection(Qt::RightToLeft);
+        EXPECT_GT(inkOf(*label).left(), 100) << "also a name in Latin letters";
+    }
+}
+
+TEST(Labels, NoAccentOfACaptionIsCutOff) {
+    CaptionLabel caption("\u00D6"); // O with two dots
+    caption.adjustSize();
+    QLabel roomy("\u00D6");
+    roomy.setFont(caption.font());
+    roomy.resize(60, 60);
+    EXPECT_EQ(inkOf(caption).height(), inkOf(roomy).height());
+}
+
+TEST(ScrollingPart, TheBarTouchesNoContentOnEitherSide) {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        auto* content = new QWidget;
+        auto* tall = new QWidget;
+        tall->setMinimumHeight(500);
+        (new QVBoxLayout(content))->addWidget(tall);
+        ScrollingPart part(content, "content");
+        part.setLayoutDirection(direction);
+        part.resize(200, 100);
+        part.show();
+        const auto* bar = part.verticalScrollBar();
+        const QRect place(bar->mapTo(&part, QPoint()), bar->size());
+        EXPECT_FALSE(place.adjusted(-3, 0, 3, 0).intersects(part.viewport()->geometry())) << direction;
+    }
 }
 
 /// Qt tells widgets of a new palette only while the application runs.
