@@ -15,9 +15,9 @@ constexpr double readableContrast = 4.5;
 /// that of the darker one, as https://www.w3.org/TR/WCAG21/#dfn-contrast-ratio has it. Both opaque.
 double contrast(const QColor& one, const QColor& other);
 
-/// The colour itself where it is readable on this surface, through which it may let some of that shine; else
-/// one between it and black or white that is.
-QColor readableOn(const QColor& surface, const QColor& colour);
+/// The colour itself where it has this contrast to the surface, through which it may let some of that shine;
+/// else one between it and black or white that has.
+QColor readableOn(const QColor& surface, const QColor& colour, double wanted = readableContrast);
 
 /// Of a desktop's colours those that have to be others for its texts to be readable, and no more: what is not
 /// set remains the desktop's.

@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QListWidget>
+#include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
@@ -96,6 +98,30 @@ TEST(ReadableColours, MakesEachPaletteReadable) {
                 faintPalette(QColor(surface, surface, surface), QColor(faint, faint / 2, 255 - faint));
             EXPECT_THAT(unreadable(corrected(palette)), IsEmpty()) << surface << " " << faint;
         }
+    }
+}
+
+TEST(ReadableColours, ASelectedRowIsReadableBelowTheKeyboardsFocus) {
+    for (const auto& palette : {QApplication::palette(), darkPalette()}) {
+        auto desktops = corrected(palette);
+        desktops.setResolveMask(~QPalette::ResolveMask{0}); // in all roles
+        QListWidget list;
+        list.setPalette(desktops);
+        list.addItem(QString(5, QChar(0x2588))); // full blocks, without smoothed edges
+        list.setCurrentRow(0);
+        list.setAttribute(Qt::WA_KeyboardFocusChange);
+        list.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&list));
+        list.setFocus(Qt::TabFocusReason);
+        const auto row = list.viewport()->grab(list.visualItemRect(list.item(0))).toImage();
+        std::vector<QColor> colours;
+        for (int x = 4; x < row.width() - 4; ++x)
+            colours.push_back(row.pixelColor(x, row.height() / 2));
+        const auto luminance = [](const QColor& colour) { return contrast(colour, Qt::black); };
+        const auto [darkest, lightest] = std::ranges::minmax_element(colours, {}, luminance);
+        EXPECT_GE(contrast(*darkest, *lightest), readableContrast)
+            << lightest->name().toStdString() << " on " << darkest->name().toStdString() << ", of "
+            << list.palette().color(QPalette::Highlight).name().toStdString();
     }
 }
 
