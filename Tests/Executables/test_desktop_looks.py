@@ -32,6 +32,13 @@ ForegroundNormal=252,252,252
 BackgroundNormal=32,104,152
 ForegroundNormal=252,252,252
 """
+# What the panel says of a lesson, of its port first.
+LESSON = {
+    "en": [r"^Listening on port (\d+), ", r"^Simulator: flight loaded\.$", r"^1 client is paired\.$",
+           r"^Recording for 0:(0[1-9]|[1-5]\d)\.$", r"^\d+ samples, the last one taken [\d.]+ s ago\.$"],
+    "de": [r"^Erreichbar auf Port (\d+), ", r"^Simulator: Flug geladen\.$", r"^1 Gerät ist gekoppelt\.$",
+           r"^Aufzeichnung seit 0:(0[1-9]|[1-5]\d)\.$", r"^\d+ Messpunkte, der letzte vor [\d,]+ s\.$"],
+}
 ON_KDE = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
 
 
@@ -225,18 +232,18 @@ def test_the_border_of_the_panel_is_the_same_on_all_sides(light, desktop):
     wait_until(is_even, "an even border")
 
 
-@pytest.mark.parametrize("picture, scheme", [("panel", Portal.LIGHT), ("panel-dark", Portal.DARK)])
-def test_the_panel_during_a_lesson(start, desktop, programs, picture, scheme):
+@pytest.mark.parametrize("picture, scheme, language", [
+    ("panel", Portal.LIGHT, "en"), ("panel-dark", Portal.DARK, "en"), ("panel-de", Portal.LIGHT, "de")])
+def test_the_panel_during_a_lesson(start, desktop, programs, picture, scheme, language):
+    listening, *lesson = LESSON[language]
     _, sim_port = programs.simulator("--start", "cruise")
     with Portal(desktop.bus_address, scheme):
-        tarnly = start(prefix=(), sim_port=sim_port)
+        tarnly = start(prefix=(), sim_port=sim_port, LC_ALL=f"{language}.UTF-8", LANGUAGE=language)
         panel = tarnly.open_panel()
-        client = tarnly.client(tarnly.port())
+        client = tarnly.client(int(tarnly.wait_for_text(listening).group(1)))
         client.data("recording_start")
-        tarnly.wait_for_text(r"^Simulator: flight loaded\.$")
-        tarnly.wait_for_text(r"^1 client is paired\.$")
-        tarnly.wait_for_text(r"^Recording for 0:(0[1-9]|[1-5]\d)\.$")
-        tarnly.wait_for_text(r"^\d+ samples, the last one taken [\d.]+ s ago\.$")
+        for text in lesson:
+            tarnly.wait_for_text(text)
         wait_for_darkness(tarnly, PANEL, scheme == Portal.DARK)
         expect_readable(tarnly, panel, LABEL, BUTTON)
         area = tarnly.window(PANEL).area
