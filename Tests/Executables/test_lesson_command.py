@@ -347,6 +347,16 @@ def test_the_terminal_is_as_it_was_after_a_signal(rig, on_terminal, number):
     assert terminal.mode() == terminal.before
 
 
+def test_a_recording_that_somebody_has_stopped_shows(rig, on_terminal):
+    terminal = on_terminal(rig.lesson(WELCOME, NEVER))
+    wait_until(lambda: "0:00    welcome" in terminal.text(), "the first sample")
+    assert "no sample for" not in terminal.text()
+    rig.companion.client().data("recording_stop")
+    wait_until(lambda: "connected, no sample for 0:06" in terminal.text(), "that it is told")
+    terminal.press(b"q")
+    assert terminal.status() == 0
+
+
 def test_ctrl_c_on_the_terminal_ends_it_with_a_receipt(rig, on_terminal):
     terminal = on_terminal(rig.lesson(WELCOME, NEVER))
     wait_until(lambda: redrawings(terminal) > 1, "the table")

@@ -24,6 +24,7 @@ constexpr std::size_t mostNames = 20;
 
 std::string namesOf(const std::vector<FlightListing>& flights) {
     std::vector<std::string> names;
+    names.reserve(flights.size());
     for (const auto& flight : flights)
         names.push_back(printable(flight.name));
     std::ranges::sort(names);

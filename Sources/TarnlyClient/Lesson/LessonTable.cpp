@@ -16,6 +16,9 @@ namespace {
 constexpr std::size_t mostFired = 4;
 constexpr std::size_t mostWaiting = 5;
 
+/// How many of them to show: a line that says "and 1 more" would take the place of that one.
+std::size_t shownOf(std::size_t count, std::size_t most) { return count <= most + 1 ? count : most; }
+
 std::string numberText(double value) {
     std::string text;
     appendNumber(text, value);
@@ -87,7 +90,7 @@ void addValues(std::vector<std::string>& lines, const LessonFlight& flight) {
 
 void addFired(std::vector<std::string>& lines, const LessonFlight& flight, std::size_t most) {
     const auto fired = flight.fired();
-    const auto shown = std::min(fired.size(), most);
+    const auto shown = shownOf(fired.size(), most);
     std::string head = "fired";
     if (fired.empty()) lines.push_back(row(head, "-"));
     if (shown < fired.size())
@@ -101,7 +104,7 @@ void addFired(std::vector<std::string>& lines, const LessonFlight& flight, std::
 
 void addWaiting(std::vector<std::string>& lines, const LessonFlight& flight, std::size_t most) {
     const auto waiting = flight.waiting();
-    const auto shown = std::min(waiting.size(), most);
+    const auto shown = shownOf(waiting.size(), most);
     std::size_t width = 0;
     for (std::size_t index = 0; index < shown; ++index)
         width = std::max(width, widthOf(printable(waiting[index]->id)));

@@ -6,11 +6,15 @@
 
 #include "TarnlyClient/Lesson/LessonTable.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Base/TimeText.hpp"
 
 namespace tarnly::client {
 namespace {
 
 constexpr std::chrono::milliseconds betweenDrawings{500};
+
+/// Samples come twice a second and are asked for every second: then something is in the way.
+constexpr std::chrono::seconds longestSilence{5};
 
 bool isEndKey(char key) { return key == 'q' || key == 'Q' || key == '\r' || key == '\n'; }
 
@@ -24,6 +28,7 @@ LessonWatch::LessonWatch(boost::asio::any_io_executor executor, Clock& clock, En
       lesson_(std::move(options.lesson)),
       flight_(flight),
       listener_(std::move(listener)),
+      lastSampleAt_(begin_),
       follower_(executor_, clock, std::move(companion), std::move(options.following), followerListener()),
       // What ends a program that is left alone shall end the lesson in order, the terminal's mode included.
       signals_(executor_, SIGINT, SIGTERM, SIGHUP),
@@ -60,6 +65,7 @@ RecordingFollower::Listener LessonWatch::followerListener() {
 void LessonWatch::take(const LogLine& line) {
     flight_.take(line);
     wasLost_ = false;
+    if (line.sample) lastSampleAt_ = clock_.now();
     if (!table_) listener_.recorded(line);
     if (line.fired && flight_.isOver())
         endBecause("the trigger " + printable(line.fired->triggerId) + " fired");
@@ -101,10 +107,17 @@ void LessonWatch::draw() {
     const auto size = outputSize();
     const std::chrono::duration<double> running = clock_.now() - begin_;
     const LessonView view{
-        lesson_,         isConnected_ ? "connected" : "no connection, trying again",
+        lesson_,         connectionText(),
         running.count(), keyboard_.isOpen() ? "q ends the lesson" : "Ctrl-C ends the lesson",
         size.columns,    size.rows};
     table_->draw(lessonTable(view, flight_));
+}
+
+/// A simulator that is silent, and a recording that somebody has stopped, look the same from here.
+std::string LessonWatch::connectionText() const {
+    if (!isConnected_) return "no connection, trying again";
+    const std::chrono::duration<double> silence = clock_.now() - lastSampleAt_;
+    return silence < longestSilence ? "connected" : "connected, no sample for " + timeText(silence.count());
 }
 
 Task<> LessonWatch::keepDrawing() {

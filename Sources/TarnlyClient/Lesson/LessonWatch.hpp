@@ -55,6 +55,7 @@ class LessonWatch {
     void endBecause(const std::string& reason);
     void press(char key);
     void draw();
+    std::string connectionText() const;
     Task<> keepDrawing();
     RecordingFollower::Listener followerListener();
 
@@ -66,6 +67,8 @@ class LessonWatch {
     const Listener listener_;
     std::optional<RedrawnTable> table_;
     std::string end_ = "its time was over";
+    /// When the last sample has come, or the recording began.
+    Clock::TimePoint lastSampleAt_;
     bool isConnected_ = true;
     bool wasLost_ = false;
     bool isRecordingOwn_ = true;

@@ -72,6 +72,18 @@ TEST(LessonTableTest, LongListsAreToldShort) {
     EXPECT_THAT(lines, Contains("            and 5 more"));
 }
 
+TEST(LessonTableTest, NoLineStandsForASingleOne) {
+    LoadScriptRequest script;
+    for (int index = 0; index < 11; ++index)
+        script.triggers.push_back(trigger("t" + std::to_string(index), "after_gear_down", {}));
+    LessonFlight flight(script, std::nullopt);
+    for (int index = 0; index < 5; ++index)
+        flight.take(test::fired("t" + std::to_string(index), index));
+    const auto lines = lessonTable(view, flight);
+    EXPECT_THAT(lines, Contains("  fired     0:00    t0"));
+    EXPECT_THAT(lines, Contains("            t10  0 s after the gear went down"));
+}
+
 TEST(LessonTableTest, AllThatHasFiredWaitsForNothing) {
     LessonFlight flight({}, std::nullopt);
     EXPECT_THAT(lessonTable(view, flight), Contains("  next      nothing: all have fired"));
