@@ -16,7 +16,7 @@ namespace {
 struct Descent {
     Stretch stretch;
     /// Nobody knows what the aircraft did when it came through the height.
-    bool isAcrossGap = false;
+    bool isBroken = false;
 };
 
 /// The last one in `part`, until the aircraft is above `feet` again; absent if there is none.
@@ -30,7 +30,7 @@ std::optional<Descent> lastDescent(const GradedFlight& flight, const Stretch& pa
         const bool wasAbove = known && !isBelow;
         isBelow = *height <= feet;
         if (isBelow && wasAbove) {
-            result = Descent{{sample, sample}, isGap(flight.time(*known), flight.time(sample))};
+            result = Descent{{sample, sample}, flight.isBrokenBetween(*known, sample)};
         }
         if (isBelow && result) result->stretch.end = sample + 1;
         known = sample;
@@ -114,9 +114,9 @@ void gradeApproach(const GradedFlight& flight, const Tolerance& tolerance, Grade
     const auto feet = tolerance.feet.value_or(0);
     const auto heightText = tenthsText(feet) + " ft AGL";
     const auto descent = lastDescent(flight, grade.part, feet);
-    grade.part = descent && !descent->isAcrossGap ? approachOf(flight, descent->stretch) : Stretch();
+    grade.part = descent && !descent->isBroken ? approachOf(flight, descent->stretch) : Stretch();
     if (grade.part == Stretch()) {
-        grade.words = descent ? "the recording has a gap where the aircraft came down through " + heightText
+        grade.words = descent ? "the recording does not tell how the aircraft came down through " + heightText
                               : "the recording shows no descent through " + heightText;
         return;
     }

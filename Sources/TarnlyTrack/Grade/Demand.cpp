@@ -18,7 +18,7 @@ std::size_t reach(const GradedFlight& flight, std::size_t sample, bool isForward
     while (isForward ? sample + 1 < flight.size() : sample > 0) {
         const auto next = isForward ? sample + 1 : sample - 1;
         const bool isFar = std::abs(flight.time(next) - start) > halfWindow;
-        if (isFar || isGap(flight.time(std::min(sample, next)), flight.time(std::max(sample, next)))) break;
+        if (isFar || flight.isBrokenBetween(std::min(sample, next), std::max(sample, next))) break;
         sample = next;
     }
     return sample;

@@ -23,28 +23,35 @@ class Grading {
     }
 
     Grade result() && {
-        const auto kind = std::ranges::find(toleranceKindNames, tolerance_.kind) - toleranceKindNames.begin();
-        switch (static_cast<ToleranceKind>(kind)) {
-            case ToleranceKind::altitudeHeld:
-                inPart([this] { held(Quantity::altitudeFt, "altitude"); });
-                break;
-            case ToleranceKind::heightHeld:
-                inPart([this] { held(Quantity::aglFt, "height above ground"); });
-                break;
-            case ToleranceKind::bankNotExceeded:
-                inPart([this] { bankNotExceeded(); });
-                break;
-            case ToleranceKind::stableAt:
-                inPart([this] { gradeApproach(flight_, tolerance_, grade_); });
-                break;
-            case ToleranceKind::timeBetween:
-                timeBetween();
-                break;
+        const auto part = partOf(flight_, tolerance_);
+        grade_.part = flight_.samplesFrom(part.begin, part.end);
+        if (!part.missing.empty() || grade_.part.begin == grade_.part.end) {
+            grade_.part = {};
+            notJudged(part.missing.empty() ? "the recording has nothing of this part of the flight"
+                                           : part.missing);
+        } else {
+            judge(part);
         }
         return std::move(grade_);
     }
 
   private:
+    void judge(const FlightPart& part) {
+        const auto kind = std::ranges::find(toleranceKindNames, tolerance_.kind) - toleranceKindNames.begin();
+        switch (static_cast<ToleranceKind>(kind)) {
+            case ToleranceKind::altitudeHeld:
+                return held(Quantity::altitudeFt, "altitude");
+            case ToleranceKind::heightHeld:
+                return held(Quantity::aglFt, "height above ground");
+            case ToleranceKind::bankNotExceeded:
+                return bankNotExceeded();
+            case ToleranceKind::stableAt:
+                return gradeApproach(flight_, tolerance_, grade_);
+            case ToleranceKind::timeBetween:
+                return timeBetween(part);
+        }
+    }
+
     void notJudged(std::string words) {
         grade_.verdict = Grade::Verdict::notJudged;
         grade_.words = std::move(words);
@@ -53,18 +60,6 @@ class Grading {
     void judge(bool isMet, std::string words) {
         grade_.verdict = isMet ? Grade::Verdict::met : Grade::Verdict::notMet;
         grade_.words = std::move(words);
-    }
-
-    template <typename Judge>
-    void inPart(const Judge& judgePart) {
-        const auto part = partOf(flight_, tolerance_);
-        if (!part.missing.empty()) return notJudged(part.missing);
-        grade_.part = flight_.samplesFrom(part.begin, part.end);
-        if (grade_.part.begin == grade_.part.end) {
-            grade_.part = {};
-            return notJudged("the recording has nothing of this part of the flight");
-        }
-        judgePart();
     }
 
     Measure take(const Demand& demand) {
@@ -114,10 +109,7 @@ class Grading {
         judge(measured, "steepest " + tenthsText(measured.worstValue, most) + "°");
     }
 
-    void timeBetween() {
-        const auto part = partOf(flight_, tolerance_);
-        if (!part.missing.empty()) return notJudged(part.missing);
-        grade_.part = flight_.samplesFrom(part.begin, part.end);
+    void timeBetween(const FlightPart& part) {
         const auto passed = flight_.between(part.begin, part.end);
         grade_.judgedSeconds = passed.flown;
         const auto least = tolerance_.atLeastSeconds.value_or(-HUGE_VAL);

@@ -2,7 +2,17 @@
 
 #include <algorithm>
 
+#include "TarnlyTrack/Log/GreatCircle.hpp"
+
 namespace tarnly::track {
+namespace {
+
+/// Metres a second; what is further away was not flown to.
+constexpr double fastest = 2500;
+/// Samples may be closer together than the values that they have.
+constexpr double shortestStepSeconds = 0.1;
+
+} // namespace
 
 GradedFlight::GradedFlight(const FlightLog& log) : log_(log), isFrozen_(log.size(), false) {
     while (size_ < log.size() && (size_ == 0 || time(size_) >= time(size_ - 1)))
@@ -13,8 +23,16 @@ GradedFlight::GradedFlight(const FlightLog& log) : log_(log), isFrozen_(log.size
     }
 }
 
+bool GradedFlight::isBrokenBetween(std::size_t sample, std::size_t later) const {
+    if (isGap(time(sample), time(later))) return true;
+    const auto from = log_.position(sample);
+    const auto to = log_.position(later);
+    const auto seconds = std::max(time(later) - time(sample), shortestStepSeconds);
+    return from && to && greatCircleMeters(*from, *to) > fastest * seconds;
+}
+
 GradedFlight::Step GradedFlight::stepFrom(std::size_t sample) const {
-    if (isGap(time(sample), time(sample + 1))) return Step::gap;
+    if (isBrokenBetween(sample, sample + 1)) return Step::broken;
     return isFrozen_[sample] ? Step::frozen : Step::flown;
 }
 
@@ -51,7 +69,7 @@ GradedFlight::Passed GradedFlight::between(double begin, double end) const {
         const auto seconds = std::min(end, time(sample + 1)) - std::max(begin, time(sample));
         if (seconds <= 0) continue;
         const auto step = stepFrom(sample);
-        if (step == Step::gap) passed.unknown += seconds;
+        if (step == Step::broken) passed.unknown += seconds;
         if (step == Step::frozen) passed.frozen += seconds;
     }
     // Not summed up, so that where there is nothing else it is exact.

@@ -24,8 +24,12 @@ class GradedFlight {
     std::size_t size() const { return size_; }
     double time(std::size_t sample) const { return log_.elapsedSeconds(sample); }
 
-    /// How long the values of a sample stood while the aircraft flew on: until the next sample, and 0 before
-    /// a gap, while the flight was frozen, and at the end.
+    /// Whether nobody knows how the aircraft came from a sample to a later one: there is a gap between them,
+    /// or it was put elsewhere, as by a saved flight.
+    bool isBrokenBetween(std::size_t sample, std::size_t later) const;
+
+    /// How long the values of a sample stood while the aircraft flew on: until the next sample, and 0 where
+    /// it is broken between the two, while the flight was frozen, and at the end.
     double flownSeconds(std::size_t sample) const;
 
     /// The samples of these times, ends included; empty where there are none.
@@ -39,13 +43,13 @@ class GradedFlight {
     struct Passed {
         double flown = 0;
         double frozen = 0;
-        /// In gaps, and before or behind all samples.
+        /// In gaps, while the aircraft was put elsewhere, and before or behind all samples.
         double unknown = 0;
     };
     Passed between(double begin, double end) const;
 
   private:
-    enum class Step { flown, frozen, gap };
+    enum class Step { flown, frozen, broken };
 
     Step stepFrom(std::size_t sample) const;
 

@@ -79,7 +79,14 @@ TEST(Approach, WithoutADescentNothingIsJudged) {
 TEST(Approach, AGapAtItsBeginningLeavesItUnjudged) {
     const auto lines = heights({{600}, {550}}) + heights({{450, steep(50)}, {30}}, 10);
     EXPECT_EQ(verdictOf(lines, level),
-              "not judged: the recording has a gap where the aircraft came down through 500 ft AGL");
+              "not judged: the recording does not tell how the aircraft came down through 500 ft AGL");
+}
+
+TEST(Approach, WhereTheAircraftWasPutDownNothingIsJudged) {
+    const auto high = R"("bank_deg":2,"lat":47,"lon":8)";
+    const auto low = R"("bank_deg":40,"lat":47.5,"lon":8)";
+    EXPECT_EQ(verdictOf(heights({{3000, high}, {3000, high}, {450, low}, {400, low}, {30, low}}), level),
+              "not judged: the recording does not tell how the aircraft came down through 500 ft AGL");
 }
 
 TEST(Approach, AGapWithinItIsNotCounted) {

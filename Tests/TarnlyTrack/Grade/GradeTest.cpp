@@ -173,6 +173,12 @@ TEST(GradeTime, OfATriggerThatDidNotFireIsNotJudged) {
               "not judged: \"abeam\" fired before \"landed\", and not again");
 }
 
+TEST(GradeTime, WithoutASampleNothingIsJudged) {
+    const auto lines = sample(0, 1) + fired("abeam", 1) + fired("landed", 2) + sample(9, 1);
+    EXPECT_EQ(verdictOf(lines, between + R"("at_most_s":5)"),
+              "not judged: the recording has nothing of this part of the flight");
+}
+
 TEST(GradeTime, FrozenTimeDoesNotCount) {
     const auto lines = still(0, 20) + sample(21, 1) + fired("landed", 21);
     const auto flown = sample(-2, 1) + fired("abeam", -2) + sample(-1, 1) + lines;

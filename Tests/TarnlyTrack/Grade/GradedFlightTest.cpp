@@ -40,6 +40,23 @@ TEST(GradedFlight, WhatPassedIsDivided) {
     EXPECT_EQ(GradedFlight(none).between(1, 3).unknown, 2);
 }
 
+TEST(GradedFlight, WhereTheAircraftWasPutElsewhereItIsBroken) {
+    const auto at = [](double elapsed, double lat) {
+        return sample(elapsed, 1, R"("lon":8,"lat":)" + test::numberText(lat));
+    };
+    // 0.02 degrees are 2.2 km.
+    const auto log = logOf(at(0, 47) + at(1, 47.02) + at(2, 47.05) + sample(3, 1) + at(4, 49) + at(8, 49));
+    const GradedFlight flight(log);
+    EXPECT_FALSE(flight.isBrokenBetween(0, 1));
+    EXPECT_TRUE(flight.isBrokenBetween(1, 2));
+    EXPECT_FALSE(flight.isBrokenBetween(2, 3)) << "nobody knows where it was";
+    EXPECT_TRUE(flight.isBrokenBetween(2, 4));
+    EXPECT_TRUE(flight.isBrokenBetween(4, 5)) << "a gap";
+    EXPECT_EQ(flight.flownSeconds(0), 1);
+    EXPECT_EQ(flight.flownSeconds(1), 0);
+    EXPECT_EQ(flight.between(0, 2).unknown, 1);
+}
+
 TEST(GradedFlight, EndsWhereTimeGoesBack) {
     const auto log = logOf(sample(0, 1) + sample(1, 1) + sample(0.5, 1) + fired("a", 0.5));
     const GradedFlight flight(log);
