@@ -17,7 +17,8 @@ std::span<const Target> targets() {
                                  {"settings", settings},
                                  {"desktop_entry", desktopEntry},
                                  {"nav_database", navDatabase},
-                                 {"nav_text", navText}};
+                                 {"nav_text", navText},
+                                 {"tolerances", tolerances}};
     return all;
 }
 

@@ -33,6 +33,8 @@ void desktopEntry(std::string_view bytes);
 void navDatabase(std::string_view bytes);
 /// A file of the simulator's navigation data.
 void navText(std::string_view bytes);
+/// A file of tolerances, and a recording that is graded by it.
+void tolerances(std::string_view bytes);
 
 struct Target {
     std::string name;
