@@ -1,15 +1,21 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "TarnlyCore/Flight/TrackSample.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyTrack/Export/Export.hpp"
 #include "TarnlyTrack/Log/FlightLogReader.hpp"
+#include "TarnlyTrack/Log/FlightSummary.hpp"
+#include "TarnlyTrack/Plot/PlotPage.hpp"
 
-/// How fast a day's recording is read, beside looking for its line feeds, and beside the JSON parser alone.
+/// How fast a day's recording is read, beside looking for its line feeds and beside the JSON parser alone,
+/// and what is made of it once it is read.
 namespace tarnly::track {
 namespace {
 
@@ -86,6 +92,48 @@ void dayIsParsedAsJson(benchmark::State& state) {
     countBytes(state);
 }
 
+const FlightLog& dayAsLog() {
+    static const FlightLog log = [] {
+        FlightLogReader reader;
+        reader.add(dayOfFlight());
+        return reader.finish();
+    }();
+    return log;
+}
+
+void dayIsSummed(benchmark::State& state) {
+    const auto& log = dayAsLog();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(summaryOf(log));
+}
+
+void dayIsPlotted(benchmark::State& state) {
+    const auto& log = dayAsLog();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(plotPage({plotFlight(log, "day.jsonl", std::nullopt, plotColumns(1))}));
+}
+
+/// Counts what it is given.
+class NoSink final : public TextSink {
+  public:
+    void write(std::string_view text) override { bytes += text.size(); }
+    void finish() override {}
+
+    std::size_t bytes = 0;
+};
+
+void dayIsExported(benchmark::State& state) {
+    const auto& log = dayAsLog();
+    for (auto _ : state) {
+        NoSink sink;
+        exportGpx({log, Moment(), "day", std::nullopt, {}}, sink);
+        if (sink.bytes == 0) state.SkipWithError("nothing was exported");
+    }
+}
+
+BENCHMARK(dayIsSummed)->Unit(benchmark::kMillisecond);
+BENCHMARK(dayIsPlotted)->Unit(benchmark::kMillisecond);
+BENCHMARK(dayIsExported)->Unit(benchmark::kMillisecond);
 BENCHMARK(dayIsRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(dayIsCutIntoLines)->Unit(benchmark::kMillisecond);
 BENCHMARK(dayIsParsedAsJson)->Unit(benchmark::kMillisecond);

@@ -229,6 +229,27 @@ def benchmarks(plan):
     return {entry["name"].removesuffix("/real_time"): entry for entry in json.loads(ended.stdout)["benchmarks"]}
 
 
+def track_benchmarks(plan):
+    """The same of what a day's recording costs `tarnly-track`; none where the plan has none."""
+    if not plan.track_benchmarks:
+        return {}
+    command = [executable("tarnly_track_benchmarks"), "--benchmark_format=json",
+               f"--benchmark_filter={plan.track_benchmarks}", f"--benchmark_min_time={plan.benchmark_seconds:g}"]
+    ended = subprocess.run(command, capture_output=True, text=True, check=True)
+    return {entry["name"]: entry for entry in json.loads(ended.stdout)["benchmarks"]}
+
+
+def days(found):
+    """What is done with a day's recording, beside parsing its lines as JSON."""
+    parsed = found.get("dayIsParsedAsJson")
+    for name, key, words in (("dayIsRead", "read", "read"), ("dayIsSummed", "list", "summed up, once it is read"),
+                             ("dayIsExported", "export", "exported as GPX, once it is read"),
+                             ("dayIsPlotted", "plot", "drawn on a page, once it is read")):
+        if parsed and name in found:
+            yield Figure(f"day_{key}", f"A day's recording {words}, beside parsing its JSON",
+                         found[name]["cpu_time"] / parsed["cpu_time"], is_comparable=True)
+
+
 def catching_up(found):
     """The figures that Google Benchmark has found."""
     name = "recordingComesOverASocket/samples:72000"

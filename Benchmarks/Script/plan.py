@@ -16,6 +16,7 @@ class Plan:
     most_bytes: int = 24_000_000
     many_names: int = 10_000
     benchmarks: str = "."
+    track_benchmarks: str = "."
     benchmark_seconds: float = 0.5
     has_curves: bool = True
 
@@ -31,8 +32,9 @@ class Plan:
 
 FULL = Plan()
 QUICK = Plan(rounds=1, seconds=0.5, push_seconds=2.5, beside_seconds=1.5, idle_seconds=10, starts=5, most_entries=8_000,
-             benchmarks="OverASocket/samples:72000/|othersAsk", benchmark_seconds=0.05, has_curves=False)
+             benchmarks="OverASocket/samples:72000/|othersAsk", track_benchmarks="dayIs(Exported|P|Read|Summed)",
+             benchmark_seconds=0.05, has_curves=False)
 # Whether all of it works: nothing that it measures means anything.
 SMOKE = Plan(rounds=1, seconds=0.2, push_seconds=2, beside_seconds=0.2, idle_seconds=0.2, starts=1, most_connections=1,
              most_entries=0, most_bytes=1_000, many_names=10, benchmarks="OverASocket/samples:120/",
-             benchmark_seconds=0.01)
+             track_benchmarks="", benchmark_seconds=0.01)

@@ -15,7 +15,7 @@ sys.path.append(str(TREE / "Benchmarks/Script"))
 import charts  # noqa: E402
 import report  # noqa: E402
 from curves import Curve, bend  # noqa: E402
-from figures import Figure  # noqa: E402
+from figures import Figure, days  # noqa: E402
 
 
 def test_a_tiny_run_has_each_figure_and_its_curves(tmp_path):
@@ -31,6 +31,13 @@ def test_a_tiny_run_has_each_figure_and_its_curves(tmp_path):
     assert [x for x, _ in series["recording"]["at the client"]] == [120]
     assert "| Rate at 1 connection: tarnlyd / raw echo |" in (tmp_path / "report.md").read_text()
     ElementTree.parse(tmp_path / "messages.svg")
+
+
+def test_a_day_is_told_beside_parsing_it():
+    found = {name: {"cpu_time": time} for name, time in
+             (("dayIsParsedAsJson", 1000), ("dayIsRead", 250), ("dayIsPlotted", 100), ("dayIsCutIntoLines", 7))}
+    assert {figure.key: figure.value for figure in days(found)} == {"day_read": 0.25, "day_plot": 0.1}
+    assert list(days({"dayIsRead": {"cpu_time": 250}})) == []
 
 
 def test_a_load_that_is_answered_wrongly_fails(programs):
