@@ -23,8 +23,15 @@ if(TARNLY_SANITIZE)
         # It opens a pipe to look at an object, and takes running out of descriptors for a broken one.
         add_compile_options(-fno-sanitize=vptr)
     endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+        # Its reports need lines, and no variables, which take a tenth of the time to compile.
+        add_compile_options(-gline-tables-only)
+    endif()
     if(TARNLY_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         add_compile_options(-Wno-tsan) # Asio has fences, which this sanitizer does not follow
+        # Compiles no slower, and the programs are a third of the size. What the sanitizer adds makes g++ see variables
+        # without a value, and memory that is freed otherwise than allocated, where there are none.
+        add_compile_options(-O1 -Wno-maybe-uninitialized -Wno-mismatched-new-delete)
     endif()
 endif()
 

@@ -19,6 +19,6 @@ function(tarnly_precompile)
     endforeach()
 endfunction()
 tarnly_precompile(
-    tarnly_platform tarnly_core tarnly_xplane tarnly_simulator tarnly_client tarnly_track
-    tarnly_platform_tests tarnly_core_tests tarnly_xplane_tests tarnly_simulator_tests tarnly_client_tests
-    tarnly_track_tests)
+    tarnly_platform tarnly_core tarnly_xplane tarnly_app tarnly_desktop tarnly_simulator tarnly_client tarnly_track
+    tarnly_platform_tests tarnly_core_tests tarnly_xplane_tests tarnly_app_tests tarnly_desktop_tests
+    tarnly_simulator_tests tarnly_client_tests tarnly_track_tests)
