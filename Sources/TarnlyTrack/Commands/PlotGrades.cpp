@@ -1,5 +1,7 @@
 #include "TarnlyTrack/Commands/PlotGrades.hpp"
 
+#include <cmath>
+#include <optional>
 #include <utility>
 
 #include "TarnlyTrack/Grade/Grade.hpp"
@@ -11,6 +13,12 @@ namespace {
 
 /// As wide as the small pictures are.
 constexpr std::size_t columns = 240;
+/// Beyond it a number is nothing that an aircraft does, and no pixel either.
+constexpr double largest = 1e9;
+
+double drawable(std::optional<double> value) {
+    return value && std::abs(*value) <= largest ? *value : unknown;
+}
 
 /// The value over the part that was judged, with breaks at gaps and where it is not known.
 PlotLine lineOf(const GradedFlight& flight, const Grade& grade, const GradedValue& graded) {
@@ -20,12 +28,13 @@ PlotLine lineOf(const GradedFlight& flight, const Grade& grade, const GradedValu
     RunNumber run = 0;
     std::vector<std::size_t> pinned;
     for (auto sample = grade.part.begin; sample < grade.part.end; ++sample) {
+        if (std::abs(flight.time(sample)) > largest) continue;
         const bool isGap =
             sample > grade.part.begin && flight.time(sample) - flight.time(sample - 1) > longestStepSeconds;
         if (isGap) ++run;
         if (sample == grade.worst) pinned.push_back(times.size());
         times.push_back(flight.time(sample));
-        values.push_back(graded.value(sample).value_or(unknown));
+        values.push_back(drawable(graded.value(sample)));
         runs.push_back(run);
     }
     runs = runsOfKnown(runs, values);

@@ -201,6 +201,17 @@ TEST_F(TrackCommandLineTest, DrawsGradesWithWhatWasJudged) {
     EXPECT_THAT(errors, AllOf(HasSubstr("bad.json:1:2: "), HasSubstr("nothing is graded by")));
 }
 
+TEST_F(TrackCommandLineTest, DrawsNoNumberThatNoAircraftHas) {
+    const auto file =
+        folder.write("wild.jsonl", log + R"({"kind":"sample","sample":{"elapsed_s":1,"alt_ft":1e300}})"
+                                         "\n"
+                                         R"({"kind":"sample","sample":{"elapsed_s":1e300,"alt_ft":100}})"
+                                         "\n");
+    const auto asked = folder.write("tolerances.json", tolerances);
+    EXPECT_EQ(run({"plot", file, "--tolerances", asked}), 0) << errors;
+    EXPECT_THAT(output, HasSubstr(R"("line":{"at":[0,50],"value":[10000,5000],"unit":0.01,"breaks":[0]})"));
+}
+
 TEST_F(TrackCommandLineTest, FaultsOfTheLogAreTold) {
     const auto file = folder.write("session-2026-11-16T010938Z.jsonl", log + "x\n{\"kind\":\"new\"}\n{\"ki");
     EXPECT_EQ(run({"export", file, "--format", "kml"}), 0);
