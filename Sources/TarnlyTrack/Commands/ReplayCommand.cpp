@@ -8,6 +8,7 @@
 
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
+#include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlySimulator/Simulator.hpp"
 #include "TarnlyTrack/Commands/CommandLine.hpp"
 #include "TarnlyTrack/Output/Listing.hpp"
@@ -53,6 +54,18 @@ RecordedFlight recordedFlight(const CommandContext& context, const ReplayArgumen
     return flight;
 }
 
+std::unique_ptr<simulator::Simulator> listening(boost::asio::io_context& io, Clock& clock,
+                                                simulator::SimulatorOptions options,
+                                                std::unique_ptr<ReplayFlight> flight) {
+    try {
+        return std::make_unique<simulator::Simulator>(io.get_executor(), clock, std::move(options),
+                                                      std::move(flight));
+    } catch (const NetworkError& error) {
+        throw TrackError("the replay cannot listen on " + error.payload() +
+                         "; end the simulator that has it, or choose others by --port and --udp-port");
+    }
+}
+
 /// Until a signal ends it.
 void serve(const CommandContext& context, ReplayArguments arguments, RecordedFlight flight) {
     const auto tell = [&context](const std::string& line) { context.out << line << std::endl; };
@@ -63,15 +76,14 @@ void serve(const CommandContext& context, ReplayArguments arguments, RecordedFli
     SystemClock clock;
     boost::asio::io_context io(1);
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
-    simulator::Simulator simulator(
-        io.get_executor(), clock, std::move(arguments.simulator),
-        std::make_unique<ReplayFlight>(std::move(flight), std::move(arguments.replay)));
+    auto replayed = std::make_unique<ReplayFlight>(std::move(flight), std::move(arguments.replay));
+    const auto simulator = listening(io, clock, std::move(arguments.simulator), std::move(replayed));
     signals.async_wait([&](const boost::system::error_code&, int) {
-        simulator.stop();
+        simulator->stop();
         io.stop();
     });
-    tell("Replaying " + name + " on port " + std::to_string(simulator.port()) + ", UDP port " +
-         std::to_string(simulator.udpPort()) + ".");
+    tell("Replaying " + name + " on port " + std::to_string(simulator->port()) + ", UDP port " +
+         std::to_string(simulator->udpPort()) + ".");
     tell("A recording cannot be flown: what clients write is refused.");
     if (isPaused) tell("It is paused until a client runs sim/operation/pause_off.");
     io.run();
@@ -99,12 +111,12 @@ void addReplayCommand(CLI::App& app, CommandContext& context) {
     command
         ->add_option("--port", simulator.port, "Port of the web interface (default: 8086; 0: any free one)")
         ->check(CLI::Range(0, 65535))
-        ->type_name("PORT");
+        ->option_text("PORT");
     command
         ->add_option("--udp-port", simulator.udpPort,
                      "UDP port for loading situations (default: 49000; 0: any free one)")
         ->check(CLI::Range(0, 65535))
-        ->type_name("PORT");
+        ->option_text("PORT");
     command->callback([&context, arguments] { replay(context, *arguments); });
 }
 

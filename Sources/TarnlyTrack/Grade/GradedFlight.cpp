@@ -5,18 +5,9 @@
 #include "TarnlyTrack/Log/GreatCircle.hpp"
 
 namespace tarnly::track {
-namespace {
 
-/// Metres a second; what is further away was not flown to.
-constexpr double fastest = 2500;
-/// Samples may be closer together than the values that they have.
-constexpr double shortestStepSeconds = 0.1;
-
-} // namespace
-
-GradedFlight::GradedFlight(const FlightLog& log) : log_(log), isFrozen_(log.size(), false) {
-    while (size_ < log.size() && (size_ == 0 || time(size_) >= time(size_ - 1)))
-        ++size_;
+GradedFlight::GradedFlight(const FlightLog& log)
+    : log_(log), size_(log.firstRecording()), isFrozen_(log.size(), false) {
     for (const auto& stretch : log.frozen()) {
         for (auto sample = stretch.begin; sample + 1 < stretch.end; ++sample)
             isFrozen_[sample] = true;
@@ -27,8 +18,7 @@ bool GradedFlight::isBrokenBetween(std::size_t sample, std::size_t later) const 
     if (isGap(time(sample), time(later))) return true;
     const auto from = log_.position(sample);
     const auto to = log_.position(later);
-    const auto seconds = std::max(time(later) - time(sample), shortestStepSeconds);
-    return from && to && greatCircleMeters(*from, *to) > fastest * seconds;
+    return from && to && !canFly(*from, *to, time(later) - time(sample));
 }
 
 GradedFlight::Step GradedFlight::stepFrom(std::size_t sample) const {

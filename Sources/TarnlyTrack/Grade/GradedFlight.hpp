@@ -54,7 +54,7 @@ class GradedFlight {
     Step stepFrom(std::size_t sample) const;
 
     const FlightLog& log_;
-    std::size_t size_ = 0;
+    std::size_t size_;
     /// Whether nothing moves from a sample to the next one, for so long that the flight was frozen.
     std::vector<bool> isFrozen_;
 };

@@ -51,6 +51,11 @@ void FlightLog::append(FiredTrigger fired) {
     fired_.push_back(std::move(fired));
 }
 
+std::size_t FlightLog::firstRecording() const {
+    const auto& times = columns_.front();
+    return static_cast<std::size_t>(std::ranges::is_sorted_until(times) - times.begin());
+}
+
 std::optional<double> FlightLog::value(Quantity quantity, std::size_t sample) const {
     const double number = column(quantity)[sample];
     return std::isnan(number) ? std::nullopt : std::optional(number);

@@ -78,6 +78,9 @@ class FlightLog {
 
     std::size_t size() const { return columns_.front().size(); }
 
+    /// The samples before time goes back: there another recording begins, which somebody has put behind.
+    std::size_t firstRecording() const;
+
     double elapsedSeconds(std::size_t sample) const { return columns_.front()[sample]; }
     /// Absent where the log does not tell; altitude as in `append`.
     std::optional<double> value(Quantity quantity, std::size_t sample) const;

@@ -8,6 +8,9 @@ namespace tarnly::track {
 namespace {
 
 constexpr double meanRadiusMeters = 6'371'008.8;
+/// Metres a second.
+constexpr double fastest = 2500;
+constexpr double shortestStepSeconds = 0.1;
 
 double radians(double degrees) { return degrees * std::numbers::pi / 180; }
 
@@ -30,6 +33,10 @@ double initialTrackDeg(Position from, Position to) {
     const double degrees = std::atan2(east, north) * 180 / std::numbers::pi;
     const double turned = degrees < 0 ? degrees + 360 : degrees;
     return turned < 360 ? turned : 0; // a tiny negative angle rounds up to 360
+}
+
+bool canFly(Position from, Position to, double seconds) {
+    return greatCircleMeters(from, to) <= fastest * std::max(seconds, shortestStepSeconds);
 }
 
 } // namespace tarnly::track

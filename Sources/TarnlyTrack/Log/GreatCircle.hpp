@@ -14,4 +14,9 @@ double greatCircleMeters(Position from, Position to);
 /// are the same it means nothing.
 double initialTrackDeg(Position from, Position to);
 
+/// Whether anything that flies in air comes so far in so many seconds; else the aircraft was put there. Less
+/// than a tenth counts as one: the simulator tells its position no more often, and samples may follow each
+/// other sooner.
+bool canFly(Position from, Position to, double seconds);
+
 } // namespace tarnly::track

@@ -13,19 +13,13 @@ namespace {
 constexpr std::size_t mostEngines = 4;
 /// Beyond it a number is nothing that an aircraft does, and no pixel either.
 constexpr double largest = 1e9;
-/// Metres a second. Between two samples that are further apart the aircraft was put elsewhere.
-constexpr double fastest = 2500;
 constexpr double metresPerMile = 1852;
 
-/// How many samples stand before time begins again.
-std::size_t risingSamples(const FlightLog& log) {
-    const auto times = log.column(Quantity::elapsedSeconds);
-    std::size_t count = 0;
-    while (count < times.size() && std::abs(times[count]) < largest &&
-           (count == 0 || times[count] >= times[count - 1])) {
-        ++count;
-    }
-    return count;
+/// How many samples of the first recording there are, as far as its times can be drawn.
+std::size_t drawnSamples(const FlightLog& log) {
+    const auto times = log.column(Quantity::elapsedSeconds).first(log.firstRecording());
+    const auto isBeyond = [](double time) { return std::abs(time) >= largest; };
+    return static_cast<std::size_t>(std::ranges::find_if(times, isBeyond) - times.begin());
 }
 
 template <typename ValueOf>
@@ -41,7 +35,7 @@ Plotter::Column columnOf(std::size_t count, const ValueOf& valueOf) {
 Plotter::Plotter(const FlightLog& log, std::size_t columns, std::span<const std::size_t> marked)
     : log_(log),
       columns_(columns),
-      count_(risingSamples(log)),
+      count_(drawnSamples(log)),
       times_(log.column(Quantity::elapsedSeconds).first(count_)),
       runs_(count_, 0) {
     divideIntoRuns();
@@ -182,11 +176,11 @@ std::vector<RunNumber> Plotter::runsOfTrack(const Column& lats, const Column& lo
     std::vector<RunNumber> result(known.size(), inNoRun);
     for (std::size_t i = 0; i < known.size(); ++i) {
         if (known[i] == inNoRun) continue;
+        const Position here{lats[i], lons[i]};
         const bool goesOn = i > 0 && known[i - 1] == known[i];
-        const double way =
-            goesOn ? greatCircleMeters({lats[i - 1], lons[i - 1]}, {lats[i], lons[i]}) : largest * fastest;
-        const bool isFlown = goesOn && way <= fastest * std::max(times_[i] - times_[i - 1], 0.1);
-        if (isFlown) metres += way;
+        const auto before = goesOn ? Position{lats[i - 1], lons[i - 1]} : here;
+        const bool isFlown = goesOn && canFly(before, here, times_[i] - times_[i - 1]);
+        if (isFlown) metres += greatCircleMeters(before, here);
         if (!isFlown) ++run;
         result[i] = run;
     }

@@ -10,21 +10,13 @@
 namespace tarnly::track {
 namespace {
 
-/// Metres a second; nothing that flies in air is faster.
-constexpr double fastest = 2500;
-
 /// The same angle from -180 to 180 degrees.
 double wrapped(double degrees) { return std::remainder(degrees, 360); }
-
-std::size_t risingSamples(const FlightLog& log) {
-    const auto times = log.column(Quantity::elapsedSeconds);
-    return static_cast<std::size_t>(std::ranges::is_sorted_until(times) - times.begin());
-}
 
 } // namespace
 
 RecordedFlight::RecordedFlight(FlightLog log)
-    : log_(std::move(log)), count_(risingSamples(log_)), frozen_(log_.frozen()) {
+    : log_(std::move(log)), count_(log_.firstRecording()), frozen_(log_.frozen()) {
     goTo(begin());
 }
 
@@ -45,8 +37,7 @@ bool RecordedFlight::isJump(std::size_t sample) const {
     const auto from = log_.position(sample);
     const auto to = log_.position(sample + 1);
     const double seconds = times()[sample + 1] - times()[sample];
-    const bool isTold = from && to && seconds <= longestStepSeconds;
-    return isTold && greatCircleMeters(*from, *to) > fastest * seconds;
+    return from && to && seconds <= longestStepSeconds && !canFly(*from, *to, seconds);
 }
 
 bool RecordedFlight::has(Quantity quantity) const {

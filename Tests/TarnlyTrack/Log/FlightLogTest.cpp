@@ -105,6 +105,12 @@ TEST(FlightLogTest, TimeThatGoesBackIsAGap) {
     EXPECT_THAT(logAt({5, 5.5, 0, 0, 0.5}).segments(), ElementsAre(Stretch{0, 2}, Stretch{2, 5}));
 }
 
+TEST(FlightLogTest, WhereTimeGoesBackAnotherRecordingBegins) {
+    EXPECT_EQ(logAt({5, 5.5, 5.5, 90, 0, 91}).firstRecording(), 4u);
+    EXPECT_EQ(logAt({5, 6}).firstRecording(), 2u);
+    EXPECT_EQ(FlightLog().firstRecording(), 0u);
+}
+
 TEST(FlightLogTest, WhatStaysToTheLastDigitIsFrozen) {
     FlightLog log;
     for (int i = 0; i < 4; ++i)

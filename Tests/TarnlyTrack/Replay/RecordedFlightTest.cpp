@@ -117,6 +117,12 @@ TEST(RecordedFlightTest, NothingFliesWhereTheAircraftWasPut) {
     EXPECT_EQ(flight.groundSpeedKt(), 0);
 }
 
+TEST(RecordedFlightTest, SamplesThatFollowEachOtherSoonAreNoJump) {
+    auto flight = flightOf({{0, R"(,"lat":1,"lon":2)"}, {0.004, R"(,"lat":1.0002,"lon":2)"}});
+    flight.goTo(0.002);
+    EXPECT_DOUBLE_EQ(flight.number(Quantity::lat), 1.0001);
+}
+
 TEST(RecordedFlightTest, WhatIsNotKnownIsNotInvented) {
     auto flight = flightOf({{0, R"(,"agl_ft":10)"}, {1, ""}, {2, R"(,"agl_ft":30)"}});
     flight.goTo(0.5);
