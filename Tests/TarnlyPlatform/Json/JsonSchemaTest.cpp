@@ -5,7 +5,8 @@
 #include <boost/json/parse.hpp>
 
 namespace tarnly {
-namespace {
+/// With linkage, as the counting of a record's members needs for those that are optional.
+namespace schema_test {
 
 struct Leg {
     std::string to;
@@ -31,6 +32,13 @@ struct Colour {
     void writeJson(JsonWriter& writer) const { writer.string("red"); }
     static Colour readJson(const boost::json::value&) { return {}; }
 };
+
+} // namespace schema_test
+namespace {
+
+using schema_test::Colour;
+using schema_test::Leg;
+using schema_test::Route;
 
 boost::json::value parsed(std::string_view text) { return boost::json::parse(text); }
 
