@@ -3,24 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "TarnlyTrack/Log/FlightLogReader.hpp"
+#include "TarnlyTrack/Log/SmallLogs.hpp"
 
 namespace tarnly::track {
 namespace {
 
+using test::here;
+using test::logOf;
 using testing::ElementsAre;
-
-/// Samples at altitude 1000, each with these members more.
-FlightLog logOf(std::initializer_list<std::pair<double, std::string>> samples) {
-    FlightLogReader reader;
-    for (const auto& [time, more] : samples) {
-        reader.add(R"({"kind":"sample","sample":{"alt_ft":1000,"elapsed_s":)" + std::to_string(time) + more +
-                   "}}\n");
-    }
-    return reader.finish();
-}
-
-const std::string here = R"(,"lat":1,"lon":2)";
 
 TEST(TrackTest, GoesFromGapToGapThroughWhatHasAPosition) {
     const auto track = trackOf(

@@ -2,22 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "TarnlyTrack/Log/FlightLogReader.hpp"
+#include "TarnlyTrack/Log/SmallLogs.hpp"
 
 namespace tarnly::track {
 namespace {
 
-/// Samples at altitude 1000, each with these members more.
-FlightLog logOf(std::initializer_list<std::pair<double, std::string>> samples) {
-    FlightLogReader reader;
-    for (const auto& [time, more] : samples) {
-        reader.add(R"({"kind":"sample","sample":{"alt_ft":1000,"elapsed_s":)" + std::to_string(time) + more +
-                   "}}\n");
-    }
-    return reader.finish();
-}
-
-const std::string here = R"(,"lat":1,"lon":2)";
+using test::here;
+using test::logOf;
 
 TEST(DerivedTest, SpeedIsThatBetweenTheNeighbours) {
     // A minute of arc in 20 s of which two are flown here: 180 knots to the east.
