@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QTest>
 #include <thread>
 
 #include "Support/TemporaryFolder.hpp"
@@ -20,13 +19,8 @@ class RunningCompanionTest : public testing::Test {
         if (network.joinable()) network.join();
     }
 
-    void start() {
-        runtime.start();
-        network = std::thread([this] { runtime.run(); });
-        ASSERT_TRUE(
-            QTest::qWaitFor([&] { return model.activity().stage && model.activity().port && model.port(); },
-                            patienceMilliseconds));
-    }
+    /// And waits until it listens and has looked for its simulator.
+    void start();
 
     const TemporaryFolder folder;
     SettingsStore store{folder.path() / "settings.json", nullptr};
