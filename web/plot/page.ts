@@ -1,6 +1,5 @@
 // The page: one window of time over all strips, one cursor through all of them and the track.
-import type { Flight, PackedFlights } from "./flights";
-import { unpack } from "./flights";
+import type { Flight } from "./flights";
 import { Gestures } from "./gestures";
 import { gradeTable } from "./grades";
 import { keyOf } from "./key";
@@ -19,7 +18,7 @@ const RIGHT = 24;
 /** How many strips are drawn at once when the page is opened. */
 const SEEN_FIRST = 2;
 
-class Page {
+export class Page {
     private readonly alignments: Alignment[];
     private alignment: Alignment = { by: "start" };
     private readonly shown: boolean[];
@@ -52,6 +51,11 @@ class Page {
         this.listen();
         new ResizeObserver(() => this.resize()).observe(this.slider);
         this.resize();
+    }
+
+    get title(): string {
+        const { flights } = this;
+        return this.isSingle ? `Recorded flight, ${startText(flights[0])}` : `${flights.length} recorded flights`;
     }
 
     private get isSingle(): boolean {
@@ -97,8 +101,6 @@ class Page {
 
     private build(): void {
         const { flights } = this;
-        const title = this.isSingle ? `Recorded flight, ${startText(flights[0])}` : `${flights.length} recorded flights`;
-        document.title = title;
         const toolbar = toolbarOf("Part of the flight", [
             { label: "+", name: "Zoom in", act: () => this.zoomBy(2) },
             { label: "\u2212", name: "Zoom out", act: () => this.zoomBy(0.5) },
@@ -114,7 +116,7 @@ class Page {
         ]);
         this.slider.append(this.recorded.element, ...this.strips.map((strip) => strip.element), this.bottom);
         this.root.append(
-            html("h1", {}, title),
+            html("h1", {}, this.title),
             html("section", { class: "flights", "aria-label": "Summary" }, ...flights.map((one, at) => this.flightEntry(one, at))),
             html("h2", {}, "Ground track"),
             this.track.isEmpty ? html("p", {}, "No position was recorded.") : html("figure", {}, place, this.track.element),
@@ -368,10 +370,3 @@ class Page {
         this.slider.setAttribute("aria-valuetext", [when, ...values].join("; "));
     }
 }
-
-function open(): void {
-    const packed: PackedFlights = JSON.parse(document.getElementById("flights")!.textContent!);
-    new Page(packed.flights.map(unpack), document.getElementById("page")!);
-}
-
-open();
