@@ -108,6 +108,8 @@ std::variant<CompanionOptions, EarlyExit> parseOptions(CompanionProgram program,
         ->type_name("URL")
         ->allow_extra_args(false)
         ->check(inEnglish(originFault));
+    app.add_flag("!--no-page", options.hasLessonPage,
+                 "Show browsers a short page in place of the lesson page");
     if (isDesktop) {
         app.add_flag("--background", options.startsInBackground, "Start without opening a window");
     }

@@ -33,6 +33,8 @@ struct CompanionOptions {
     std::size_t mostClients = AdmissionLimits().peers;
     /// Of web pages that may use the companion.
     std::vector<WebOrigin> allowedOrigins;
+    /// Browsers get the lesson page; a short one that says what this is otherwise.
+    bool hasLessonPage = true;
     /// Of the desktop application only: start without opening a window.
     bool startsInBackground = false;
     /// Only ask the companion that runs how it stands.

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <utility>
 
+#include "TarnlyApp/LessonPage.hpp"
 #include "TarnlyApp/ReachPage.hpp"
 #include "TarnlyApp/Remark.hpp"
 #include "TarnlyCore/NavData/NavFile.hpp"
@@ -184,7 +185,7 @@ CompanionHost::Configuration CompanionRuntime::hostConfiguration(const Companion
     configuration.admission = admissionFor(options_);
     configuration.hostName = hostName();
     configuration.allowedOrigins = setup.allowedOrigins;
-    configuration.pages = reachPages();
+    configuration.pages = options_.hasLessonPage ? lessonPages(dataFolder(options_)) : reachPages();
     configuration.tell = [](const std::string& text) { remark(text); };
     configuration.onActivity = [this] {
         if (onActivity) onActivity();

@@ -63,6 +63,11 @@ TEST(CompanionOptions, PublishingIsSaidBothWays) {
     EXPECT_EQ(options({"--no-advertise"}).advertises, false);
 }
 
+TEST(CompanionOptions, TheLessonPageMayBeTurnedOff) {
+    EXPECT_TRUE(options({}).hasLessonPage);
+    EXPECT_FALSE(options({"--no-page"}).hasLessonPage);
+}
+
 TEST(CompanionOptions, HelpAndVersionEndWell) {
     EXPECT_EQ(exitOf({"--help"}).status, 0);
     EXPECT_NE(exitOf({"--help"}).text.find("--no-advertise"), std::string::npos);

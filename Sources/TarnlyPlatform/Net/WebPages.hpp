@@ -14,7 +14,7 @@ namespace tarnly {
 /// browsers hold "self" not to include these.
 inline constexpr std::string_view pagePolicy =
     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self' ws:; "
-    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+    "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 /// A file that a port serves beside its WebSockets. A plain value.
 struct WebPage {

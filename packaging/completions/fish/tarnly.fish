@@ -12,6 +12,7 @@ complete -c tarnly -l situations -x -a '(__fish_complete_directories)' -d 'The f
 complete -c tarnly -l status-file -r -F -d 'Keep a file that tells how the companion stands'
 complete -c tarnly -l advertise -d 'Publish by DNS-SD, whatever the settings say'
 complete -c tarnly -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnly -l no-page -d 'Show browsers a short page in place of the lesson page'
 complete -c tarnly -l max-clients -x -d 'The most connections at once'
 complete -c tarnly -l allow-origin -x -d 'Let the web pages of one origin use the companion'
 complete -c tarnly -l status -d 'Print how the companion stands, and exit'

@@ -11,6 +11,7 @@ complete -c tarnlyd -l situations -x -a '(__fish_complete_directories)' -d 'The 
 complete -c tarnlyd -l status-file -r -F -d 'Keep a file that tells how the companion stands'
 complete -c tarnlyd -l advertise -d 'Publish by DNS-SD, whatever the settings say'
 complete -c tarnlyd -l no-advertise -d 'Listen without publishing by DNS-SD'
+complete -c tarnlyd -l no-page -d 'Show browsers a short page in place of the lesson page'
 complete -c tarnlyd -l max-clients -x -d 'The most connections at once'
 complete -c tarnlyd -l allow-origin -x -d 'Let the web pages of one origin use the companion'
 complete -c tarnlyd -l status -d 'Print how the companion stands, and exit'

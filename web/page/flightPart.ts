@@ -1,0 +1,42 @@
+// The flight, looked at on the page in place of the lesson.
+import { html } from "../plot/svg";
+import { flightOf } from "./flightOf";
+import type { Lesson } from "./lesson";
+import { button } from "./parts";
+import { logName } from "./recordingFile";
+import type { Say } from "./texts";
+
+type FlightView = typeof import("./flightView");
+
+/** Where the view and its style are: in the head of the page, by the build. */
+function asset(name: string): string {
+    return document.querySelector<HTMLLinkElement>(`link[data-asset="${name}"]`)!.href;
+}
+
+export class FlightPart {
+    readonly element: HTMLElement;
+    private host = html("div", {});
+
+    constructor(private readonly lesson: Lesson, say: Say, private readonly main: HTMLElement) {
+        this.element = html("section", { id: "flight", hidden: "" },
+            html("p", { class: "buttons" }, button(say("closePlot"), () => this.close())), this.host);
+    }
+
+    async show(): Promise<void> {
+        const { showFlight } = await import(asset("flight-view")) as FlightView;
+        const began = this.lesson.beganAt();
+        const host = html("div", {});
+        this.host.replaceWith(host);
+        this.host = host;
+        this.element.hidden = false;
+        this.main.hidden = true;
+        showFlight(host, flightOf(this.lesson.recording, logName(began), began.getTime() / 1000), asset("flight-style"));
+        scrollTo(0, 0);
+    }
+
+    private close(): void {
+        this.element.hidden = true;
+        this.main.hidden = false;
+        this.host.replaceChildren();
+    }
+}

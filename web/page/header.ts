@@ -1,0 +1,80 @@
+// How the connection stands, and what came of what was asked for.
+import { html } from "../plot/svg";
+import type { Link } from "../client/companion";
+import type { Lesson, Outcome } from "./lesson";
+import { button, setText } from "./parts";
+import { PAUSED } from "./readings";
+import type { Say } from "./texts";
+
+const DONE_MS = 4_000;
+
+export class Header {
+    private readonly state = html("p", { id: "state", role: "status" });
+    private readonly words = html("p", { id: "words" });
+    private readonly outcome = html("p", { id: "outcome", role: "status" });
+    private readonly password = html("input", { id: "password", type: "password", autocomplete: "current-password" });
+    private readonly keep = html("input", { id: "keep", type: "checkbox" });
+    private readonly form: HTMLFormElement;
+    readonly element: HTMLElement;
+    private hasTried = false;
+    private wasAway = false;
+    private fading: ReturnType<typeof setTimeout> | undefined;
+
+    constructor(private readonly lesson: Lesson, private readonly say: Say, keepPassword: (password?: string) => void) {
+        this.form = html("form", { id: "pairing", hidden: "" },
+            // For managers of passwords, which want a name.
+            html("input", { type: "text", autocomplete: "username", value: "tarnly", hidden: "" }),
+            html("label", { for: "password" }, say("password")), this.password,
+            html("label", { for: "keep" }, this.keep, " ", say("keepPassword")),
+            html("button", { type: "submit" }, say("pair")));
+        this.form.addEventListener("submit", event => {
+            event.preventDefault();
+            this.hasTried = true;
+            keepPassword(this.keep.checked ? this.password.value : undefined);
+            lesson.pairWith(this.password.value);
+        });
+        const night = button(say("night"), () => {
+            const isNight = document.documentElement.classList.toggle("night");
+            night.setAttribute("aria-pressed", String(isNight));
+        }, { id: "night", "aria-pressed": "false" });
+        this.element = html("header", {}, html("h1", {}, say("title")), night, this.state, this.words, this.form,
+            this.outcome);
+    }
+
+    show(link: Link = this.lesson.link): void {
+        const { say } = this;
+        const { state, words } = this.lesson.simulator;
+        this.form.hidden = link !== "refused";
+        if (link !== "paired") {
+            this.be(link === "refused" ? "refused" : "looking", say(link === "refused" ? "refused" : "looking"),
+                link === "refused" && this.hasTried ? say("wrongPassword") : "");
+            return;
+        }
+        const isPaused = this.lesson.values.values[PAUSED] === 1;
+        if (state === "flight") {
+            const isBack = this.wasAway;
+            this.wasAway = false;
+            this.be("flight", say(isPaused ? "paused" : "flight"), isBack ? say("back") : "");
+            return;
+        }
+        this.wasAway ||= state === "away" || state === "silent";
+        this.be(state, state === "unknown" ? say("looking") : say(state), words);
+    }
+
+    /** For some seconds; what was not done stays until something else is asked for. */
+    tell(outcome: Outcome): void {
+        const text = "done" in outcome ? this.say("done", outcome.done)
+            : "lost" in outcome ? this.say("lost", outcome.lost) : `${this.say("failed", outcome.failed)} – ${outcome.words}`;
+        this.outcome.className = "done" in outcome ? "fine" : "amiss";
+        setText(this.outcome, text);
+        clearTimeout(this.fading);
+        if ("done" in outcome) this.fading = setTimeout(() => setText(this.outcome, ""), DONE_MS);
+    }
+
+    private be(name: string, text: string, words: string): void {
+        this.element.dataset.state = name;
+        setText(this.state, text);
+        // What the simulator's return was told with stays for as long as it flies.
+        if (words !== "" || name !== "flight") setText(this.words, words);
+    }
+}

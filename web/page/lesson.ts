@@ -1,0 +1,149 @@
+// What the page knows and does, without a picture of it: the parts show it, and ask it to act.
+import { Companion, type Link } from "../client/companion";
+import { ConnectionLost } from "../client/failure";
+import type { FlightListing, LoadScriptRequest, Messages, RecordedFlight } from "../client/messages";
+import { catchUp, Recording } from "../client/recording";
+import { instrumentNames } from "./readings";
+import type { SimulatorNews } from "./simulator";
+import { PushedValues } from "./values";
+
+/** What came of something that the person asked for. */
+export type Outcome = { done: string } | { failed: string; words: string } | { lost: string };
+
+const CATCH_UP_MS = 1_000;
+
+export class Lesson {
+    /** Told of each change, with what has changed. */
+    onLink: (link: Link) => void = () => {};
+    onSimulator: (news: SimulatorNews) => void = () => {};
+    onValues: () => void = () => {};
+    onRecording: (isAnother: boolean) => void = () => {};
+    onOutcome: (outcome: Outcome) => void = () => {};
+
+    readonly values: PushedValues;
+    recording = new Recording();
+    /** The one before, of this page's time: what was flown is not lost because somebody began another one. */
+    earlier: { recorded: RecordedFlight; began: Date } | undefined;
+    script: LoadScriptRequest | undefined;
+    /** Of this page's own doing: others may start and stop the one recording as well. */
+    isRecording = false;
+    began: Date | undefined;
+    simulator: SimulatorNews = { state: "unknown", words: "" };
+    private readonly companion: Companion;
+    private password: string | undefined;
+    private isCatchingUp = false;
+
+    constructor(url: string, password: string | undefined) {
+        this.password = password;
+        this.companion = new Companion({ url, password });
+        this.values = new PushedValues({ url, password: () => this.password });
+        this.companion.onLink = link => {
+            if (link === "paired") this.values.want(instrumentNames);
+            this.onLink(link);
+        };
+        this.values.onValues = () => this.onValues();
+        this.values.onSimulator = news => {
+            if (news.state === "unknown") return;
+            const hasChanged = news.state !== this.simulator.state || news.words !== this.simulator.words;
+            this.simulator = news;
+            if (hasChanged) this.onSimulator(news);
+        };
+        setInterval(() => void this.follow(), CATCH_UP_MS);
+    }
+
+    start(): void {
+        void this.companion.run();
+    }
+
+    get link(): Link {
+        return this.companion.link;
+    }
+
+    pairWith(password: string): void {
+        this.password = password;
+        this.companion.pairWith(password);
+    }
+
+    /** The device has woken up or has a network again. */
+    lookNow(): void {
+        this.companion.lookNow();
+    }
+
+    /** Asks for something that is called `what` for the person, who is told what came of it. */
+    async act<T extends keyof Messages>(
+        what: string, type: T, params: Messages[T]["params"]): Promise<Messages[T]["data"] | undefined> {
+        try {
+            const answer = await this.companion.request(type, params);
+            this.onOutcome({ done: what });
+            return answer;
+        } catch (error) {
+            if (error instanceof ConnectionLost) this.onOutcome({ lost: what });
+            else this.onOutcome({ failed: what, words: (error as Error).message });
+            return undefined;
+        }
+    }
+
+    /** When the recording began; of one that others have begun, by the age of its last sample. */
+    beganAt({ samples }: RecordedFlight = this.recording): Date {
+        const age = samples.length === 0 ? 0 : samples[samples.length - 1].elapsed_s;
+        return this.began ?? new Date(Date.now() - 1_000 * age);
+    }
+
+    async situations(): Promise<FlightListing[]> {
+        try {
+            const { flights } = await this.companion.request("list_flights", undefined);
+            return flights.sort((a, b) => a.name.localeCompare(b.name));
+        } catch {
+            return []; // the companion says in its status why there are none
+        }
+    }
+
+    async record(what: string): Promise<void> {
+        if (await this.act(what, "recording_start", undefined) === undefined) return;
+        this.keepEarlier(this.recording);
+        this.recording = new Recording();
+        this.began = new Date();
+        this.isRecording = true;
+        this.onRecording(false);
+    }
+
+    async stop(what: string): Promise<void> {
+        if (await this.act(what, "recording_stop", undefined) === undefined) return;
+        this.isRecording = false;
+        await this.follow();
+        this.onRecording(false);
+    }
+
+    /** Absent when the companion has taken the script, else why not. */
+    async load(what: string, script: LoadScriptRequest): Promise<string[] | undefined> {
+        const answer = await this.act(what, "load_script", script);
+        if (answer === undefined) return undefined;
+        this.script = script;
+        this.onRecording(false);
+        return answer.unresolved_fixes;
+    }
+
+    private keepEarlier({ samples, fired }: RecordedFlight): void {
+        const recorded = { samples, fired };
+        if (samples.length > 0) this.earlier = { recorded, began: this.beganAt(recorded) };
+    }
+
+    private async follow(): Promise<void> {
+        if (this.isCatchingUp || this.link !== "paired") return;
+        this.isCatchingUp = true;
+        try {
+            const { samples, fired } = this.recording;
+            const news = await catchUp(this.companion, this.recording);
+            if (news === undefined) {
+                this.keepEarlier({ samples, fired });
+                this.began = undefined;
+                this.isRecording = false;
+            }
+            if (news === undefined || news.samples.length + news.fired.length > 0) this.onRecording(news === undefined);
+        } catch (error) {
+            if (!(error instanceof ConnectionLost)) throw error;
+        } finally {
+            this.isCatchingUp = false;
+        }
+    }
+}
