@@ -36,7 +36,7 @@ export class Lesson {
     constructor(url: string, password: string | undefined) {
         this.password = password;
         this.companion = new Companion({ url, password });
-        this.values = new PushedValues({ url, password: () => this.password });
+        this.values = new PushedValues({ url, password: () => this.password, isPaired: () => this.link === "paired" });
         this.companion.onLink = link => {
             if (link === "paired") this.values.want(instrumentNames);
             this.onLink(link);

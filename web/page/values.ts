@@ -12,7 +12,8 @@ const QUIET_MS = 3_000;
 
 export interface PushedValuesOptions {
     url: string;
-    /** The one that has been accepted. */
+    /** Whether the companion has accepted that password. Nothing is asked of it before: each guess would make it wait. */
+    isPaired: () => boolean;
     password: () => string | undefined;
     /** What opens a connection; the browser's own where it is left out. */
     open?: (url: string) => Socket;
@@ -34,6 +35,8 @@ export class PushedValues {
     private latest: Values = {};
     private lastPush = 0;
     private isTrying = false;
+    /** One that the companion takes no more, as it has another one now. */
+    private refused: { password: string | undefined } | undefined;
     private hasEnded = false;
     private readonly open: (url: string) => Socket;
     private readonly timer: ReturnType<typeof setInterval>;
@@ -72,13 +75,16 @@ export class PushedValues {
 
     /** Tries all names on a connection for that alone, and subscribes to those that have a value. */
     private async tryNames(): Promise<void> {
-        if (this.isTrying || this.hasEnded) return;
+        const password = this.options.password();
+        const isRefused = this.refused !== undefined && this.refused.password === password;
+        if (this.isTrying || this.hasEnded || isRefused || !this.options.isPaired()) return;
         this.isTrying = true;
         const connection = new Connection(this.open(this.options.url));
         try {
             await connection.opened;
-            await connection.request("pair", { password: this.options.password() });
-            const good = await this.goodNames(connection);
+            const { accepted } = await connection.request("pair", { password });
+            this.refused = accepted ? undefined : { password };
+            const good = accepted ? await this.goodNames(connection) : undefined;
             if (good !== undefined && !this.hasEnded) this.subscribeTo(good);
         } catch (error) {
             if (!(error instanceof ConnectionLost)) throw error;
