@@ -6,7 +6,6 @@ namespace tarnly::track {
 namespace {
 
 constexpr double leastMovedMeters = 1;
-constexpr double metersPerMile = 1852;
 
 } // namespace
 
@@ -23,7 +22,7 @@ Derived derivedAt(const FlightLog& log, std::size_t sample) {
     const auto end = log.position(to);
     if (begin && end) {
         const double meters = greatCircleMeters(*begin, *end);
-        derived.groundSpeedKt = meters / metersPerMile * 3600 / seconds;
+        derived.groundSpeedKt = meters / metersPerNauticalMile * 3600 / seconds;
         if (meters >= leastMovedMeters) derived.trackDeg = initialTrackDeg(*begin, *end);
     }
     const auto low = log.value(Quantity::altitudeFt, from);

@@ -4,6 +4,8 @@
 
 namespace tarnly::track {
 
+constexpr double metersPerNauticalMile = 1852;
+
 /// Between two positions along the great circle, on a sphere of the Earth's mean radius, 6,371,008.8 m
 /// (Moritz, "Geodetic Reference System 1980", Bulletin Géodésique 54, 1980). By the haversine (Sinnott,
 /// "Virtues of the Haversine", Sky and Telescope 68, 1984), which keeps its digits for positions that are

@@ -5,6 +5,7 @@
 
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
+#include "TarnlyTrack/Log/GreatCircle.hpp"
 #include "TarnlyTrack/Log/LogName.hpp"
 #include "TarnlyTrack/Output/Words.hpp"
 

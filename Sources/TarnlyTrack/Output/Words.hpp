@@ -9,7 +9,6 @@
 /// Values as people and files have them, whatever the locale.
 namespace tarnly::track {
 
-constexpr double metersPerNauticalMile = 1852;
 constexpr double metersPerFoot = 0.3048;
 
 /// A moment of a recording, as exactly as its files tell it.

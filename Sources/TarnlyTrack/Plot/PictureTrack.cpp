@@ -6,12 +6,12 @@
 #include <numbers>
 #include <string>
 
+#include "TarnlyTrack/Log/GreatCircle.hpp"
 #include "TarnlyTrack/Plot/PictureMarks.hpp"
 
 namespace tarnly::track {
 namespace {
 
-constexpr double metresPerMile = 1852;
 constexpr double metresPerDegree = 6'371'009 * std::numbers::pi / 180;
 
 /// The tracks, on a plane that touches the earth at the first position.
@@ -83,8 +83,8 @@ class TrackPanel {
     }
 
     void drawScale(Drawing& drawing) const {
-        const double miles = roundLength(180 / perMetre_ / metresPerMile);
-        const double length = miles * metresPerMile * perMetre_;
+        const double miles = roundLength(180 / perMetre_ / metersPerNauticalMile);
+        const double length = miles * metersPerNauticalMile * perMetre_;
         const double y = top_ + trackPanelHeight - 16;
         drawing.path("M" + pixels(picture::left + 16) + " " + pixels(y - 6) + "v6h" + pixels(length) + "v-6",
                      "scale");

@@ -13,7 +13,6 @@ namespace {
 constexpr std::size_t mostEngines = 4;
 /// Beyond it a number is nothing that an aircraft does, and no pixel either.
 constexpr double largest = 1e9;
-constexpr double metresPerMile = 1852;
 
 /// How many samples of the first recording there are, as far as its times can be drawn.
 std::size_t drawnSamples(const FlightLog& log) {
@@ -184,7 +183,7 @@ std::vector<RunNumber> Plotter::runsOfTrack(const Column& lats, const Column& lo
         if (!isFlown) ++run;
         result[i] = run;
     }
-    if (run > 0) flight.distanceNm = metres / metresPerMile;
+    if (run > 0) flight.distanceNm = metres / metersPerNauticalMile;
     return result;
 }
 

@@ -1,4 +1,5 @@
 #include "TarnlyTrack/Replay/ReplayFlight.hpp"
+#include "TarnlyTrack/Log/GreatCircle.hpp"
 
 #include <iterator>
 #include <utility>
@@ -11,7 +12,6 @@ using simulator::Value;
 using enum simulator::ValueType;
 
 constexpr double metersPerFoot = 0.3048;
-constexpr double metersPerMile = 1852;
 constexpr double secondsPerHour = 3600;
 
 template <auto what>
@@ -93,7 +93,7 @@ constexpr Served table[] = {
     {propeller, singles, hasEngines<Lever::prop>, engines<Lever::prop>},
     {"sim/flightmodel/position/groundspeed", single, hasPositions,
      [](const RecordedFlight& flight) -> Value {
-         return flight.groundSpeedKt() * metersPerMile / secondsPerHour;
+         return flight.groundSpeedKt() * metersPerNauticalMile / secondsPerHour;
      }},
     {"sim/flightmodel/position/hpath", single, hasPositions,
      [](const RecordedFlight& flight) -> Value { return flight.trackDeg(); }},
