@@ -1,6 +1,5 @@
 """What the tests of the lesson page share: a companion with a flight, and hands for the page."""
 
-import asyncio
 import json
 
 PASSWORD = "right one"
@@ -24,9 +23,7 @@ class Rig:
 
 async def open_page(page, port, width=390, height=844):
     await page.show(width, height, touch=True)
-    page._loaded.clear()
-    await page.call("Page.navigate", url=f"http://127.0.0.1:{port}/")
-    await asyncio.wait_for(page._loaded.wait(), 60)
+    await page.go(f"http://127.0.0.1:{port}/")
 
 
 def text(page, selector):
@@ -50,9 +47,7 @@ async def type_into(page, selector, value):
 
 
 async def choose_file(page, selector, path):
-    document = await page.call("DOM.getDocument")
-    node = await page.call("DOM.querySelector", nodeId=document["root"]["nodeId"], selector=selector)
-    await page.call("DOM.setFileInputFiles", nodeId=node["nodeId"], files=[str(path)])
+    await page.choose_file(selector, path)
 
 
 async def pair(page, password):

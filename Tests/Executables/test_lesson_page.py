@@ -4,14 +4,15 @@ import json
 
 import pytest
 from browser import Browser, in_page
+from firefox import Firefox
 from harness import reserved_port
 from lesson import trigger
 from lesson_page import PASSWORD, Rig, choose_file, open_page, pair, press, script_file, shows, text
 
 
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
+@pytest.fixture(scope="module", params=[Browser, Firefox], ids=["chromium", "firefox"])
+def browser(request):
+    started = request.param()
     yield started
     started.close()
 
@@ -23,7 +24,7 @@ def test_a_lesson_is_flown_on_the_page(programs, browser):
                          trigger("never", "after_start", seconds=9999))
 
     async def fly(page):
-        await page.call("Browser.setDownloadBehavior", behavior="allow", downloadPath=str(downloads))
+        await page.download_to(downloads)
         await open_page(page, rig.port)
         await shows(page, "#state", "Password needed")
         await pair(page, "wrong one")
