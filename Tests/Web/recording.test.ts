@@ -64,3 +64,32 @@ test("a companion that has forgotten all is noticed as well", async () => {
     equal(await catchUp(companion, recording), undefined);
     equal(recording.samples.length, 0);
 });
+
+test("a day is caught up with at once", async () => {
+    const companion = new Companion();
+    const recording = new Recording();
+    companion.all.samples = Array.from({ length: 172_800 }, (_, number) => sample(number / 2));
+    companion.all.fired = Array.from({ length: 172_800 }, (_, number) => fired(`${number}`, number / 2));
+    await catchUp(companion, recording);
+    equal(recording.samples.length, 172_800);
+    equal(recording.fired.length, 172_800);
+});
+
+test("of a long recording only the end is looked at", async () => {
+    const companion = new Companion();
+    const recording = new Recording();
+    let looks = 0;
+    companion.all.samples = Array.from({ length: 14_400 }, (_, number) => ({
+        get elapsed_s() {
+            ++looks;
+            return number / 2;
+        },
+        alt_ft: 1000,
+    }));
+    await catchUp(companion, recording);
+    const [last] = companion.all.samples.slice(-1);
+    looks = 0;
+    recording.take({ samples: [last, sample(7200)], fired: [] });
+    equal(recording.samples.length, 14_401);
+    ok(looks < 20);
+});

@@ -4,6 +4,18 @@ import type { FiredTriggerEvent, RecordedFlight, TrackSample } from "./messages"
 /** The greatest number below a positive one: the next double towards 0. */
 const justBelow = (seconds: number) => seconds * (1 - Number.EPSILON / 2);
 
+/** What of a list that is in the order of time is later than that; the rest is not looked at. */
+function laterThan<T extends { elapsed_s: number }>(since: number, list: readonly T[]): T[] {
+    let begin = list.length;
+    while (begin > 0 && list[begin - 1].elapsed_s > since) --begin;
+    return list.slice(begin);
+}
+
+/** `all.push(...more)` has no room for the samples of a day. */
+function append<T>(all: T[], more: readonly T[]): void {
+    for (const one of more) all.push(one);
+}
+
 const beginsWith = (all: readonly unknown[], beginning: readonly unknown[]) =>
     beginning.every((one, place) => JSON.stringify(one) === JSON.stringify(all[place]));
 
@@ -27,10 +39,7 @@ export class Recording {
      */
     take(answer: RecordedFlight): RecordedFlight | undefined {
         const since = this.since ?? -Infinity;
-        const known = {
-            samples: this.samples.filter(sample => sample.elapsed_s > since),
-            fired: this.fired.filter(event => event.elapsed_s > since),
-        };
+        const known = { samples: laterThan(since, this.samples), fired: laterThan(since, this.fired) };
         if (!beginsWith(answer.samples, known.samples) || !beginsWith(answer.fired, known.fired)) {
             this.samples = [];
             this.fired = [];
@@ -40,8 +49,8 @@ export class Recording {
             samples: answer.samples.slice(known.samples.length),
             fired: answer.fired.slice(known.fired.length),
         };
-        this.samples.push(...news.samples);
-        this.fired.push(...news.fired);
+        append(this.samples, news.samples);
+        append(this.fired, news.fired);
         return news;
     }
 }
