@@ -20,3 +20,4 @@ declare module "ws" {
     }
 }
 declare const process: { argv: string[]; stdin: unknown; stdout: { write(text: string): void } };
+declare function setImmediate(done: () => void): void;

@@ -1,5 +1,6 @@
 import test from "node:test";
 import { deepEqual, equal, ok } from "node:assert/strict";
+import { FakeClock, settled } from "./fakeClock";
 import { FakeSocket } from "./fakeSocket";
 import { PushedValues } from "../../web/page/values";
 
@@ -56,4 +57,27 @@ test("a password that counts no more is tried once", async () => {
     companions.values.end();
     ok(companions.asked.length > 2);
     equal(companions.values.stateOf("a"), "pushed");
+});
+
+test("a connection on which nothing comes is given up, and another one tried", async () => {
+    const clock = new FakeClock();
+    try {
+        const sockets: FakeSocket[] = [];
+        const open = () => {
+            sockets.push(new FakeSocket());
+            return sockets[sockets.length - 1];
+        };
+        const values = new PushedValues({ url: "ws://x/", isPaired: () => true, password: () => undefined, open });
+        values.want(["a"]);
+        await clock.pass(30_000);
+        equal(sockets.length, 2);
+        sockets[1].open(); // and no answer
+        await settled();
+        await clock.pass(30_000);
+        equal(sockets.length, 3);
+        deepEqual(sockets.map(socket => socket.isClosed), [true, true, false]);
+        values.end();
+    } finally {
+        clock.end();
+    }
 });

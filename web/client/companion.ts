@@ -21,6 +21,9 @@ export interface CompanionOptions {
     patience?: number;
 }
 
+/** A command's answer may take a minute, and those behind it wait as long. */
+const LONGEST_ANSWER = 75_000;
+
 /**
  * Keeps a connection to a companion: pairs, subscribes again to what was subscribed to, and begins anew when the
  * connection breaks. What was asked when it broke throws `ConnectionLost`, and is not asked again: it may have been
@@ -39,6 +42,7 @@ export class Companion {
     private password: string | undefined;
     private state: Link = "looking";
     private lastWord = 0;
+    private isAsking = false;
     private cutShort: () => void = () => {};
 
     constructor(private readonly options: CompanionOptions) {
@@ -87,6 +91,7 @@ export class Companion {
     /** Looks for the companion now: the device has woken up, or has a network again. */
     lookNow(): void {
         if (this.state === "looking") this.cutShort();
+        else if (this.state === "paired") void this.lookAfter(this.connection!, true);
     }
 
     /** Throws `Refusal`, and `ConnectionLost` also while there is no connection. */
@@ -117,10 +122,12 @@ export class Companion {
             this.lastWord = Date.now();
             this.onValues(values);
         };
-        const late = setTimeout(() => connection.close(), 3 * this.patience);
-        try {
+        const pair = async () => {
             await connection.opened;
-            const reply = await connection.request("pair", { password: this.password });
+            return await connection.request("pair", { password: this.password });
+        };
+        try {
+            const reply = await connection.within(3 * this.patience, pair());
             if (!reply.accepted) {
                 connection.close();
                 return "refused";
@@ -129,7 +136,6 @@ export class Companion {
             if (error instanceof ConnectionLost) return "lost";
             throw error;
         } finally {
-            clearTimeout(late);
             if (this.link === "ended") connection.close();
         }
         this.lastWord = Date.now();
@@ -152,17 +158,25 @@ export class Companion {
         }
     }
 
-    /** Networks go without a word: asks what is cheap, and gives the connection up when no answer comes. */
-    private async lookAfter(connection: Connection): Promise<void> {
-        if (Date.now() - this.lastWord < this.patience || connection.isWaiting) return;
-        const late = setTimeout(() => connection.close(), this.patience);
+    /**
+     * Networks go without a word: asks what is cheap, and gives the connection up when no answer comes. Where answers are
+     * waited for that may take their time, only after that, unless the device has just woken up.
+     */
+    private async lookAfter(connection: Connection, hasWoken = false): Promise<void> {
+        const silence = Date.now() - this.lastWord;
+        if (silence < this.patience || this.isAsking) return;
+        if (connection.isWaiting && !hasWoken) {
+            if (silence > LONGEST_ANSWER) connection.close();
+            return;
+        }
+        this.isAsking = true;
         try {
-            await connection.request("sim_info", undefined);
+            await connection.within(this.patience, connection.request("sim_info", undefined));
             this.lastWord = Date.now();
         } catch {
             // The connection has ended, which `talk` finds.
         } finally {
-            clearTimeout(late);
+            this.isAsking = false;
         }
     }
 

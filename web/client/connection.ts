@@ -63,6 +63,16 @@ export class Connection {
         });
     }
 
+    /** Waits for what is under way here, and closes the connection where that takes longer. */
+    async within<T>(milliseconds: number, underWay: Promise<T>): Promise<T> {
+        const late = setTimeout(() => this.close(), milliseconds);
+        try {
+            return await underWay;
+        } finally {
+            clearTimeout(late);
+        }
+    }
+
     get isWaiting(): boolean {
         return this.waiting.length > 0;
     }

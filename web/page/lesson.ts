@@ -67,6 +67,7 @@ export class Lesson {
     /** The device has woken up or has a network again. */
     lookNow(): void {
         this.companion.lookNow();
+        this.values.lookNow();
     }
 
     /** Asks for something that is called `what` for the person, who is told what came of it. */

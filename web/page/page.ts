@@ -65,6 +65,7 @@ function open(root: HTMLElement): void {
     };
     lesson.values.onNames = () => datarefs.show();
     for (const event of ["online", "focus", "pageshow"]) addEventListener(event, () => lesson.lookNow());
+    for (const event of ["visibilitychange", "resume"]) document.addEventListener(event, () => lesson.lookNow());
 
     main.append(instruments.element, map.element, script.element, recording.element, controls.element,
         situations.element, datarefs.element, place.element);

@@ -9,6 +9,8 @@ export type NameState = "pushed" | "unknown" | "none" | "waiting";
 
 const PROBE = "sim/flightmodel/position/latitude";
 const QUIET_MS = 3_000;
+/** Longer than a companion takes for what is tried; guesses at the password are answered late. */
+const LATE_MS = 20_000;
 
 export interface PushedValuesOptions {
     url: string;
@@ -67,6 +69,12 @@ export class PushedValues {
         return this.latest;
     }
 
+    /** The device has woken up or has a network again. */
+    lookNow(): void {
+        this.companion?.lookNow();
+        void this.look();
+    }
+
     end(): void {
         this.hasEnded = true;
         clearInterval(this.timer);
@@ -81,8 +89,8 @@ export class PushedValues {
         this.isTrying = true;
         const connection = new Connection(this.open(this.options.url));
         try {
-            await connection.opened;
-            const { accepted } = await connection.request("pair", { password });
+            await connection.within(LATE_MS, connection.opened);
+            const { accepted } = await connection.within(LATE_MS, connection.request("pair", { password }));
             this.refused = accepted ? undefined : { password };
             const good = accepted ? await this.goodNames(connection) : undefined;
             if (good !== undefined && !this.hasEnded) this.subscribeTo(good);
@@ -100,7 +108,7 @@ export class PushedValues {
     private async goodNames(connection: Connection): Promise<string[] | undefined> {
         const failureOf = async (name: string) => {
             try {
-                await connection.request("dataref_subscribe_values", { datarefs: [{ name }] });
+                await connection.within(LATE_MS, connection.request("dataref_subscribe_values", { datarefs: [{ name }] }));
                 return undefined;
             } catch (error) {
                 if (error instanceof Refusal) return error;

@@ -1,0 +1,93 @@
+import test from "node:test";
+import { equal, ok } from "node:assert/strict";
+import { FakeClock, settled } from "./fakeClock";
+import { RecordingCompanion } from "./recordingCompanion";
+import { Lesson } from "../../web/page/lesson";
+
+async function inALesson(work: (lesson: Lesson, clock: FakeClock, companion: RecordingCompanion) => Promise<void>) {
+    const clock = new FakeClock();
+    const companion = new RecordingCompanion();
+    const { WebSocket } = globalThis;
+    Object.assign(globalThis, { WebSocket: function() { return companion.open(); } });
+    try {
+        const lesson = new Lesson("ws://x/", undefined);
+        lesson.start();
+        await settled();
+        equal(lesson.link, "paired");
+        await work(lesson, clock, companion);
+    } finally {
+        Object.assign(globalThis, { WebSocket });
+        clock.end();
+    }
+}
+
+/** Every half second from the recording's begin on, but for the last moments. */
+function isWhole({ recording: { samples } }: Lesson): boolean {
+    return samples.every((sample, number) => sample.elapsed_s === number / 2) && samples.length > Date.now() / 500 - 4;
+}
+
+test("a device that wakes up on a dead network has all of the recording within seconds", () =>
+    inALesson(async (lesson, clock, companion) => {
+        await clock.pass(10_300);
+        companion.loseAll();
+        await clock.pass(1_000); // a question is on its way that nobody will answer
+        clock.sleep(20 * 60_000);
+        for (let times = 0; times < 3; ++times) lesson.lookNow();
+        await clock.pass(8_000);
+        equal(lesson.link, "paired");
+        ok(isWhole(lesson));
+    }));
+
+test("a device that wakes up with its connections goes on with them", () =>
+    inALesson(async (lesson, clock, companion) => {
+        await clock.pass(2_000);
+        clock.sleep(20 * 60_000);
+        const [first] = companion.sockets;
+        lesson.lookNow();
+        await clock.pass(8_000);
+        ok(!first.isClosed);
+        ok(isWhole(lesson));
+    }));
+
+test("a network that goes without a word while an answer is waited for is noticed without anybody's help", () =>
+    inALesson(async (lesson, clock, companion) => {
+        await clock.pass(10_300);
+        companion.loseAll();
+        await clock.pass(90_000);
+        equal(lesson.link, "paired");
+        ok(isWhole(lesson));
+    }));
+
+test("an answer that takes its minute is waited for", () =>
+    inALesson(async (lesson, clock, companion) => {
+        await clock.pass(2_000);
+        const [socket] = companion.sockets;
+        const { onSent } = socket;
+        const late: (() => void)[] = [];
+        socket.onSent = request => late.push(() => onSent(request));
+        let answer: unknown;
+        void lesson.act("Pause", "run_command", { name: "sim/operation/pause_toggle" }).then(data => { answer = data; });
+        await clock.pass(60_000);
+        equal(answer, undefined);
+        for (const reply of late.splice(0)) reply();
+        await settled();
+        ok(answer !== undefined);
+        ok(!socket.isClosed);
+    }));
+
+test("a day with a bad network loses nothing and leaves nothing behind", () =>
+    inALesson(async (lesson, clock, companion) => {
+        for (let hour = 0; hour < 24; ++hour) {
+            await clock.pass(3 * 60_000);
+            companion.endAll();
+            await clock.pass(3 * 60_000);
+            companion.loseAll();
+            clock.sleep(54 * 60_000);
+            lesson.lookNow();
+        }
+        await clock.pass(10_000);
+        equal(lesson.link, "paired");
+        ok(isWhole(lesson));
+        ok(companion.openCount <= 3);
+        ok(clock.timerCount < 12);
+    }));
