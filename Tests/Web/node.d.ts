@@ -14,6 +14,9 @@ declare module "node:readline" {
         on(event: "close", heard: () => void): void;
     };
 }
+declare module "node:fs" {
+    export function readFileSync(file: string, coding: "utf8"): string;
+}
 declare module "ws" {
     export class WebSocket {
         constructor(url: string);

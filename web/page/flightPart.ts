@@ -3,7 +3,6 @@ import { html } from "../plot/svg";
 import { flightOf } from "./flightOf";
 import type { Lesson } from "./lesson";
 import { button } from "./parts";
-import { logName } from "./recordingFile";
 import type { Say } from "./texts";
 
 type FlightView = typeof import("./flightView");
@@ -24,13 +23,12 @@ export class FlightPart {
 
     async show(): Promise<void> {
         const { showFlight } = await import(asset("flight-view")) as FlightView;
-        const began = this.lesson.beganAt();
         const host = html("div", {});
         this.host.replaceWith(host);
         this.host = host;
         this.element.hidden = false;
         this.main.hidden = true;
-        showFlight(host, flightOf(this.lesson.recording, logName(began), began.getTime() / 1000), asset("flight-style"));
+        showFlight(host, flightOf(this.lesson.recording, this.lesson.beganAt()), asset("flight-style"));
         scrollTo(0, 0);
     }
 

@@ -113,7 +113,7 @@ struct PlotFlight {
     /// Of the last sample.
     double seconds = 0;
     std::size_t samples = 0;
-    /// Over ground, gaps not bridged; absent without two positions.
+    /// Over ground, gaps not bridged; absent without a position.
     std::optional<double> distanceNm;
     /// Indicated.
     std::optional<double> highestFt;
