@@ -5,7 +5,6 @@ import { button, part } from "./parts";
 import type { Say, TextKey } from "./texts";
 
 const commands: { key: TextKey; command: string }[] = [
-    { key: "pause", command: "sim/operation/pause_toggle" },
     { key: "gearToggle", command: "sim/flight_controls/landing_gear_toggle" },
     { key: "flapsDown", command: "sim/flight_controls/flaps_down" },
     { key: "flapsUp", command: "sim/flight_controls/flaps_up" },

@@ -12,7 +12,7 @@ export class DatarefsPart {
     constructor(private readonly lesson: Lesson, private readonly say: Say, names: string[],
         private readonly keep: (names: string[]) => void) {
         const input = html("input", { id: "dataref", autocapitalize: "none", autocomplete: "off", spellcheck: "false" });
-        const form = html("form", {}, html("label", { for: "dataref" }, say("datarefName")), input,
+        const form = html("form", { class: "adding" }, html("label", { for: "dataref" }, say("datarefName")), input,
             html("button", { type: "submit" }, say("add")));
         form.addEventListener("submit", event => {
             event.preventDefault();
@@ -31,9 +31,9 @@ export class DatarefsPart {
     }
 
     show(): void {
-        const { values } = this.lesson;
+        const { values, present } = this.lesson;
         for (const [name, row] of this.rows) {
-            const value = values.values[name];
+            const value = present[name];
             const state = values.stateOf(name);
             setText(row, value !== undefined ? String(Number(value.toPrecision(7)))
                 : state === "unknown" ? this.say("unknownName") : state === "none" ? this.say("noValue") : "–");

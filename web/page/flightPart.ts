@@ -28,12 +28,14 @@ export class FlightPart {
         this.host = host;
         this.element.hidden = false;
         this.main.hidden = true;
+        document.documentElement.classList.add("plotted");
         showFlight(host, flightOf(this.lesson.recording, this.lesson.beganAt()), asset("flight-style"));
         scrollTo(0, 0);
     }
 
-    private close(): void {
+    close(): void {
         this.element.hidden = true;
+        document.documentElement.classList.remove("plotted");
         this.main.hidden = false;
         this.host.replaceChildren();
     }

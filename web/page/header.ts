@@ -1,8 +1,7 @@
 // How the connection stands, and what came of what was asked for.
 import { html } from "../plot/svg";
-import type { Link } from "../client/companion";
 import type { Lesson, Outcome } from "./lesson";
-import { button, setText } from "./parts";
+import { setText } from "./parts";
 import { PAUSED } from "./readings";
 import type { Say } from "./texts";
 
@@ -20,12 +19,13 @@ export class Header {
     private wasAway = false;
     private fading: ReturnType<typeof setTimeout> | undefined;
 
-    constructor(private readonly lesson: Lesson, private readonly say: Say, keepPassword: (password?: string) => void) {
+    constructor(private readonly lesson: Lesson, private readonly say: Say, keepPassword: (password?: string) => void,
+        beside: readonly HTMLElement[]) {
         this.form = html("form", { id: "pairing", hidden: "" },
             // For managers of passwords, which want a name.
             html("input", { type: "text", autocomplete: "username", value: "tarnly", hidden: "" }),
             html("label", { for: "password" }, say("password")), this.password,
-            html("label", { for: "keep" }, this.keep, " ", say("keepPassword")),
+            html("label", { for: "keep", class: "switch" }, this.keep, " ", say("keepPassword")),
             html("button", { type: "submit" }, say("pair")));
         this.form.addEventListener("submit", event => {
             event.preventDefault();
@@ -33,16 +33,13 @@ export class Header {
             keepPassword(this.keep.checked ? this.password.value : undefined);
             lesson.pairWith(this.password.value);
         });
-        const night = button(say("night"), () => {
-            const isNight = document.documentElement.classList.toggle("night");
-            night.setAttribute("aria-pressed", String(isNight));
-        }, { id: "night", "aria-pressed": "false" });
-        this.element = html("header", {}, html("h1", {}, say("title")), night, this.state, this.words, this.form,
+        this.element = html("header", {}, html("h1", {}, say("title")), this.state, ...beside, this.words, this.form,
             this.outcome);
     }
 
-    show(link: Link = this.lesson.link): void {
+    show(): void {
         const { say } = this;
+        const { link } = this.lesson;
         const { state, words } = this.lesson.simulator;
         this.form.hidden = link !== "refused";
         if (link !== "paired") {
@@ -50,7 +47,7 @@ export class Header {
                 link === "refused" && this.hasTried ? say("wrongPassword") : "");
             return;
         }
-        const isPaused = this.lesson.values.values[PAUSED] === 1;
+        const isPaused = this.lesson.present[PAUSED] === 1;
         if (state === "flight") {
             const isBack = this.wasAway;
             this.wasAway = false;
@@ -58,7 +55,8 @@ export class Header {
             return;
         }
         this.wasAway ||= state === "away" || state === "silent";
-        this.be(state, state === "unknown" ? say("looking") : say(state), words);
+        // "Load a flight" is all that the companion's own words would add.
+        this.be(state, state === "unknown" ? say("looking") : say(state), state === "menu" ? "" : words);
     }
 
     /** For some seconds; what was not done stays until something else is asked for. */

@@ -1,5 +1,6 @@
 // What the page knows and does, without a picture of it: the parts show it, and ask it to act.
 import { Companion, type Link } from "../client/companion";
+import type { Values } from "../client/connection";
 import { ConnectionLost } from "../client/failure";
 import type { FlightListing, LoadScriptRequest, Messages, RecordedFlight } from "../client/messages";
 import { catchUp, Recording } from "../client/recording";
@@ -11,6 +12,10 @@ import { PushedValues } from "./values";
 export type Outcome = { done: string } | { failed: string; words: string } | { lost: string };
 
 const CATCH_UP_MS = 1_000;
+/** A recording that has not grown for so long does not run, as far as the page can see. */
+const GROWTH_MS = 3_000;
+/** After so long without an answer, what has fired meanwhile was missed: it is shown, and not spoken any more. */
+export const MISSED_MS = 10_000;
 
 export class Lesson {
     /** Told of each change, with what has changed. */
@@ -28,10 +33,15 @@ export class Lesson {
     /** Of this page's own doing: others may start and stop the one recording as well. */
     isRecording = false;
     began: Date | undefined;
+    /** What has just come was caught up with after a longer absence: nobody is to be told of it as news. */
+    isLate = true;
     simulator: SimulatorNews = { state: "unknown", words: "" };
     private readonly companion: Companion;
     private password: string | undefined;
     private isCatchingUp = false;
+    /** When the companion was last asked, and when that brought more of the recording. */
+    private lastFollow = -Infinity;
+    private lastGrowth = -Infinity;
 
     constructor(url: string, password: string | undefined) {
         this.password = password;
@@ -57,6 +67,16 @@ export class Lesson {
 
     get link(): Link {
         return this.companion.link;
+    }
+
+    /** Of this page's doing or another's. */
+    get isRunning(): boolean {
+        return this.isRecording || Date.now() - this.lastGrowth < GROWTH_MS;
+    }
+
+    /** Those of this moment: none where nobody knows. */
+    get present(): Values {
+        return this.link === "paired" && this.simulator.state === "flight" ? this.values.values : {};
     }
 
     pairWith(password: string): void {
@@ -105,6 +125,7 @@ export class Lesson {
         this.recording = new Recording();
         this.began = new Date();
         this.isRecording = true;
+        this.lastFollow = Date.now();
         this.onRecording(false);
     }
 
@@ -112,6 +133,7 @@ export class Lesson {
         if (await this.act(what, "recording_stop", undefined) === undefined) return;
         this.isRecording = false;
         await this.follow();
+        this.lastGrowth = -Infinity;
         this.onRecording(false);
     }
 
@@ -140,6 +162,11 @@ export class Lesson {
                 this.began = undefined;
                 this.isRecording = false;
             }
+            const now = Date.now();
+            this.isLate = now - this.lastFollow > MISSED_MS;
+            this.lastFollow = now;
+            if (news === undefined) this.lastGrowth = -Infinity;
+            else if (news.samples.length > 0 && !this.isLate) this.lastGrowth = now;
             if (news === undefined || news.samples.length + news.fired.length > 0) this.onRecording(news === undefined);
         } catch (error) {
             if (!(error instanceof ConnectionLost)) throw error;

@@ -1,5 +1,6 @@
 // The lesson page: one lesson, and the parts that show it.
 import { html } from "../plot/svg";
+import { ActionBar } from "./actionBar";
 import { Controls, parseFailures } from "./controls";
 import { DatarefsPart } from "./datarefsPart";
 import { FlightPart } from "./flightPart";
@@ -7,12 +8,13 @@ import { Header } from "./header";
 import { Instruments } from "./instruments";
 import { Lesson } from "./lesson";
 import { TrackMap } from "./map";
+import { nightSwitch } from "./night";
 import { PlacePart } from "./place";
 import { Question } from "./question";
 import { RecordingPart } from "./recordingPart";
 import { ScriptPart } from "./scriptPart";
 import { Situations } from "./situations";
-import { keepNames, keepPassword, keptNames, keptPassword } from "./store";
+import { keepNames, keepNight, keepPassword, keptNames, keptNight, keptPassword } from "./store";
 import { languageOf, speakerOf } from "./texts";
 
 async function showFailures(controls: Controls): Promise<void> {
@@ -33,43 +35,53 @@ function open(root: HTMLElement): void {
 
     const main = html("main", {});
     const flight = new FlightPart(lesson, say, main);
-    const header = new Header(lesson, say, keepPassword);
     const instruments = new Instruments(say);
     const map = new TrackMap(say);
     const script = new ScriptPart(lesson, say, language);
     const recording = new RecordingPart(lesson, say, question, () => void flight.show());
+    const bar = new ActionBar(lesson, say, () => void recording.record(), () => {
+        flight.close();
+        script.open();
+    });
+    const header = new Header(lesson, say, keepPassword, [bar.clock, nightSwitch(say, keptNight(), keepNight)]);
     const controls = new Controls(lesson, say);
     const situations = new Situations(lesson, say, question);
     const place = new PlacePart(lesson, say, question);
     const datarefs = new DatarefsPart(lesson, say, keptNames(), keepNames);
 
     lesson.onLink = link => {
-        header.show(link);
+        showValues();
         root.classList.toggle("apart", link !== "paired");
+        root.classList.toggle("locked", link === "refused");
         if (link !== "paired") return;
         void situations.look();
         void showFailures(controls);
     };
-    lesson.onSimulator = () => header.show();
+    const showValues = () => {
+        header.show();
+        bar.show();
+        instruments.show(lesson.present);
+        map.show(lesson.present);
+        datarefs.show();
+    };
+    lesson.onSimulator = showValues;
     lesson.onOutcome = outcome => header.tell(outcome);
     lesson.onRecording = isAnother => {
         script.show(isAnother);
         recording.show(isAnother);
+        bar.show();
     };
-    lesson.onValues = () => {
-        const { values } = lesson.values;
-        header.show();
-        instruments.show(values);
-        map.show(values);
-        datarefs.show();
-    };
+    lesson.onValues = showValues;
     lesson.values.onNames = () => datarefs.show();
     for (const event of ["online", "focus", "pageshow"]) addEventListener(event, () => lesson.lookNow());
     for (const event of ["visibilitychange", "resume"]) document.addEventListener(event, () => lesson.lookNow());
 
-    main.append(instruments.element, map.element, script.element, recording.element, controls.element,
-        situations.element, datarefs.element, place.element);
-    root.append(header.element, main, flight.element, html("footer", {}, html("p", {}, say("install"))), question.element);
+    // In this order on a phone, beside each other where there is room.
+    main.append(html("div", {}, instruments.element, script.element),
+        html("div", {}, map.element, recording.element, controls.element),
+        html("div", {}, situations.element, place.element, datarefs.element));
+    root.append(header.element, main, flight.element, html("footer", {}, html("p", {}, say("install"))), bar.element,
+        question.element);
     header.show();
     lesson.start();
 }

@@ -35,10 +35,10 @@ export class PlacePart {
             this.inputs.set(one.key, input);
             return row;
         });
-        this.element = part("place", say("place"), ...fields(place),
+        this.element = part("place", say("place"), html("div", { class: "fields" }, ...fields(place)),
             html("p", { class: "buttons" }, button(say("here"), () => this.takePlace()),
                 button(say("move"), () => void this.move())),
-            ...fields(attitude), html("p", { class: "buttons" }, button(say("apply"), () => void this.apply())), this.complaint);
+            html("div", { class: "fields" }, ...fields(attitude)), html("p", { class: "buttons" }, button(say("apply"), () => void this.apply())), this.complaint);
     }
 
     private takePlace(): void {

@@ -12,17 +12,18 @@ export class ScriptPart {
     private readonly triggers = html("ol", { class: "triggers" });
     private readonly cards = html("div", { id: "cards", role: "log", "aria-live": "polite" });
     private readonly voice: Voice;
+    private readonly file: HTMLInputElement;
     private told = 0;
     readonly element: HTMLElement;
 
     constructor(private readonly lesson: Lesson, private readonly say: Say, language: string) {
         this.voice = new Voice(language);
         this.remark = html("p", { role: "status" }, say("noScript"));
-        const file = html("input", { id: "script-file", type: "file", accept: ".json,application/json" });
-        file.addEventListener("change", () => {
-            const [chosen] = file.files ?? [];
+        this.file = html("input", { id: "script-file", type: "file", accept: ".json,application/json" });
+        this.file.addEventListener("change", () => {
+            const [chosen] = this.file.files ?? [];
             if (chosen !== undefined) void this.load(chosen);
-            file.value = "";
+            this.file.value = "";
         });
         const speak = html("input", { id: "speak", type: "checkbox" });
         speak.addEventListener("change", () => {
@@ -32,9 +33,15 @@ export class ScriptPart {
         });
         speak.disabled = !Voice.isThere;
         this.element = part("script", say("script"), this.cards,
-            html("p", {}, html("label", { for: "script-file", class: "button" }, say("chooseScript")), file),
-            html("p", {}, html("label", { for: "speak" }, speak, " ", Voice.isThere ? say("speakTexts") : say("noVoice"))),
+            html("p", {}, html("label", { for: "script-file", class: "button" }, say("chooseScript")), this.file),
+            html("p", {}, html("label", { for: "speak", class: "switch" }, speak, " ", Voice.isThere ? say("speakTexts") : say("noVoice"))),
             this.remark, this.triggers);
+    }
+
+    /** To where the script is, or to the choice of one. */
+    open(): void {
+        this.element.scrollIntoView({ block: "start" });
+        if (this.lesson.script === undefined) this.file.click();
     }
 
     /** What fired since it was last shown becomes a card, and is spoken. */
