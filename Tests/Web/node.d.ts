@@ -22,5 +22,14 @@ declare module "ws" {
         constructor(url: string);
     }
 }
+// The bundler gives files as texts.
+declare module "*.md" {
+    const text: string;
+    export default text;
+}
+declare module "*.json" {
+    const text: string;
+    export default text;
+}
 declare const process: { argv: string[]; stdin: unknown; stdout: { write(text: string): void } };
 declare function setImmediate(done: () => void): void;

@@ -1,8 +1,9 @@
 // The lesson page: one lesson, and the parts that show it.
 import { html } from "../plot/svg";
 import { ActionBar } from "./actionBar";
-import { Controls, parseFailures } from "./controls";
+import { Controls } from "./controls";
 import { DatarefsPart } from "./datarefsPart";
+import { parseFailures } from "./failures";
 import { FlightPart } from "./flightPart";
 import { Header } from "./header";
 import { Instruments } from "./instruments";
@@ -15,14 +16,15 @@ import { RecordingPart } from "./recordingPart";
 import { ScriptPart } from "./scriptPart";
 import { Situations } from "./situations";
 import { keepNames, keepNight, keepPassword, keptNames, keptNight, keptPassword } from "./store";
-import { languageOf, speakerOf } from "./texts";
+import { type Language, languageOf, type Say, speakerOf } from "./texts";
 
-async function showFailures(controls: Controls): Promise<void> {
+async function showFailures(controls: Controls, say: Say, language: Language): Promise<void> {
+    const text = await fetch("failures.json").then(answer => answer.text()).catch(() => undefined);
+    if (text === undefined) return;
     try {
-        const answer = await fetch("failures.json");
-        if (answer.ok) controls.showFailures(parseFailures(await answer.text()));
-    } catch {
-        // A list that is none: the switches work without.
+        controls.showFailures(parseFailures(text, say, language));
+    } catch (error) {
+        controls.showFailures({ failures: [], complaints: [(error as Error).message] });
     }
 }
 
@@ -55,7 +57,7 @@ function open(root: HTMLElement): void {
         root.classList.toggle("locked", link === "refused");
         if (link !== "paired") return;
         void situations.look();
-        void showFailures(controls);
+        void showFailures(controls, say, language);
     };
     const showValues = () => {
         header.show();

@@ -1,11 +1,12 @@
 // A script on the page: what its triggers say, and which have fired.
 import type { FiredTriggerEvent, LoadScriptRequest, ScriptTrigger } from "../client/messages";
+import type { Say } from "./texts";
 
 /** Throws an Error that says why not. What is wrong within a trigger the companion says. */
-export function parseScript(text: string): LoadScriptRequest {
+export function parseScript(text: string, say: Say): LoadScriptRequest {
     const content = JSON.parse(text) as unknown;
     const triggers = Array.isArray(content) ? content : (content as { triggers?: unknown } | null)?.triggers;
-    if (!Array.isArray(triggers)) throw new Error('no "triggers"');
+    if (!Array.isArray(triggers)) throw new Error(say("noTriggers"));
     return { triggers: triggers as ScriptTrigger[] };
 }
 
@@ -13,12 +14,6 @@ export function parseScript(text: string): LoadScriptRequest {
 export function textOf(trigger: ScriptTrigger): string {
     const { text } = trigger.action ?? {};
     return typeof text === "string" ? text : "";
-}
-
-/** "reaches_fix RIDGE, within_nm 1" in a form that people read: the kind and what it needs. */
-export function conditionText(trigger: ScriptTrigger): string {
-    const parts = Object.entries(trigger.condition ?? {}).map(([key, value]) => `${key.replaceAll("_", " ")} ${value}`);
-    return [trigger.condition_kind.replaceAll("_", " "), ...parts].join(", ");
 }
 
 export interface TriggerState {

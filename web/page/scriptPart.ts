@@ -1,9 +1,10 @@
 // The script: loaded from a file, its triggers waiting or fired, its texts shown and spoken.
 import { html } from "../plot/svg";
+import { conditionText } from "./conditions";
 import type { Lesson } from "./lesson";
 import { durationText, part, setText } from "./parts";
-import { conditionText, parseScript, textOf, triggerStates, Voice } from "./script";
-import type { Say } from "./texts";
+import { parseScript, textOf, triggerStates, Voice } from "./script";
+import type { Language, Say } from "./texts";
 
 const MOST_CARDS = 5;
 
@@ -16,7 +17,7 @@ export class ScriptPart {
     private told = 0;
     readonly element: HTMLElement;
 
-    constructor(private readonly lesson: Lesson, private readonly say: Say, language: string) {
+    constructor(private readonly lesson: Lesson, private readonly say: Say, private readonly language: Language) {
         this.voice = new Voice(language);
         this.remark = html("p", { role: "status" }, say("noScript"));
         this.file = html("input", { id: "script-file", type: "file", accept: ".json,application/json" });
@@ -72,7 +73,7 @@ export class ScriptPart {
         const states = triggerStates(script, recording.fired);
         if (this.triggers.childElementCount !== states.length) {
             this.triggers.replaceChildren(...states.map(({ trigger }) => html("li", {},
-                html("b", {}, trigger.id), " ", html("span", {}, conditionText(trigger)), " ", html("em", {}))));
+                html("b", {}, trigger.id), " ", html("span", {}, conditionText(trigger, this.say, this.language)), " ", html("em", {}))));
         }
         states.forEach(({ firedAt }, at) => {
             const row = this.triggers.children[at];
@@ -83,7 +84,7 @@ export class ScriptPart {
 
     private async load(file: File): Promise<void> {
         try {
-            const script = parseScript(await file.text());
+            const script = parseScript(await file.text(), this.say);
             const unresolved = await this.lesson.load(file.name, script);
             if (unresolved === undefined) return;
             this.triggers.replaceChildren();
