@@ -4,6 +4,9 @@ import base64
 
 from tab import RunningBrowser, Tab, in_page  # noqa: F401
 
+# Of those keys with which the browser itself does something.
+KEY_CODES = {"Tab": 9, "Enter": 13, "Escape": 27, " ": 32}
+
 
 class Browser(RunningBrowser):
     def __init__(self):
@@ -46,13 +49,19 @@ class Page(Tab):
     async def leave(self):
         await self.call("Page.close")
 
-    async def show(self, width, height, dark=False, touch=False):
-        """What kind of screen it is on, from now on."""
+    async def show(self, width, height, dark=False, touch=False, still=False):
+        """What kind of screen it is on, from now on; `still` is for people who want nothing to move."""
         await self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1,
                         mobile=touch)
         await self.call("Emulation.setTouchEmulationEnabled", enabled=touch)
         await self.call("Emulation.setEmulatedMedia",
-                        features=[{"name": "prefers-color-scheme", "value": "dark" if dark else "light"}])
+                        features=[{"name": "prefers-color-scheme", "value": "dark" if dark else "light"},
+                                  {"name": "prefers-reduced-motion", "value": "reduce" if still else "no-preference"}])
+
+    async def prefer(self, language):
+        """Of the person, from now on."""
+        version = await self.call("Browser.getVersion")
+        await self.call("Emulation.setUserAgentOverride", userAgent=version["userAgent"], acceptLanguage=language)
 
     async def _navigate(self, url):
         await self.call("Page.navigate", url=url)
@@ -74,10 +83,14 @@ class Page(Tab):
     async def mouse(self, kind, x, y, **params):
         await self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, **params)
 
-    async def key(self, key, text=None):
-        params = {"key": key} | ({"text": text} if text else {})
-        await self.call("Input.dispatchKeyEvent", type="keyDown", **params)
-        await self.call("Input.dispatchKeyEvent", type="keyUp", key=key)
+    async def key(self, key, text=None, shift=False):
+        params = {"key": key, "windowsVirtualKeyCode": KEY_CODES.get(key, 0), "modifiers": 8 if shift else 0}
+        text = text or {"Enter": "\r", " ": " "}.get(key)
+        await self.call("Input.dispatchKeyEvent", type="keyDown", **params, **({"text": text} if text else {}))
+        await self.call("Input.dispatchKeyEvent", type="keyUp", **params)
+
+    async def type(self, text):
+        await self.call("Input.insertText", text=text)
 
     async def touch(self, kind, points):
         await self.call("Input.dispatchTouchEvent", type=kind,

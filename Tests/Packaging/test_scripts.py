@@ -36,6 +36,7 @@ class System:
         self._tools.mkdir()
         self._tool("dpkg-query", "exit 1")
         self._tool("apt-get", f'echo "apt-get $*" >>"{self._asked}"')
+        self._tool("npm", f'[ "$1" != ls ] || exit 1; echo "npm $*" >>"{self._asked}"')
         self._tool("sudo", 'exec "$@"')
 
     def _tool(self, name, text):
@@ -52,7 +53,7 @@ class System:
 
     def installed(self):
         """What apt has been asked to install, after it had been told to look at the archives."""
-        update, install = self.asked()
+        update, install = [line for line in self.asked() if line.startswith("apt-get")]
         assert update == "apt-get update -q"
         return {word for word in install.split()[2:] if not word.startswith("-")}
 
@@ -64,13 +65,15 @@ def test_setup_installs_what_is_missing_under_the_names_of_the_release(folder, d
     assert ended.returncode == 0, ended
     packages = system.installed()
     assert {"g++", "cmake", "qt6-base-dev", "libgtest-dev"} <= packages
+    assert len(system.asked()) == 2
     assert {name for name in packages if "boost" in name} == {boost}
 
 
 def test_setup_installs_for_developers_on_debian_12(folder):
     system = System(folder, DEBIAN_12)
     assert system.set_up("--developer").returncode == 0
-    assert {"g++", "clang-16", "mmdebstrap"} <= system.installed()
+    assert {"g++", "clang-16", "mmdebstrap", "chromium", "firefox-esr"} <= system.installed()
+    assert re.fullmatch(r"npm install --global --prefix /usr/local .* axe-core@[\d.]+", system.asked()[-1])
 
 
 @pytest.mark.parametrize("description, name", [

@@ -41,7 +41,8 @@ export class DatarefsPart {
     }
 
     private add(name: string): void {
-        const value = html("output", {});
+        // Not told at each push by who reads the page aloud.
+        const value = html("output", { "aria-live": "off" });
         const written = html("input", { inputmode: "decimal", "aria-label": name, size: 6 });
         const write = () => {
             const number = numberIn(written);

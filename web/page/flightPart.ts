@@ -14,21 +14,25 @@ function asset(name: string): string {
 
 export class FlightPart {
     readonly element: HTMLElement;
+    private readonly back: HTMLButtonElement;
     private host = html("div", {});
+    private cameFrom: Element | null = null;
 
     constructor(private readonly lesson: Lesson, say: Say, private readonly main: HTMLElement) {
-        this.element = html("section", { id: "flight", hidden: "" },
-            html("p", { class: "buttons" }, button(say("closePlot"), () => this.close())), this.host);
+        this.back = button(say("closePlot"), () => this.close());
+        this.element = html("div", { id: "flight", role: "main", hidden: "" }, html("p", { class: "buttons" }, this.back), this.host);
     }
 
     async show(): Promise<void> {
         const { showFlight } = await import(asset("flight-view")) as FlightView;
-        const host = html("div", {});
+        const host = html("div", { lang: "en" });
         this.host.replaceWith(host);
         this.host = host;
+        this.cameFrom = document.activeElement;
         this.element.hidden = false;
         this.main.hidden = true;
         document.documentElement.classList.add("plotted");
+        this.back.focus();
         showFlight(host, flightOf(this.lesson.recording, this.lesson.beganAt()), asset("flight-style"));
         scrollTo(0, 0);
     }
@@ -38,5 +42,6 @@ export class FlightPart {
         document.documentElement.classList.remove("plotted");
         this.main.hidden = false;
         this.host.replaceChildren();
+        if (this.cameFrom instanceof HTMLElement) this.cameFrom.focus();
     }
 }

@@ -9,11 +9,12 @@ const DONE_MS = 4_000;
 
 export class Header {
     private readonly state = html("p", { id: "state", role: "status" });
-    private readonly words = html("p", { id: "words" });
+    private readonly words = html("p", { id: "words", role: "status" });
     private readonly outcome = html("p", { id: "outcome", role: "status" });
     private readonly password = html("input", { id: "password", type: "password", autocomplete: "current-password" });
     private readonly keep = html("input", { id: "keep", type: "checkbox" });
-    private readonly form: HTMLFormElement;
+    /** In place of the lesson, as long as the companion does not know who is there. */
+    readonly pairing: HTMLElement;
     readonly element: HTMLElement;
     private hasTried = false;
     private wasAway = false;
@@ -21,27 +22,27 @@ export class Header {
 
     constructor(private readonly lesson: Lesson, private readonly say: Say, keepPassword: (password?: string) => void,
         beside: readonly HTMLElement[]) {
-        this.form = html("form", { id: "pairing", hidden: "" },
+        const form = html("form", { id: "pairing" },
             // For managers of passwords, which want a name.
             html("input", { type: "text", autocomplete: "username", value: "tarnly", hidden: "" }),
             html("label", { for: "password" }, say("password")), this.password,
             html("label", { for: "keep", class: "switch" }, this.keep, " ", say("keepPassword")),
             html("button", { type: "submit" }, say("pair")));
-        this.form.addEventListener("submit", event => {
+        form.addEventListener("submit", event => {
             event.preventDefault();
             this.hasTried = true;
             keepPassword(this.keep.checked ? this.password.value : undefined);
             lesson.pairWith(this.password.value);
         });
-        this.element = html("header", {}, html("h1", {}, say("title")), this.state, ...beside, this.words, this.form,
-            this.outcome);
+        this.element = html("header", {}, html("h1", {}, say("title")), this.state, ...beside, this.words, this.outcome);
+        this.pairing = html("div", { role: "main", hidden: "" }, form);
     }
 
     show(): void {
         const { say } = this;
         const { link } = this.lesson;
         const { state, words } = this.lesson.simulator;
-        this.form.hidden = link !== "refused";
+        this.pairing.hidden = link !== "refused";
         if (link !== "paired") {
             this.be(link === "refused" ? "refused" : "looking", say(link === "refused" ? "refused" : "looking"),
                 link === "refused" && this.hasTried ? say("wrongPassword") : "");

@@ -82,7 +82,7 @@ function open(root: HTMLElement): void {
     main.append(html("div", {}, instruments.element, script.element),
         html("div", {}, map.element, recording.element, controls.element),
         html("div", {}, situations.element, place.element, datarefs.element));
-    root.append(header.element, main, flight.element, html("footer", {}, html("p", {}, say("install"))), bar.element,
+    root.append(header.element, header.pairing, main, flight.element, html("footer", {}, html("p", {}, say("install"))), bar.element,
         question.element);
     header.show();
     lesson.start();

@@ -1,0 +1,194 @@
+"""The lesson page for people who use it by another way than eyes and fingers."""
+
+import pytest
+from accessibility import need_judge, violations
+from browser import Browser, in_page
+from harness import reserved_port
+from keyboard import REACHABLE, focused, step, walk_to
+from lesson import trigger
+from lesson_page import PASSWORD, Rig, open_page, press, script_file, shows, text, type_into
+
+
+@pytest.fixture(scope="module")
+def browser():
+    started = Browser()
+    yield started
+    started.close()
+
+
+@pytest.fixture
+def rig(programs):
+    with reserved_port() as port:
+        yield Rig(programs, port)
+
+
+@pytest.fixture
+def script(programs):
+    return script_file(programs, trigger("begun", "after_start", seconds=0, action={"text": "Your aircraft."}),
+                       trigger("never", "after_start", seconds=9999))
+
+
+async def pair(page, password=PASSWORD):
+    await type_into(page, "#password", password)
+    await page.ask("document.querySelector('#pairing').requestSubmit()")
+
+
+async def flying(page):
+    await page.wait_for("document.querySelector('header').dataset.state === 'flight'")
+    await page.wait_for("/^\\d+$/.test(document.querySelector('[data-reading=altitude] span').textContent)")
+
+
+@pytest.mark.parametrize("language, width, height, record, stop, no, look", [
+    ("en", 390, 844, "Record", "Stop", "No", "Look at the flight"),
+    ("de", 820, 1180, "Aufzeichnen", "Beenden", "Nein", "Den Flug ansehen"),
+], ids=["phone", "tablet"])
+def test_no_rule_of_accessibility_is_broken(browser, rig, script, language, width, height, record, stop, no, look):
+    need_judge()
+    found = []
+
+    async def work(page):
+        async def judge(state):
+            found.extend([state, *one] for one in await violations(page))
+
+        async def judge_colours(state):
+            for colours in ("light", "dark", "night"):
+                await page.show(width, height, dark=colours == "dark", touch=True, still=True)
+                await page.ask(f"document.documentElement.classList.toggle('night', {str(colours == 'night').lower()})")
+                await judge(f"{state}, {colours}")
+            await page.ask("document.documentElement.classList.remove('night')")
+
+        await page.prefer(language)
+        await page.show(width, height, touch=True, still=True)
+        await page.go(f"http://127.0.0.1:{rig.port}/")
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        assert await page.ask("document.documentElement.lang") == language
+        await judge_colours("password")
+        await pair(page, "wrong one")
+        await page.wait_for("document.querySelector('#words').textContent !== ''")
+        await judge("wrong password")
+        await pair(page)
+        await flying(page)
+        await page.choose_file("#script-file", script)
+        await page.wait_for("document.querySelector('.triggers li') !== null")
+        await press(page, record)
+        await shows(page, "#cards", "Your aircraft.")
+        await page.ask("document.querySelector('#controls details').open = true")
+        await judge_colours("recording")
+        await press(page, stop)
+        await shows(page, "#record", record)
+        await press(page, record)
+        await page.wait_for("document.querySelector('dialog').open")
+        await judge_colours("question")
+        await press(page, no)
+        await press(page, look)
+        await page.wait_for("document.querySelector('#flight div').shadowRoot?.querySelector('.track') != null")
+        await judge_colours("plot")
+    in_page(browser, work)
+    assert not found, "\n".join(map(str, found))
+
+
+def test_a_lesson_is_flown_by_keyboard_alone(browser, rig, script):
+    async def work(page):
+        await open_page(page, rig.port, 820, 1180)
+        await page.call("Page.setInterceptFileChooserDialog", enabled=True)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await walk_to(page, "Password")
+        await page.type(PASSWORD)
+        await page.key("Enter")
+        await flying(page)
+
+        await walk_to(page, "Choose a script…")
+        await page.choose_file("#script-file", script)
+        await shows(page, "#script", "Loaded: 2 triggers.")
+        await walk_to(page, "Record")
+        await page.key("Enter")
+        await shows(page, "#cards", "Your aircraft.")
+
+        await shows(page, "#record", "Stop")
+        await page.key(" ")
+        await shows(page, "#record", "Record")
+        await page.key("Enter")
+        await page.wait_for("document.querySelector('dialog').open")
+        assert await focused(page) == "No"
+        around = {await step(page) for _ in range(6)} | {await step(page, back=True) for _ in range(6)}
+        assert around - {None} == {"No", "Yes"}, "the focus has left the question"
+        await page.key("Escape")
+        await page.wait_for("!document.querySelector('dialog').open")
+        assert await focused(page) == "Record"
+        assert "Your aircraft." in await text(page, "#cards"), "Escape says no"
+        await page.key(" ")
+        await walk_to(page, "Yes")
+        await page.key(" ")
+        await page.wait_for("[...document.querySelectorAll('#recording button:not([hidden])')]"
+                            ".some(one => one.textContent.startsWith('Download the one before'))")
+        await shows(page, "#recorded", "samples")
+        await page.key("Enter")
+        await shows(page, "#outcome", "Done: Stop")
+        await walk_to(page, "Look at the flight")
+        await page.key("Enter")
+        await page.wait_for("document.querySelector('#flight div').shadowRoot?.querySelector('.track') != null")
+        assert await focused(page) == "Back to the lesson"
+        await walk_to(page, "Moment of the flight")
+        await page.key("ArrowRight")
+        await page.wait_for("document.querySelector('#flight div').shadowRoot.querySelector('.time').textContent !== ''")
+        await walk_to(page, "Back to the lesson", back=True)
+        await page.key("Enter")
+        assert await focused(page) == "Look at the flight"
+    in_page(browser, work)
+
+
+def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig):
+    async def work(page):
+        await open_page(page, rig.port)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await pair(page)
+        await flying(page)
+        await page.ask("document.querySelector('#controls details').open = true")
+        await page.wait_for("document.querySelector('#controls details li') !== null")
+        reachable = await page.ask(REACHABLE)
+        assert len(reachable) > 20
+        assert [await step(page) for _ in reachable] == reachable
+        # And back, where the header must not lie over what is farther down.
+        assert [await step(page, back=True) for _ in reachable[1:]] == reachable[-2::-1]
+    in_page(browser, work)
+
+
+def test_nothing_is_told_aloud_while_nothing_happens(browser, rig):
+    """Values that change twice a second would talk over all else."""
+    async def work(page):
+        await open_page(page, rig.port)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await pair(page)
+        await flying(page)
+        await type_into(page, "#dataref", "sim/flightmodel/position/latitude")
+        await press(page, "Add")
+        await press(page, "Record")
+        await shows(page, "#recorded", "samples")
+        await page.wait_for("document.querySelector('#outcome').textContent === ''")
+        await page.wait_for("/\\d/.test(document.querySelector('#datarefs output').textContent)")
+        return await page.ask("""new Promise(done => {
+            const told = [], changed = new Set();
+            const live = '[role=status], [role=log], [role=alert], output, [aria-live]:not([aria-live=off])';
+            new MutationObserver(changes => changes.forEach(({ target }) => {
+                const one = target.nodeType === 1 ? target : target.parentElement;
+                changed.add(one);
+                const region = one.closest(live);
+                if (region !== null && region.ariaLive !== 'off') told.push(region.outerHTML);
+            })).observe(document.body, { subtree: true, childList: true, characterData: true });
+            setTimeout(() => done([told, changed.size]), 4000);
+        })""")
+    told, changed = in_page(browser, work)
+    assert changed > 2 and told == []
+
+
+def test_what_happens_is_told_aloud(browser, rig):
+    async def work(page):
+        await open_page(page, rig.port)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await pair(page, "wrong one")
+        await shows(page, "[role=status]#words", "That is not the companion's password.")
+        await pair(page)
+        await shows(page, "[role=status]#state", "Flying")
+        await press(page, "Record")
+        await shows(page, "[role=status]#outcome", "Done: Record")
+    in_page(browser, work)
