@@ -30,6 +30,11 @@ export function setText(element: Element, text: string): void {
     if (element.textContent !== text) element.textContent = text;
 }
 
+/** Changes an attribute only where it is another one: browsers lay out anew what is set. */
+export function setAttribute(element: Element, name: string, value: string): void {
+    if (element.getAttribute(name) !== value) element.setAttribute(name, value);
+}
+
 /** "1:02:05" */
 export function durationText(seconds: number): string {
     const whole = Math.max(0, Math.floor(seconds));
