@@ -1,6 +1,7 @@
 """What the tests of the lesson page share: a companion with a flight, and hands for the page."""
 
 import json
+import subprocess
 
 PASSWORD = "right one"
 
@@ -10,11 +11,20 @@ class Rig:
 
     def __init__(self, programs, port, *options):
         self.programs, self.port, self.options = programs, port, options
-        self.simulator, self.sim_port = programs.simulator("--start", "downwind")
+        self.sim_port = 0
+        self.start_simulator()
         situations = programs.new_folder()
         (situations / "Pattern 1.sit").write_text("saved")
         self.options += ("--situations", situations)
         self.start()
+
+    def start_simulator(self, *options):
+        self.simulator, self.sim_port = self.programs.simulator("--start", "downwind", "--control", "stdin", *options,
+                                                                port=self.sim_port, stdin=subprocess.PIPE)
+
+    def order(self, text):
+        """Of the simulator."""
+        self.simulator.write(f"{text}\n")
 
     def start(self):
         self.companion = self.programs.companion("--port", self.port, *self.options, sim_port=self.sim_port,
@@ -44,6 +54,19 @@ async def press(page, label, within="body"):
 
 async def type_into(page, selector, value):
     await page.ask(f"{{ const field = document.querySelector({json.dumps(selector)}); field.value = {json.dumps(value)} }}")
+
+
+async def flying(page, port, **size):
+    """The page, paired, with its dials at work."""
+    await open_page(page, port, **size)
+    await shows(page, "#state", "Password needed")
+    await pair(page, PASSWORD)
+    await shows(page, "#state", "Flying")
+    await has_values(page)
+
+
+def has_values(page):
+    return page.wait_for(r"/^\d+$/.test(document.querySelector('[data-reading=altitude] dd').textContent)")
 
 
 async def choose_file(page, selector, path):

@@ -91,3 +91,23 @@ test("a day with a bad network loses nothing and leaves nothing behind", () =>
         ok(companion.openCount <= 3);
         ok(clock.timerCount < 12);
     }));
+
+test("a recording that grows runs, whoever began it, and what comes after an absence is late", () =>
+    inALesson(async (lesson, clock, companion) => {
+        await clock.pass(1_100);
+        ok(lesson.isLate); // of a time before the page
+        await clock.pass(2_000);
+        ok(!lesson.isLate && lesson.isRunning && !lesson.isRecording);
+        companion.endAll();
+        await clock.pass(4_000);
+        ok(!lesson.isLate && lesson.isRunning); // a short break is none
+        companion.endAll();
+        const lates: boolean[] = [];
+        lesson.onRecording = () => lates.push(lesson.isLate);
+        companion.isUnreachable = true;
+        await clock.pass(15_000);
+        ok(!lesson.isRunning);
+        companion.isUnreachable = false;
+        await clock.pass(30_000);
+        ok(lates[0] && !lates[lates.length - 1] && isWhole(lesson));
+    }));

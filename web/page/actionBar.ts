@@ -24,7 +24,6 @@ export class ActionBar {
             { id: "pause" });
         this.script = button(say("script"), openScript, { id: "to-script" });
         this.element = html("nav", { id: "bar", "aria-label": say("actions") }, this.recording, this.pausing, this.script);
-        setInterval(() => this.show(), 1_000);
         this.show();
     }
 

@@ -49,6 +49,10 @@ export class Header {
             return;
         }
         const isPaused = this.lesson.present[PAUSED] === 1;
+        if (state === "flight" && this.lesson.values.isQuiet) {
+            this.be("waiting", say("quiet"), "");
+            return;
+        }
         if (state === "flight") {
             const isBack = this.wasAway;
             this.wasAway = false;

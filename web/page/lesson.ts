@@ -76,7 +76,7 @@ export class Lesson {
 
     /** Those of this moment: none where nobody knows. */
     get present(): Values {
-        return this.link === "paired" && this.simulator.state === "flight" ? this.values.values : {};
+        return this.link === "paired" && this.simulator.state === "flight" && !this.values.isQuiet ? this.values.values : {};
     }
 
     pairWith(password: string): void {

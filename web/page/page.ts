@@ -74,6 +74,11 @@ function open(root: HTMLElement): void {
         bar.show();
     };
     lesson.onValues = showValues;
+    // That nothing comes any more nobody tells.
+    setInterval(() => {
+        if (lesson.values.isQuiet) showValues();
+        else bar.show();
+    }, 1_000);
     lesson.values.onNames = () => datarefs.show();
     for (const event of ["online", "focus", "pageshow"]) addEventListener(event, () => lesson.lookNow());
     for (const event of ["visibilitychange", "resume"]) document.addEventListener(event, () => lesson.lookNow());

@@ -16,6 +16,12 @@ export function textOf(trigger: ScriptTrigger): string {
     return typeof text === "string" ? text : "";
 }
 
+/** The language of that text, where the script tells it. */
+export function languageOfText(trigger: ScriptTrigger): string | undefined {
+    const { language } = trigger.action ?? {};
+    return typeof language === "string" && language !== "" ? language : undefined;
+}
+
 export interface TriggerState {
     trigger: ScriptTrigger;
     /** Seconds of the recording; undefined while it waits. */
@@ -25,31 +31,4 @@ export interface TriggerState {
 export function triggerStates(script: LoadScriptRequest, fired: readonly FiredTriggerEvent[]): TriggerState[] {
     const times = new Map(fired.map(event => [event.trigger_id, event.elapsed_s]));
     return script.triggers.map(trigger => ({ trigger, firedAt: times.get(trigger.id) }));
-}
-
-/** Speaks texts one after the other by the browser's voice. */
-export class Voice {
-    isOn = false;
-
-    constructor(private readonly language: string) {}
-
-    static get isThere(): boolean {
-        return "speechSynthesis" in globalThis;
-    }
-
-    speak(text: string): void {
-        if (!this.isOn || !Voice.isThere || text === "") return;
-        const utterance = new SpeechSynthesisUtterance(text);
-        utterance.lang = this.language;
-        speechSynthesis.speak(utterance);
-    }
-
-    /** Browsers want the first word to follow a touch. */
-    wake(): void {
-        if (Voice.isThere) speechSynthesis.speak(new SpeechSynthesisUtterance(""));
-    }
-
-    stop(): void {
-        if (Voice.isThere) speechSynthesis.cancel();
-    }
 }

@@ -1,24 +1,33 @@
 // The script: loaded from a file, its triggers waiting or fired, its texts shown and spoken.
 import { html } from "../plot/svg";
 import { conditionText } from "./conditions";
-import type { Lesson } from "./lesson";
+import { MISSED_MS, type Lesson } from "./lesson";
 import { durationText, part, setText } from "./parts";
-import { parseScript, textOf, triggerStates, Voice } from "./script";
+import { languageOfText, parseScript, textOf, triggerStates } from "./script";
 import type { Language, Say } from "./texts";
+import { Voice } from "./voice";
 
-const MOST_CARDS = 5;
+const MOST_CARDS = 12;
 
 export class ScriptPart {
     private readonly remark: HTMLElement;
     private readonly triggers = html("ol", { class: "triggers" });
-    private readonly cards = html("div", { id: "cards", role: "log", "aria-live": "polite" });
+    private readonly cards = html("div", { id: "cards", role: "log", "aria-live": "polite", tabindex: 0 });
     private readonly voice: Voice;
+    private readonly speak = html("input", { id: "speak", type: "checkbox", "aria-describedby": "voice" });
+    private readonly aboutVoice = html("p", { id: "voice", role: "status" });
     private readonly file: HTMLInputElement;
     private told = 0;
     readonly element: HTMLElement;
 
     constructor(private readonly lesson: Lesson, private readonly say: Say, private readonly language: Language) {
-        this.voice = new Voice(language);
+        this.voice = new Voice(language, globalThis.speechSynthesis);
+        this.voice.onVoices = () => this.showVoice();
+        this.voice.onSilence = why => {
+            this.speak.checked = false;
+            this.voice.turnOff();
+            setText(this.aboutVoice, say("voiceSilent", why));
+        };
         this.remark = html("p", { role: "status" }, say("noScript"));
         this.file = html("input", { id: "script-file", type: "file", accept: ".json,application/json" });
         this.file.addEventListener("change", () => {
@@ -26,17 +35,16 @@ export class ScriptPart {
             if (chosen !== undefined) void this.load(chosen);
             this.file.value = "";
         });
-        const speak = html("input", { id: "speak", type: "checkbox" });
-        speak.addEventListener("change", () => {
-            this.voice.isOn = speak.checked;
-            if (speak.checked) this.voice.wake();
-            else this.voice.stop();
+        this.speak.addEventListener("change", () => {
+            if (this.speak.checked) this.voice.turnOn(say("greeting"));
+            else this.voice.turnOff();
+            this.showVoice();
         });
-        speak.disabled = !Voice.isThere;
         this.element = part("script", say("script"), this.cards,
             html("p", {}, html("label", { for: "script-file", class: "button" }, say("chooseScript")), this.file),
-            html("p", {}, html("label", { for: "speak", class: "switch" }, speak, " ", Voice.isThere ? say("speakTexts") : say("noVoice"))),
+            html("p", {}, html("label", { for: "speak", class: "switch" }, this.speak, " ", say("speakTexts"))), this.aboutVoice,
             this.remark, this.triggers);
+        this.showVoice();
     }
 
     /** To where the script is, or to the choice of one. */
@@ -48,23 +56,33 @@ export class ScriptPart {
     /** What fired since it was last shown becomes a card, and is spoken. */
     show(isAnother: boolean): void {
         const { script, recording } = this.lesson;
-        if (isAnother || recording.fired.length < this.told) this.told = 0;
+        if (isAnother || recording.fired.length < this.told) {
+            this.told = 0;
+            this.cards.replaceChildren();
+        }
         for (const event of recording.fired.slice(this.told)) {
             const trigger = script?.triggers.find(one => one.id === event.trigger_id);
             const text = trigger === undefined ? "" : textOf(trigger);
-            // Of a recording that was under way when the page came, nothing old is spoken.
-            if (this.isFresh(event.elapsed_s) && event.action_kind === "speak") this.voice.speak(text);
-            this.cards.prepend(html("p", { class: "card", "data-action": event.action_kind },
-                html("small", {}, `${durationText(event.elapsed_s)} · ${event.trigger_id}`), text === "" ? event.action_kind : text));
+            const isMissed = this.isMissed(event.elapsed_s);
+            // Nothing is read that is no longer true, nor all that was missed at once.
+            if (!isMissed && event.action_kind === "speak") this.voice.speak(text, trigger && languageOfText(trigger));
+            this.cards.prepend(html("p", { class: isMissed ? "card missed" : "card", "data-action": event.action_kind },
+                html("small", {}, `${durationText(event.elapsed_s)} · ${event.trigger_id}${isMissed ? ` · ${this.say("missed")}` : ""}`),
+                text === "" ? event.action_kind : text));
         }
         while (this.cards.childElementCount > MOST_CARDS) this.cards.lastElementChild?.remove();
         this.told = recording.fired.length;
         this.showTriggers();
     }
 
-    private isFresh(elapsed: number): boolean {
-        const { samples } = this.lesson.recording;
-        return samples.length === 0 || samples[samples.length - 1].elapsed_s - elapsed < 30;
+    private isMissed(elapsed: number): boolean {
+        const { isLate, recording: { samples } } = this.lesson;
+        return isLate || (samples.length > 0 && samples[samples.length - 1].elapsed_s - elapsed > MISSED_MS / 1_000);
+    }
+
+    private showVoice(): void {
+        this.speak.disabled = !this.voice.isThere;
+        setText(this.aboutVoice, this.voice.isThere ? "" : this.say("noVoice"));
     }
 
     private showTriggers(): void {

@@ -69,6 +69,11 @@ export class PushedValues {
         return this.latest;
     }
 
+    /** None have come for so long that those there are may not be true any more. */
+    get isQuiet(): boolean {
+        return this.lastPush > 0 && Date.now() - this.lastPush > QUIET_MS;
+    }
+
     /** The device has woken up or has a network again. */
     lookNow(): void {
         this.companion?.lookNow();
@@ -146,6 +151,6 @@ export class PushedValues {
     }
 
     private async look(): Promise<void> {
-        if (Date.now() - this.lastPush > QUIET_MS) await this.tryNames();
+        if (this.lastPush === 0 || this.isQuiet) await this.tryNames();
     }
 }

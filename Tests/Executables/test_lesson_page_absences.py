@@ -1,0 +1,163 @@
+"""The lesson page while something is away: the network, the simulator, the companion; and what it reads aloud."""
+
+import signal
+
+import pytest
+from browser import Browser, in_page
+from cut_network import CutNetwork
+from harness import reserved_port
+from lesson import trigger
+from lesson_page import Rig, choose_file, flying, has_values, press, script_file, shows, text
+
+# A browser with a voice and a screen, both of which remember what was asked of them.
+DEVICE = """
+window.said = []; window.locks = []; window.silenced = 0;
+const speech = {getVoices: () => [{lang: "en"}], addEventListener() {}, cancel: () => { ++silenced; },
+                speak: one => said.push([one.text, one.lang])};
+Object.defineProperty(window, "speechSynthesis", {value: speech});
+const give = async () => {
+    const lock = {released: false, async release() { lock.released = true; }};
+    locks.push(lock);
+    return lock;
+};
+Object.defineProperty(navigator, "wakeLock", {value: {request: give}});
+"""
+
+
+@pytest.fixture(scope="module")
+def browser():
+    started = Browser()
+    yield started
+    started.close()
+
+
+def cards(page):
+    return page.ask("[...document.querySelectorAll('.card')].map(one => one.lastChild.textContent)")
+
+
+async def grows(page):
+    """The recording, from now on."""
+    count = int((await text(page, "#recorded")).split()[0])
+    await page.wait_for(f"parseInt(document.querySelector('#recorded').textContent) > {count + 2}")
+
+
+def test_texts_are_read_once_and_what_was_missed_is_shown(programs, browser):
+    script = script_file(programs, trigger("begun", "after_start", seconds=0, action={"text": "Your aircraft."}),
+                         trigger("base", "after_start", seconds=1, action={"text": "Turn base.", "language": "en-GB"}),
+                         trigger("page", "after_start", seconds=1, action={"text": "Page two."}, action_kind="show"),
+                         trigger("final", "after_start", seconds=5, action={"text": "Final."}),
+                         trigger("away", "after_start", seconds=19, action={"text": "Go around."}))
+    spoken = [["Texts are read aloud.", "en"], ["Your aircraft.", "en"], ["Turn base.", "en-GB"]]
+
+    async def fly(page):
+        network = CutNetwork(rig.companion.port)
+        await network.start()
+        await page.call("Page.addScriptToEvaluateOnNewDocument", source=DEVICE)
+        await flying(page, network.port)
+        await choose_file(page, "#script-file", script)
+        await page.ask("document.querySelector('#speak').click()")
+        await press(page, "Record")
+        await page.wait_for("document.querySelectorAll('.card').length === 3")
+        assert await page.ask("said") == spoken
+        assert await page.ask("locks.map(one => one.released)") == [False]
+        await shows(page, "#recording", "The screen stays on while it records.")
+
+        network.cut()
+        await shows(page, "#state", "Looking for the companion")
+        assert await text(page, "[data-reading=altitude] dd") == "–"
+        await page.ask("new Promise(done => setTimeout(done, 11500))")
+        network.mend()
+        await page.ask("dispatchEvent(new Event('online'))")
+        await shows(page, "#cards", "Final.")
+        assert await page.ask("document.querySelector('.card.missed').lastChild.textContent") == "Final."
+        await shows(page, "#cards", "Go around.")
+        assert (await cards(page))[:2] == ["Go around.", "Final."] and len(await cards(page)) == 5
+        assert await page.ask("said") == [*spoken, ["Go around.", "en"]]
+        count, _, time = (await text(page, "#recorded")).split()
+        assert int(count) >= 2 * int(time.split(":")[1]) - 1
+
+        await page.ask("document.querySelector('#speak').click()")
+        assert await page.ask("silenced") == 1
+        await press(page, "Stop")
+        await page.wait_for("locks.every(one => one.released)")
+        assert await page.ask("locks.length") == 1
+        await network.close()
+
+    with reserved_port() as port:
+        rig = Rig(programs, port)
+        in_page(browser, fly)
+
+
+def test_a_browser_without_a_voice_says_so(programs, browser):
+    async def look(page):
+        await page.call("Page.addScriptToEvaluateOnNewDocument",
+                        source="Object.defineProperty(window, 'speechSynthesis', {value: undefined})")
+        await flying(page, port)
+        assert await page.ask("document.querySelector('#speak').disabled")
+        await shows(page, "#voice", "This browser has no voice here")
+
+    with reserved_port() as port:
+        Rig(programs, port)
+        in_page(browser, look)
+
+
+def test_the_simulator_comes_and_goes_within_a_recording(programs, browser):
+    async def fly(page):
+        await flying(page, port)
+        await press(page, "Record")
+        await shows(page, "#recorded", "samples")
+        rig.simulator.end()
+        await shows(page, "#state", "Simulator away")
+        await shows(page, "#words", "start X-Plane")
+        assert await text(page, "[data-reading=altitude] dd") == "–"
+        assert await page.ask("document.querySelector('#pause').disabled")
+        rig.start_simulator("--main-menu")
+        await shows(page, "#state", "Main menu: load a flight")
+        rig.order("load")
+        await shows(page, "#state", "Flying")
+        await shows(page, "#words", "The simulator is back.")
+        await has_values(page)
+        await grows(page)
+        await press(page, "Stop")
+        await shows(page, "#outcome", "Done: Stop")
+        assert not await page.ask("document.querySelector('#pause').disabled")
+
+    with reserved_port() as port:
+        rig = Rig(programs, port)
+        in_page(browser, fly)
+
+
+@pytest.mark.parametrize("quirk, cure", [("traffic-disabled", "allow incoming traffic"), ("too-old", "too old: X-Plane 12.1.4")])
+def test_a_simulator_that_lets_nobody_in_is_told_with_its_cure(programs, browser, quirk, cure):
+    async def look(page):
+        await flying(page, port)
+        rig.order(f"{quirk} on")
+        rig.order("drop")
+        await shows(page, "#state", "Simulator away")
+        await shows(page, "#words", cure)
+        rig.order(f"{quirk} off")
+        await shows(page, "#state", "Flying")
+        await has_values(page)
+
+    with reserved_port() as port:
+        rig = Rig(programs, port)
+        in_page(browser, look)
+
+
+def test_a_companion_that_hangs_leaves_no_old_values_on_the_dials(programs, browser):
+    async def fly(page):
+        await flying(page, port)
+        await press(page, "Record")
+        await shows(page, "#recorded", "samples")
+        rig.companion.program.process.send_signal(signal.SIGSTOP)
+        await shows(page, "#state", "No values come")
+        assert await text(page, "[data-reading=altitude] dd") == "–"
+        rig.companion.program.process.send_signal(signal.SIGCONT)
+        await shows(page, "#state", "Flying")
+        await has_values(page)
+        await grows(page)
+        assert await text(page, "#record") == "Stop"
+
+    with reserved_port() as port:
+        rig = Rig(programs, port)
+        in_page(browser, fly)
