@@ -2,7 +2,7 @@
 
 import base64
 
-from tab import RunningBrowser, Tab, in_page  # noqa: F401
+from tab import REBOUND, RunningBrowser, Tab, in_page  # noqa: F401
 
 # Of those keys with which the browser itself does something.
 KEY_CODES = {"Tab": 9, "Enter": 13, "Escape": 27, " ": 32}
@@ -13,7 +13,7 @@ class Browser(RunningBrowser):
         super().__init__("chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
                          "--no-first-run", "--disable-background-networking", "--disable-component-update",
                          "--disable-sync", "--disable-dev-shm-usage", "--remote-debugging-port=0", "--user-data-dir={}",
-                         "about:blank")
+                         f"--host-resolver-rules=MAP {REBOUND} 127.0.0.1", "about:blank")
 
     def _address(self):
         file = self.folder / "DevToolsActivePort"

@@ -2,10 +2,11 @@
 
 import json
 
-from tab import RunningBrowser, Tab
+from tab import REBOUND, RunningBrowser, Tab
 
 # It asks for nothing but what the page asks for.
-PREFERENCES = """\
+PREFERENCES = f"""\
+user_pref("network.dns.localDomains", "{REBOUND}");
 user_pref("services.settings.server", "data:,none");
 user_pref("app.normandy.enabled", false);
 user_pref("network.captive-portal-service.enabled", false);

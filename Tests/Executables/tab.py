@@ -15,6 +15,9 @@ from harness import wait_until
 
 PATIENCE = 120
 
+# A name that all browsers here hold to be this computer's: somebody else's, turned to it.
+REBOUND = "rebound.example"
+
 
 class RunningBrowser:
     """One without a window, in a folder of its own; `in_page` opens tabs in it."""

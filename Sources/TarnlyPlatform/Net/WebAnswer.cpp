@@ -56,6 +56,7 @@ void describePage(http::response<Body>& response, const WebAnswer& answer) {
     response.set("Content-Security-Policy", asBeast(pagePolicy));
     response.set("X-Content-Type-Options", "nosniff");
     response.set("Referrer-Policy", "no-referrer");
+    response.set("Cross-Origin-Resource-Policy", "same-origin");
     const bool isForever = page.keep == WebPage::Keep::always;
     response.set(http::field::cache_control, isForever ? "max-age=31536000, immutable" : "no-store");
 }

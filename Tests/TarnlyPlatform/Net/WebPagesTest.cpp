@@ -83,8 +83,9 @@ TEST_F(WebPagesServedTest, AreServedOnceAndShutIn) {
               "Connection: close\r\nContent-Security-Policy: " +
                   std::string(pagePolicy) +
                   "\r\nX-Content-Type-Options: nosniff\r\nReferrer-Policy: no-referrer\r\n"
-                  "Cache-Control: no-store\r\n\r\n<p>Hello");
+                  "Cross-Origin-Resource-Policy: same-origin\r\nCache-Control: no-store\r\n\r\n<p>Hello");
     EXPECT_THAT(std::string(pagePolicy), Not(HasSubstr("unsafe")));
+    EXPECT_THAT(std::string(pagePolicy), HasSubstr("frame-ancestors 'none'"));
 }
 
 TEST_F(WebPagesServedTest, WhatIsCompressedGoesAsItIsToWhoTakesIt) {
