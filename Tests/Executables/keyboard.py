@@ -1,22 +1,24 @@
 """A person at the page who has a keyboard and nothing else."""
 
-FOCUSED = """(() => {
+NAME = """(one => one.ariaLabel || document.getElementById(one.getAttribute('aria-labelledby'))?.textContent
+    || one.labels?.[0]?.textContent.trim() || one.textContent.trim())"""
+
+FOCUSED = f"""(() => {{
     let one = document.activeElement, root = document;
     while (one?.shadowRoot?.activeElement) [one, root] = [one.shadowRoot.activeElement, one.shadowRoot];
     if (one === document.body) return null;
     const box = one.getBoundingClientRect(), style = getComputedStyle(one);
     const above = root.elementFromPoint(box.left + box.width / 2, box.top + Math.min(box.height / 2, 20));
-    return { name: one.ariaLabel || one.labels?.[0]?.textContent.trim() || one.textContent.trim(),
+    return {{ name: {NAME}(one),
              hasRing: one.matches(':focus-visible') && style.outlineStyle !== 'none' && parseFloat(style.outlineWidth) >= 2
                  && style.opacity === '1',
              isCovered: above === null || !(one.contains(above) || above.contains(one) && above !== document.body
-                 || one.labels?.[0]?.contains(above)) };
-})()"""
+                 || one.labels?.[0]?.contains(above)) }};
+}})()"""
 
 # What a person can get to, in the order in which it is read.
-REACHABLE = """[...document.querySelectorAll('button, input, summary, a[href]')]
-    .filter(one => !one.disabled && one.checkVisibility())
-    .map(one => one.ariaLabel || one.labels?.[0]?.textContent.trim() || one.textContent.trim())"""
+REACHABLE = f"""[...document.querySelectorAll('button, input, summary, a[href], [tabindex="0"]')]
+    .filter(one => !one.disabled && one.checkVisibility()).map({NAME})"""
 
 
 async def focused(page):

@@ -12,7 +12,7 @@ const MOST_CARDS = 12;
 export class ScriptPart {
     private readonly remark: HTMLElement;
     private readonly triggers = html("ol", { class: "triggers" });
-    private readonly cards = html("div", { id: "cards", role: "log", "aria-live": "polite", tabindex: 0 });
+    private readonly cards = html("div", { id: "cards", role: "log", "aria-live": "polite", "aria-labelledby": "script-heading" });
     private readonly voice: Voice;
     private readonly speak = html("input", { id: "speak", type: "checkbox", "aria-describedby": "voice" });
     private readonly aboutVoice = html("p", { id: "voice", role: "status" });
@@ -71,6 +71,9 @@ export class ScriptPart {
                 text === "" ? event.action_kind : text));
         }
         while (this.cards.childElementCount > MOST_CARDS) this.cards.lastElementChild?.remove();
+        // By which a keyboard scrolls them.
+        if (this.cards.childElementCount > 0) this.cards.tabIndex = 0;
+        else this.cards.removeAttribute("tabindex");
         this.told = recording.fired.length;
         this.showTriggers();
     }
