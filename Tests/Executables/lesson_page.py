@@ -59,9 +59,9 @@ async def type_into(page, selector, value):
 async def flying(page, port, **size):
     """The page, paired, with its dials at work."""
     await open_page(page, port, **size)
-    await shows(page, "#state", "Password needed")
+    await page.wait_for("document.querySelector('header')?.dataset.state === 'refused'")
     await pair(page, PASSWORD)
-    await shows(page, "#state", "Flying")
+    await page.wait_for("document.querySelector('header').dataset.state === 'flight'")
     await has_values(page)
 
 
@@ -75,7 +75,7 @@ async def choose_file(page, selector, path):
 
 async def pair(page, password):
     await type_into(page, "#password", password)
-    await press(page, "Pair")
+    await page.ask("document.querySelector('#pairing button').click()")
 
 
 def script_file(programs, *triggers):

@@ -127,7 +127,8 @@ def test_the_simulator_comes_and_goes_within_a_recording(programs, browser):
         in_page(browser, fly)
 
 
-@pytest.mark.parametrize("quirk, cure", [("traffic-disabled", "allow incoming traffic"), ("too-old", "too old: X-Plane 12.1.4")])
+@pytest.mark.parametrize("quirk, cure", [("traffic-disabled", "allow incoming traffic"),
+                                         ("too-old", "too old: X-Plane 12.1.4")])
 def test_a_simulator_that_lets_nobody_in_is_told_with_its_cure(programs, browser, quirk, cure):
     async def look(page):
         await flying(page, port)

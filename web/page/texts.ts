@@ -113,7 +113,7 @@ const english = {
     night: "Night",
     awake: "The screen stays on while it records.",
     notAwake: "Over http this browser does not keep the screen on: set the device to turn it off late.",
-    install: "To the home screen: from the browser's menu. As an app without the browser's bars only where the browser allows that over http.",
+    install: "On the home screen: in Safari by Share, Add to Home Screen, without the browser's bars. In other browsers from their menu, as a shortcut: over http they install nothing.",
     yes: "Yes",
     no: "No",
 };
@@ -233,7 +233,7 @@ const german: Record<TextKey, string> = {
     night: "Nacht",
     awake: "Der Bildschirm bleibt an, solange aufgezeichnet wird.",
     notAwake: "Über http hält dieser Browser den Bildschirm nicht wach: im Gerät einstellen, dass er spät ausgeht.",
-    install: "Auf den Startbildschirm: aus dem Menü des Browsers. Als App ohne dessen Leisten nur, wo der Browser das über http erlaubt.",
+    install: "Auf den Startbildschirm: in Safari über Teilen, Zum Home-Bildschirm, ohne die Leisten des Browsers. In anderen Browsern aus ihrem Menü, als Verknüpfung: über http richten sie nichts ein.",
     yes: "Ja",
     no: "Nein",
 };
