@@ -153,6 +153,32 @@ def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig):
     in_page(browser, work)
 
 
+def test_nothing_has_to_be_scrolled_sideways_where_the_page_is_enlarged(browser, rig, script):
+    """A phone's width of 320 pixels is a small window at 400 %."""
+    async def work(page):
+        async def overhang(state):
+            await page.drawn()
+            wide = await page.ask("""[...document.querySelectorAll('#page *')]
+                .filter(one => one.checkVisibility() && one.closest('svg') === null && one.getBoundingClientRect().right > 321)
+                .map(one => one.outerHTML.slice(0, 99))""")
+            assert wide == [] and await page.ask("document.documentElement.scrollWidth") <= 320, state
+        await page.prefer("de")
+        await open_page(page, rig.port, 320, 480)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await overhang("password")
+        await pair(page)
+        await flying(page)
+        await page.choose_file("#script-file", script)
+        await press(page, "Aufzeichnen")
+        await shows(page, "#cards", "Your aircraft.")
+        await page.ask("document.querySelector('#controls details').open = true")
+        await overhang("lesson")
+        await press(page, "Den Flug ansehen")
+        await page.wait_for("document.querySelector('#flight div').shadowRoot?.querySelector('.track') != null")
+        await overhang("plot")
+    in_page(browser, work)
+
+
 def test_nothing_is_told_aloud_while_nothing_happens(browser, rig):
     """Values that change twice a second would talk over all else."""
     async def work(page):

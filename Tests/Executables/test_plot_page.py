@@ -6,6 +6,7 @@ import re
 
 import pytest
 import recordings
+from accessibility import need_judge, violations
 from browser import Browser, in_page
 
 LESSON = [(40, "rotate", "speak"), (290, "downwind", "speak"), (560, "gear-check", "speak")]
@@ -429,3 +430,18 @@ def test_a_page_tells_those_who_listen_what_it_shows(programs, browser):
         await page.mouse("mouseReleased", button[0] + 5, button[1] + 5, button="left", clickCount=1)
         assert await page.ask("document.querySelector('.time').textContent") == "0:40 · rotate"
     in_page(browser, work)
+
+
+def test_no_rule_of_accessibility_is_broken(programs, browser):
+    need_judge()
+    everything = {"script": a_trial(programs), "tolerances": some_tolerances(programs)}
+    pages = {"one flight": one_flight(programs), "four flights": plotted(programs, *attempts(programs), **everything)}
+
+    async def work(page):
+        found = []
+        for name, file in pages.items():
+            for dark in (False, True):
+                await opened(page, file, 390, 844, dark=dark)
+                found += [[name, "dark" if dark else "light", *one] for one in await violations(page)]
+        return found
+    assert not (found := in_page(browser, work)), "\n".join(map(str, found))

@@ -39,8 +39,9 @@ export function outside(line: Line, { least = -Infinity, most = Infinity }: Band
 function pictureButton(grade: Grade<Line>, value: GradedValue<Line>, place: number, show: (at: number) => void): HTMLElement {
     const at = grade.worst ?? value.line.at[0];
     const said = grade.worst === undefined ? "Show where this was judged" : "Show the worst moment";
-    const button = html("button", { type: "button", class: "graded", title: said, "aria-label": `${value.name}: ${said}, ${elapsedText(at)}` },
+    const button = html("button", { type: "button", class: "graded", title: said },
         html("span", { class: "hint" }, value.unit === "" ? value.name : `${value.name}, ${value.unit}`),
+        html("span", { class: "unseen" }, `: ${said}, ${elapsedText(at)}`),
         valuePicture(grade, value, place));
     button.addEventListener("click", () => show(at));
     return button;
