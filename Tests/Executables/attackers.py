@@ -13,6 +13,7 @@ import asyncio
 import itertools
 import json
 import random
+import socket
 import threading
 import time
 from collections import Counter
@@ -21,6 +22,8 @@ import websocket_frames as frames
 
 HANDSHAKE = ("GET / HTTP/1.1\r\nHost: {host}\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
              "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n")
+# Of a browser that takes no gzip.
+GET = "GET {path} HTTP/1.1\r\nHost: localhost\r\n\r\n"
 # Seconds until one that was closed, or not let in, comes back.
 BACK = 0.5
 
@@ -74,6 +77,14 @@ class Crowd:
     def slow_handshakes(self, count, seconds=1.0):
         """A byte of the handshake each so many seconds."""
         self._add(count, "slow handshake", self._slow_handshake, seconds)
+
+    def slow_browsers(self, count, seconds=0.2):
+        """A byte of the request for the page each so many seconds."""
+        self._add(count, "slow browser", self._ask_slowly, seconds)
+
+    def hoarders(self, count, path):
+        """Ask for that file of the page, and read nothing."""
+        self._add(count, "hoarder", self._hoard, path)
 
     def unpaired(self, count):
         """Shake hands, and never pair."""
@@ -178,6 +189,23 @@ class Crowd:
             await asyncio.sleep(seconds)
             if reader.at_eof():
                 return
+
+    async def _ask_slowly(self, reader, writer, seconds):
+        for byte in GET.format(path="/").encode():
+            writer.write(bytes([byte]))
+            await asyncio.sleep(seconds)
+            if reader.at_eof():
+                return
+        await self._until_closed(reader)
+
+    async def _hoard(self, reader, writer, path):
+        writer.transport.pause_reading()
+        writer.transport.get_extra_info("socket").setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        writer.write(GET.format(path=path).encode())
+        while not writer.transport.is_closing():
+            # Who has been sent away is told when it sends.
+            await asyncio.sleep(1)
+            writer.write(b"\r\n")
 
     async def _unpaired(self, reader, writer):
         await self._shake_hands(reader, writer)

@@ -1,6 +1,9 @@
 """What the tests of the lesson page share: a companion with a flight, and hands for the page."""
 
+import gzip
+import http.client
 import json
+import re
 import subprocess
 
 PASSWORD = "right one"
@@ -82,3 +85,25 @@ def script_file(programs, *triggers):
     file = programs.new_folder() / "lesson.json"
     file.write_text(json.dumps({"triggers": list(triggers)}))
     return file
+
+
+def served_files(port):
+    """The page's files as they travel: the bytes of each by its path."""
+    found, wanted = {}, ["/", "/failures.json", "/licences.txt"]
+    while wanted:
+        path = wanted.pop()
+        if path in found:
+            continue
+        connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
+        connection.request("GET", path, headers={"Accept-Encoding": "gzip"})
+        response = connection.getresponse()
+        body = response.read()
+        connection.close()
+        assert response.status == 200 and response.headers["Content-Encoding"] == "gzip", (path, response.status)
+        found[path] = len(body)
+        wanted += re.findall(r'(?:src|href)"?[=:] ?"([^"]+)"', gzip.decompress(body).decode()) if is_text_of_paths(path) else []
+    return found
+
+
+def is_text_of_paths(path):
+    return path == "/" or path.endswith(".webmanifest")

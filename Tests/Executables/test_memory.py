@@ -7,7 +7,7 @@ import time
 
 import pytest
 import websocket_frames as frames
-from harness import wait_until
+from harness import memory, wait_until
 
 MEGABYTE = 1 << 20
 #: The longest message of a client that has paired, but for its frame.
@@ -16,11 +16,6 @@ LONGEST = 63 * MEGABYTE
 KEPT = 16 * MEGABYTE
 #: After the peer has left, in seconds.
 SOON = 10
-
-
-def memory(companion):
-    with open(f"/proc/{companion.program.pid}/status") as status:
-        return next(int(line.split()[1]) for line in status if line.startswith("VmRSS:")) * 1024
 
 
 def message(type_, params):

@@ -66,12 +66,17 @@ void describeText(http::response<Body>& response) {
     if (response.result() == http::status::method_not_allowed) response.set(http::field::allow, "GET, HEAD");
 }
 
+const std::string& bodyOf(const WebPage& page, bool isDecoded) {
+    if (!isDecoded) return page.body;
+    if (!page.decoded) page.decoded = gunzipped(page.body);
+    return *page.decoded;
+}
+
 Task<> write(tcp::socket& peer, const WebAnswer& answer) {
     constexpr unsigned version = 11;
     http::response<Body> response(static_cast<http::status>(answer.status), version);
     const bool isPage = answer.page != nullptr;
-    const auto text = isPage && answer.isDecoded ? gunzipped(answer.page->body) : std::string();
-    const std::string& body = !isPage ? answer.text : answer.isDecoded ? text : answer.page->body;
+    const std::string& body = isPage ? bodyOf(*answer.page, answer.isDecoded) : answer.text;
     response.body() = Body::value_type(body.data(), body.size());
     response.set(http::field::content_type, isPage ? answer.page->contentType : "text/plain; charset=utf-8");
     response.content_length(body.size());

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,6 +30,9 @@ struct WebPage {
     /// Of the body. Who does not take gzip gets the text all the same.
     Coding coding = Coding::none;
     Keep keep = Keep::no;
+    /// The text, once somebody has asked for it who does not take gzip: unpacking it for each of a crowd
+    /// would hold up the lesson. Belongs to the network thread.
+    mutable std::optional<std::string> decoded{};
 };
 
 /// The files of a port by their paths, "/" or "/reach.js". A plain value, constant once it is served.

@@ -107,6 +107,7 @@ TEST_F(WebPagesServedTest, WhoDoesNotTakeItGetsTheText) {
                   HasSubstr("\r\nVary: Accept-Encoding\r\n"), EndsWith("\r\n\r\nHello, Hello, Hello")))
             << headers;
     }
+    EXPECT_EQ(options.pages->find("/b-0123.js")->decoded, "Hello, Hello, Hello") << "unpacked each time";
 }
 
 TEST_F(WebPagesServedTest, WhatHasANameForItsContentMayBeKept) {
