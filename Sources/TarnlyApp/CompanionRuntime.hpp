@@ -71,6 +71,9 @@ class CompanionRuntime {
     /// The port on which clients are accepted, once they are. From any thread.
     std::optional<std::uint16_t> port() const;
 
+    /// Whether browsers are served the page on which a lesson is flown.
+    bool hasLessonPage() const { return options_.hasLessonPage; }
+
     /// Called when the status has changed, by `start` or from the network thread. To be set before `start`.
     std::function<void()> onStatusChange;
 

@@ -2,6 +2,7 @@
 
 import socket
 import subprocess
+import sys
 from urllib.parse import urlsplit
 
 import pytest
@@ -69,16 +70,32 @@ def reaches_the_companion(programs, network, url):
     return ended.status == 0
 
 
+def opens_the_lesson_page(network, url):
+    read = "import sys, urllib.request as r; print(r.urlopen(sys.argv[1], timeout=20).read().decode())"
+    page = subprocess.run([*network.prefix, sys.executable, "-c", read, url], capture_output=True, text=True)
+    return 'id="page"' in page.stdout
+
+
 def test_the_addresses_are_listed_with_the_port_and_lead_to_the_companion(tarnly, programs, network):
     tarnly.open_panel()
     port = tarnly.port()
     tarnly.press(tarnly.view("Tarnly"), "Addresses…")
     view = tarnly.view(ADDRESSES)
     urls = wait_for_list(view, 2)
-    assert urls == [f"ws://192.168.20.5:{port}", f"ws://[fd20::5]:{port}"]
+    assert urls == [f"http://192.168.20.5:{port}/", f"http://[fd20::5]:{port}/"]
+    assert all(opens_the_lesson_page(network, url) for url in urls)
     assert all(reaches_the_companion(programs, network, url) for url in urls)
     assert tarnly.window(ADDRESSES).has_frame
     assert tarnly.screen.area.contains(view.area)
+
+
+def test_without_the_page_they_are_those_of_applications(desktop, programs, network):
+    tarnly = Tarnly(desktop, programs, "--no-page", prefix=network.prefix)
+    view = open_addresses(tarnly)
+    first, second = wait_for_list(view, 2)
+    assert first.startswith("ws://192.168.20.5:") and second.startswith("ws://[fd20::5]:")
+    assert not first.endswith("/")
+    wait_for_code(tarnly, programs.folder, first)
 
 
 def test_the_code_is_that_of_the_selected_address(tarnly, programs):
@@ -126,7 +143,7 @@ def test_an_open_window_follows_the_network(tarnly, programs, network):
     assert listed(view) == [] and decoded(tarnly, programs.folder) is None
     network.add("10.9.8.7/8")
     url, = wait_for_list(view, 1)
-    assert url.startswith("ws://10.9.8.7:")
+    assert url.startswith("http://10.9.8.7:")
     wait_for_code(tarnly, programs.folder, url)
 
 

@@ -30,19 +30,38 @@ QStringList texts(const std::vector<std::string>& urls) {
     return result;
 }
 
-QString explanation(bool isListening, bool hasAddresses) {
-    if (!isListening) return AddressesWindow::tr("Tarnly is not listening.");
+QString explanation(const RuntimeModel& runtime, bool hasAddresses) {
+    if (!runtime.port()) return AddressesWindow::tr("Tarnly is not listening.");
     if (!hasAddresses) return AddressesWindow::tr("This computer is not connected to a network.");
+    if (runtime.hasLessonPage()) {
+        return AddressesWindow::tr(
+            "Scan the code with a phone or tablet, or open one of these addresses in its browser: that is "
+            "the "
+            "lesson page. An application that does not find Tarnly by itself takes the address, too; some "
+            "want "
+            "ws:// in place of http://.");
+    }
     return AddressesWindow::tr(
         "Where a client does not find Tarnly by itself, enter one of these addresses there, or scan the "
         "code.");
 }
 
-QStringList textsOf(const QListWidget& list) {
-    QStringList texts;
+void add(QListWidget& list, const QStringList& addresses) {
+    for (const auto& address : addresses) {
+        auto* item = new QListWidgetItem(shownAddress(address), &list);
+        item->setData(Qt::UserRole, address);
+    }
+}
+
+QString addressOf(const QListWidgetItem* item) {
+    return item == nullptr ? QString() : item->data(Qt::UserRole).toString();
+}
+
+QStringList addressesOf(const QListWidget& list) {
+    QStringList all;
     for (int row = 0; row < list.count(); ++row)
-        texts += list.item(row)->text();
-    return texts;
+        all += addressOf(list.item(row));
+    return all;
 }
 
 } // namespace
@@ -94,13 +113,13 @@ void AddressesWindow::hideEvent(QHideEvent* event) {
 }
 
 void AddressesWindow::lookUp() {
-    const auto found = texts(runtime_.addresses());
-    explanation_->showText(explanation(runtime_.port().has_value(), !found.isEmpty()));
-    if (found != textsOf(*list_)) {
+    const auto found = texts(runtime_.peoplesAddresses());
+    explanation_->showText(explanation(runtime_, !found.isEmpty()));
+    if (found != addressesOf(*list_)) {
         const auto row = std::max<qsizetype>(0, found.indexOf(selected()));
         const QSignalBlocker untilComplete(list_); // what is hidden meanwhile would lose the focus
         list_->clear();
-        list_->addItems(found);
+        add(*list_, found);
         list_->setCurrentRow(static_cast<int>(row));
         showSelected();
     }
@@ -122,9 +141,6 @@ void AddressesWindow::copySelected() {
     QTimer::singleShot(confirmationTime, copy_, [this] { copy_->setText(tr("Copy")); });
 }
 
-QString AddressesWindow::selected() const {
-    const auto* item = list_->currentItem();
-    return item == nullptr ? QString() : item->text();
-}
+QString AddressesWindow::selected() const { return addressOf(list_->currentItem()); }
 
 } // namespace tarnly

@@ -13,8 +13,8 @@ namespace tarnly {
 class CaptionLabel;
 class QrCodeWidget;
 
-/// The addresses at which a client that cannot find the companion by DNS-SD reaches it: to copy, and as a QR
-/// code. They are looked up anew while the window is open.
+/// The addresses of the lesson page, at which a client that cannot find the companion by DNS-SD reaches it,
+/// too: to copy, and as a QR code. They are looked up anew while the window is open.
 class AddressesWindow : public QWidget {
     Q_OBJECT
 

@@ -23,9 +23,6 @@ using Outcome = ReachFinding::Outcome;
 constexpr int padding = 20;
 constexpr int windowWidth = 380;
 
-/// Behind an address that ends with a slash, which else comes first in a language from right to left.
-constexpr QChar leftToRightMark(0x200E);
-
 QString headlineOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::nobodyYet:
@@ -150,7 +147,7 @@ void ReachWindow::showPages() {
     pages_->clear();
     for (const auto& page : pages) {
         const auto address = QString::fromStdString(page);
-        pages_->addItem(address + leftToRightMark, address);
+        pages_->addItem(shownAddress(address), address);
     }
     pages_->setCurrentIndex(std::max(0, pages_->findData(selected)));
     pages_->setVisible(hasOne);

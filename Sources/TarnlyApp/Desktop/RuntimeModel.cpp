@@ -10,6 +10,16 @@ namespace {
 
 constexpr std::chrono::milliseconds interval{1000};
 
+using UrlOf = std::string (*)(const std::string& address, std::uint16_t port);
+
+std::vector<std::string> urls(std::optional<std::uint16_t> port, UrlOf urlOf) {
+    std::vector<std::string> all;
+    if (!port) return all;
+    for (const auto& address : networkAddresses())
+        all.push_back(urlOf(address, *port));
+    return all;
+}
+
 } // namespace
 
 RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
@@ -27,13 +37,10 @@ RuntimeModel::RuntimeModel(CompanionRuntime& runtime) : runtime_(runtime) {
     connect(&timer_, &QTimer::timeout, this, &RuntimeModel::askActivity);
 }
 
-std::vector<std::string> RuntimeModel::addresses() const {
-    std::vector<std::string> all;
-    const auto listening = port();
-    if (!listening) return all;
-    for (const auto& address : networkAddresses())
-        all.push_back(webSocketUrl(address, *listening));
-    return all;
+std::vector<std::string> RuntimeModel::addresses() const { return urls(port(), webSocketUrl); }
+
+std::vector<std::string> RuntimeModel::peoplesAddresses() const {
+    return hasLessonPage() ? urls(port(), webPageUrl) : addresses();
 }
 
 void RuntimeModel::watchActivity(const QObject* watcher) {

@@ -34,6 +34,12 @@ class RuntimeModel : public QObject {
     /// As clients enter them, while it listens: "ws://192.168.1.20:41234". Asks the system.
     std::vector<std::string> addresses() const;
 
+    bool hasLessonPage() const { return runtime_.hasLessonPage(); }
+
+    /// What people scan, open or enter: the lesson page's "http://192.168.1.20:41234/" where it is served,
+    /// else the `addresses`. Asks the system.
+    std::vector<std::string> peoplesAddresses() const;
+
     /// How the companion stands. What changes from second to second is as it was a second ago at most, while
     /// someone watches; the simulator's stage always, and who has come, and whether a recording runs. It
     /// changes once a second at most.

@@ -80,6 +80,11 @@ QString breakable(const QString& text) {
 
 } // namespace
 
+QString shownAddress(const QString& address) {
+    constexpr QChar leftToRightMark(0x200E);
+    return QGuiApplication::isRightToLeft() ? address + leftToRightMark : address;
+}
+
 QColor secondaryColour(const QPalette& palette) {
     const auto text = palette.color(QPalette::WindowText);
     const auto window = palette.color(QPalette::Window);

@@ -49,6 +49,9 @@ class CaptionLabel : public LeadingLabel {
     void adoptColour();
 };
 
+/// An address as lists show it: its last slash comes last also where lines run from right to left.
+QString shownAddress(const QString& address);
+
 /// Between the colours of text and window: readable, and less prominent than text.
 QColor secondaryColour(const QPalette& palette);
 

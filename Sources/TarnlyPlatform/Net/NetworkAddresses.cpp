@@ -88,4 +88,8 @@ std::string webSocketUrl(const std::string& address, std::uint16_t port) {
     return "ws://" + describe({address, port});
 }
 
+std::string webPageUrl(const std::string& address, std::uint16_t port) {
+    return "http://" + describe({address, port}) + "/";
+}
+
 } // namespace tarnly

@@ -36,4 +36,7 @@ std::string hostName();
 /// Where a WebSocket server listens: "ws://192.168.1.20:41234", "ws://[2001:db8::1]:41234".
 std::string webSocketUrl(const std::string& address, std::uint16_t port);
 
+/// What a browser opens there: "http://192.168.1.20:41234/", "http://[2001:db8::1]:41234/".
+std::string webPageUrl(const std::string& address, std::uint16_t port);
+
 } // namespace tarnly

@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <QRegion>
 #include <QScrollBar>
+#include <QTextLayout>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -123,6 +124,37 @@ TEST(Labels, ACaptionBreaksWithinALongWord) {
     caption.showText(QString(63, u'n'));
     EXPECT_LT(caption.minimumSizeHint().width(), 100);
     EXPECT_EQ(caption.accessibleName(), QString(63, u'n')) << "what is spoken is the word itself";
+}
+
+/// Which way the lines of all windows run, for one test.
+class LineDirection {
+  public:
+    explicit LineDirection(Qt::LayoutDirection direction) { QGuiApplication::setLayoutDirection(direction); }
+    ~LineDirection() { QGuiApplication::setLayoutDirection(before_); }
+    LineDirection(const LineDirection&) = delete;
+    LineDirection& operator=(const LineDirection&) = delete;
+
+  private:
+    const Qt::LayoutDirection before_ = QGuiApplication::layoutDirection();
+};
+
+TEST(ShownAddress, ItsLastSlashComesLastInEveryLanguage) {
+    const LineDirection direction(Qt::RightToLeft);
+    const auto address = shownAddress("http://192.168.1.20:41234/");
+    QTextLayout layout(address);
+    QTextOption option;
+    option.setTextDirection(Qt::RightToLeft);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    const auto line = layout.createLine();
+    layout.endLayout();
+    const auto last = static_cast<int>(address.lastIndexOf('/'));
+    EXPECT_GT(line.cursorToX(last), line.cursorToX(last - 1)) << address.toStdString();
+}
+
+TEST(ShownAddress, IsTheAddressItselfElsewhere) {
+    const LineDirection direction(Qt::LeftToRight);
+    EXPECT_EQ(shownAddress("http://192.168.1.20:41234/"), "http://192.168.1.20:41234/");
 }
 
 } // namespace

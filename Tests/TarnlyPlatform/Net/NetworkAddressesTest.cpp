@@ -119,5 +119,10 @@ TEST(WebSocketUrl, HasIPv6InBrackets) {
     EXPECT_EQ(webSocketUrl("2001:db8::1", 80), "ws://[2001:db8::1]:80");
 }
 
+TEST(WebPageUrl, NamesTheFirstPage) {
+    EXPECT_EQ(webPageUrl("192.168.1.20", 41234), "http://192.168.1.20:41234/");
+    EXPECT_EQ(webPageUrl("2001:db8::1", 80), "http://[2001:db8::1]:80/");
+}
+
 } // namespace
 } // namespace tarnly
