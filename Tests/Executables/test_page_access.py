@@ -83,6 +83,13 @@ def test_no_rule_of_accessibility_is_broken(browser, rig, script, language, widt
         await press(page, look)
         await page.wait_for("document.querySelector('#flight div').shadowRoot?.querySelector('.track') != null")
         await judge_colours("plot")
+        await page.ask("document.querySelector('#flight button').click()")
+        rig.simulator.end()
+        await page.wait_for("document.querySelector('header').dataset.state === 'away'")
+        await judge("simulator away")
+        rig.companion.program.end()
+        await page.wait_for("document.querySelector('header').dataset.state === 'looking'")
+        await judge_colours("looking")
     in_page(browser, work)
     assert not found, "\n".join(map(str, found))
 
