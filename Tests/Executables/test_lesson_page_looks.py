@@ -127,7 +127,10 @@ def test_the_night_is_red(programs, browser):
         await press(page, "Look at the flight")
         await page.wait_for("document.querySelector('#flight div').shadowRoot?.querySelector('.track')")
         await is_red(page)
-        await page.go(f"http://127.0.0.1:{port}/")
+        assert await page.ask("localStorage.length + sessionStorage.length") == 0
+        address = await page.ask("location.href")
+        await page.go("about:blank")
+        await page.go(address)
         await shows(page, "#state", "Password needed")
         await is_red(page)
         assert await page.ask("[...document.querySelectorAll('meta[name=theme-color]')].map(one => one.content)") \

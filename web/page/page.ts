@@ -15,7 +15,7 @@ import { Question } from "./question";
 import { RecordingPart } from "./recordingPart";
 import { ScriptPart } from "./scriptPart";
 import { Situations } from "./situations";
-import { keepNames, keepNight, keepPassword, keptNames, keptNight, keptPassword } from "./store";
+import { keepNames, keepPassword, keptNames, keptPassword } from "./store";
 import { type Language, languageOf, type Say, speakerOf } from "./texts";
 
 async function showFailures(controls: Controls, say: Say, language: Language): Promise<void> {
@@ -45,7 +45,7 @@ function open(root: HTMLElement): void {
         flight.close();
         script.open();
     });
-    const header = new Header(lesson, say, keepPassword, [bar.clock, nightSwitch(say, keptNight(), keepNight)]);
+    const header = new Header(lesson, say, keepPassword, [bar.clock, nightSwitch(say)]);
     const controls = new Controls(lesson, say);
     const situations = new Situations(lesson, say, question);
     const place = new PlacePart(lesson, say, question);

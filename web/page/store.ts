@@ -1,8 +1,6 @@
-// What the browser keeps: the choice of values, of night colours and, if the person wants that, the password. Nothing
-// else.
+// What the browser keeps: the choice of values and, if the person wants that, the password. Nothing else.
 
 const VALUES = "tarnly.values";
-const NIGHT = "tarnly.night";
 const PASSWORD = "tarnly.password";
 
 /** Browsers may refuse to keep anything; the page works without. */
@@ -33,7 +31,5 @@ export function keptNames(): string[] {
 }
 
 export const keepNames = (names: string[]) => write(VALUES, JSON.stringify(names));
-export const keptNight = () => read(NIGHT) !== undefined;
-export const keepNight = (isNight: boolean) => write(NIGHT, isNight ? "yes" : undefined);
 export const keptPassword = () => read(PASSWORD);
 export const keepPassword = (password: string | undefined) => write(PASSWORD, password);
