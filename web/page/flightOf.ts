@@ -3,7 +3,7 @@
 import type { FiredTriggerEvent, RecordedFlight } from "../client/messages";
 import type { Fired, Flight, Line, Track } from "../plot/flights";
 import { firstNotBelow } from "../plot/lines";
-import { Columns, drawnSamples, type Lever } from "./columns";
+import { column, Columns, drawnSamples, type Lever } from "./columns";
 import { canFly, greatCircleMetres } from "./greatCircle";
 import { logName } from "./recordingFile";
 import { drawnOf, frozenSamples, gapsOf, IN_NO_RUN, runsOf, runsOfKnown } from "./runs";
@@ -11,9 +11,11 @@ import { drawnOf, frozenSamples, gapsOf, IN_NO_RUN, runsOf, runsOfKnown } from "
 const MOST_ENGINES = 4;
 const METRES_PER_MILE = 1852;
 
+const taken = (values: Float64Array, samples: Int32Array) => column(samples.length, place => values[samples[place]]);
+
 function lineOf(at: Float64Array, runs: Int32Array, values: Float64Array): Line {
     const { samples, breaks } = drawnOf(runsOfKnown(runs, values));
-    return { at: Float64Array.from(samples, i => at[i]), value: Float64Array.from(samples, i => values[i]), breaks };
+    return { at: taken(at, samples), value: taken(values, samples), breaks };
 }
 
 /** The track, with a break where the aircraft was put elsewhere as well; the ways up in miles, absent without a position. */
@@ -31,8 +33,8 @@ function trackOf(at: Float64Array, runs: Int32Array, lat: Float64Array, lon: Flo
         flown[i] = run;
     }
     const { samples, breaks } = drawnOf(flown);
-    const column = (values: Float64Array) => Float64Array.from(samples, i => values[i]);
-    return { track: { at: column(at), lat: column(lat), lon: column(lon), breaks }, miles: run > 0 ? metres / METRES_PER_MILE : undefined };
+    const track = { at: taken(at, samples), lat: taken(lat, samples), lon: taken(lon, samples), breaks };
+    return { track, miles: run > 0 ? metres / METRES_PER_MILE : undefined };
 }
 
 /** A trigger fired on the last sample that is not later; what fired before all of them is not drawn. */

@@ -44,11 +44,13 @@ export function runsOf(at: Float64Array, frozen: [number, number][]): Int32Array
         isBroken[last] = 1;
         isPaused.fill(1, first + 1, last);
     }
+    const result = new Int32Array(at.length);
     let run = 0;
-    return Int32Array.from(at, (_, i) => {
+    for (let i = 0; i < at.length; ++i) {
         run += isBroken[i];
-        return isPaused[i] ? IN_NO_RUN : run;
-    });
+        result[i] = isPaused[i] ? IN_NO_RUN : run;
+    }
+    return result;
 }
 
 /** A run ends as well where a value is not known. */
