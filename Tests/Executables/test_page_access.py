@@ -144,9 +144,10 @@ def test_a_lesson_is_flown_by_keyboard_alone(browser, rig, script):
     in_page(browser, work)
 
 
-def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig):
+@pytest.mark.parametrize("width, height", [(390, 844), (844, 390), (1180, 820)], ids=["phone", "on its side", "tablet"])
+def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig, width, height):
     async def work(page):
-        await open_page(page, rig.port)
+        await open_page(page, rig.port, width, height)
         await page.wait_for("document.querySelector('#password')?.checkVisibility()")
         await pair(page)
         await flying(page)
