@@ -77,7 +77,6 @@ function open(root: HTMLElement): void {
     // That nothing comes any more nobody tells.
     setInterval(() => {
         if (lesson.values.isQuiet) showValues();
-        else bar.show();
     }, 1_000);
     lesson.values.onNames = () => datarefs.show();
     for (const event of ["online", "focus", "pageshow"]) addEventListener(event, () => lesson.lookNow());
