@@ -11,6 +11,8 @@ class FakeCompanions {
     readonly asked: string[] = [];
     isPaired = true;
     password: string | undefined = "right";
+    /** Told of each question before its answer. */
+    onAsked: (type: string) => void = () => {};
 
     readonly values = new PushedValues({
         url: "ws://x/", isPaired: () => this.isPaired, password: () => this.password, open: () => this.opened(),
@@ -20,6 +22,7 @@ class FakeCompanions {
         const socket = new FakeSocket();
         socket.onSent = ({ type, req_id, params }) => queueMicrotask(() => {
             this.asked.push(type);
+            this.onAsked(type);
             const isRight = (params as { password?: string } | undefined)?.password === "right";
             const data = type === "pair" ? { accepted: isRight } : {};
             socket.say({ type, req_id, data });
@@ -80,4 +83,16 @@ test("a connection on which nothing comes is given up, and another one tried", a
     } finally {
         clock.end();
     }
+});
+
+test("a name that is wanted while others are tried is tried after them", async () => {
+    const companions = new FakeCompanions();
+    const { values } = companions;
+    companions.onAsked = () => {
+        if (companions.asked.length === 3) values.want(["b"]); // "a" is being tried
+    };
+    values.want(["a"]);
+    await moment();
+    values.end();
+    deepEqual(["a", "b"].map(name => values.stateOf(name)), ["pushed", "pushed"]);
 });

@@ -37,6 +37,8 @@ export class PushedValues {
     private latest: Values = {};
     private lastPush = 0;
     private isTrying = false;
+    /** Further names are wanted since the trial that is under way. */
+    private hasFurther = false;
     /** One that the companion takes no more, as it has another one now. */
     private refused: { password: string | undefined } | undefined;
     private hasEnded = false;
@@ -50,6 +52,7 @@ export class PushedValues {
 
     want(names: readonly string[]): void {
         for (const name of names) this.wanted.add(name);
+        this.hasFurther = this.isTrying;
         void this.tryNames();
     }
 
@@ -106,6 +109,10 @@ export class PushedValues {
             connection.close();
             this.isTrying = false;
             this.onNames();
+            if (this.hasFurther) {
+                this.hasFurther = false;
+                void this.tryNames();
+            }
         }
     }
 
