@@ -54,6 +54,7 @@ def quoted_in(page):
 
 def all_texts(root):
     texts = [text for path in sources(root) for text in literals_in(path.read_text())]
+    texts += literals_in((root / "web/page/texts.ts").read_text())
     return texts + [" ".join((root / "scripts" / name).read_text().split()) for name in SCRIPTS]
 
 
@@ -140,7 +141,7 @@ def test_words_that_are_not_on_the_page_are_noticed():
 def test_a_new_text_is_noticed():
     code = 'throw ClientError("the moon " + near() + " is"\n" too near, says " /* why */ "nobody");'
     with tempfile.TemporaryDirectory(prefix="tarnly-test-") as path:
-        for folder in ("Sources", "scripts"):
+        for folder in ("Sources", "scripts", "web/page"):
             shutil.copytree(REPOSITORY / folder, Path(path) / folder)
         (Path(path) / "Sources/Planted.cpp").write_text(code)
         assert list(complaints(Path(path), page())) == ["is missing: is too near, says nobody (Sources/Planted.cpp)"]
