@@ -27,12 +27,11 @@ class RunningBrowser:
         program = shutil.which(name)
         if program is None:
             pytest.skip(f"{name} is not installed (scripts/setup --developer)")
-        self._holder = tempfile.TemporaryDirectory(prefix="tarnly-test-", ignore_cleanup_errors=True)
-        self.folder = Path(self._holder.name)
+        self.folder = Path(tempfile.mkdtemp(prefix="tarnly-test-"))
         self._prepare()
         self._process = subprocess.Popen([program, *(option.format(self.folder) for option in options)],
                                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                         env=os.environ | {"HOME": self._holder.name})
+                                         env=os.environ | {"HOME": str(self.folder)})
         self.address = wait_until(self._look, f"{name}'s port", PATIENCE)
 
     def _prepare(self):
@@ -49,7 +48,12 @@ class RunningBrowser:
         except subprocess.TimeoutExpired:
             self._process.kill()
             self._process.wait()
-        self._holder.cleanup()
+        # Its other processes end a little later, and write until then.
+        wait_until(self._is_removed, f"{self.folder} is removed", PATIENCE)
+
+    def _is_removed(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        return not self.folder.exists()
 
 
 class Tab:
