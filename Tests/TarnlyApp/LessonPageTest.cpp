@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <string>
@@ -48,9 +49,17 @@ TEST_F(LessonPageTest, ItsFailuresAreThoseOfTheDataFolder) {
     EXPECT_EQ(textOf(*pages().find("/failures.json")), R"({"failures":[]})");
 }
 
-TEST_F(LessonPageTest, AListThatIsTooLongIsNotTaken) {
+TEST_F(LessonPageTest, AListThatIsTooLongSaysSo) {
     std::ofstream(folder.path() / "failures.json") << std::string(256 * 1024 + 1, ' ');
-    EXPECT_THAT(textOf(*pages().find("/failures.json")), HasSubstr("rel_engfai0"));
+    EXPECT_EQ(textOf(*pages().find("/failures.json")),
+              R"({"failures":[],"problem":"failures.json in the data folder is larger than 256 KiB. )"
+              R"(Make it shorter, and start the companion again."})");
+}
+
+TEST_F(LessonPageTest, AListThatCannotBeReadSaysSo) {
+    std::filesystem::create_directory(folder.path() / "failures.json");
+    EXPECT_THAT(textOf(*pages().find("/failures.json")),
+                HasSubstr("failures.json in the data folder cannot be read"));
 }
 
 } // namespace

@@ -95,6 +95,18 @@ test("a wrong password is tried once, and another one at once", async () => {
     deepEqual(links, ["refused", "looking", "paired", "ended"]);
 });
 
+test("a password that comes while another one is tried is tried as well", async () => {
+    const companions = new FakeCompanions();
+    companions.password = "right";
+    const { companion, links, ended } = started(companions, "wrong");
+    await until(() => companions.sockets.length === 1);
+    companion.pairWith("right");
+    await until(() => companion.link === "paired");
+    companion.end();
+    await ended;
+    deepEqual(links, ["paired", "ended"]);
+});
+
 test("it tries again for as long as nobody answers", async () => {
     const sockets: FakeSocket[] = [];
     const open = () => {

@@ -46,3 +46,9 @@ test("the companion's own list has a name in both languages for each", () => {
     equal(new Set(names("de")).size, names("en").length);
     deepEqual(names("de").filter(name => names("en").includes(name)), ["Generator 1"]);
 });
+
+test("why the companion has not taken a file is told in its words", () => {
+    const problem = "failures.json in the data folder is larger than 256 KiB.";
+    deepEqual(parseFailures(JSON.stringify({ failures: [], problem }), speakerOf("en"), "en"),
+        { failures: [], complaints: [problem] });
+});

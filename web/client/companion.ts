@@ -122,15 +122,16 @@ export class Companion {
             this.lastWord = Date.now();
             this.onValues(values);
         };
+        const { password } = this;
         const pair = async () => {
             await connection.opened;
-            return await connection.request("pair", { password: this.password });
+            return await connection.request("pair", { password });
         };
         try {
             const reply = await connection.within(3 * this.patience, pair());
             if (!reply.accepted) {
                 connection.close();
-                return "refused";
+                return this.password === password ? "refused" : "lost"; // there has come another one meanwhile
             }
         } catch (error) {
             if (error instanceof ConnectionLost) return "lost";

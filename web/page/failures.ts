@@ -24,10 +24,11 @@ const keys = ["name", "dataref", "fail", "repair"];
 
 /** Throws an Error for a text that is no list at all. */
 export function parseFailures(text: string, say: Say, language: Language): FailureList {
-    const content = JSON.parse(text) as { failures?: unknown } | null;
+    const content = JSON.parse(text) as { failures?: unknown; problem?: unknown } | null;
     const list = content?.failures;
     if (!Array.isArray(list)) throw new Error(say("noFailures"));
-    const result: FailureList = { failures: [], complaints: [] };
+    // The companion's own words, where it has not taken the file.
+    const result: FailureList = { failures: [], complaints: typeof content?.problem === "string" ? [content.problem] : [] };
     list.forEach((entry: unknown, place) => {
         try {
             result.failures.push(failureOf(entry, say, language));
