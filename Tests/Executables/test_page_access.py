@@ -1,5 +1,7 @@
 """The lesson page for people who use it by another way than eyes and fingers."""
 
+import re
+
 import pytest
 from accessibility import need_judge, violations
 from browser import Browser, in_page
@@ -225,4 +227,37 @@ def test_what_happens_is_told_aloud(browser, rig):
         await shows(page, "[role=status]#state", "Flying")
         await press(page, "Record")
         await shows(page, "[role=status]#outcome", "Done: Record")
+    in_page(browser, work)
+
+
+def test_the_plot_speaks_the_language_of_the_page(browser, rig, script):
+    """What is said in both languages is no word of either: names, units, and what the script has."""
+    async def words(page, language, look):
+        await page.prefer(language)
+        await open_page(page, rig.port)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await pair(page)
+        await flying(page)
+        if language == "de":
+            await page.choose_file("#script-file", script)
+            await press(page, "Aufzeichnen")
+            await shows(page, "#cards", "Your aircraft.")
+        await page.wait_for("Number(document.querySelector('#recorded').textContent.split(' ')[0]) > 3")
+        await press(page, look)
+        root = "document.querySelector('#flight div').shadowRoot"
+        await page.wait_for(f"{root}?.querySelector('[data-key=autopilot_on] path.line') != null")
+        await page.ask(f"{root}.querySelector('[role=slider]').focus()")
+        await page.key("ArrowRight")
+        await page.wait_for(f"{root}.querySelector('.time').textContent !== ''")
+        said = await page.ask(f"""[...{root}.querySelectorAll('.sheet *')].flatMap(one =>
+            [...[...one.childNodes].filter(node => node.nodeType === Node.TEXT_NODE).map(node => node.data),
+             ...[...one.attributes].filter(({{ name }}) => /^(aria-(label|valuetext|description)|title|alt)$/.test(name))
+                 .map(({{ value }}) => value)])""")
+        return set(re.findall(r"[^\W\d_]{2,}", " ".join(said)))
+
+    async def work(page):
+        german = await words(page, "de", "Den Flug ansehen")
+        english = await words(page, "en", "Look at the flight")
+        assert {"Höhe", "Auslöser", "Fuß", "Vergrößern"} <= german and {"Altitude", "Trigger", "feet", "Zoom"} <= english
+        assert german & english <= {"UTC", "ft", "session", "jsonl", "begun", "speak", "Autopilot", "Propeller"}
     in_page(browser, work)

@@ -4,8 +4,9 @@ import { flight } from "./flight";
 import type { Line } from "../../web/plot/flights";
 import { outside } from "../../web/plot/grades";
 import { marksOf } from "../../web/plot/marks";
-import { numberText, STRIPS, valueText } from "../../web/plot/strips";
+import { STRIPS, valueText } from "../../web/plot/strips";
 import { summaryOf } from "../../web/plot/summary";
+import { numberText } from "../../web/plot/words";
 
 function steady(value: number): Line {
     return { at: Float64Array.of(0, 10), value: Float64Array.of(value, value), breaks: Uint8Array.of(1, 0) };

@@ -25,7 +25,7 @@ export class FlightPart {
 
     async show(): Promise<void> {
         const { showFlight } = await import(asset("flight-view")) as FlightView;
-        const host = html("div", { lang: "en" });
+        const host = html("div", {});
         this.host.replaceWith(host);
         this.host = host;
         this.cameFrom = document.activeElement;

@@ -5,6 +5,7 @@ import { valueFor } from "./summary";
 import { html } from "./svg";
 import { clockText, spokenTime } from "./times";
 import type { TimeWindow } from "./timeWindow";
+import { say } from "./words";
 
 /** How near the cursor has to be to a mark, in pixels. */
 const NEAR = 6;
@@ -22,7 +23,7 @@ export class Cursor {
         if (moment === undefined) {
             this.element.textContent = "";
             slider.setAttribute("aria-valuenow", window.from.toFixed(1));
-            slider.setAttribute("aria-valuetext", "no moment chosen");
+            slider.setAttribute("aria-valuetext", say("no moment chosen"));
             return;
         }
         this.element.textContent = [this.time.timeText(moment), ...this.markedAt(moment, window, drawn)].join(" \u00b7 ");
@@ -31,7 +32,7 @@ export class Cursor {
             const altitude = valueFor(flight, "alt_ft", moment + zero, 0);
             const height = valueFor(flight, "agl_ft", moment + zero, 0);
             const lead = this.isSingle ? "" : `flight ${letterOf(place)}: `;
-            return `${lead}altitude ${altitude} feet, above ground ${height} feet`;
+            return lead + say("altitude {0} feet, above ground {1} feet", altitude, height);
         });
         const when = this.time.alignment.by === "clock" ? clockText(moment) : spokenTime(moment);
         slider.setAttribute("aria-valuetext", [when, ...values].join("; "));

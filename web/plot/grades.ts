@@ -2,9 +2,9 @@
 import { scaleLinear } from "d3-scale";
 import type { Band, Flight, Grade, GradedValue, Line } from "./flights";
 import { range } from "./lines";
-import { numberText } from "./strips";
 import { html, picture, px, svg, text } from "./svg";
 import { elapsedText } from "./times";
+import { numberText } from "./words";
 
 const WIDTH = 260;
 const HEIGHT = 84;

@@ -1,5 +1,6 @@
 // The ground track on a plane, without a page.
 import type { Track } from "./flights";
+import { say, shortText } from "./words";
 
 const METRES_PER_DEGREE = 111_195; // of a sphere of 6,371 km
 const METRES_PER_MILE = 1852;
@@ -54,10 +55,10 @@ export function scaleLength(metres: number): { metres: number; text: string } {
     };
     if (metres >= 0.1 * METRES_PER_MILE) {
         const miles = round(metres / METRES_PER_MILE);
-        return { metres: miles * METRES_PER_MILE, text: `${Number(miles.toPrecision(1))} nm` };
+        return { metres: miles * METRES_PER_MILE, text: say("{0} nm", shortText(Number(miles.toPrecision(1)))) };
     }
     const length = round(metres);
-    return { metres: length, text: `${Number(length.toPrecision(1))} m` };
+    return { metres: length, text: `${shortText(Number(length.toPrecision(1)))} m` };
 }
 
 /** Where a track is at a moment, in degrees; absent where nobody knows. */

@@ -12,6 +12,7 @@ import { timeTicks, zeroOf } from "./times";
 import { TimeWindow } from "./timeWindow";
 import { toolbarOf } from "./toolbar";
 import { TrackView } from "./track";
+import { say } from "./words";
 
 /** How many strips are drawn at once when the page is opened. */
 const SEEN_FIRST = 2;
@@ -22,7 +23,7 @@ export class Page {
     private readonly bottom = html("div", { class: "holder" });
     private readonly remark = html("p", { class: "remark" });
     private readonly slider = html("div", {
-        class: "strips", role: "slider", tabindex: 0, "aria-label": "Moment of the flight", "aria-valuemin": 0,
+        class: "strips", role: "slider", tabindex: 0, "aria-label": say("Moment of the flight"), "aria-valuemin": 0,
         "aria-describedby": "keys",
     });
     private readonly time: TimeWindow;
@@ -48,7 +49,7 @@ export class Page {
 
     get title(): string {
         const { flights } = this;
-        return this.isSingle ? `Recorded flight, ${startText(flights[0])}` : `${flights.length} recorded flights`;
+        return this.isSingle ? say("Recorded flight, {0}", startText(flights[0])) : `${flights.length} recorded flights`;
     }
 
     private get isSingle(): boolean {
@@ -62,17 +63,16 @@ export class Page {
         this.slider.append(this.recorded.element, ...this.strips.map((strip) => strip.element), this.bottom);
         this.root.append(
             html("h1", {}, this.title),
-            html("section", { class: "flights", "aria-label": "Summary" }, ...this.entries()),
-            html("h2", {}, "Ground track"),
-            this.track.isEmpty ? html("p", {}, "No position was recorded.")
+            html("section", { class: "flights", "aria-label": say("Summary") }, ...this.entries()),
+            html("h2", {}, say("Ground track")),
+            this.track.isEmpty ? html("p", {}, say("No position was recorded."))
                 : html("figure", {}, this.trackTools(), this.track.element),
-            html("h2", {}, "Over time"),
+            html("h2", {}, say("Over time")),
             html("div", { class: "sticky" }, this.timeTools(), this.cursor.element),
             this.remark,
             ...keyOf(flights),
-            html("p", { id: "keys", class: "hint" },
-                "Point at a moment, or take the arrow keys; + and \u2212 zoom, as do two fingers and the wheel with Ctrl; "
-                + "0 shows the whole flight."),
+            html("p", { id: "keys", class: "hint" }, say("Point at a moment, or take the arrow keys;"), " ",
+                say("+ and \u2212 zoom, as do two fingers and the wheel with Ctrl; 0 shows the whole flight.")),
             this.slider,
             ...tablesOf(flights, (place, at) => this.showMoment(place, at)));
     }
@@ -103,10 +103,10 @@ export class Page {
             zoom();
             this.askDraw();
         } });
-        return toolbarOf("Part of the track", [
-            tool("+", "Zoom into the track", () => track.zoomBy(2)),
-            tool("\u2212", "Zoom out of the track", () => track.zoomBy(0.5)),
-            tool("Whole", "The whole track", () => track.reset()),
+        return toolbarOf(say("Part of the track"), [
+            tool("+", say("Zoom into the track"), () => track.zoomBy(2)),
+            tool("\u2212", say("Zoom out of the track"), () => track.zoomBy(0.5)),
+            tool(say("Whole"), say("The whole track"), () => track.reset()),
         ]);
     }
 

@@ -3,6 +3,7 @@ import type { Cursor } from "./cursor";
 import type { TimeWindow } from "./timeWindow";
 import { toolbarOf } from "./toolbar";
 import type { TrackView } from "./track";
+import { say } from "./words";
 
 /** What pointers and keys do; `choose` takes a moment, and brings it into sight where it `isKept`. */
 export class Pointing {
@@ -29,12 +30,12 @@ export class Pointing {
     }
 
     tools(): HTMLElement {
-        return toolbarOf("Part of the flight", [
-            { label: "+", name: "Zoom in", act: () => this.zoomBy(2) },
-            { label: "\u2212", name: "Zoom out", act: () => this.zoomBy(0.5) },
-            { label: "\u25c0", name: "Earlier", act: () => this.time.move(-0.5) },
-            { label: "\u25b6", name: "Later", act: () => this.time.move(0.5) },
-            { label: "Whole", name: "The whole flight", act: () => this.time.showWhole() },
+        return toolbarOf(say("Part of the flight"), [
+            { label: "+", name: say("Zoom in"), act: () => this.zoomBy(2) },
+            { label: "\u2212", name: say("Zoom out"), act: () => this.zoomBy(0.5) },
+            { label: "\u25c0", name: say("Earlier"), act: () => this.time.move(-0.5) },
+            { label: "\u25b6", name: say("Later"), act: () => this.time.move(0.5) },
+            { label: say("Whole"), name: say("The whole flight"), act: () => this.time.showWhole() },
         ]);
     }
 

@@ -2,6 +2,7 @@
 import { Mark, marksOf, shape } from "./marks";
 import { Drawn, letterOf, Window, xOf } from "./strips";
 import { html, picture, px, svg, text } from "./svg";
+import { say } from "./words";
 
 const TOP = 20;
 const ROW = 16;
@@ -12,7 +13,7 @@ export class RecordedStrip {
 
     constructor() {
         this.element = html("section", { class: "strip", "data-key": "recorded" },
-            html("div", { class: "head" }, html("h3", {}, "Recorded")), this.holder);
+            html("div", { class: "head" }, html("h3", {}, say("Recorded"))), this.holder);
     }
 
     /** A row a flight, and one for its script; above them `axis`. Returns the cursor's line. */

@@ -4,14 +4,15 @@ import type { Flight, Line, Stretch } from "./flights";
 import { range, valueAt, visiblePoints } from "./lines";
 import { marksOf, shape } from "./marks";
 import { html, picture, px, svg, text } from "./svg";
+import { numberText, PlotText, say } from "./words";
 
 export interface StripKind {
-    title: string;
+    title: PlotText;
     unit: string;
     height: number;
     /** The recording's keys; a second one is drawn thinner, and named in the values. */
     keys: string[];
-    names?: string[];
+    names?: PlotText[];
     /** Fixed limits, in the unit; else they come from the values. */
     limits?: [number, number];
     /** From the recording's unit to that of the strip. */
@@ -70,19 +71,11 @@ export function valueText(flight: Flight, kind: StripKind, moment: number): stri
     const said = linesOf(flight, kind).map((line) => {
         const value = valueAt(line, moment, kind.isSwitch);
         if (value === undefined) return "\u2013";
-        if (kind.names) return kind.names[value >= 0.5 ? 1 : 0];
+        if (kind.names) return say(kind.names[value >= 0.5 ? 1 : 0]);
         return numberText(value * (kind.factor ?? 1), kind.decimals);
     });
     const known = said.some((one) => one !== "\u2013");
     return said.join(" / ") + (known && kind.unit !== "" ? (kind.unit === "\u00b0" ? "\u00b0" : `\u00a0${kind.unit}`) : "");
-}
-
-export function numberText(value: number, decimals: number): string {
-    const rounded = value.toFixed(decimals);
-    const plain = Number(rounded) === 0 ? rounded.replace("-", "") : rounded;
-    const [whole, fraction] = plain.split(".");
-    const grouped = whole.replace("-", "\u2212").replace(/\B(?=(\d{3})+$)/g, ",");
-    return fraction === undefined ? grouped : `${grouped}.${fraction}`;
 }
 
 /** One strip of the page: a heading with the values at the cursor, and the picture. */
@@ -95,7 +88,7 @@ export class Strip {
 
     constructor(readonly kind: StripKind, private readonly flights: Flight[]) {
         this.found = range(flights.flatMap((flight) => linesOf(flight, kind))) ?? [0, 1];
-        const heading = html("h3", {}, kind.title);
+        const heading = html("h3", {}, say(kind.title));
         if (kind.unit !== "") heading.append(html("span", { class: "unit" }, `, ${kind.unit}`));
         this.element = html("section", { class: "strip", "data-key": kind.keys[0] },
             html("div", { class: "head" }, heading, this.values), this.holder);
@@ -118,7 +111,7 @@ export class Strip {
         }
         for (const tick of this.ticks(scale)) {
             const y = px(scale(tick));
-            const label = kind.names ? kind.names[tick] : numberText(tick, tick % 1 === 0 ? 0 : 1);
+            const label = kind.names ? say(kind.names[tick]) : numberText(tick, tick % 1 === 0 ? 0 : 1);
             inside.push(svg("line", { class: "grid", x1: window.left, x2: window.right, y1: y, y2: y }));
             inside.push(text(window.left - 5, y + 4, label, { class: "tick", "text-anchor": "end" }));
         }

@@ -4,6 +4,7 @@ import { labelOf } from "./marks";
 import { valueFor } from "./summary";
 import { html } from "./svg";
 import { clockText, elapsedText } from "./times";
+import { say } from "./words";
 
 const MOST_ROWS = 500;
 
@@ -14,8 +15,8 @@ export function firedTable(flight: Flight, of: string, show: Show): HTMLElement 
     const rows = flight.fired.slice(0, MOST_ROWS).map((fired, number) => html("tr", {},
         html("td", {}, labelOf("fired", number)), ...timeCells(flight, fired.at, show),
         html("td", { class: "id" }, fired.id), html("td", { class: "id" }, fired.action), ...heightCells(flight, fired.at)));
-    return section(`Triggers that fired${of}`, ["No.", "After", "UTC", "Trigger", "Action", ...HEIGHTS], rows,
-        flight.fired.length);
+    return section(say("Triggers that fired") + of,
+        [say("No."), say("After"), "UTC", say("Trigger"), say("Action"), ...heights()], rows, flight.fired.length);
 }
 
 /** Of a flight that has a trial. */
@@ -31,10 +32,10 @@ export function trialTable(flight: Flight, of: string, show: Show): HTMLElement 
             `would not have fired: ${one.words}`, one.at)),
     ];
     return section(`What the script ${script} would have done${of}`,
-        ["Mark", "After", "UTC", "Trigger", "Action", "Outcome", ...HEIGHTS], rows, fired.length + missed.length);
+        ["Mark", say("After"), "UTC", say("Trigger"), say("Action"), "Outcome", ...heights()], rows, fired.length + missed.length);
 }
 
-const HEIGHTS = ["Altitude, ft", "Above ground, ft"];
+const heights = () => [say("Altitude, ft"), say("Above ground, ft")];
 
 /** What the recording has of the same trigger. */
 function recordedOf(one: Fired, flight: Flight): string {
@@ -44,7 +45,7 @@ function recordedOf(one: Fired, flight: Flight): string {
 
 function timeCells(flight: Flight, at: number | undefined, show: Show): HTMLElement[] {
     if (at === undefined) return [html("td", {}, "\u2013"), html("td", {}, "\u2013")];
-    const go = html("button", { type: "button", title: "Show this moment" }, elapsedText(at));
+    const go = html("button", { type: "button", title: say("Show this moment") }, elapsedText(at));
     go.addEventListener("click", () => show(at));
     return [html("td", {}, go), html("td", {}, flight.start === undefined ? "\u2013" : clockText(flight.start + at))];
 }
@@ -59,5 +60,5 @@ function section(title: string, names: string[], rows: HTMLElement[], all: numbe
     const more = all - rows.length;
     return html("section", { class: "fired" }, html("h2", {}, title),
         html("div", { class: "scroll" }, html("table", {}, html("thead", {}, head), html("tbody", {}, ...rows))),
-        ...(more > 0 ? [html("p", {}, `and ${more} more`)] : []));
+        ...(more > 0 ? [html("p", {}, say("and {0} more", more))] : []));
 }

@@ -1,5 +1,6 @@
 // Moments and how they are written; flights laid over each other.
 import type { Flight } from "./flights";
+import { count } from "./words";
 
 const STEPS = [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400];
 
@@ -35,12 +36,10 @@ export function clockText(seconds: number): string {
 export function spokenTime(seconds: number): string {
     const whole = Math.floor(Math.abs(seconds));
     const parts: string[] = [];
-    const add = (count: number, unit: string) => {
-        if (count > 0) parts.push(`${count} ${unit}${count === 1 ? "" : "s"}`);
-    };
-    add(Math.floor(whole / 3600), "hour");
-    add(Math.floor(whole / 60) % 60, "minute");
-    if (whole % 60 > 0 || parts.length === 0) parts.push(`${whole % 60} second${whole % 60 === 1 ? "" : "s"}`);
+    const [hours, minutes, rest] = [Math.floor(whole / 3600), Math.floor(whole / 60) % 60, whole % 60];
+    if (hours > 0) parts.push(count(hours, "{0} hour", "{0} hours"));
+    if (minutes > 0) parts.push(count(minutes, "{0} minute", "{0} minutes"));
+    if (rest > 0 || parts.length === 0) parts.push(count(rest, "{0} second", "{0} seconds"));
     return (seconds < 0 ? "minus " : "") + parts.join(" ");
 }
 

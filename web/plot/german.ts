@@ -1,0 +1,83 @@
+// The plot in German, of what it says of a single flight without grades and without a script's trial: others are shown
+// only by the page of tarnly-track, which is English.
+import type { Language } from "./words";
+
+const texts = {
+    "Recorded flight, {0}": "Aufgezeichneter Flug, {0}",
+    "Summary": "Zusammenfassung",
+    "{0}-{1}-{2} {3} UTC": "{2}.{1}.{0}, {3} UTC",
+    "start unknown": "Beginn unbekannt",
+    "Lasted {0}": "Dauer {0}",
+    "{0} nautical miles over ground": "{0} Seemeilen über Grund",
+    "highest {0} feet indicated": "größte Höhe {0} Fuß angezeigt",
+    "no trigger fired": "kein Auslöser hat ausgelöst",
+    "one trigger fired": "ein Auslöser hat ausgelöst",
+    "{0} triggers fired": "{0} Auslöser haben ausgelöst",
+    "Nothing was recorded during one gap ({1}).": "Während einer Lücke wurde nichts aufgezeichnet ({1}).",
+    "Nothing was recorded during {0} gaps ({1}).": "Während {0} Lücken wurde nichts aufgezeichnet ({1}).",
+    "The simulator was paused once ({1}).": "Der Simulator war einmal in Pause ({1}).",
+    "The simulator was paused {0} times ({1}).": "Der Simulator war {0}-mal in Pause ({1}).",
+    "{0} to {1}": "{0} bis {1}",
+    "{0} hour": "{0} Stunde",
+    "{0} hours": "{0} Stunden",
+    "{0} minute": "{0} Minute",
+    "{0} minutes": "{0} Minuten",
+    "{0} second": "{0} Sekunde",
+    "{0} seconds": "{0} Sekunden",
+
+    "Ground track": "Weg über Grund",
+    "No position was recorded.": "Es wurde keine Position aufgezeichnet.",
+    "Part of the track": "Ausschnitt des Wegs",
+    "Zoom into the track": "Weg vergrößern",
+    "Zoom out of the track": "Weg verkleinern",
+    "The whole track": "Den Weg ganz zeigen",
+    "Whole": "Ganz",
+    "{0} nm": "{0} NM",
+
+    "Over time": "Im Verlauf der Zeit",
+    "Part of the flight": "Ausschnitt des Flugs",
+    "Zoom in": "Vergrößern",
+    "Zoom out": "Verkleinern",
+    "Earlier": "Früher",
+    "Later": "Später",
+    "The whole flight": "Den Flug ganz zeigen",
+    "nothing recorded": "nichts aufgezeichnet",
+    "simulator paused": "Simulator in Pause",
+    "Point at a moment, or take the arrow keys;": "Auf einen Zeitpunkt zeigen oder die Pfeiltasten nehmen;",
+    "+ and \u2212 zoom, as do two fingers and the wheel with Ctrl; 0 shows the whole flight.":
+        "+ und \u2212 vergrößern und verkleinern, ebenso zwei Finger und das Mausrad mit Strg; 0 zeigt den ganzen Flug.",
+    "Moment of the flight": "Zeitpunkt des Flugs",
+    "no moment chosen": "kein Zeitpunkt gewählt",
+    "altitude {0} feet, above ground {1} feet": "Höhe {0} Fuß, über Grund {1} Fuß",
+
+    "Recorded": "Aufgezeichnet",
+    "Altitude, indicated": "Höhe, angezeigt",
+    "Height above ground": "Höhe über Grund",
+    "Bank, right positive": "Querlage, rechts positiv",
+    "Pitch, up positive": "Längslage, aufwärts positiv",
+    "Gear out": "Fahrwerk ausgefahren",
+    "Gear handle": "Fahrwerkshebel",
+    "up": "ein",
+    "down": "aus",
+    "Flaps": "Klappen",
+    "Throttle": "Gas",
+    "Mixture": "Gemisch",
+    "Propeller": "Propeller",
+    "Autopilot": "Autopilot",
+    "off": "aus",
+    "on": "ein",
+
+    "Triggers that fired": "Auslöser, die ausgelöst haben",
+    "No.": "Nr.",
+    "After": "Nach",
+    "Trigger": "Auslöser",
+    "Action": "Aktion",
+    "Altitude, ft": "Höhe, ft",
+    "Above ground, ft": "Über Grund, ft",
+    "Show this moment": "Diesen Zeitpunkt zeigen",
+    "and {0} more": "und {0} weitere",
+};
+
+export type PlotText = keyof typeof texts;
+
+export const german: Language = { texts, thousands: ".", point: "," };
