@@ -94,6 +94,11 @@ export class Companion {
         else if (this.state === "paired") void this.lookAfter(this.connection!, true);
     }
 
+    /** Gives the connection up and pairs again, to learn whether the password is still the right one. */
+    connectAnew(): void {
+        this.connection?.close();
+    }
+
     /** Throws `Refusal`, and `ConnectionLost` also while there is no connection. */
     async request<T extends keyof Messages>(type: T, params: Messages[T]["params"]): Promise<Messages[T]["data"]> {
         if (this.state !== "paired" || this.connection === undefined) throw new ConnectionLost();

@@ -67,7 +67,8 @@ export class Header {
     /** For some seconds; what was not done stays until something else is asked for. */
     tell(outcome: Outcome): void {
         const text = "done" in outcome ? this.say("done", outcome.done)
-            : "lost" in outcome ? this.say("lost", outcome.lost) : `${this.say("failed", outcome.failed)} – ${outcome.words}`;
+            : "lost" in outcome ? this.say("lost", outcome.lost)
+            : "unsent" in outcome ? this.say("unsent", outcome.unsent) : `${this.say("failed", outcome.failed)} – ${outcome.words}`;
         this.outcome.className = "done" in outcome ? "fine" : "amiss";
         setText(this.outcome, text);
         clearTimeout(this.fading);

@@ -2,14 +2,14 @@
 import { Companion, type Link } from "../client/companion";
 import type { Values } from "../client/connection";
 import { ConnectionLost } from "../client/failure";
-import type { FlightListing, LoadScriptRequest, Messages, RecordedFlight } from "../client/messages";
+import type { FiredTriggerEvent, FlightListing, LoadScriptRequest, Messages, RecordedFlight } from "../client/messages";
 import { catchUp, Recording } from "../client/recording";
 import { instrumentNames } from "./readings";
 import type { SimulatorNews } from "./simulator";
 import { PushedValues } from "./values";
 
 /** What came of something that the person asked for. */
-export type Outcome = { done: string } | { failed: string; words: string } | { lost: string };
+export type Outcome = { done: string } | { failed: string; words: string } | { lost: string } | { unsent: string };
 
 const CATCH_UP_MS = 1_000;
 /** A recording that has not grown for so long does not run, as far as the page can see. */
@@ -38,7 +38,10 @@ export class Lesson {
     simulator: SimulatorNews = { state: "unknown", words: "" };
     private readonly companion: Companion;
     private password: string | undefined;
-    private isCatchingUp = false;
+    private following: Promise<void> | undefined;
+    /** How many had fired when the script was loaded: they are of the one before. */
+    private firedBefore = 0;
+    private wasRunning = false;
     /** When the companion was last asked, and when that brought more of the recording. */
     private lastFollow = -Infinity;
     private lastGrowth = -Infinity;
@@ -52,13 +55,18 @@ export class Lesson {
             this.onLink(link);
         };
         this.values.onValues = () => this.onValues();
+        // The password has been changed: who is in stays in, but nobody else of this page comes in.
+        this.values.onRefused = () => this.companion.connectAnew();
         this.values.onSimulator = news => {
             if (news.state === "unknown") return;
             const hasChanged = news.state !== this.simulator.state || news.words !== this.simulator.words;
             this.simulator = news;
             if (hasChanged) this.onSimulator(news);
         };
-        setInterval(() => void this.follow(), CATCH_UP_MS);
+        setInterval(() => {
+            void this.follow();
+            this.lookWhetherItRuns();
+        }, CATCH_UP_MS);
     }
 
     start(): void {
@@ -93,6 +101,10 @@ export class Lesson {
     /** Asks for something that is called `what` for the person, who is told what came of it. */
     async act<T extends keyof Messages>(
         what: string, type: T, params: Messages[T]["params"]): Promise<Messages[T]["data"] | undefined> {
+        if (this.link !== "paired") {
+            this.onOutcome({ unsent: what });
+            return undefined;
+        }
         try {
             const answer = await this.companion.request(type, params);
             this.onOutcome({ done: what });
@@ -110,19 +122,29 @@ export class Lesson {
         return this.began ?? new Date(Date.now() - 1_000 * age);
     }
 
-    async situations(): Promise<FlightListing[]> {
+    /** Undefined where the companion cannot be asked. */
+    async situations(): Promise<FlightListing[] | undefined> {
         try {
             const { flights } = await this.companion.request("list_flights", undefined);
             return flights.sort((a, b) => a.name.localeCompare(b.name));
-        } catch {
-            return []; // the companion says in its status why there are none
+        } catch (error) {
+            return error instanceof ConnectionLost ? undefined : []; // the companion says in its status why there are none
         }
     }
 
+    /** Of the recording, those of the script that is loaded. */
+    get firedOfScript(): readonly FiredTriggerEvent[] {
+        return this.recording.fired.slice(this.firedBefore);
+    }
+
+    /** From its beginning, with the script's triggers: what has fired once would not fire again in another recording. */
     async record(what: string): Promise<void> {
+        const { script } = this;
+        if (script !== undefined && await this.act(what, "load_script", script) === undefined) return;
         if (await this.act(what, "recording_start", undefined) === undefined) return;
         this.keepEarlier(this.recording);
         this.recording = new Recording();
+        this.firedBefore = 0;
         this.began = new Date();
         this.isRecording = true;
         this.lastFollow = Date.now();
@@ -132,6 +154,7 @@ export class Lesson {
     async stop(what: string): Promise<void> {
         if (await this.act(what, "recording_stop", undefined) === undefined) return;
         this.isRecording = false;
+        await this.following; // asked before the end, it may lack the last samples
         await this.follow();
         this.lastGrowth = -Infinity;
         this.onRecording(false);
@@ -139,9 +162,14 @@ export class Lesson {
 
     /** Absent when the companion has taken the script, else why not. */
     async load(what: string, script: LoadScriptRequest): Promise<string[] | undefined> {
+        await this.following;
+        await this.follow();
+        const { recording } = this;
+        const fired = recording.fired.length;
         const answer = await this.act(what, "load_script", script);
         if (answer === undefined) return undefined;
         this.script = script;
+        this.firedBefore = recording === this.recording ? fired : 0;
         this.onRecording(false);
         return answer.unresolved_fixes;
     }
@@ -151,27 +179,45 @@ export class Lesson {
         if (samples.length > 0) this.earlier = { recorded, began: this.beganAt(recorded) };
     }
 
-    private async follow(): Promise<void> {
-        if (this.isCatchingUp || this.link !== "paired") return;
-        this.isCatchingUp = true;
+    private lookWhetherItRuns(): void {
+        const { isRunning } = this;
+        if (isRunning === this.wasRunning) return;
+        this.wasRunning = isRunning;
+        this.onRecording(false);
+    }
+
+    /** One question at a time. */
+    private follow(): Promise<void> {
+        this.following ??= this.ask().finally(() => {
+            this.following = undefined;
+        });
+        return this.following;
+    }
+
+    private async ask(): Promise<void> {
+        if (this.link !== "paired") return;
+        const { recording } = this;
+        const { samples, fired } = recording;
+        let news: RecordedFlight | undefined;
         try {
-            const { samples, fired } = this.recording;
-            const news = await catchUp(this.companion, this.recording);
-            if (news === undefined) {
-                this.keepEarlier({ samples, fired });
-                this.began = undefined;
-                this.isRecording = false;
-            }
-            const now = Date.now();
-            this.isLate = now - this.lastFollow > MISSED_MS;
-            this.lastFollow = now;
-            if (news === undefined) this.lastGrowth = -Infinity;
-            else if (news.samples.length > 0 && !this.isLate) this.lastGrowth = now;
-            if (news === undefined || news.samples.length + news.fired.length > 0) this.onRecording(news === undefined);
+            news = await catchUp(this.companion, recording);
         } catch (error) {
-            if (!(error instanceof ConnectionLost)) throw error;
-        } finally {
-            this.isCatchingUp = false;
+            if (error instanceof ConnectionLost) return;
+            throw error;
         }
+        // This page has begun another one meanwhile.
+        if (recording !== this.recording) return;
+        if (news === undefined) {
+            this.keepEarlier({ samples, fired });
+            this.began = undefined;
+            this.isRecording = false;
+            this.firedBefore = 0;
+        }
+        const now = Date.now();
+        this.isLate = now - this.lastFollow > MISSED_MS;
+        this.lastFollow = now;
+        if (news === undefined) this.lastGrowth = -Infinity;
+        else if (news.samples.length > 0 && !this.isLate) this.lastGrowth = now;
+        if (news === undefined || news.samples.length + news.fired.length > 0) this.onRecording(news === undefined);
     }
 }

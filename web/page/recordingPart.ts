@@ -38,16 +38,16 @@ export class RecordingPart {
     }
 
     show(isAnother: boolean): void {
-        const { recording, isRecording } = this.lesson;
+        const { recording, isRunning } = this.lesson;
         const last = recording.samples[recording.samples.length - 1];
         setText(this.state, last === undefined ? this.say("nothingRecorded")
             : this.say("samples", recording.samples.length, durationText(last.elapsed_s)));
         if (isAnother) setText(this.remark, this.say("anotherRecording"));
-        else if (isRecording) setText(this.remark, this.say(this.awake.isAwake ? "awake" : "notAwake"));
+        else if (isRunning) setText(this.remark, this.say(this.awake.isAwake ? "awake" : "notAwake"));
         this.saving.disabled = this.looking.disabled = last === undefined;
         this.savingEarlier.hidden = this.lesson.earlier === undefined;
         setText(this.savingEarlier, this.say("earlier", this.lesson.earlier?.recorded.samples.length ?? 0));
-        this.awake.want(isRecording);
+        this.awake.want(isRunning);
     }
 }
 

@@ -89,9 +89,9 @@ export class ScriptPart {
     }
 
     private showTriggers(): void {
-        const { script, recording } = this.lesson;
+        const { script, firedOfScript } = this.lesson;
         if (script === undefined) return;
-        const states = triggerStates(script, recording.fired);
+        const states = triggerStates(script, firedOfScript);
         if (this.triggers.childElementCount !== states.length) {
             this.triggers.replaceChildren(...states.map(({ trigger }) => html("li", {},
                 html("b", {}, trigger.id), " ", html("span", {}, conditionText(trigger, this.say, this.language)), " ", html("em", {}))));

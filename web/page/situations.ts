@@ -15,6 +15,7 @@ export class Situations {
 
     async look(): Promise<void> {
         const flights = await this.lesson.situations();
+        if (flights === undefined) return;
         if (flights.length === 0) {
             this.list.replaceChildren(html("li", {}, this.say("noSituations")));
             return;

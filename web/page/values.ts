@@ -30,6 +30,8 @@ export class PushedValues {
     onValues: (values: Values) => void = () => {};
     onSimulator: (news: SimulatorNews) => void = () => {};
     onNames: () => void = () => {};
+    /** Told once of each password that the companion has taken before and takes no more. */
+    onRefused: () => void = () => {};
 
     private readonly wanted = new Set<string>();
     private readonly states = new Map<string, NameState>();
@@ -100,6 +102,7 @@ export class PushedValues {
             await connection.within(LATE_MS, connection.opened);
             const { accepted } = await connection.within(LATE_MS, connection.request("pair", { password }));
             this.refused = accepted ? undefined : { password };
+            if (!accepted) this.onRefused();
             const good = accepted ? await this.goodNames(connection) : undefined;
             if (good !== undefined && !this.hasEnded) this.subscribeTo(good);
         } catch (error) {
@@ -153,6 +156,7 @@ export class PushedValues {
             this.onSimulator({ state: "flight", words: "" });
             this.onValues(values);
         };
+        if (this.isQuiet) this.latest = {}; // of a flight that may be another one by now
         this.lastPush = Date.now();
         void companion.run();
     }
