@@ -8,6 +8,7 @@ sys.path.insert(0, str(Path(__file__).parent))
 sys.path.insert(0, str(Path(__file__).parent.parent / "Support"))
 sys.dont_write_bytecode = True
 
+from command_port import CommandPort  # noqa: E402
 from fake_simulator import FakeSimulator  # noqa: E402
 from harness import Programs  # noqa: E402
 
@@ -38,6 +39,12 @@ def fake():
     simulator = FakeSimulator()
     yield simulator
     simulator.close()
+
+
+@pytest.fixture
+def command_port(programs):
+    """For companions that look for their simulator at its host."""
+    return programs.close_at_end(CommandPort())
 
 
 class _WhenUsed:

@@ -1,19 +1,19 @@
-"""A network between a browser and a companion that can be cut, and mended."""
+"""A network between two programs that can be cut, and mended."""
 
 import asyncio
 import contextlib
 
 
 class CutNetwork:
-    """Listens on `port` and hands all bytes on; to be used in one event loop."""
+    """Listens on `port` and hands all bytes on to who listens at `far_port`; to be used in one event loop."""
 
-    def __init__(self, companion_port):
-        self._companion_port = companion_port
+    def __init__(self, far_port, host="127.0.0.1", port=0):
+        self._far_port, self._host, self.port = far_port, host, port
         self._writers = set()
         self._is_cut = False
 
     async def start(self):
-        self._server = await asyncio.start_server(self._carry, "127.0.0.1", 0)
+        self._server = await asyncio.start_server(self._carry, self._host, self.port)
         self.port = self._server.sockets[0].getsockname()[1]
 
     def cut(self):
@@ -34,7 +34,7 @@ class CutNetwork:
             self._hold(stack, writer)
             if self._is_cut:
                 return
-            far_reader, far_writer = await asyncio.open_connection("127.0.0.1", self._companion_port)
+            far_reader, far_writer = await asyncio.open_connection("127.0.0.1", self._far_port)
             self._hold(stack, far_writer)
             await asyncio.gather(self._copy(reader, far_writer), self._copy(far_reader, writer))
 

@@ -1,12 +1,19 @@
 """What the tests of the lesson page share: a companion with a flight, and hands for the page."""
 
+import contextlib
 import gzip
 import http.client
 import json
 import re
 import subprocess
 
+from command_port import datagram_for
+from cut_network import CutNetwork
+from harness import SIMULATOR_LINE
+
 PASSWORD = "right one"
+#: What is saved there; its name tells the stand-in where that is.
+SITUATION = "Runway 14"
 
 
 class Rig:
@@ -17,13 +24,14 @@ class Rig:
         self.sim_port = 0
         self.start_simulator()
         situations = programs.new_folder()
-        (situations / "Pattern 1.sit").write_text("saved")
+        (situations / f"{SITUATION}.sit").write_text("saved")
         self.options += ("--situations", situations)
         self.start()
 
     def start_simulator(self, *options):
         self.simulator, self.sim_port = self.programs.simulator("--start", "downwind", "--control", "stdin", *options,
                                                                 port=self.sim_port, stdin=subprocess.PIPE)
+        self.order_port = int(self.simulator.wait_for_line(SIMULATOR_LINE).group(2))
 
     def order(self, text):
         """Of the simulator."""
@@ -32,6 +40,16 @@ class Rig:
     def start(self):
         self.companion = self.programs.companion("--port", self.port, *self.options, sim_port=self.sim_port,
                                                  settings={"password": PASSWORD, "startAtLogin": False})
+
+    @contextlib.asynccontextmanager
+    async def at(self, host):
+        """The flight is to be reached at this host as well, as long as the block takes."""
+        network = CutNetwork(self.sim_port, host, self.sim_port)
+        await network.start()
+        try:
+            yield
+        finally:
+            await network.close()
 
 
 async def open_page(page, port, width=390, height=844):
@@ -79,6 +97,24 @@ async def choose_file(page, selector, path):
 async def pair(page, password):
     await type_into(page, "#password", password)
     await page.ask("document.querySelector('#pairing button').click()")
+
+
+async def load_situation(page, rig, command_port):
+    """Presses its button, and says yes; the stand-in, which has another port, gets what the companion orders."""
+    await press_load(page, "Yes")
+    await shows(page, "#outcome", f"Done: {SITUATION}")
+    order = command_port.datagram()
+    assert order == datagram_for(f"Output/situations/{SITUATION}.sit") and command_port.is_quiet()
+    command_port.hand_on(order, rig.order_port)
+    await page.wait_for("document.querySelector('[data-reading=height] dd').textContent === '0'")
+
+
+async def press_load(page, answer):
+    await shows(page, "#situations li", SITUATION)
+    await page.ask("document.querySelector('#situations li button').click()")
+    await page.wait_for("document.querySelector('dialog').open")
+    assert f"Load “{SITUATION}”?" in await text(page, "dialog p")
+    await press(page, answer, "dialog")
 
 
 def script_file(programs, *triggers):

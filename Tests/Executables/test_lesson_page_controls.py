@@ -5,7 +5,7 @@ import json
 import pytest
 from browser import Browser, in_page
 from harness import reserved_port
-from lesson_page import Rig, flying, press, shows, text, type_into
+from lesson_page import Rig, flying, load_situation, press, press_load, shows, text, type_into
 
 ENGINE = "sim/operation/failures/rel_engfai0"
 BRAKE = "sim/cockpit2/controls/parking_brake_ratio"
@@ -104,13 +104,13 @@ def test_what_cannot_be_taken_back_is_asked_for_first(programs, browser):
         await shows(page, "#place [role=status]", "Latitude, °: from -90 to 90")
         await press(page, "Where it is now")
         here = (await page.ask("document.querySelector('#place-latitude').value"))[:4]
-        await type_into(page, "#place-latitude", "47.45")
+        await type_into(page, "#place-latitude", "48.25")
         await press(page, "Move there")
         await is_asked_and_says(page, "No", "Move the aircraft to")
         assert here in await text(page, "#position")
         await press(page, "Move there")
         await is_asked_and_says(page, "Yes", "Move the aircraft to")
-        await shows(page, "#position", "47.4")
+        await shows(page, "#position", "48.2")
 
         await type_into(page, "#place-bank", "25")
         await type_into(page, "#place-throttleRatio", "80")
@@ -119,11 +119,17 @@ def test_what_cannot_be_taken_back_is_asked_for_first(programs, browser):
         await reads(page, "bank", "25")
         await reads(page, "throttle", "80")
 
-        await page.ask("document.querySelector('#situations li button').click()")
-        await is_asked_and_says(page, "Yes", "Load “Pattern 1”?")
-        await shows(page, "#outcome", "Done: Pattern 1")
-        # The companion's order went to the usual port, at which this stand-in does not listen.
-        rig.order("load Runway.sit")
-        await reads(page, "height", "0")
-
     in_flight(programs, browser, work)
+
+
+def test_a_situation_is_loaded_by_who_says_yes(programs, browser, command_port):
+    async def work(page, rig):
+        async with rig.at(command_port.host):
+            await flying(page, rig.port)
+            await press_load(page, "No")
+            await load_situation(page, rig, command_port)
+        assert not page.complaints, page.complaints
+
+    with reserved_port() as port:
+        rig = Rig(programs, port, "--sim-host", command_port.host)
+        in_page(browser, lambda page: work(page, rig))

@@ -4,19 +4,17 @@ import contextlib
 import json
 import os
 import re
-import socket
 import sqlite3
-import struct
 import subprocess
 import time
 from types import SimpleNamespace
 
 import pytest
+from command_port import datagram_for
 from harness import is_instrumented, wait_until
 from lesson import loopback_address, trigger
 from nav_database import write_nav_database
 
-COMMAND_PORT = 49000
 SECONDS_FROM_1970_TO_2001 = 978307200
 
 
@@ -156,45 +154,9 @@ def test_a_long_listing_is_whole(client, situations):
 # Loading
 
 
-class CommandPort:
-    """The simulator's command port, on a loopback address of its own."""
-
-    def __init__(self):
-        self.host = loopback_address()
-        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.socket.bind((self.host, COMMAND_PORT))
-        self.socket.settimeout(60)
-
-    def datagram(self):
-        return self.socket.recv(65536)
-
-    def is_quiet(self):
-        self.socket.setblocking(False)
-        try:
-            self.socket.recv(65536)
-        except BlockingIOError:
-            return True
-        finally:
-            self.socket.settimeout(60)
-        return False
-
-    def close(self):
-        self.socket.close()
-
-
-@pytest.fixture
-def command_port(programs):
-    return programs.close_at_end(CommandPort())
-
-
 @pytest.fixture
 def loader(programs, situations, command_port):
     return programs.companion("--situations", situations, "--sim-host", command_port.host).client()
-
-
-def datagram_for(relative_path):
-    path = relative_path.encode()[:150]
-    return b"SIMO\0" + struct.pack("<i", 1) + path.ljust(150, b"\0") + b"\0\0"
 
 
 LONG = "x" * 200
