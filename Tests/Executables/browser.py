@@ -58,6 +58,10 @@ class Page(Tab):
                         features=[{"name": "prefers-color-scheme", "value": "dark" if dark else "light"},
                                   {"name": "prefers-reduced-motion", "value": "reduce" if still else "no-preference"}])
 
+    async def begin_with(self, script):
+        """Runs it in all that is opened from now on, before what is there does."""
+        await self.call("Page.addScriptToEvaluateOnNewDocument", source=script)
+
     async def prefer(self, language):
         """Of the person, from now on."""
         version = await self.call("Browser.getVersion")

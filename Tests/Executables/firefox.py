@@ -67,6 +67,10 @@ class FirefoxPage(Tab):
         await self.call("browsingContext.setViewport", context=self._context,
                         viewport={"width": width, "height": height})
 
+    async def begin_with(self, script):
+        """Runs it in all that is opened from now on, before what is there does."""
+        await self.call("script.addPreloadScript", contexts=[self._context], functionDeclaration=f"() => {{ {script} }}")
+
     async def _navigate(self, url):
         await self.call("browsingContext.navigate", context=self._context, url=url)
 
