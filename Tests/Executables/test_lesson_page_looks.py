@@ -74,13 +74,16 @@ def unfiltered(kind, line, above, size):
     return line
 
 
-async def is_red(page):
-    """Whether nothing on the screen is of another colour."""
+async def other_colours(page):
+    """Those on the screen that are not red."""
     await page.drawn()
     found = await page.call("Page.captureScreenshot", format="png")
-    others = {colour for colour in pixels(base64.b64decode(found["data"])) if max(colour[1:]) > 0.45 * colour[0] + 2}
+    return {colour for colour in pixels(base64.b64decode(found["data"])) if max(colour[1:]) > 0.45 * colour[0] + 2}
+
+
+async def is_red(page):
+    others = await other_colours(page)
     assert not others, sorted(others)[-10:]
-    return True
 
 
 @pytest.mark.parametrize("language", ["en", "de"])
@@ -133,6 +136,10 @@ def test_the_night_is_red(programs, browser):
         await page.go(address)
         await shows(page, "#state", "Password needed")
         await is_red(page)
+        # That it would be seen.
+        for colour in ((255, 200, 0), (60, 60, 60)):
+            await page.ask(f"document.querySelector('#state').style.color = 'rgb{colour}'")
+            assert colour in await other_colours(page)
         assert await page.ask("[...document.querySelectorAll('meta[name=theme-color]')].map(one => one.content)") \
             == ["#000000", "#000000"]
 

@@ -154,7 +154,8 @@ def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig, w
         await pair(page)
         await flying(page)
         await page.ask("document.querySelector('#controls details').open = true")
-        await page.wait_for("document.querySelector('#controls details li') !== null")
+        await page.wait_for("document.querySelector('#controls details li') !== null"
+                            " && document.querySelector('#situations li button') !== null")
         reachable = await page.ask(REACHABLE)
         assert len(reachable) > 20 and all(reachable)
         assert [await step(page) for _ in reachable] == reachable
