@@ -133,12 +133,18 @@ def test_the_simulator_comes_and_goes_within_a_recording(programs, browser):
         await shows(page, "#words", "start X-Plane")
         assert await text(page, "[data-reading=altitude] dd") == "–"
         assert await page.ask("document.querySelector('#pause').disabled")
+        assert await text(page, "#position") == "No position now."
+        assert await page.ask("document.querySelector('#track .aircraft').checkVisibility({ visibilityProperty: true })") is False
+        await press(page, "Where it is now")
+        await shows(page, "#place [role=status]", "No position now.")
+        assert await page.ask("document.querySelector('#place-latitude').value") == ""
         rig.start_simulator("--main-menu")
         await shows(page, "#state", "Main menu: load a flight")
         rig.order("load")
         await shows(page, "#state", "Flying")
         await shows(page, "#words", "The simulator is back.")
         await has_values(page)
+        assert "of latitude" in await text(page, "#position")
         await grows(page)
         await press(page, "Stop")
         await shows(page, "#outcome", "Done: Stop")

@@ -79,6 +79,21 @@ def test_switches_and_failures_switch(programs, browser):
     in_flight(programs, browser, work)
 
 
+def test_headings_are_magnetic_on_the_dial_and_true_on_the_track(programs, browser):
+    true_heading = "sim/flightmodel/position/psi"
+
+    async def work(page, rig):
+        await press(page, "Pause")
+        await shows(page, "#state", "Paused")
+        await watch(page, true_heading)
+        await type_into(page, f"#datarefs input[aria-label='{true_heading}']", "90")
+        await page.ask(f"document.querySelector('#datarefs [aria-label=\"{true_heading}: Write\"]').click()")
+        await reads(page, "heading", "087")
+        assert (await page.ask("document.querySelector('#track .aircraft').getAttribute('transform')")).endswith(" rotate(90)")
+
+    in_flight(programs, browser, work)
+
+
 def test_values_are_written_by_name_and_a_wrong_name_is_told(programs, browser):
     throttle = "sim/cockpit2/engine/actuators/throttle_ratio[0]"
 

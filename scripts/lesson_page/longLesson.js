@@ -3,7 +3,7 @@
 (hours => {
     const have = hours * 7200;
     const began = performance.now();
-    const names = { lat: "latitude", lon: "longitude", pitch: "theta", bank: "phi", heading: "mag_psi" };
+    const names = { lat: "latitude", lon: "longitude", pitch: "theta", bank: "phi", heading: "psi" };
     /** The circuit: an oval, 500 samples long, a little elsewhere each time. */
     const at = number => {
         const turn = number / 500 * 2 * Math.PI;

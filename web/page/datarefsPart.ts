@@ -51,7 +51,7 @@ export class DatarefsPart {
             void this.lesson.act(`${name} = ${number}`, "dataref_set_values",
                 { datarefs: [{ name: base, value: number, ...(index === undefined ? {} : { index: Number(index) }) }] });
         };
-        const row = html("li", {}, html("code", {}, name), value, written, button(this.say("write"), write),
+        const row = html("li", {}, html("code", {}, name), value, written, button(this.say("write"), write, { "aria-label": `${name}: ${this.say("write")}` }),
             button("×", () => {
                 this.rows.delete(name);
                 row.remove();

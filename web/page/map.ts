@@ -3,7 +3,7 @@ import { scaleLength } from "../plot/ground";
 import { html, picture, px, svg, text } from "../plot/svg";
 import type { Values } from "../client/connection";
 import { part, setAttribute, setText } from "./parts";
-import { HEADING, LATITUDE, LONGITUDE } from "./readings";
+import { LATITUDE, LONGITUDE, TRUE_HEADING } from "./readings";
 import type { Say } from "./texts";
 import { Way } from "./way";
 
@@ -37,11 +37,15 @@ export class TrackMap {
 
     show(values: Values): void {
         const [lat, lon] = [values[LATITUDE], values[LONGITUDE]];
-        if (lat === undefined || lon === undefined) return;
+        if (lat === undefined || lon === undefined) {
+            setAttribute(this.aircraft, "visibility", "hidden");
+            setText(this.summary, this.say("noPosition"));
+            return;
+        }
         if (this.way.add(lat, lon, performance.now(), TOLERANCE / this.perMetre)) this.draw();
         setAttribute(this.aircraft, "visibility", "visible");
         setAttribute(this.aircraft, "transform",
-            `translate(${WIDTH / 2} ${HEIGHT / 2}) rotate(${(values[HEADING] ?? 0).toFixed(0)})`);
+            `translate(${WIDTH / 2} ${HEIGHT / 2}) rotate(${(values[TRUE_HEADING] ?? 0).toFixed(0)})`);
         setText(this.summary, this.say("trackSummary", `${lat.toFixed(4)}°`, `${lon.toFixed(4)}°`));
     }
 

@@ -42,10 +42,13 @@ export class PlacePart {
     }
 
     private takePlace(): void {
-        const { values } = this.lesson.values;
-        for (const [key, name] of [["latitude", LATITUDE], ["longitude", LONGITUDE]] as const) {
-            if (values[name] !== undefined) this.inputs.get(key)!.value = values[name].toFixed(5);
-        }
+        const { present } = this.lesson;
+        const [lat, lon] = [present[LATITUDE], present[LONGITUDE]];
+        const isKnown = lat !== undefined && lon !== undefined;
+        this.complaint.textContent = isKnown ? "" : this.say("noPosition");
+        if (!isKnown) return;
+        this.inputs.get("latitude")!.value = lat.toFixed(5);
+        this.inputs.get("longitude")!.value = lon.toFixed(5);
     }
 
     /** Absent, and told, where one of them is out of its range. */

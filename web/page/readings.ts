@@ -10,6 +10,8 @@ export const LONGITUDE = POSITION + "longitude";
 export const PITCH = POSITION + "theta";
 export const BANK = POSITION + "phi";
 export const HEADING = POSITION + "mag_psi";
+/** Against the track, which lies by true north. */
+export const TRUE_HEADING = POSITION + "psi";
 export const PAUSED = "sim/time/paused";
 export const GEAR_HANDLE = "sim/cockpit2/controls/gear_handle_down";
 
@@ -43,7 +45,7 @@ export const readings: Reading[] = [
     } },
     { key: "airspeed", unit: "kt", sources: [POSITION + "indicated_airspeed"], write: value => round(value) },
     { key: "verticalSpeed", unit: "ft/min", sources: [POSITION + "vh_ind_fpm"], write: value => round(value, 50) },
-    { key: "heading", unit: "°", sources: [HEADING, POSITION + "psi"], write: headingText },
+    { key: "heading", unit: "°", sources: [HEADING, TRUE_HEADING], write: headingText },
     { key: "bank", unit: "°", sources: [BANK], write: value => round(value) },
     { key: "pitch", unit: "°", sources: [PITCH], write: value => round(value) },
     { key: "flaps", unit: "%", write: percent,

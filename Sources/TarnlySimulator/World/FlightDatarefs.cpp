@@ -71,6 +71,10 @@ Value trackAngle(const Flight& flight) {
                                       : wrapped360(degrees(std::atan2(state.eastMs, -state.southMs)));
 }
 
+Value magneticHeading(const Flight& flight) {
+    return wrapped360(flight.state().headingDeg - magneticVariationDeg);
+}
+
 Value loadFactor(const Flight& flight) {
     return 1 / std::cos(radians(std::clamp(flight.state().bankDeg, -75.0, 75.0)));
 }
@@ -140,11 +144,8 @@ constexpr FlightBinding position[] = {
     {"sim/flightmodel/position/P", single, get<&FlightState::rollRate>, set<&FlightState::rollRate>},
     {"sim/flightmodel/position/Q", single, get<&FlightState::pitchRate>, set<&FlightState::pitchRate>},
     {"sim/flightmodel/position/R", single, get<&FlightState::yawRate>, set<&FlightState::yawRate>},
-    {"sim/flightmodel/position/magpsi", single,
-     [](const Flight& flight) -> Value {
-         return wrapped360(flight.state().headingDeg - magneticVariationDeg);
-     },
-     nullptr},
+    {"sim/flightmodel/position/mag_psi", single, magneticHeading, nullptr},
+    {"sim/flightmodel/position/magpsi", single, magneticHeading, nullptr},
     {"sim/flightmodel/position/magnetic_variation", single,
      [](const Flight&) -> Value { return magneticVariationDeg; }, nullptr},
     {"sim/flightmodel/position/hpath", single, trackAngle, nullptr},

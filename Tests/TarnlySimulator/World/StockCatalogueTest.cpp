@@ -68,6 +68,7 @@ TEST(StockCatalogue, HasWhatACompanionReadsAndWrites) {
         {"sim/flightmodel/position/phi", single, true},
         {"sim/flightmodel/position/theta", single, true},
         {"sim/flightmodel/position/psi", single, true},
+        {"sim/flightmodel/position/mag_psi", single, false},
         {"sim/cockpit2/autopilot/servos_on", integer, true},
         {"sim/flightmodel/position/local_vx", single, true},
         {"sim/flightmodel/position/local_vy", single, true},
