@@ -190,3 +190,45 @@ def test_a_companion_that_hangs_leaves_no_old_values_on_the_dials(programs, chro
     with reserved_port() as port:
         rig = Rig(programs, port)
         in_page(chromium, fly)
+
+
+PLOT = "document.querySelector('#flight > div').shadowRoot?.querySelector('.track')"
+
+
+def test_a_flight_is_looked_at_without_the_companion(programs, chromium):
+    async def fly(page):
+        await flying(page, port)
+        await press(page, "Record")
+        await page.wait_for("Number(document.querySelector('#recorded').textContent.split(' ')[0]) > 3")
+        await press(page, "Stop")
+        rig.companion.program.end()
+        await shows(page, "#state", "Looking for the companion")
+        await press(page, "Look at the flight")
+        await page.wait_for(f"{PLOT} != null")
+        assert await page.ask(f"getComputedStyle({PLOT}).display") != "inline", "it has its style"
+        await press(page, "Back to the lesson")
+        assert await page.ask("document.querySelector('#flight > div').shadowRoot") is None
+
+    with reserved_port() as port:
+        rig = Rig(programs, port)
+        in_page(chromium, fly)
+
+
+@pytest.mark.parametrize("lost", ["script", "style"])
+def test_a_plot_that_cannot_be_loaded_is_told(programs, chromium, lost):
+    async def fly(page):
+        await page.call("Network.setBlockedURLs", urls=["*/flight-*." + {"script": "js", "style": "css"}[lost]])
+        await flying(page, port)
+        await press(page, "Record")
+        await shows(page, "#recorded", "samples")
+        await press(page, "Look at the flight")
+        await shows(page, "#outcome", "Not done: Look at the flight – It could not be loaded.")
+        assert await page.ask("document.querySelector('#flight').hidden && document.querySelector('#instruments').checkVisibility()")
+        await page.call("Network.setBlockedURLs", urls=[])
+        if lost == "style":
+            await press(page, "Look at the flight")
+            await page.wait_for(f"{PLOT} != null")
+
+    with reserved_port() as port:
+        Rig(programs, port)
+        in_page(chromium, fly)

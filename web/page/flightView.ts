@@ -9,10 +9,11 @@ if (document.documentElement.lang === "de") speak(german);
 
 /** Draws into an element of its own, apart from the page's styles. */
 export function showFlight(host: HTMLElement, flight: Flight, style: string): void {
-    const root = host.shadowRoot ?? host.attachShadow({ mode: "open" });
-    const link = html("link", { rel: "stylesheet", href: style });
+    const root = host.attachShadow({ mode: "open" });
+    const rules = new CSSStyleSheet();
+    rules.replaceSync(style);
+    root.adoptedStyleSheets = [rules];
     const sheet = html("div", { class: "sheet" });
-    root.replaceChildren(link, sheet);
-    // Its size is needed to draw it.
-    link.addEventListener("load", () => new Page([flight], sheet));
+    root.append(sheet);
+    new Page([flight], sheet);
 }

@@ -56,6 +56,7 @@ function open(root: HTMLElement): void {
         root.classList.toggle("apart", link !== "paired");
         root.classList.toggle("locked", link === "refused");
         if (link !== "paired") return;
+        flight.fetch();
         void situations.look();
         void showFailures(controls, say, language);
     };
