@@ -1,7 +1,7 @@
 // How the connection stands, and what came of what was asked for.
 import { html } from "../plot/svg";
 import type { Lesson, Outcome } from "./lesson";
-import { setText } from "./parts";
+import { button, setText } from "./parts";
 import { PAUSED } from "./readings";
 import type { Say } from "./texts";
 
@@ -16,12 +16,16 @@ export class Header {
     /** In place of the lesson, as long as the companion does not know who is there. */
     readonly pairing: HTMLElement;
     readonly element: HTMLElement;
+    /** For when it no longer is to be kept; hidden where none is. */
+    readonly forget: HTMLButtonElement;
+    /** To be kept once the companion has taken it. */
+    private untried: string | undefined;
     private hasTried = false;
     private wasAway = false;
     private fading: ReturnType<typeof setTimeout> | undefined;
 
-    constructor(private readonly lesson: Lesson, private readonly say: Say, keepPassword: (password?: string) => void,
-        beside: readonly HTMLElement[]) {
+    constructor(private readonly lesson: Lesson, private readonly say: Say, isKept: boolean,
+        private readonly keepPassword: (password?: string) => void, beside: readonly HTMLElement[]) {
         const form = html("form", { id: "pairing" },
             // For managers of passwords, which want a name.
             html("input", { type: "text", autocomplete: "username", value: "tarnly", hidden: "" }),
@@ -31,10 +35,18 @@ export class Header {
         form.addEventListener("submit", event => {
             event.preventDefault();
             this.hasTried = true;
-            keepPassword(this.keep.checked ? this.password.value : undefined);
+            this.untried = this.keep.checked ? this.password.value : undefined;
+            if (!this.keep.checked) this.keepNone();
             lesson.pairWith(this.password.value);
         });
         this.element = html("header", {}, html("h1", {}, say("title")), this.state, ...beside, this.words, this.outcome);
+        this.keep.checked = isKept;
+        this.forget = button(say("forgetPassword"), () => {
+            this.keep.checked = false;
+            this.keepNone();
+            this.tell({ done: say("forgetPassword") });
+        });
+        this.forget.hidden = !isKept;
         this.pairing = html("div", { role: "main", hidden: "" }, form);
     }
 
@@ -47,6 +59,11 @@ export class Header {
             this.be(link === "refused" ? "refused" : "looking", say(link === "refused" ? "refused" : "looking"),
                 link === "refused" && this.hasTried ? say("wrongPassword") : "");
             return;
+        }
+        if (this.untried !== undefined) {
+            this.keepPassword(this.untried);
+            this.forget.hidden = false;
+            this.untried = undefined;
         }
         const isPaused = this.lesson.present[PAUSED] === 1;
         if (state === "flight" && this.lesson.values.isQuiet) {
@@ -61,7 +78,7 @@ export class Header {
         }
         this.wasAway ||= state === "away" || state === "silent";
         // "Load a flight" is all that the companion's own words would add.
-        this.be(state, state === "unknown" ? say("looking") : say(state), state === "menu" ? "" : words);
+        this.be(state, say(state === "unknown" ? "paired" : state), state === "menu" ? "" : words);
     }
 
     /** For some seconds; what was not done stays until something else is asked for. */
@@ -73,6 +90,12 @@ export class Header {
         setText(this.outcome, text);
         clearTimeout(this.fading);
         if ("done" in outcome) this.fading = setTimeout(() => setText(this.outcome, ""), DONE_MS);
+    }
+
+    private keepNone(): void {
+        this.untried = undefined;
+        this.keepPassword(undefined);
+        this.forget.hidden = true;
     }
 
     private be(name: string, text: string, words: string): void {

@@ -45,7 +45,7 @@ function open(root: HTMLElement): void {
         flight.close();
         script.open();
     });
-    const header = new Header(lesson, say, keepPassword, [bar.clock, nightSwitch(say)]);
+    const header = new Header(lesson, say, keptPassword() !== undefined, keepPassword, [bar.clock, nightSwitch(say)]);
     const controls = new Controls(lesson, say);
     const situations = new Situations(lesson, say, question);
     const place = new PlacePart(lesson, say, question);
@@ -87,7 +87,7 @@ function open(root: HTMLElement): void {
     main.append(html("div", {}, instruments.element, script.element),
         html("div", {}, map.element, recording.element, controls.element),
         html("div", {}, situations.element, place.element, datarefs.element));
-    root.append(header.element, header.pairing, main, flight.element, html("footer", {}, html("p", {}, say("install"))), bar.element,
+    root.append(header.element, header.pairing, main, flight.element, html("footer", {}, html("p", {}, say("install")), header.forget), bar.element,
         question.element);
     header.show();
     lesson.start();
