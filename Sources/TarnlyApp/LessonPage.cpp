@@ -28,9 +28,8 @@ std::optional<std::string> listIn(const std::filesystem::path& file) {
     if (error) return listWith("failures.json in the data folder cannot be read: " + error.message());
     if (size > longestList) {
         return listWith(
-            "failures.json in the data folder is larger than 256 KiB. Make it shorter, and start the "
-            "companion "
-            "again.");
+            "failures.json in the data folder is larger than 256 KiB. Make it shorter, "
+            "and start the companion again.");
     }
     std::string text(static_cast<std::size_t>(size), '\0');
     std::ifstream stream(file, std::ios::binary);

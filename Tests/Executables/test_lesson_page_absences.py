@@ -111,6 +111,29 @@ def test_texts_are_read_once_and_what_was_missed_is_shown(programs, browser):
         in_page(browser, fly)
 
 
+def test_voices_that_come_untold_are_found_and_what_is_not_read_is_told(programs, chromium):
+    async def look(page):
+        await page.begin_with(DEVICE + """
+            window.voices = []; speech.getVoices = () => voices; speech.speak = one => { window.last = one; };""")
+        await flying(page, port)
+        assert await page.ask("document.querySelector('#speak').disabled")
+        await page.ask("voices.push({lang: 'en'}); dispatchEvent(new Event('focus'))")
+        assert not await page.ask("document.querySelector('#speak').disabled")
+        assert await text(page, "#voice") == ""
+
+        await page.ask("document.querySelector('#speak').click(); last.onerror({error: 'network'})")
+        await page.ask("dispatchEvent(new Event('focus'))")
+        assert "has not read a text (network)" in await text(page, "#voice")
+        assert await page.ask("document.querySelector('#speak').checked")
+        await page.ask("last.onerror({error: 'not-allowed'})")
+        assert "switch it on again" in await text(page, "#voice")
+        assert not await page.ask("document.querySelector('#speak').checked")
+
+    with reserved_port() as port:
+        Rig(programs, port)
+        in_page(chromium, look)
+
+
 def test_a_browser_without_a_voice_says_so(programs, browser):
     async def look(page):
         await page.begin_with("Object.defineProperty(window, 'speechSynthesis', {value: undefined})")

@@ -130,7 +130,7 @@ def test_what_cannot_be_taken_back_is_asked_for_first(programs, browser):
         await type_into(page, "#place-bank", "25")
         await type_into(page, "#place-throttleRatio", "80")
         await press(page, "Put into this attitude")
-        await is_asked_and_says(page, "Yes", "bank 25°")
+        await is_asked_and_says(page, "Yes", "bank 25°, 100 kt, throttle 80 %?")
         await reads(page, "bank", "25")
         await reads(page, "throttle", "80")
 

@@ -74,6 +74,13 @@ def test_the_page_and_its_plot_are_printed_dark_on_white(programs, browser):
         assert 2 <= await sheets(page, programs) <= 3
         assert not page.complaints, page.complaints
 
+        # The same without the companion, where the screen is grey.
+        rig.companion.program.end()
+        await shows(page, "#state", "Looking for the companion")
+        assert await page.ask("getComputedStyle(document.querySelector('main')).filter") == "grayscale(1)"
+        await on_paper(page, True)
+        assert await page.ask("getComputedStyle(document.querySelector('main')).filter") == "none"
+
     with reserved_port() as port:
         rig = Rig(programs, port)
         in_page(browser, look)

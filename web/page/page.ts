@@ -80,8 +80,12 @@ function open(root: HTMLElement): void {
         if (lesson.values.isQuiet) showValues();
     }, 1_000);
     lesson.values.onNames = () => datarefs.show();
-    for (const event of ["online", "focus", "pageshow"]) addEventListener(event, () => lesson.lookNow());
-    for (const event of ["visibilitychange", "resume"]) document.addEventListener(event, () => lesson.lookNow());
+    const look = () => {
+        lesson.lookNow();
+        script.lookForVoice();
+    };
+    for (const event of ["online", "focus", "pageshow"]) addEventListener(event, look);
+    for (const event of ["visibilitychange", "resume"]) document.addEventListener(event, look);
 
     // In this order on a phone, beside each other where there is room.
     main.append(html("div", {}, instruments.element, script.element),

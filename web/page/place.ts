@@ -72,7 +72,7 @@ export class PlacePart {
         const found = this.numbers(attitude);
         if (found === undefined) return;
         const [pitch_deg, bank_deg, ias_kts, percent] = found;
-        if (!await this.question.ask(this.say("applyReally", pitch_deg, bank_deg, ias_kts))) return;
+        if (!await this.question.ask(this.say("applyReally", pitch_deg, bank_deg, ias_kts, percent))) return;
         await this.lesson.act(this.say("apply"), "apply_attitude", { pitch_deg, bank_deg, ias_kts, throttle: percent / 100 });
     }
 }

@@ -22,11 +22,14 @@ export class ScriptPart {
 
     constructor(private readonly lesson: Lesson, private readonly say: Say, private readonly language: Language) {
         this.voice = new Voice(language, globalThis.speechSynthesis);
-        this.voice.onVoices = () => this.showVoice();
+        this.voice.onVoices = () => this.lookForVoice();
         this.voice.onSilence = why => {
-            this.speak.checked = false;
-            this.voice.turnOff();
-            setText(this.aboutVoice, say("voiceSilent", why));
+            const isForbidden = why === "not-allowed";
+            if (isForbidden) {
+                this.speak.checked = false;
+                this.voice.turnOff();
+            }
+            setText(this.aboutVoice, isForbidden ? say("voiceNotAllowed") : say("voiceSilent", why));
         };
         this.remark = html("p", { role: "status" }, say("noScript"));
         this.file = html("input", { id: "script-file", type: "file", accept: ".json,application/json" });
@@ -36,15 +39,15 @@ export class ScriptPart {
             this.file.value = "";
         });
         this.speak.addEventListener("change", () => {
+            setText(this.aboutVoice, "");
             if (this.speak.checked) this.voice.turnOn(say("greeting"));
             else this.voice.turnOff();
-            this.showVoice();
         });
         this.element = part("script", say("script"), this.cards,
             html("p", {}, html("label", { for: "script-file", class: "button" }, say("chooseScript")), this.file),
             html("p", {}, html("label", { for: "speak", class: "switch" }, this.speak, " ", say("speakTexts"))), this.aboutVoice,
             this.remark, this.triggers);
-        this.showVoice();
+        this.lookForVoice();
     }
 
     /** To where the script is, or to the choice of one. */
@@ -83,9 +86,12 @@ export class ScriptPart {
         return isLate || (samples.length > 0 && samples[samples.length - 1].elapsed_s - elapsed > MISSED_MS / 1_000);
     }
 
-    private showVoice(): void {
-        this.speak.disabled = !this.voice.isThere;
-        setText(this.aboutVoice, this.voice.isThere ? "" : this.say("noVoice"));
+    /** Not every browser tells when its voices have come: to be called also when the page is looked at again. */
+    lookForVoice(): void {
+        const { isThere } = this.voice;
+        if (isThere !== this.speak.disabled) return;
+        this.speak.disabled = !isThere;
+        setText(this.aboutVoice, isThere ? "" : this.say("noVoice"));
     }
 
     private showTriggers(): void {

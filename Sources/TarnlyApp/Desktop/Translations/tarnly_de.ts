@@ -496,7 +496,7 @@
     </message>
     <message>
         <source>Scan the code with a phone or tablet, or open one of these addresses in its browser: that is the lesson page. An application that does not find Tarnly by itself takes the address, too; some want ws:// in place of http://.</source>
-        <translation>Scannen Sie den Code mit einem Telefon oder Tablet, oder öffnen Sie eine dieser Adressen in dessen Browser: das ist die Lektionsseite. Auch Anwendungen, die Tarnly nicht von selbst finden, nehmen die Adresse; manche erwarten ws:// statt http://.</translation>
+        <translation>Scannen Sie den Code mit einem Telefon oder Tablet, oder öffnen Sie eine dieser Adressen in dessen Browser: das ist die Unterrichtsseite. Auch Anwendungen, die Tarnly nicht von selbst finden, nehmen die Adresse; manche erwarten ws:// statt http://.</translation>
     </message>
     <message>
         <source>Where a client does not find Tarnly by itself, enter one of these addresses there, or scan the code.</source>
