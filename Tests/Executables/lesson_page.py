@@ -81,7 +81,11 @@ async def flying(page, port, **size):
     """The page, paired, with its dials at work."""
     await open_page(page, port, **size)
     await page.wait_for("document.querySelector('header')?.dataset.state === 'refused'")
-    await pair(page, PASSWORD)
+    await pair(page)
+    await is_flying(page)
+
+
+async def is_flying(page):
     await page.wait_for("document.querySelector('header').dataset.state === 'flight'")
     await has_values(page)
 
@@ -94,9 +98,9 @@ async def choose_file(page, selector, path):
     await page.choose_file(selector, path)
 
 
-async def pair(page, password):
+async def pair(page, password=PASSWORD):
     await type_into(page, "#password", password)
-    await page.ask("document.querySelector('#pairing button').click()")
+    await page.ask("document.querySelector('#pairing').requestSubmit()")
 
 
 async def load_situation(page, rig, command_port):

@@ -8,7 +8,8 @@ from browser import Browser, in_page
 from harness import reserved_port
 from keyboard import REACHABLE, focused, step, walk_to
 from lesson import trigger
-from lesson_page import PASSWORD, Rig, open_page, press, script_file, shows, text, type_into
+from lesson_page import (PASSWORD, SITUATION, Rig, is_flying, open_page, pair, press, script_file, shows, text,
+                         type_into)
 
 
 @pytest.fixture(scope="module")
@@ -28,16 +29,6 @@ def rig(programs):
 def script(programs):
     return script_file(programs, trigger("begun", "after_start", seconds=0, action={"text": "Your aircraft."}),
                        trigger("never", "after_start", seconds=9999))
-
-
-async def pair(page, password=PASSWORD):
-    await type_into(page, "#password", password)
-    await page.ask("document.querySelector('#pairing').requestSubmit()")
-
-
-async def flying(page):
-    await page.wait_for("document.querySelector('header').dataset.state === 'flight'")
-    await page.wait_for("/^\\d+$/.test(document.querySelector('[data-reading=altitude] span').textContent)")
 
 
 @pytest.mark.parametrize("language, width, height, record, stop, no, look", [
@@ -69,7 +60,7 @@ def test_no_rule_of_accessibility_is_broken(browser, rig, script, language, widt
         await page.wait_for("document.querySelector('#words').textContent !== ''")
         await judge("wrong password")
         await pair(page)
-        await flying(page)
+        await is_flying(page)
         await page.choose_file("#script-file", script)
         await page.wait_for("document.querySelector('.triggers li') !== null")
         await press(page, record)
@@ -104,7 +95,7 @@ def test_a_lesson_is_flown_by_keyboard_alone(browser, rig, script):
         await walk_to(page, "Password")
         await page.type(PASSWORD)
         await page.key("Enter")
-        await flying(page)
+        await is_flying(page)
 
         await walk_to(page, "Choose a script…")
         await page.choose_file("#script-file", script)
@@ -152,7 +143,7 @@ def test_the_keyboard_gets_to_everything_in_the_order_of_reading(browser, rig, w
         await open_page(page, rig.port, width, height)
         await page.wait_for("document.querySelector('#password')?.checkVisibility()")
         await pair(page)
-        await flying(page)
+        await is_flying(page)
         await page.ask("document.querySelector('#controls details').open = true")
         await page.wait_for("document.querySelector('#controls details li') !== null"
                             " && document.querySelector('#situations li button') !== null")
@@ -178,7 +169,7 @@ def test_nothing_has_to_be_scrolled_sideways_where_the_page_is_enlarged(browser,
         await page.wait_for("document.querySelector('#password')?.checkVisibility()")
         await overhang("password")
         await pair(page)
-        await flying(page)
+        await is_flying(page)
         await page.choose_file("#script-file", script)
         await press(page, "Aufzeichnen")
         await shows(page, "#cards", "Your aircraft.")
@@ -196,7 +187,7 @@ def test_nothing_is_told_aloud_while_nothing_happens(browser, rig):
         await open_page(page, rig.port)
         await page.wait_for("document.querySelector('#password')?.checkVisibility()")
         await pair(page)
-        await flying(page)
+        await is_flying(page)
         await type_into(page, "#dataref", "sim/flightmodel/position/latitude")
         await press(page, "Add")
         await press(page, "Record")
@@ -238,7 +229,7 @@ def test_the_plot_speaks_the_language_of_the_page(browser, rig, script):
         await open_page(page, rig.port)
         await page.wait_for("document.querySelector('#password')?.checkVisibility()")
         await pair(page)
-        await flying(page)
+        await is_flying(page)
         if language == "de":
             await page.choose_file("#script-file", script)
             await press(page, "Aufzeichnen")
@@ -261,4 +252,29 @@ def test_the_plot_speaks_the_language_of_the_page(browser, rig, script):
         english = await words(page, "en", "Look at the flight")
         assert {"Höhe", "Auslöser", "Fuß", "Vergrößern"} <= german and {"Altitude", "Trigger", "feet", "Zoom"} <= english
         assert german & english <= {"UTC", "ft", "session", "jsonl", "begun", "speak", "Autopilot", "Propeller"}
+    in_page(browser, work)
+
+
+def test_the_focus_stays_where_it_is_and_follows_to_the_script(browser, rig):
+    async def work(page):
+        async def with_focus():
+            return await page.ask("document.activeElement.ariaLabel ?? document.activeElement.textContent")
+        await open_page(page, rig.port)
+        await page.wait_for("document.querySelector('#password')?.checkVisibility()")
+        await pair(page)
+        await is_flying(page)
+        await page.ask("document.querySelector('#controls details').open = true")
+        for kept in (f"{SITUATION}: Load", "Engine 1: Fail"):
+            await page.wait_for(f"document.querySelector('[aria-label=\"{kept}\"]') !== null")
+            await page.ask(f"document.querySelector('[aria-label=\"{kept}\"]').focus(); performance.clearResourceTimings()")
+            rig.companion.program.end()
+            await shows(page, "#state", "Looking for the companion")
+            rig.start()
+            await page.wait_for("performance.getEntriesByType('resource').some(one => one.name.endsWith('/failures.json'))")
+            await is_flying(page)
+            assert await with_focus() == kept
+        await page.call("Page.setInterceptFileChooserDialog", enabled=True)
+        await page.ask("document.querySelector('#to-script').focus()")
+        await page.key("Enter")
+        assert await with_focus() == "Script" and await page.ask("document.activeElement.tagName") == "H2"
     in_page(browser, work)

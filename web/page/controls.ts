@@ -17,6 +17,7 @@ const REPAIR_ALL = "sim/operation/fix_all_systems";
 export class Controls {
     private readonly failures = html("ul", { class: "rows" });
     private readonly complaints = html("div", {});
+    private shown = "";
     readonly element: HTMLElement;
 
     constructor(private readonly lesson: Lesson, private readonly say: Say) {
@@ -27,7 +28,12 @@ export class Controls {
                 run(say("repairAll"), REPAIR_ALL)));
     }
 
-    showFailures({ failures, complaints }: FailureList): void {
+    showFailures(list: FailureList): void {
+        // Rows that stay as they are keep the focus.
+        const content = JSON.stringify(list);
+        if (content === this.shown) return;
+        this.shown = content;
+        const { failures, complaints } = list;
         this.complaints.replaceChildren(...complaints.map(one => html("p", { class: "amiss" }, this.say("failuresAmiss", one))));
         this.failures.replaceChildren(...failures.map(({ name, dataref, fail, repair }) => {
             const set = (label: string, value: number) => button(label, () => void this.lesson.act(

@@ -17,6 +17,7 @@ export class ScriptPart {
     private readonly speak = html("input", { id: "speak", type: "checkbox", "aria-describedby": "voice" });
     private readonly aboutVoice = html("p", { id: "voice", role: "status" });
     private readonly file: HTMLInputElement;
+    private readonly heading: HTMLElement;
     private told = 0;
     readonly element: HTMLElement;
 
@@ -47,12 +48,15 @@ export class ScriptPart {
             html("p", {}, html("label", { for: "script-file", class: "button" }, say("chooseScript")), this.file),
             html("p", {}, html("label", { for: "speak", class: "switch" }, this.speak, " ", say("speakTexts"))), this.aboutVoice,
             this.remark, this.triggers);
+        this.heading = this.element.querySelector("h2")!;
+        this.heading.tabIndex = -1;
         this.lookForVoice();
     }
 
     /** To where the script is, or to the choice of one. */
     open(): void {
         this.element.scrollIntoView({ block: "start" });
+        this.heading.focus({ preventScroll: true });
         if (this.lesson.script === undefined) this.file.click();
     }
 

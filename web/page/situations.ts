@@ -7,6 +7,7 @@ import type { Say } from "./texts";
 
 export class Situations {
     private readonly list = html("ul", { class: "rows" });
+    private shown = "";
     readonly element: HTMLElement;
 
     constructor(private readonly lesson: Lesson, private readonly say: Say, private readonly question: Question) {
@@ -16,6 +17,10 @@ export class Situations {
     async look(): Promise<void> {
         const flights = await this.lesson.situations();
         if (flights === undefined) return;
+        // Rows that stay as they are keep the focus.
+        const content = JSON.stringify(flights);
+        if (content === this.shown) return;
+        this.shown = content;
         if (flights.length === 0) {
             this.list.replaceChildren(html("li", {}, this.say("noSituations")));
             return;
