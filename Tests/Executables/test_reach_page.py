@@ -17,7 +17,7 @@ def fetch(companion, path="/", method="GET", host=None):
     response = connection.getresponse()
     body = response.read()
     connection.close()
-    return response, body.decode()
+    return response, body.decode(errors="replace")  # pictures are no text
 
 
 def test_a_browser_finds_a_page_that_says_what_this_is(companion):
