@@ -142,7 +142,9 @@ void LogInProgress::flushWhenDue(TimePoint now, Patience patience) {
     if (written_.count == safe_.count) return;
     if (isEnding_) {
         flush(now);
-    } else if (!underWay_ && now >= flushDue_) {
+    } else if (underWay_) {
+        flushDue_ = now + pauses_.flush; // nobody tells when it is done
+    } else if (now >= flushDue_) {
         beginFlush(now);
         if (!isFlushing()) takeFlushed(now);
     }
@@ -193,8 +195,8 @@ bool LogInProgress::isWhole() const {
 std::optional<LogInProgress::TimePoint> LogInProgress::due() const {
     if (retryDue_) return retryDue_;
     if (isEnding_) return written_.count != safe_.count ? std::optional(flushDue_) : std::nullopt;
-    if (written_.count != safe_.count && !underWay_) return std::min(flushDue_, lookDue_);
-    return lookDue_;
+    const auto& kept = underWay_ ? underWay_->upTo : safe_;
+    return written_.count != kept.count ? std::min(flushDue_, lookDue_) : lookDue_;
 }
 
 Phrase LogInProgress::problem() const { return account_->copy().problem; }

@@ -247,6 +247,26 @@ TEST_F(LogInProgressTest, WhatALateFlushFailsOnIsWrittenAgain) {
     EXPECT_TRUE(log->isWhole());
 }
 
+/// Nobody tells when a flush is done, and nothing may come that would have it looked at.
+TEST_F(LogInProgressTest, WhatComesDuringAFlushDoesNotWaitForTheNextLook) {
+    std::promise<std::error_code> answer;
+    disk.lateFlush = [done = answer.get_future().share()] { return done.get(); };
+    log.emplace(
+        [this](const std::filesystem::path& file, MissingFolder missing) { return disk.open(file, missing); },
+        "/r/a.jsonl", account, LogInProgress::Pauses{5s, 1s, 1h},
+        [this](const std::string& words) { told.push_back(words); });
+    addAndWrite();
+    now += 5s;
+    log->flushWhenDue(now);
+    addAndWrite();
+    log->flushWhenDue(now);
+    EXPECT_EQ(log->due(), now + 5s);
+    answer.set_value({});
+    log->end();
+    log->flushWhenDue(now);
+    EXPECT_TRUE(log->isWhole());
+}
+
 TEST_F(LogInProgressTest, AFileThatHasGoneIsMadeAnewFromTheBeginning) {
     for (int i = 0; i < 3; ++i)
         addAndWrite();
