@@ -39,6 +39,9 @@ class System:
         self._tool("npm", f'[ "$1" != ls ] || exit 1; echo "npm $*" >>"{self._asked}"')
         self._tool("sudo", 'exec "$@"')
 
+    def lack_registry(self):
+        self._tool("npm", "exit 1")
+
     def _tool(self, name, text):
         path = self._tools / name
         path.write_text(f"#!/bin/sh\n{text}\n")
@@ -74,6 +77,14 @@ def test_setup_installs_for_developers_on_debian_12(folder):
     assert system.set_up("--developer").returncode == 0
     assert {"g++", "clang-16", "mmdebstrap", "chromium", "firefox-esr"} <= system.installed()
     assert re.fullmatch(r"npm install --global --prefix /usr/local .* axe-core@[\d.]+", system.asked()[-1])
+
+
+def test_without_a_registry_developers_are_told_what_they_lack(folder):
+    system = System(folder, DEBIAN_12)
+    system.lack_registry()
+    ended = system.set_up("--developer")
+    assert ended.returncode == 0
+    assert re.search(r"Without axe-core@[\d.]+ the tests of the pages' accessibility are skipped; run this again\.", ended.stderr)
 
 
 @pytest.mark.parametrize("description, name", [
