@@ -8,6 +8,7 @@ sys.path.insert(0, str(Path(__file__).parent))
 sys.path.insert(0, str(Path(__file__).parent.parent / "Support"))
 sys.dont_write_bytecode = True
 
+from browser import Browser  # noqa: E402
 from command_port import CommandPort  # noqa: E402
 from fake_simulator import FakeSimulator  # noqa: E402
 from harness import Programs  # noqa: E402
@@ -19,6 +20,14 @@ def started_programs():
         started = Programs(Path(folder))
         yield started
         started.end_all()
+
+
+@pytest.fixture(scope="module")
+def browser():
+    """Chromium. Starting it takes seconds; who wants another one, or a new one for each test, brings that along."""
+    started = Browser()
+    yield started
+    started.close()
 
 
 @pytest.fixture

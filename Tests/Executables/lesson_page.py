@@ -94,10 +94,6 @@ def has_values(page):
     return page.wait_for(r"/^\d+$/.test(document.querySelector('[data-reading=altitude] dd').textContent)")
 
 
-async def choose_file(page, selector, path):
-    await page.choose_file(selector, path)
-
-
 async def pair(page, password=PASSWORD):
     await type_into(page, "#password", password)
     await page.ask("document.querySelector('#pairing').requestSubmit()")

@@ -9,7 +9,7 @@ from firefox import Firefox
 from harness import reserved_port, wait_until
 from lesson import trigger
 from lesson_page import (
-    PASSWORD, Rig, choose_file, has_values, load_situation, open_page, pair, press, script_file, shows)
+    PASSWORD, Rig, has_values, load_situation, open_page, pair, press, script_file, shows)
 
 
 @pytest.fixture(scope="module", params=[Browser, Firefox], ids=["chromium", "firefox"])
@@ -42,7 +42,7 @@ def test_a_lesson_is_flown_on_the_page(programs, browser, command_port):
         await has_values(page)
         await load_situation(page, rig, command_port)
 
-        await choose_file(page, "#script-file", script)
+        await page.choose_file("#script-file", script)
         await shows(page, "#script", "Loaded: 3 triggers.")
         await press(page, "Record")
         await shows(page, "#cards", "Your aircraft.")

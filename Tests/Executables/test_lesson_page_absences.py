@@ -9,7 +9,7 @@ from cut_network import CutNetwork
 from firefox import Firefox
 from harness import reserved_port
 from lesson import Recorder, trigger
-from lesson_page import PASSWORD, Rig, choose_file, flying, has_values, press, script_file, shows, text
+from lesson_page import PASSWORD, Rig, flying, has_values, press, script_file, shows, text
 
 #: After so many seconds without the companion the page takes what has fired for missed.
 MISSED = 10
@@ -74,7 +74,7 @@ def test_texts_are_read_once_and_what_was_missed_is_shown(programs, browser):
         await network.start()
         await page.begin_with(DEVICE)
         await flying(page, network.port)
-        await choose_file(page, "#script-file", script)
+        await page.choose_file("#script-file", script)
         await page.ask("document.querySelector('#speak').click()")
         await press(page, "Record")
         await page.wait_for("document.querySelectorAll('.card').length === 3")

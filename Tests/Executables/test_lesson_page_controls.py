@@ -2,20 +2,12 @@
 
 import json
 
-import pytest
-from browser import Browser, in_page
+from browser import in_page
 from harness import reserved_port
 from lesson_page import Rig, flying, load_situation, press, press_load, shows, text, type_into
 
 ENGINE = "sim/operation/failures/rel_engfai0"
 BRAKE = "sim/cockpit2/controls/parking_brake_ratio"
-
-
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
 
 
 def in_flight(programs, browser, work):

@@ -23,13 +23,6 @@ ALL_FILES = 150 * 1024
 FIRST_SIGHT = 40 * 1024
 
 
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
-
-
 @pytest.fixture
 def companion(programs):
     _, sim_port = programs.simulator("--start", "cruise")

@@ -5,10 +5,10 @@ import struct
 import zlib
 
 import pytest
-from browser import Browser, in_page
+from browser import in_page
 from harness import reserved_port
 from lesson import trigger
-from lesson_page import Rig, choose_file, flying, press, script_file, shows
+from lesson_page import Rig, flying, press, script_file, shows
 
 SCREENS = [(320, 640), (360, 740), (390, 844), (844, 390), (820, 1180), (1180, 820), (1440, 900)]
 FINGER = 44
@@ -27,13 +27,6 @@ CUT_OFF = """
 """
 CORNER = "(({right, bottom}) => [right, bottom])(document.querySelector('#bar').getBoundingClientRect())"
 COLUMNS = "new Set([...document.querySelectorAll('main .part')].map(one => one.getBoundingClientRect().left)).size"
-
-
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
 
 
 def pixels(png):
@@ -94,7 +87,7 @@ def test_all_of_it_is_in_sight_and_large_enough_for_a_finger(programs, browser, 
     async def look(page):
         await page.call("Emulation.setUserAgentOverride", userAgent="Test", acceptLanguage=language)
         await flying(page, port)
-        await choose_file(page, "#script-file", script)
+        await page.choose_file("#script-file", script)
         await page.ask("document.querySelector('#record').click()")
         await shows(page, "#cards", "Abeam")
         await page.ask("document.querySelector('#controls details').open = true")

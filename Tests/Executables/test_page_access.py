@@ -4,19 +4,12 @@ import re
 
 import pytest
 from accessibility import need_judge, violations
-from browser import Browser, in_page
+from browser import in_page
 from harness import reserved_port
 from keyboard import REACHABLE, focused, step, walk_to
 from lesson import trigger
 from lesson_page import (PASSWORD, SITUATION, Rig, is_flying, open_page, pair, press, script_file, shows, text,
                          type_into)
-
-
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
 
 
 @pytest.fixture

@@ -2,18 +2,9 @@
 
 import re
 
-import pytest
-from browser import Browser, in_page
+from browser import in_page
 from harness import reserved_port
 from lesson_page import PASSWORD, Rig, open_page, pair, press, shows
-
-
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
-
 
 # The contrast of a colour's channels with white: 21 is black.
 CONTRAST = """(element => {

@@ -7,16 +7,9 @@ import re
 import pytest
 import recordings
 from accessibility import need_judge, violations
-from browser import Browser, in_page
+from browser import in_page
 
 LESSON = [(40, "rotate", "speak"), (290, "downwind", "speak"), (560, "gear-check", "speak")]
-
-
-@pytest.fixture(scope="module")
-def browser():
-    started = Browser()
-    yield started
-    started.close()
 
 
 def name_of(day):

@@ -1,4 +1,4 @@
-// The plot of a flight within the page; loaded when somebody asks for it.
+// The plot of a flight within the page; loaded apart from it, once there is time.
 import type { Flight } from "../plot/flights";
 import { german } from "../plot/german";
 import { Page } from "../plot/page";

@@ -160,7 +160,7 @@ export class Lesson {
         this.onRecording(false);
     }
 
-    /** Absent when the companion has taken the script, else why not. */
+    /** The fixes that nobody knows; absent where the companion has not taken the script. */
     async load(what: string, script: LoadScriptRequest): Promise<string[] | undefined> {
         await this.following;
         await this.follow();

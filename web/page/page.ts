@@ -91,8 +91,8 @@ function open(root: HTMLElement): void {
     main.append(html("div", {}, instruments.element, script.element),
         html("div", {}, map.element, recording.element, controls.element),
         html("div", {}, situations.element, place.element, datarefs.element));
-    root.append(header.element, header.pairing, main, flight.element, html("footer", {}, html("p", {}, say("install")), header.forget), bar.element,
-        question.element);
+    const footer = html("footer", {}, html("p", {}, say("install")), header.forget);
+    root.append(header.element, header.pairing, main, flight.element, footer, bar.element, question.element);
     header.show();
     lesson.start();
 }
