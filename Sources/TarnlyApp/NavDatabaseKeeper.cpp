@@ -13,7 +13,7 @@ namespace {
 
 /// For all data of the world a minute is plenty, whatever the disk.
 constexpr std::chrono::minutes buildLimit{5};
-constexpr std::chrono::seconds lookLimit{5};
+constexpr std::chrono::seconds fileLookLimit{5};
 
 Phrase lateText(const std::string& file) {
     return Phrase::of(
@@ -89,7 +89,7 @@ void NavDatabaseKeeper::addTo(SourcesStatus& sources) const {
 
 Task<> NavDatabaseKeeper::lookAtNamed(Path path) {
     auto look = looks_.at(path.string());
-    const auto seen = co_await withinLimit(clock_, lookLimit, std::move(look));
+    const auto seen = co_await withinLimit(clock_, fileLookLimit, std::move(look));
     if (seen && named_ == path) cycle_ = seen->cycle;
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 #include "TarnlySimulator/StandardInput.hpp"
@@ -19,7 +20,6 @@ namespace asio = boost::asio;
 using boost::system::error_code;
 
 constexpr std::size_t longestLine = 64 * 1024;
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 } // namespace
 

@@ -17,6 +17,13 @@
 
 namespace tarnly::test {
 
+/// The first bytes of frames that are whole messages.
+inline constexpr unsigned finalText = 0x81;
+inline constexpr unsigned finalBinary = 0x82;
+inline constexpr unsigned finalClose = 0x88;
+inline constexpr unsigned finalPing = 0x89;
+inline constexpr unsigned finalPong = 0x8A;
+
 /// A TCP peer that writes what bytes it likes: for what a well-behaved client cannot do.
 class RawPeer {
   public:
@@ -94,5 +101,14 @@ class RawPeer {
   private:
     boost::asio::ip::tcp::socket socket_;
 };
+
+/// What one gets, up to the end, who connects and writes `bytes`.
+inline Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::string bytes) {
+    RawPeer peer(io);
+    co_await peer.connect(endpoint);
+    co_await peer.write(std::move(bytes));
+    auto answer = co_await peer.readUntilEnd();
+    co_return answer;
+}
 
 } // namespace tarnly::test

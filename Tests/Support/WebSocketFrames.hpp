@@ -17,7 +17,14 @@ namespace tarnly::test {
 
 /// A WebSocket frame bit by bit, right or wrong, written without the code that the tests are about.
 struct WebSocketFrame {
-    unsigned opcode = 0x1;
+    static constexpr unsigned continuation = 0x0;
+    static constexpr unsigned text = 0x1;
+    static constexpr unsigned binary = 0x2;
+    static constexpr unsigned close = 0x8;
+    static constexpr unsigned ping = 0x9;
+    static constexpr unsigned pong = 0xA;
+
+    unsigned opcode = text;
     std::string payload{};
     bool isFinal = true;
     /// The three bits behind the final one, 0 to 7.

@@ -20,11 +20,10 @@ namespace tarnly::simulator {
 namespace {
 
 using namespace std::chrono_literals;
+using test::latitudeDataref;
 using test::numberOf;
+using test::runningTimeDataref;
 using test::runTask;
-
-constexpr auto latitude = "sim/flightmodel/position/latitude";
-constexpr auto runningTime = "sim/time/total_running_time_sec";
 
 /// The faults of a simulator as its clients meet them, over real loopback sockets; only its time is virtual.
 class FaultsTest : public testing::Test {
@@ -52,7 +51,7 @@ class FaultsTest : public testing::Test {
 
     std::shared_ptr<WebSocketConnection> openSubscribed() {
         auto connection = open();
-        const auto id = std::to_string(test::datarefId(simulator->world(), latitude));
+        const auto id = std::to_string(test::datarefId(simulator->world(), latitudeDataref));
         connection->send(
             R"({"req_id":5,"type":"dataref_subscribe_values","params":{"datarefs":[{"id":)" + id + "}]}}",
             WebSocketConnection::Kind::awaited);
@@ -163,10 +162,10 @@ TEST_F(FaultsTest, ASilentOneAcceptsAndAnswersNothingUntilItIsToldTo) {
         out.emplace(std::move(fetched));
     };
     boost::asio::co_spawn(io, ask(clientClock, endpoint(), answer), boost::asio::detached);
-    const double elapsed = numberOf(simulator->world(), runningTime);
+    const double elapsed = numberOf(simulator->world(), runningTimeDataref);
     pass(2s);
     EXPECT_FALSE(told || answer || connection->signsOfLife().pongs > 0);
-    EXPECT_EQ(numberOf(simulator->world(), runningTime), elapsed);
+    EXPECT_EQ(numberOf(simulator->world(), runningTimeDataref), elapsed);
     order("silent off");
     pass(300ms);
     runUntil([&] { return told && answer && connection->signsOfLife().pongs > 0; });
@@ -176,7 +175,7 @@ TEST_F(FaultsTest, ASilentOneAcceptsAndAnswersNothingUntilItIsToldTo) {
 
 TEST_F(FaultsTest, ValuesThatStopCanStillBeReadAndPingsAreAnswered) {
     const auto connection = openSubscribed();
-    const auto id = std::to_string(test::datarefId(simulator->world(), latitude));
+    const auto id = std::to_string(test::datarefId(simulator->world(), latitudeDataref));
     const auto read = [&] { return fetch("/api/v2/datarefs/" + id + "/value").body; };
     order("values_stop on");
     std::optional<std::string> told;

@@ -22,12 +22,11 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::datarefId;
+using test::landingLightsDataref;
+using test::latitudeDataref;
 using test::numberOf;
+using test::runningTimeDataref;
 using test::runTask;
-
-constexpr auto lights = "sim/cockpit2/switches/landing_lights_on";
-constexpr auto latitude = "sim/flightmodel/position/latitude";
-constexpr auto runningTime = "sim/time/total_running_time_sec";
 
 /// A stand-in and its clients on one executor, over real loopback sockets; only the flight's time is virtual.
 class SimulatorTest : public testing::Test {
@@ -107,7 +106,7 @@ TEST_F(SimulatorTest, ServesAHugeCatalogue) {
 TEST_F(SimulatorTest, TellsValuesTenTimesASecond) {
     start();
     const auto connection = open();
-    subscribe(*connection, latitude);
+    subscribe(*connection, latitudeDataref);
     EXPECT_EQ(receive(*connection), good);
     std::set<std::string> updates;
     for (int tick = 0; tick < 10; ++tick) {
@@ -117,7 +116,7 @@ TEST_F(SimulatorTest, TellsValuesTenTimesASecond) {
     EXPECT_EQ(updates.size(), 10u);
     for (const auto& update : updates)
         EXPECT_EQ(parseJson(update).at("type"), "dataref_update_values");
-    EXPECT_NEAR(numberOf(simulator->world(), runningTime), 1, 1e-6);
+    EXPECT_NEAR(numberOf(simulator->world(), runningTimeDataref), 1, 1e-6);
 }
 
 TEST_F(SimulatorTest, TheFlightGoesOnAtItsSpeedWithoutAnyClient) {
@@ -125,21 +124,22 @@ TEST_F(SimulatorTest, TheFlightGoesOnAtItsSpeedWithoutAnyClient) {
     options.speed = 20;
     start(options);
     clock.advance(io, 3s);
-    EXPECT_NEAR(numberOf(simulator->world(), runningTime), 60, 1e-6);
+    EXPECT_NEAR(numberOf(simulator->world(), runningTimeDataref), 60, 1e-6);
 }
 
 TEST_F(SimulatorTest, ClientsHaveSubscriptionsOfTheirOwn) {
     start();
     const auto one = open();
     const auto other = open();
-    subscribe(*one, lights);
+    subscribe(*one, landingLightsDataref);
     EXPECT_EQ(receive(*one), good);
-    subscribe(*other, latitude);
+    subscribe(*other, latitudeDataref);
     EXPECT_EQ(receive(*other), good);
     EXPECT_EQ(simulator->connections(), 2u);
     clock.advance(io, 100ms);
     const auto told = parseJson(receive(*one));
-    EXPECT_TRUE(told.at("data").as_object().contains(std::to_string(datarefId(simulator->world(), lights))));
+    EXPECT_TRUE(told.at("data").as_object().contains(
+        std::to_string(datarefId(simulator->world(), landingLightsDataref))));
     EXPECT_EQ(told.at("data").as_object().size(), 1u);
 }
 
@@ -158,7 +158,7 @@ TEST_F(SimulatorTest, GarbageIsAnsweredAndTheConnectionLivesOn) {
     const auto connection = open();
     connection->send("garbage \xE2\x82\xAC", WebSocketConnection::Kind::awaited);
     EXPECT_EQ(parseJson(receive(*connection)).at("success"), false);
-    subscribe(*connection, lights);
+    subscribe(*connection, landingLightsDataref);
     EXPECT_EQ(receive(*connection), good);
 }
 
@@ -173,7 +173,7 @@ TEST_F(SimulatorTest, QuirksAreFlippedOverHttpEvenWhileTrafficIsDisabled) {
 TEST_F(SimulatorTest, DroppingHangsUpOnEveryWebSocket) {
     start();
     const auto connection = open();
-    subscribe(*connection, lights);
+    subscribe(*connection, landingLightsDataref);
     EXPECT_EQ(receive(*connection), good);
     EXPECT_EQ(fetch("/control", "POST", R"({"quirk":"drop"})").status, 200u);
     EXPECT_EQ(receive(*connection), "ended");
@@ -184,7 +184,7 @@ TEST_F(SimulatorTest, ARestartDrawsOtherIdsAndHangsUp) {
     start();
     const auto before = fetch("/api/v2/datarefs").body;
     const auto connection = open();
-    subscribe(*connection, lights);
+    subscribe(*connection, landingLightsDataref);
     EXPECT_EQ(receive(*connection), good);
     fetch("/control", "POST", R"({"quirk":"restart"})");
     EXPECT_EQ(receive(*connection), "ended");
@@ -196,7 +196,7 @@ TEST_F(SimulatorTest, WebSocketsAreDroppedAtTheirAge) {
     options.dropAfter = 2s;
     start(options);
     const auto connection = open();
-    subscribe(*connection, lights);
+    subscribe(*connection, landingLightsDataref);
     EXPECT_EQ(receive(*connection), good);
     clock.advance(io, 1s);
     EXPECT_EQ(simulator->connections(), 1u);
@@ -262,7 +262,7 @@ TEST_F(SimulatorTest, APortInUseIsAnError) {
 TEST_F(SimulatorTest, StoppingFreesThePortsAndHangsUp) {
     start();
     const auto connection = open();
-    subscribe(*connection, lights);
+    subscribe(*connection, landingLightsDataref);
     EXPECT_EQ(receive(*connection), good);
     auto options = test::standInOptions();
     options.port = simulator->port();

@@ -13,6 +13,10 @@
 
 namespace tarnly::test {
 
+inline constexpr auto latitudeDataref = "sim/flightmodel/position/latitude";
+inline constexpr auto landingLightsDataref = "sim/cockpit2/switches/landing_lights_on";
+inline constexpr auto runningTimeDataref = "sim/time/total_running_time_sec";
+
 /// Options of a stand-in for tests: ports of the system's choice, always the same ids, cruising.
 inline simulator::SimulatorOptions standInOptions() {
     simulator::SimulatorOptions options;

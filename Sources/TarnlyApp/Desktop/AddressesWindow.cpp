@@ -18,12 +18,11 @@
 namespace tarnly {
 namespace {
 
-constexpr int padding = 20;
-constexpr int windowWidth = 340;
+constexpr int addressesWidth = 340;
 constexpr int shownRows = 4;
 constexpr auto confirmationTime = std::chrono::seconds(2);
 
-QStringList texts(const std::vector<std::string>& urls) {
+QStringList asStringList(const std::vector<std::string>& urls) {
     QStringList result;
     for (const auto& url : urls)
         result += QString::fromStdString(url);
@@ -83,7 +82,7 @@ AddressesWindow::AddressesWindow(RuntimeModel& runtime)
     column->addWidget(copy_, 0, Qt::AlignLeading);
     column->addWidget(code_, 0, Qt::AlignHCenter);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setContentsMargins(windowPadding, windowPadding, windowPadding, windowPadding);
     layout->addWidget(new ScrollingPart(all, windowTitle()));
     new ReadableColours(*this);
 
@@ -113,7 +112,7 @@ void AddressesWindow::hideEvent(QHideEvent* event) {
 }
 
 void AddressesWindow::lookUp() {
-    const auto found = texts(runtime_.peoplesAddresses());
+    const auto found = asStringList(runtime_.peoplesAddresses());
     explanation_->showText(explanation(runtime_, !found.isEmpty()));
     if (found != addressesOf(*list_)) {
         const auto row = std::max<qsizetype>(0, found.indexOf(selected()));
@@ -123,7 +122,7 @@ void AddressesWindow::lookUp() {
         list_->setCurrentRow(static_cast<int>(row));
         showSelected();
     }
-    fitContent(*this, windowWidth);
+    fitContent(*this, addressesWidth);
 }
 
 void AddressesWindow::showSelected() {

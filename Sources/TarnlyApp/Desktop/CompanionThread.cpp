@@ -10,7 +10,7 @@
 namespace tarnly {
 namespace {
 
-constexpr std::chrono::milliseconds answerPatience{500};
+constexpr std::chrono::milliseconds inUsePatience{500};
 
 /// Absent where the system does not tell where it would be, for example for a person without a home folder.
 std::unique_ptr<LoginItem> loginItem(const CompanionOptions& options) {
@@ -46,7 +46,7 @@ bool CompanionThread::isInUse() {
     runtime_.askStatus([answer](const CompanionStatus& status) {
         answer->set_value(status.clients.paired > 0 || status.recording.has_value());
     });
-    return inUse.wait_for(answerPatience) != std::future_status::ready || inUse.get();
+    return inUse.wait_for(inUsePatience) != std::future_status::ready || inUse.get();
 }
 
 void CompanionThread::stop() {

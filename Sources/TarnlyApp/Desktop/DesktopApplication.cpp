@@ -18,7 +18,7 @@ namespace tarnly {
 namespace {
 
 // How long nobody needs the companion before it ends without a display.
-constexpr std::chrono::seconds lookInterval{1};
+constexpr std::chrono::seconds quitLookInterval{1};
 constexpr int looksBeforeEnd = 5;
 
 void remark(const char* text) { std::cerr << "Tarnly: " << text << std::endl; }
@@ -94,7 +94,7 @@ void DesktopApplication::finishLesson() {
             "the display has gone; the companion goes on without windows, until no client is paired and no "
             "recording runs");
         companion_.runtime().setStatusShown(false);
-        for (int looks = 0; looks < looksBeforeEnd && !QuitSignals::wait(lookInterval);) {
+        for (int looks = 0; looks < looksBeforeEnd && !QuitSignals::wait(quitLookInterval);) {
             looks = companion_.isInUse() ? 0 : looks + 1;
         }
     }

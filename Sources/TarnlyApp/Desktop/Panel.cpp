@@ -24,7 +24,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr int padding = 12;
+constexpr int panelPadding = 12;
 constexpr int panelWidth = 360;
 
 /// A group that answers one question.
@@ -54,7 +54,7 @@ void alignWidths(std::initializer_list<QPushButton*> buttons) {
     for (const auto* button : buttons)
         width = std::max(width, button->sizeHint().width());
     for (auto* button : buttons)
-        button->setFixedWidth(width + padding);
+        button->setFixedWidth(width + panelPadding);
 }
 
 } // namespace
@@ -97,7 +97,7 @@ Panel::Panel(RuntimeModel& runtime, std::optional<std::filesystem::path> trouble
     column->addWidget(troubleshooting_, 0, Qt::AlignLeading);
 
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setContentsMargins(panelPadding, panelPadding, panelPadding, panelPadding);
     layout->addWidget(new HeadlineLabel(u"Tarnly"_s));
     layout->addWidget(new ScrollingPart(answers, tr("How it stands")));
     auto* buttons = new QHBoxLayout;

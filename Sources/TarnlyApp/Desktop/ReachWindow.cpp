@@ -20,8 +20,7 @@ namespace {
 
 using Outcome = ReachFinding::Outcome;
 
-constexpr int padding = 20;
-constexpr int windowWidth = 380;
+constexpr int reachWidth = 380;
 
 QString headlineOf(Outcome outcome) {
     switch (outcome) {
@@ -60,7 +59,7 @@ ReachWindow::ReachWindow(RuntimeModel& runtime, std::chrono::milliseconds patien
     column->addWidget(cure_);
 
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setContentsMargins(windowPadding, windowPadding, windowPadding, windowPadding);
     layout->addWidget(new ScrollingPart(test, tr("Test")));
     new ReadableColours(*this);
     auto* buttons = new QHBoxLayout;
@@ -166,7 +165,7 @@ void ReachWindow::tell(const QString& headline, const ReachFinding& finding) {
     cure_->showText(inWords(finding.cure));
     cure_->setVisible(!finding.cure.empty());
     setAccessibleDescription(finding_->accessibleName() + u' ' + cure_->accessibleName());
-    fitContent(*this, windowWidth);
+    fitContent(*this, reachWidth);
 }
 
 } // namespace tarnly

@@ -14,7 +14,7 @@ namespace tarnly {
 namespace {
 
 /// Of a person who types, and is done.
-constexpr std::chrono::milliseconds pause{800};
+constexpr std::chrono::milliseconds typingPause{800};
 
 } // namespace
 
@@ -42,7 +42,7 @@ SettingField::SettingField(QFormLayout& form, Description description, const QSt
     form.addRow(label, row);
     form.addRow(QString(), caption_);
     pause_.setSingleShot(true);
-    pause_.setInterval(pause);
+    pause_.setInterval(typingPause);
     connect(&pause_, &QTimer::timeout, this, &SettingField::commit);
     connect(edit_, &QLineEdit::textChanged, this, &SettingField::follow);
     connect(edit_, &QLineEdit::editingFinished, this, &SettingField::commit);

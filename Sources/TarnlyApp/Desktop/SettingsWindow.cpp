@@ -19,7 +19,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr int padding = 20;
 constexpr int formWidth = 420;
 constexpr int betweenSections = 2;
 constexpr int betweenRows = 1;
@@ -56,7 +55,7 @@ SettingsWindow::SettingsWindow(SettingsStore& store, const CompanionOptions& opt
     groups_ = new QVBoxLayout(all);
     groups_->setSpacing(betweenParts);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setContentsMargins(windowPadding, windowPadding, windowPadding, windowPadding);
     layout->addWidget(new ScrollingPart(all, tr("Settings")));
     new ReadableColours(*this);
     addPairing();

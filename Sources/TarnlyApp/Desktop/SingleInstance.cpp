@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 constexpr auto answerPatience = 2s;
-constexpr auto pause = 50ms;
+constexpr auto tryInterval = 50ms;
 
 // A request is one line: what is asked for, and for the panel the desktop's leave to bring it up.
 const QByteArray showRequest = "show "_ba;
@@ -49,7 +49,7 @@ SingleInstance::Outcome SingleInstance::claim(bool asksForPanel, std::chrono::mi
         if (lock_.tryLock(0ms)) return server_.listen(socket_) ? Outcome::first : Outcome::unknown;
         if (lock_.error() != QLockFile::LockFailedError) return Outcome::unknown;
         if (tell(request + '\n')) return Outcome::toldFirst;
-        QThread::msleep(static_cast<unsigned long>(pause.count()));
+        QThread::msleep(static_cast<unsigned long>(tryInterval.count()));
     } while (!deadline.hasExpired());
     return Outcome::noAnswer;
 }

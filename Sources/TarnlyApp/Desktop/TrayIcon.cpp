@@ -29,7 +29,7 @@ constexpr auto patienceForRestart = 3s;
 constexpr auto sameClick = 300ms;
 constexpr auto grabInterval = 250ms;
 /// How long the panel of a first start waits for the icon's place, in looks.
-constexpr auto lookInterval = 100ms;
+constexpr auto trayLookInterval = 100ms;
 constexpr int mostLooks = 20;
 /// A tray places an icon that it takes, which a message may point at.
 constexpr auto settling = 500ms;
@@ -141,7 +141,7 @@ void TrayIcon::introduce() {
     const auto told = icon_->geometry();
     const bool isPlaced = told.isValid() && !told.topLeft().isNull();
     if (!isPlaced && introductionLooks_++ < mostLooks) {
-        QTimer::singleShot(lookInterval, this, &TrayIcon::introduce);
+        QTimer::singleShot(trayLookInterval, this, &TrayIcon::introduce);
         return;
     }
     const auto screen = QGuiApplication::primaryScreen()->availableGeometry();

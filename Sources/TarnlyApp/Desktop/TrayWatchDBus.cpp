@@ -15,7 +15,7 @@ const auto watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const auto watcherPath = u"/StatusNotifierWatcher"_s;
 
 /// Of a call that the desktop answers at once unless it hangs.
-constexpr int answerPatience = 1000; // milliseconds
+constexpr int watcherPatience = 1000; // milliseconds
 
 } // namespace
 
@@ -25,7 +25,7 @@ bool TrayWatch::hasStatusNotifierHost() {
                                                    u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     question << watcherService << u"IsStatusNotifierHostRegistered"_s;
     const QDBusReply<QDBusVariant> answer =
-        QDBusConnection::sessionBus().call(question, QDBus::Block, answerPatience);
+        QDBusConnection::sessionBus().call(question, QDBus::Block, watcherPatience);
     return answer.isValid() && answer.value().variant().toBool();
 }
 

@@ -8,6 +8,9 @@ class QLayout;
 
 namespace tarnly {
 
+/// Pixels around a window's content.
+inline constexpr int windowPadding = 20;
+
 /// A text that begins where the language of the windows begins its lines, even if its own letters run the
 /// other way, as those of a name do.
 class LeadingLabel : public QLabel {

@@ -13,8 +13,6 @@
 namespace tarnly::client {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 double requireNumber(const std::string& name, const std::string& text) {
     const auto number = parseNumber(text);
     if (!number) throw CLI::ValidationError(name, "\"" + printable(text) + "\" is not a finite number");

@@ -12,6 +12,7 @@
 #include "TarnlyPlatform/Base/Clock.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Json/JsonParser.hpp"
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyPlatform/Net/HttpClient.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 
@@ -29,9 +30,6 @@ namespace {
 using Kind = SimulatorStage::Kind;
 using std::chrono::milliseconds;
 
-constexpr unsigned ok = 200;
-constexpr unsigned forbidden = 403;
-constexpr unsigned notFound = 404;
 /// What a thread may take to bring what it has.
 constexpr milliseconds moment{100};
 constexpr auto probedValue = "sim/flightmodel/position/latitude";
@@ -134,14 +132,14 @@ SimulatorStage stageOf(const Fetched& count, const std::string& version) {
         const bool isAnswer = count.failure && count.failure->which() == NetworkError::Case::invalidResponse;
         return stageOf(Kind::notRunning, isAnswer ? "something else answers on its port" : "");
     }
-    if (count.response->status == forbidden) {
+    if (count.response->status == httpStatus::forbidden) {
         const auto refusal = decoded<ApiRefusal>(count.response->body).value_or(ApiRefusal());
         return stageOf(Kind::refusing, refusal.message.value_or(""));
     }
     const auto datarefs = decoded<Count>(count.response->body);
-    if (count.response->status == ok && datarefs)
+    if (count.response->status == httpStatus::ok && datarefs)
         return stageOf(datarefs->data > 0 ? Kind::flightLoaded : Kind::mainMenu);
-    if (count.response->status == notFound) return stageOf(Kind::tooOld, version);
+    if (count.response->status == httpStatus::notFound) return stageOf(Kind::tooOld, version);
     return stageOf(Kind::notRunning, "something else answers on its port");
 }
 
@@ -168,7 +166,8 @@ std::vector<PageProbe> probePages(const std::vector<Endpoint>& places, milliseco
         probe.place = describe(places[i]);
         if (const auto& response = fetched[i].response) {
             probe.status = response->status;
-            probe.isOurs = response->status == ok && response->body.find("Tarnly") != std::string::npos;
+            probe.isOurs =
+                response->status == httpStatus::ok && response->body.find("Tarnly") != std::string::npos;
         } else {
             probe.failure = reasonOf(fetched[i].failure);
         }

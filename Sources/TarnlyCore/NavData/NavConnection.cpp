@@ -7,6 +7,8 @@
 #include <system_error>
 #include <thread>
 
+#include "TarnlyCore/NavData/SqliteFile.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -16,7 +18,7 @@ constexpr const char* navaidQuery = "SELECT lat, lon FROM navaids WHERE nav_id =
 constexpr int toItsNul = -1;
 
 /// Steps of SQLite's machine between two looks at whether to go on: less than a millisecond.
-constexpr int stepsBetweenLooks = 1000;
+constexpr int stepsBetweenQuestions = 1000;
 /// How long to leave a file alone that somebody writes.
 constexpr auto writersTurn = std::chrono::milliseconds(10);
 
@@ -24,12 +26,6 @@ constexpr auto writersTurn = std::chrono::milliseconds(10);
 // it likes.
 constexpr int longestValue = 100'000;
 constexpr sqlite3_int64 mostMemory = 32 * 1024 * 1024;
-
-/// No file is to be something else by its name: SQLite may be built to read a path that begins with "file:"
-/// as a URI, and knows ":memory:".
-std::string asPlainPath(const std::string& path) {
-    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
-}
 
 } // namespace
 
@@ -44,7 +40,7 @@ void NavConnection::Finalize::operator()(sqlite3_stmt* statement) const { sqlite
 NavConnection::NavConnection(const std::string& path) : fixes_{fixQuery}, navaids_{navaidQuery} {
     sqlite3* opened = nullptr;
     // Without a lock of its own: it is used by one thread at a time.
-    const int result = sqlite3_open_v2(asPlainPath(path).c_str(), &opened,
+    const int result = sqlite3_open_v2(sqlitePath(path).c_str(), &opened,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     connection_.reset(opened);
     if (result != SQLITE_OK) {
@@ -67,7 +63,7 @@ void NavConnection::distrust() {
 
 void NavConnection::beInterruptible() {
     sqlite3_progress_handler(
-        connection_.get(), stepsBetweenLooks,
+        connection_.get(), stepsBetweenQuestions,
         [](void* me) { return static_cast<NavConnection*>(me)->mayGoOn() ? 0 : 1; }, this);
     sqlite3_busy_handler(
         connection_.get(),

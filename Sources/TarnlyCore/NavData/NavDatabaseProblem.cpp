@@ -7,6 +7,7 @@
 #include <memory>
 #include <string_view>
 
+#include "TarnlyCore/NavData/SqliteFile.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 
 namespace tarnly {
@@ -14,21 +15,17 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr const char* tables[] = {"SELECT fix_id, lat, lon FROM enroute_fixes",
-                                  "SELECT nav_id, lat, lon FROM navaids"};
+constexpr const char* queries[] = {"SELECT fix_id, lat, lon FROM enroute_fixes",
+                                   "SELECT nav_id, lat, lon FROM navaids"};
 constexpr const char* wanted =
     "name an SQLite file with the table enroute_fixes (fix_id, lat, lon), navaids (nav_id, lat, lon) or both";
 
 /// Views upon views may make the look at a table endless: what has not failed by then is no problem.
-constexpr auto patience = std::chrono::seconds(1);
+constexpr auto lookPatience = std::chrono::seconds(1);
 
 struct Close {
     void operator()(sqlite3* connection) const { sqlite3_close(connection); }
 };
-
-std::string asPlainPath(const std::string& path) {
-    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
-}
 
 /// SQLite's word on whether the query can be asked.
 int prepare(sqlite3* connection, const char* query) {
@@ -41,13 +38,13 @@ int prepare(sqlite3* connection, const char* query) {
 
 std::optional<std::string> problemOfFile(const std::string& path) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(asPlainPath(path).c_str(), &opened,
+    const int result = sqlite3_open_v2(sqlitePath(path).c_str(), &opened,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     const std::unique_ptr<sqlite3, Close> connection(opened);
     if (result == SQLITE_CANTOPEN) return "cannot be opened for reading; look at its permissions";
     if (result != SQLITE_OK) return std::nullopt;
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    auto deadline = SteadyClock::now() + patience;
+    auto deadline = SteadyClock::now() + lookPatience;
     sqlite3_set_authorizer(
         opened,
         [](void* until, int, const char*, const char*, const char*, const char*) {
@@ -55,8 +52,8 @@ std::optional<std::string> problemOfFile(const std::string& path) {
                                                                                             : SQLITE_DENY;
         },
         &deadline);
-    for (const auto* table : tables) {
-        const int found = prepare(opened, table);
+    for (const auto* query : queries) {
+        const int found = prepare(opened, query);
         if (found == SQLITE_NOTADB) return std::string("is no SQLite database; ") + wanted;
         const bool isMissing = std::string_view(sqlite3_errmsg(opened)).starts_with("no such ");
         if (found != SQLITE_ERROR || !isMissing) return std::nullopt; // there it is, or nobody can say now

@@ -8,11 +8,6 @@
 namespace tarnly {
 namespace {
 
-/// No file is to be something else by its name, such as ":memory:".
-std::string asPlainPath(const std::string& path) {
-    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
-}
-
 int flagsFor(SqliteFile::Mode mode) {
     return SQLITE_OPEN_NOMUTEX |
            (mode == SqliteFile::Mode::read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
@@ -47,6 +42,10 @@ void distrust(sqlite3* connection, void* deadline) {
 
 } // namespace
 
+std::string sqlitePath(const std::string& path) {
+    return std::filesystem::path(path).is_absolute() ? path : "./" + path;
+}
+
 void SqliteFile::Close::operator()(sqlite3* connection) const { sqlite3_close(connection); }
 
 void SqliteStatement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -54,7 +53,7 @@ void SqliteStatement::Finalize::operator()(sqlite3_stmt* statement) const { sqli
 SqliteFile::SqliteFile(const std::string& path, Mode mode)
     : deadline_(std::make_unique<SteadyClock::time_point>(SteadyClock::now() + patience)) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(asPlainPath(path).c_str(), &opened, flagsFor(mode), nullptr);
+    const int result = sqlite3_open_v2(sqlitePath(path).c_str(), &opened, flagsFor(mode), nullptr);
     connection_.reset(opened);
     if (result != SQLITE_OK) throw SqliteError(opened ? sqlite3_errmsg(opened) : "out of memory");
     if (mode == Mode::fill) {

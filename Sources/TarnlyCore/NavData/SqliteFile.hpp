@@ -18,6 +18,10 @@ class SqliteError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The path as SQLite is to be given it. No file is to be something else by its name: SQLite may be built to
+/// read one that begins with "file:" as a URI, and knows ":memory:".
+std::string sqlitePath(const std::string& path);
+
 /// A connection to an SQLite file, for one thread, which blocks as the disk does. What fails throws
 /// `SqliteError`.
 class SqliteFile {

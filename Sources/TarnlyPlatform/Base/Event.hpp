@@ -5,6 +5,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 
 namespace tarnly {
@@ -18,7 +19,7 @@ class Event {
 
     void notifyAll() { timer_.cancel(); }
 
-    Task<> wait() { co_await timer_.async_wait(boost::asio::as_tuple(boost::asio::use_awaitable)); }
+    Task<> wait() { co_await timer_.async_wait(asTuple); }
 
   private:
     boost::asio::steady_timer timer_;

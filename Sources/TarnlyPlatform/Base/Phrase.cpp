@@ -35,8 +35,6 @@ class English : public Phrase::Language {
     std::string number(std::int64_t value) const override { return std::to_string(value); }
 };
 
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
-
 std::string capitalized(const std::string& text) {
     if (text.empty()) return text;
     const auto rest = std::find_if_not(text.begin() + 1, text.end(), isContinuation);

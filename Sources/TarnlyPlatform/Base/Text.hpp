@@ -7,6 +7,12 @@
 
 namespace tarnly {
 
+/// Whether it is one of 0 to 9, in any locale.
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Whether the byte goes on with a character of UTF-8 that has begun before it.
+constexpr bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
 /// Whether two UTF-8 texts are the same by Unicode canonical equivalence: "é" as one code point and as "e"
 /// with a combining accent are equal, letter case counts. How long it takes does not tell where they differ.
 bool canonicallyEqual(std::string_view a, std::string_view b);

@@ -1,12 +1,8 @@
 #include "TarnlyPlatform/Base/TextPlace.hpp"
 
+#include "TarnlyPlatform/Base/Text.hpp"
+
 namespace tarnly {
-namespace {
-
-/// Whether the byte goes on with a character that has begun before it.
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
-
-} // namespace
 
 TextPlace TextPlaces::at(std::size_t offset) {
     for (; walked_ < offset && walked_ < text_.size(); ++walked_) {

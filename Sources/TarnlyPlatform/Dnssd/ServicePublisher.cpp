@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "TarnlyPlatform/Base/Text.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -19,7 +21,6 @@ struct NumberedName {
 };
 
 std::string cut(std::string name, std::size_t bytes) {
-    const auto isContinuation = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
     if (name.size() <= bytes) return name;
     while (bytes > 0 && isContinuation(name[bytes]))
         --bytes;

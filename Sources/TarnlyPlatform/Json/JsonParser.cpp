@@ -24,15 +24,15 @@ using boost::json::string_view;
 constexpr JsonShape everything;
 
 /// Builds the value that is wanted from the parser's events.
-class Builder {
+class WantedBuilder {
   public:
     static constexpr std::size_t max_object_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_array_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_key_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_string_size = std::numeric_limits<std::size_t>::max();
 
-    Builder(NonFinite nonFinite, const JsonShape& wanted, JsonElements* elements,
-            boost::json::storage_ptr storage)
+    WantedBuilder(NonFinite nonFinite, const JsonShape& wanted, JsonElements* elements,
+                  boost::json::storage_ptr storage)
         : nonFinite_(nonFinite), next_(&wanted), elements_(elements), outer_({}, room_.data(), room_.size()) {
         outer_.reset(std::move(storage));
     }
@@ -256,7 +256,7 @@ boost::json::value parse(std::string_view text, NonFinite nonFinite, const JsonS
                          JsonElements* elements, boost::json::storage_ptr storage) {
     boost::json::parse_options options;
     options.max_depth = deepestJson;
-    boost::json::basic_parser<Builder> parser(options, nonFinite, wanted, elements, std::move(storage));
+    boost::json::basic_parser<WantedBuilder> parser(options, nonFinite, wanted, elements, std::move(storage));
     error_code ec;
     const auto parsed = parser.write_some(false, text.data(), text.size(), ec);
     if (!ec && parsed < text.size()) ec = error::extra_data;

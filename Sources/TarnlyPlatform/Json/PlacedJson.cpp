@@ -48,14 +48,14 @@ class Tokens {
 };
 
 /// Builds the value from the parser's events.
-class Builder {
+class PlacedBuilder {
   public:
     static constexpr std::size_t max_object_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_array_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_key_size = std::numeric_limits<std::size_t>::max();
     static constexpr std::size_t max_string_size = std::numeric_limits<std::size_t>::max();
 
-    explicit Builder(std::string_view text) : tokens_(text) {}
+    explicit PlacedBuilder(std::string_view text) : tokens_(text) {}
 
     PlacedJson release() { return std::move(root_); }
     /// Of the number that was refused.
@@ -144,7 +144,8 @@ class Builder {
 
 /// Where the text stops being JSON, of which the parser has taken `parsed` bytes. One that is cut off stops
 /// at its last character, not at the blank lines behind it.
-std::size_t placeOf(const error_code& ec, std::string_view text, std::size_t parsed, const Builder& builder) {
+std::size_t placeOf(const error_code& ec, std::string_view text, std::size_t parsed,
+                    const PlacedBuilder& builder) {
     if (ec == error::exponent_overflow) return builder.lastToken();
     if (ec != error::incomplete) return parsed;
     const auto last = text.find_last_not_of(" \t\r\n");
@@ -163,7 +164,7 @@ const PlacedJson* PlacedJson::find(std::string_view key) const {
 PlacedJson parsePlacedJson(std::string_view text) {
     boost::json::parse_options options;
     options.max_depth = deepestJson;
-    boost::json::basic_parser<Builder> parser(options, text);
+    boost::json::basic_parser<PlacedBuilder> parser(options, text);
     error_code ec;
     const auto parsed = parser.write_some(false, text.data(), text.size(), ec);
     if (!ec && parsed < text.size()) ec = error::extra_data;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
 
@@ -16,7 +17,6 @@ namespace tarnly {
 template <typename State>
 Task<bool> acceptOne(std::shared_ptr<State> state) {
     state->thread.check();
-    const auto asTuple = boost::asio::as_tuple(boost::asio::use_awaitable);
     auto [error, socket] = co_await state->acceptor.async_accept(asTuple);
     if (error || state->isCancelled) co_return false;
     auto serving = State::serveOne(state, std::move(socket));

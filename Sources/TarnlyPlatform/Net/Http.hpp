@@ -32,8 +32,15 @@ struct HttpRequest {
     std::string body;
 };
 
+/// Of RFC 9110, section 15.
+namespace httpStatus {
+inline constexpr unsigned ok = 200;
+inline constexpr unsigned forbidden = 403;
+inline constexpr unsigned notFound = 404;
+} // namespace httpStatus
+
 struct HttpResponse {
-    unsigned status = 200;
+    unsigned status = httpStatus::ok;
     std::string contentType;
     std::string body;
 };

@@ -11,6 +11,7 @@
 #include <boost/beast/http/write.hpp>
 #include <memory>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
 #include "TarnlyPlatform/Net/TcpSockets.hpp"
 
@@ -25,7 +26,6 @@ using boost::system::error_code;
 constexpr std::uint64_t largestResponse = 256 * 1024 * 1024;
 /// What is read at once. An empty buffer would be filled by 512 bytes at a time, however long the response.
 constexpr std::size_t readAtOnce = 64 * 1024;
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 /// One exchange, whose socket closes when its time is over.
 class Exchange {

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/Aside.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
@@ -25,7 +26,6 @@ using boost::asio::local::stream_protocol;
 
 /// For one who asks, until he has the answer.
 constexpr auto servingPatience = std::chrono::seconds(5);
-constexpr auto asTuple = boost::asio::as_tuple(boost::asio::use_awaitable);
 
 /// An answer ends with its line feed, so that one that was cut short is known.
 constexpr char endOfAnswer = '\n';

@@ -13,26 +13,27 @@ namespace {
 using boost::asio::ip::address_v4;
 using boost::asio::ip::address_v6;
 
-enum class Reach { nobody, link, network };
+enum class AddressReach { nobody, link, network };
 
 struct Candidate {
     const InterfaceAddress* source;
-    Reach reach;
+    AddressReach reach;
     bool isIPv6;
     std::size_t interfaceRank;
 };
 
-Reach reachOfIPv4(address_v4::uint_type address) {
+AddressReach reachOfIPv4(address_v4::uint_type address) {
     const auto first = address >> 24;
-    if (first == 0 || first == 127 || first >= 224) return Reach::nobody; // this network, loopback, multicast
-    return address >> 16 == 0xA9FE ? Reach::link : Reach::network;
+    if (first == 0 || first == 127 || first >= 224)
+        return AddressReach::nobody; // this network, loopback, multicast
+    return address >> 16 == 0xA9FE ? AddressReach::link : AddressReach::network;
 }
 
-Reach reachOfIPv6(const address_v6::bytes_type& address) {
+AddressReach reachOfIPv6(const address_v6::bytes_type& address) {
     const auto first = address[0];
     const bool isGlobal = (first & 0xE0) == 0x20;
     const bool isUniqueLocal = (first & 0xFE) == 0xFC;
-    return isGlobal || isUniqueLocal ? Reach::network : Reach::nobody;
+    return isGlobal || isUniqueLocal ? AddressReach::network : AddressReach::nobody;
 }
 
 /// The interface's place among all, in the order in which they are first named.
@@ -42,7 +43,7 @@ std::size_t rankOf(const InterfaceAddress& address, const std::vector<InterfaceA
 }
 
 Candidate candidate(const InterfaceAddress& address, const std::vector<InterfaceAddress>& all) {
-    Candidate result{&address, Reach::nobody, false, rankOf(address, all)};
+    Candidate result{&address, AddressReach::nobody, false, rankOf(address, all)};
     if (!address.isRunning || address.isLoopback) return result;
     boost::system::error_code invalid;
     const auto parsed = boost::asio::ip::make_address(address.address, invalid);
@@ -53,7 +54,7 @@ Candidate candidate(const InterfaceAddress& address, const std::vector<Interface
     return result;
 }
 
-std::vector<std::string> textsOf(const std::vector<Candidate>& candidates, Reach reach) {
+std::vector<std::string> textsOf(const std::vector<Candidate>& candidates, AddressReach reach) {
     std::vector<std::string> texts;
     for (const auto& each : candidates) {
         const auto& text = each.source->address;
@@ -72,8 +73,8 @@ std::vector<std::string> reachableAddresses(const std::vector<InterfaceAddress>&
     std::ranges::stable_sort(candidates, {}, [](const Candidate& each) {
         return std::tuple(!each.source->isPhysical, each.interfaceRank, each.isIPv6);
     });
-    const auto ofNetwork = textsOf(candidates, Reach::network);
-    return ofNetwork.empty() ? textsOf(candidates, Reach::link) : ofNetwork;
+    const auto ofNetwork = textsOf(candidates, AddressReach::network);
+    return ofNetwork.empty() ? textsOf(candidates, AddressReach::link) : ofNetwork;
 }
 
 std::vector<std::string> networkAddresses() { return reachableAddresses(interfaceAddresses()); }

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
+
 namespace tarnly {
 namespace {
 
@@ -38,9 +40,8 @@ Task<ResolvedTcp> resolveTcp(Endpoint endpoint) {
     auto executor = co_await asio::this_coro::executor;
     tcp::resolver resolver(executor);
     const auto port = std::to_string(endpoint.port);
-    constexpr auto token = asio::as_tuple(asio::use_awaitable);
     auto [error, found] =
-        co_await resolver.async_resolve(endpoint.host, port, tcp::resolver::numeric_service, token);
+        co_await resolver.async_resolve(endpoint.host, port, tcp::resolver::numeric_service, asTuple);
     result.error = error;
     for (const auto& entry : found) {
         result.addresses.push_back(entry.endpoint());

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Net/Gzip.hpp"
 
 namespace tarnly {
@@ -24,8 +25,6 @@ namespace http = beast::http;
 using asio::ip::tcp;
 using boost::system::error_code;
 using Body = http::span_body<const char>;
-
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 beast::string_view asBeast(std::string_view text) { return {text.data(), text.size()}; }
 

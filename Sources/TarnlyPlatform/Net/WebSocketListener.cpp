@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Net/TcpSockets.hpp"
 #include "TarnlyPlatform/Net/WebAnswer.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
@@ -30,11 +31,9 @@ using HeadParser = http::request_parser<http::empty_body>;
 
 /// For the head of a request, and again for the answer to one that is no upgrade.
 constexpr auto patience = std::chrono::seconds(10);
-constexpr std::uint32_t largestHead = 16 * 1024;
+constexpr std::uint32_t largestRequestHead = 16 * 1024;
 /// Of a head: each takes more memory than it has bytes.
 constexpr std::ptrdiff_t mostFields = 64;
-
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 /// Neither silence nor more than anybody has to say is worth an answer.
 bool deservesAnswer(const error_code& error) {
@@ -83,7 +82,7 @@ Task<> WebSocketListener::State::serve(std::shared_ptr<State> state, tcp::socket
     deadline.expireAfter(patience);
     beast::flat_buffer received;
     HeadParser head;
-    head.header_limit(largestHead);
+    head.header_limit(largestRequestHead);
     error_code error;
     while (!error && !head.is_header_done()) {
         auto [failure, size] = co_await http::async_read_some(*peer, received, head, asTuple);

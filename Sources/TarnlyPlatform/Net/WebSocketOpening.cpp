@@ -16,6 +16,7 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Net/TcpSockets.hpp"
 #include "TarnlyPlatform/Net/TcpWebSocket.hpp"
 
@@ -28,8 +29,7 @@ namespace http = beast::http;
 using asio::ip::tcp;
 using boost::system::error_code;
 
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
-constexpr std::uint32_t largestHead = 16 * 1024;
+constexpr std::uint32_t largestAnswerHead = 16 * 1024;
 constexpr std::size_t keySize = 24; // 16 bytes in base64
 
 /// The answer to a key (RFC 6455, section 4.2.2). The library's own, from within: one hash is no reason for a
@@ -116,7 +116,7 @@ class Connecting {
         if (!succeeds(unsent)) co_return;
         beast::flat_buffer received;
         http::response_parser<http::empty_body> answer;
-        answer.header_limit(largestHead);
+        answer.header_limit(largestAnswerHead);
         auto [unread, size] = co_await http::async_read_header(socket, received, answer, asTuple);
         if (!succeeds(unread)) co_return;
         if (!grants(answer.get(), key))

@@ -16,6 +16,7 @@
 #include <string>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Net/WebSocketOpening.hpp"
 
 namespace tarnly::simulator {
@@ -32,8 +33,6 @@ constexpr auto requestPatience = std::chrono::seconds(10);
 constexpr auto responsePatience = std::chrono::minutes(5);
 constexpr std::uint32_t largestHead = 16 * 1024;
 constexpr std::uint64_t largestBody = 1024 * 1024;
-
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 /// Whether the peer has sent something that is no request, rather than too little or far too much.
 bool isMisunderstood(const error_code& error) {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
 #include "TarnlyPlatform/Base/TaskGroup.hpp"
@@ -90,8 +91,7 @@ struct SituationPort::State {
         std::array<std::byte, largestDatagram> buffer{};
         while (!state->isCancelled) {
             const auto space = asio::buffer(buffer);
-            auto [error, size] =
-                co_await state->socket.async_receive(space, asio::as_tuple(asio::use_awaitable));
+            auto [error, size] = co_await state->socket.async_receive(space, asTuple);
             if (state->isCancelled) co_return;
             try {
                 if (!error) state->handle(std::span(buffer).first(size));

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "TarnlyPlatform/Base/AsTuple.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Base/OnOneThread.hpp"
 #include "TarnlyPlatform/Base/Task.hpp"
@@ -28,7 +29,6 @@ using asio::ip::tcp;
 using boost::system::error_code;
 
 constexpr std::size_t chunkSize = 64 * 1024;
-constexpr auto asTuple = asio::as_tuple(asio::use_awaitable);
 
 bool isForControl(std::string_view firstBytes) {
     return firstBytes.starts_with("GET /control ") || firstBytes.starts_with("POST /control ");

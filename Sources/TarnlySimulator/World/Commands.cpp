@@ -65,13 +65,13 @@ constexpr Acting acting[] = {
     {"sim/engines/prop_down", "Propeller fine to coarse.", {Kind::add, propeller, -0.05}},
 };
 
-struct Group {
+struct CommandGroup {
     const char* folder;
     const char* names;
 };
 
 /// Accepted without any effect.
-constexpr Group idle[] = {
+constexpr CommandGroup idle[] = {
     {"sim/view/",
      "forward_with_panel forward_with_hud forward_with_nothing chase circle tower runway_view ridealong "
      "linear_spot "
@@ -125,7 +125,7 @@ std::vector<Command> stockCommands(std::size_t atLeast) {
     out.reserve(std::max<std::size_t>(atLeast, 300));
     for (const Acting& each : acting)
         out.push_back({each.name, each.description, &each.effect, 0});
-    for (const Group& group : idle) {
+    for (const CommandGroup& group : idle) {
         for (const auto word : parts(group.names, ' '))
             out.push_back({group.folder + std::string(word), describe(word), nullptr, 0});
     }

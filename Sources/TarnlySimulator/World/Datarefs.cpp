@@ -15,7 +15,7 @@ using enum ValueType;
 
 /// Datarefs of one folder and one kind: their names, separated by spaces. `size` is the number of elements or
 /// bytes.
-struct Group {
+struct DatarefGroup {
     const char* folder;
     ValueType type;
     std::size_t size;
@@ -23,7 +23,7 @@ struct Group {
     const char* names;
 };
 
-constexpr Group groups[] = {
+constexpr DatarefGroup groups[] = {
     {"sim/cockpit2/switches/", integer, 1, true,
      "landing_lights_on taxi_light_on beacon_on strobe_lights_on navigation_lights_on avionics_power_on "
      "no_smoking "
@@ -206,7 +206,7 @@ void addBound(std::span<const FlightBinding> bindings, std::vector<Dataref>& out
     }
 }
 
-void addGroup(const Group& group, std::vector<Dataref>& out) {
+void addGroup(const DatarefGroup& group, std::vector<Dataref>& out) {
     for (const auto word : parts(group.names, ' '))
         out.push_back(
             keptDataref(group.folder + std::string(word), group.type, group.size, group.isWritable));
@@ -263,7 +263,7 @@ std::vector<Dataref> stockDatarefs(const DatarefOptions& options) {
     addBound(flightDatarefs(), out);
     addBound(leverDatarefs(options.leverLists), out);
     if (options.noFlapRatio) std::erase_if(out, [](const Dataref& each) { return each.name == flapRatio; });
-    for (const Group& group : groups)
+    for (const DatarefGroup& group : groups)
         addGroup(group, out);
     setKnownValues(out);
     addOddValues(out);

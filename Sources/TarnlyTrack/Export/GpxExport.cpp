@@ -7,9 +7,6 @@
 namespace tarnly::track {
 namespace {
 
-/// A tenth of a millimetre.
-constexpr int degreeDecimals = 9;
-
 constexpr const char* about =
     "Elevations (ele) are indicated altitudes: what the altimeter showed with the setting that it had, in "
     "metres. "
@@ -31,7 +28,7 @@ void writePlace(XmlWriter& xml, const ExportedFlight& flight, std::size_t sample
     if (altitude) xml.element("ele", fixedText(*altitude * metersPerFoot, 2));
 }
 
-void writeTriggers(XmlWriter& xml, const ExportedFlight& flight) {
+void writeWaypoints(XmlWriter& xml, const ExportedFlight& flight) {
     for (const auto& fired : flight.log.fired()) {
         if (!fired.sample || !flight.log.position(*fired.sample)) continue;
         xml.begin("wpt");
@@ -76,7 +73,7 @@ void exportGpx(const ExportedFlight& flight, TextSink& sink) {
     xml.element("desc", about);
     xml.element("time", isoTime(flight.start));
     xml.end();
-    writeTriggers(xml, flight);
+    writeWaypoints(xml, flight);
     writeTrack(xml, flight, trackOf(flight.log));
     xml.finish();
 }

@@ -7,10 +7,8 @@
 namespace tarnly::track {
 namespace {
 
-constexpr int degreeDecimals = 9;
-
 /// One of the lines that a flight is drawn as.
-struct Line {
+struct DrawnLine {
     const char* name;
     const char* description;
     Quantity height;
@@ -21,7 +19,7 @@ struct Line {
     bool isCurtain;
 };
 
-constexpr Line aboveGround{
+constexpr DrawnLine aboveGround{
     "Height above ground",
     "Heights above ground, over the ground that the map has, which may differ from the simulator's.",
     Quantity::aglFt,
@@ -29,14 +27,15 @@ constexpr Line aboveGround{
     true,
     true};
 
-constexpr Line indicated{"Indicated altitude",
-                         "Indicated altitudes: what the altimeter showed with the setting that it had, drawn "
-                         "as if they were heights above "
-                         "sea level.",
-                         Quantity::altitudeFt,
-                         "absolute",
-                         false,
-                         false};
+constexpr DrawnLine indicated{
+    "Indicated altitude",
+    "Indicated altitudes: what the altimeter showed with the setting that it had, drawn "
+    "as if they were heights above "
+    "sea level.",
+    Quantity::altitudeFt,
+    "absolute",
+    false,
+    false};
 
 void writeStyle(XmlWriter& xml) {
     xml.begin("Style");
@@ -64,7 +63,7 @@ std::string coordinatesOf(const FlightLog& log, std::size_t sample, std::optiona
     return text;
 }
 
-void writeLineString(XmlWriter& xml, const ExportedFlight& flight, const Line& line, const Track& track,
+void writeLineString(XmlWriter& xml, const ExportedFlight& flight, const DrawnLine& line, const Track& track,
                      Stretch part) {
     xml.begin("LineString");
     if (line.isCurtain) xml.element("extrude", "1");
@@ -81,7 +80,7 @@ void writeLineString(XmlWriter& xml, const ExportedFlight& flight, const Line& l
 }
 
 /// Nothing where there is nothing to draw: a line takes two samples.
-void writeLine(XmlWriter& xml, const ExportedFlight& flight, const Line& line) {
+void writeLine(XmlWriter& xml, const ExportedFlight& flight, const DrawnLine& line) {
     auto track = trackOf(flight.log, line.height);
     std::erase_if(track.parts, [](const Stretch& part) { return part.end - part.begin < 2; });
     if (track.parts.empty()) return;
@@ -101,7 +100,7 @@ void writeLine(XmlWriter& xml, const ExportedFlight& flight, const Line& line) {
     xml.end();
 }
 
-void writeTriggers(XmlWriter& xml, const ExportedFlight& flight) {
+void writePlacemarks(XmlWriter& xml, const ExportedFlight& flight) {
     for (const auto& fired : flight.log.fired()) {
         if (!fired.sample || !flight.log.position(*fired.sample)) continue;
         xml.begin("Placemark");
@@ -131,7 +130,7 @@ void exportKml(const ExportedFlight& flight, TextSink& sink) {
     writeStyle(xml);
     writeLine(xml, flight, aboveGround);
     writeLine(xml, flight, indicated);
-    writeTriggers(xml, flight);
+    writePlacemarks(xml, flight);
     xml.finish();
 }
 

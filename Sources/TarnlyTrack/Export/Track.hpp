@@ -9,6 +9,9 @@
 
 namespace tarnly::track {
 
+/// Decimals of a degree in an exported file: a tenth of a millimetre.
+inline constexpr int degreeDecimals = 9;
+
 /// The samples of a log that a line goes through, and where it is interrupted.
 struct Track {
     /// Places of samples in the log, ascending.

@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "TarnlyPlatform/Base/Text.hpp"
+
 namespace tarnly::track {
 namespace {
 
 constexpr std::string_view pattern = "session-####-##-##T######Z";
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool fits(std::string_view name) {
     return name.size() == pattern.size() &&

@@ -3,10 +3,10 @@
 #include <charconv>
 #include <system_error>
 
+#include "TarnlyPlatform/Base/Text.hpp"
+
 namespace tarnly::track {
 namespace {
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// What is left of a line.
 class Rest {

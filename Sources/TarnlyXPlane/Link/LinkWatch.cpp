@@ -4,13 +4,11 @@
 #include <cmath>
 #include <utility>
 
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyXPlane/Link/WebApiLink.hpp"
 
 namespace tarnly {
 namespace {
-
-constexpr unsigned ok = 200;
-constexpr unsigned forbidden = 403;
 
 /// About the tenth of a metre; any aircraft in flight moves further in the time of a beat.
 constexpr double samePosition = 1e-6;
@@ -105,9 +103,9 @@ Task<> WebApiLink::ask(std::shared_ptr<WebApiLink> link) {
 void WebApiLink::noteCount(const HttpResponse& response) {
     if (hasEnded_) return;
     // It lets nobody in any more: the next link is told so, and tells people.
-    if (response.status == forbidden) return close();
+    if (response.status == httpStatus::forbidden) return close();
     liveness_.noteResponse(clock_.now());
-    const auto count = response.status == ok ? countIn(response.body) : std::nullopt;
+    const auto count = response.status == httpStatus::ok ? countIn(response.body) : std::nullopt;
     // The flight has gone, and with it what was known of it.
     if (count && *count == 0 && !isAtMainMenu()) return close();
     look();
@@ -159,7 +157,7 @@ Task<> WebApiLink::compareStandstill(std::shared_ptr<WebApiLink> link) {
 /// Whether the simulator, asked for the dataref's value, does not contradict the last one that came.
 Task<bool> WebApiLink::holds(std::shared_ptr<WebApiLink> link, std::int64_t id) {
     const auto response = co_await link->rest_.datarefValue(id);
-    if (response.status != ok) {
+    if (response.status != httpStatus::ok) {
         const auto count = co_await link->rest_.datarefCount();
         link->noteCount(count);
         co_return true; // a server that does not tell values, unless the flight has gone

@@ -6,14 +6,11 @@
 #include <system_error>
 #include <utility>
 
+#include "TarnlyPlatform/Net/Http.hpp"
 #include "TarnlyXPlane/Link/LinkFailure.hpp"
 
 namespace tarnly {
 namespace {
-
-constexpr unsigned ok = 200;
-constexpr unsigned forbidden = 403;
-constexpr unsigned notFound = 404;
 
 /// The first version with this web API.
 constexpr std::array oldestThatServes{12, 1, 4};
@@ -34,7 +31,8 @@ bool isOlder(const std::string& version, const std::array<int, 3>& than) {
 std::string apiTarget(const std::string& path) { return std::string(webApiPath) + "/" + path; }
 
 NetworkError invalidCatalogue(const std::string& url, unsigned status, const char* reason) {
-    const auto shownStatus = status == ok ? std::string() : "HTTP status " + std::to_string(status) + ": ";
+    const auto shownStatus =
+        status == httpStatus::ok ? std::string() : "HTTP status " + std::to_string(status) + ": ";
     return {NetworkError::Case::invalidResponse, url + ": " + shownStatus + reason};
 }
 
@@ -50,22 +48,22 @@ std::string WebApiRest::baseUrl() const { return "http://" + describe(endpoint_)
 Task<IdsByName> WebApiRest::catalogue(std::string name) {
     const auto url = baseUrl() + name;
     std::optional<NetworkError> failure;
-    unsigned status = ok;
+    unsigned status = httpStatus::ok;
     std::string body;
     try {
         auto response = co_await fetch("GET", apiTarget(name), "", catalogueTimeout, nullptr);
         status = response.status;
-        if (status != ok) body = response.body;
+        if (status != httpStatus::ok) body = response.body;
         auto ids = co_await parsed(url, std::move(response));
         co_return ids;
     } catch (const NetworkError& error) {
         failure = error;
     }
     const bool isAnswer = failure->which() == NetworkError::Case::invalidResponse;
-    if (isAnswer && status == forbidden) {
+    if (isAnswer && status == httpStatus::forbidden) {
         throw refusal(url + ": HTTP status 403", errorMessageOf(body));
     }
-    if (isAnswer && status == notFound) {
+    if (isAnswer && status == httpStatus::notFound) {
         const auto found = co_await version();
         if (found && !isOlder(*found, oldestThatServes)) throw failureOfConnecting(*failure);
         const NetworkError error(NetworkError::Case::connectionFailed, url + ": HTTP status 404");

@@ -8,9 +8,9 @@
 namespace tarnly {
 namespace {
 
-using Kind = SimulatorStage::Kind;
+using StageKind = SimulatorStage::Kind;
 
-CompanionStatus statusWith(Kind kind) {
+CompanionStatus statusWith(StageKind kind) {
     CompanionStatus status;
     status.stage = StageStatus::of({kind, {}, {}}, Clock::TimePoint());
     return status;
@@ -34,14 +34,15 @@ int grey(const QImage& image, double x, double y) {
 
 TEST(Attention, IsNeededUnlessAFlightIsLoaded) {
     EXPECT_FALSE(needsAttention({}));
-    EXPECT_FALSE(needsAttention(statusWith(Kind::flightLoaded)));
-    for (const auto kind : {Kind::notRunning, Kind::refusing, Kind::tooOld, Kind::mainMenu, Kind::silent}) {
+    EXPECT_FALSE(needsAttention(statusWith(StageKind::flightLoaded)));
+    for (const auto kind : {StageKind::notRunning, StageKind::refusing, StageKind::tooOld,
+                            StageKind::mainMenu, StageKind::silent}) {
         EXPECT_TRUE(needsAttention(statusWith(kind)));
     }
 }
 
 TEST(Attention, IsNeededWhereClientsFindNothingAndWhereALogIsNotWritten) {
-    auto status = statusWith(Kind::flightLoaded);
+    auto status = statusWith(StageKind::flightLoaded);
     status.published = PublicationStatus{"published", "rig42", {}};
     status.recording.emplace();
     EXPECT_FALSE(needsAttention(status));
@@ -55,7 +56,7 @@ TEST(Attention, IsNeededWhereClientsFindNothingAndWhereALogIsNotWritten) {
 }
 
 TEST(TrayLooks, TroubleOutranksARecording) {
-    auto status = statusWith(Kind::flightLoaded);
+    auto status = statusWith(StageKind::flightLoaded);
     EXPECT_EQ(lookOf(status, false), TrayLook::calm);
     status.recording.emplace();
     EXPECT_EQ(lookOf(status, false), TrayLook::recording);
@@ -65,7 +66,7 @@ TEST(TrayLooks, TroubleOutranksARecording) {
 }
 
 TEST(Attention, TheToolTipTellsOfARecordingAndOfTrouble) {
-    auto status = statusWith(Kind::flightLoaded);
+    auto status = statusWith(StageKind::flightLoaded);
     status.recording.emplace();
     EXPECT_EQ(toolTipOf(status), "Tarnly\nSimulator: flight loaded.\nA recording is running.");
     status.recording->problem = Phrase::verbatim("The disk is full. Make room.");
@@ -77,8 +78,9 @@ TEST(Attention, TheToolTipTellsOfARecordingAndOfTrouble) {
 
 TEST(Attention, TheToolTipHasTheWordsAndTheAdvice) {
     EXPECT_EQ(toolTipOf({}), "Tarnly");
-    EXPECT_EQ(toolTipOf(statusWith(Kind::flightLoaded)), "Tarnly\nSimulator: flight loaded.");
-    EXPECT_EQ(toolTipOf(statusWith(Kind::mainMenu)), "Tarnly\nSimulator: at the main menu. Load a flight.");
+    EXPECT_EQ(toolTipOf(statusWith(StageKind::flightLoaded)), "Tarnly\nSimulator: flight loaded.");
+    EXPECT_EQ(toolTipOf(statusWith(StageKind::mainMenu)),
+              "Tarnly\nSimulator: at the main menu. Load a flight.");
 }
 
 TEST(AttentionMark, IsInEverySizeAndLeavesTheRestOfTheIcon) {

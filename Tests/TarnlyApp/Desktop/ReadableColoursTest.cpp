@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QListWidget>
 #include <QTest>
-#include <QTimer>
 #include <algorithm>
 #include <array>
 #include <string>
@@ -19,6 +18,7 @@
 #include "TarnlyApp/Desktop/Panel.hpp"
 #include "TarnlyApp/Desktop/ReachWindow.hpp"
 #include "TarnlyApp/Desktop/SettingsWindow.hpp"
+#include "TarnlyApp/Desktop/Widgets.hpp"
 
 namespace tarnly {
 namespace {
@@ -134,15 +134,6 @@ TEST(ReadableColours, CorrectsNothingElse) {
     }
 }
 
-/// Qt tells widgets of a new palette only while the application runs.
-void setPaletteWhileRunning(const QPalette& palette) {
-    QTimer::singleShot(0, qApp, [&] {
-        QApplication::setPalette(palette);
-        QTimer::singleShot(0, qApp, [] { QApplication::exit(); });
-    });
-    QApplication::exec();
-}
-
 TEST(ReadableColours, HoldInEachWidgetOfEachWindowWhateverTheDesktopTurnsTo) {
     const test::TemporaryFolder folder;
     SettingsStore store{folder.path() / "settings.json", nullptr};
@@ -158,7 +149,7 @@ TEST(ReadableColours, HoldInEachWidgetOfEachWindowWhateverTheDesktopTurnsTo) {
     const auto before = QApplication::palette();
     for (const auto& palette : {before, darkPalette(), faintPalette(Qt::white, QColor(150, 160, 170)),
                                 faintPalette(QColor(40, 40, 40), QColor(90, 80, 70)), before}) {
-        setPaletteWhileRunning(palette);
+        test::setPaletteWhileRunning(palette);
         for (const auto* window : windows) {
             EXPECT_THAT(unreadable(window->palette()), IsEmpty()) << window->windowTitle().toStdString();
             for (const auto* widget : window->findChildren<QWidget*>())

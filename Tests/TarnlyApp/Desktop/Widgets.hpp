@@ -6,7 +6,9 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QRegularExpression>
+#include <QTimer>
 #include <QWidget>
 #include <algorithm>
 #include <string>
@@ -71,6 +73,15 @@ inline std::vector<std::string> plainWordsOfAllWindows() {
             words.push_back(word.toStdString());
     }
     return words;
+}
+
+/// Qt tells widgets of a new palette only while the application runs.
+inline void setPaletteWhileRunning(const QPalette& palette) {
+    QTimer::singleShot(0, qApp, [&] {
+        QApplication::setPalette(palette);
+        QTimer::singleShot(0, qApp, [] { QApplication::exit(); });
+    });
+    QApplication::exec();
 }
 
 } // namespace tarnly::test

@@ -7,13 +7,13 @@
 #include <QRegion>
 #include <QScrollBar>
 #include <QTextLayout>
-#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
 #include "TarnlyApp/Desktop/ColorScheme.hpp"
 #include "TarnlyApp/Desktop/ScrollingPart.hpp"
+#include "TarnlyApp/Desktop/Widgets.hpp"
 
 namespace tarnly {
 namespace {
@@ -93,22 +93,13 @@ TEST(ScrollingPart, TheBarTouchesNoContentOnEitherSide) {
     }
 }
 
-/// Qt tells widgets of a new palette only while the application runs.
-void setPaletteWhileRunning(const QPalette& palette) {
-    QTimer::singleShot(0, qApp, [&] {
-        QApplication::setPalette(palette);
-        QTimer::singleShot(0, qApp, [] { QApplication::exit(); });
-    });
-    QApplication::exec();
-}
-
 TEST(Labels, ACaptionFollowsTheColoursOfTheDesktop) {
     CaptionLabel caption("text");
     caption.show();
     const auto before = QApplication::palette();
-    setPaletteWhileRunning(darkPalette());
+    test::setPaletteWhileRunning(darkPalette());
     EXPECT_EQ(caption.palette().color(QPalette::WindowText), secondaryColour(darkPalette()));
-    setPaletteWhileRunning(before);
+    test::setPaletteWhileRunning(before);
     EXPECT_EQ(caption.palette().color(QPalette::WindowText), secondaryColour(before));
 }
 

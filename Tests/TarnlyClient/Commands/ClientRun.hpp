@@ -15,13 +15,18 @@ struct ClientRun {
     std::string err;
 };
 
-/// Calls the tool as from a command line, pointed at `companion`.
-inline ClientRun runClientOn(const ScriptedCompanion& companion, std::vector<std::string> arguments) {
-    arguments.insert(arguments.end(), {"--host", "127.0.0.1", "--port", std::to_string(companion.port())});
+/// Calls the tool as from a command line.
+inline ClientRun run(const std::vector<std::string>& arguments) {
     std::ostringstream out;
     std::ostringstream err;
     const int exitCode = client::runClient(arguments, out, err);
     return {exitCode, out.str(), err.str()};
+}
+
+/// The same, pointed at `companion`.
+inline ClientRun run(const ScriptedCompanion& companion, std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--host", "127.0.0.1", "--port", std::to_string(companion.port())});
+    return run(arguments);
 }
 
 /// A companion whose answer to every request but pairing has `data`.
@@ -35,8 +40,8 @@ inline ScriptedCompanion::Script answering(const std::string& data) {
 inline std::string requestOf(const std::vector<std::string>& arguments,
                              const std::string& data = R"({"ok":true})") {
     const ScriptedCompanion companion(answering(data));
-    const auto run = runClientOn(companion, arguments);
-    if (run.exitCode != 0) return run.err;
+    const auto outcome = run(companion, arguments);
+    if (outcome.exitCode != 0) return outcome.err;
     const auto received = companion.received();
     return received.size() == 2 ? received[1] : "not one request";
 }

@@ -4,30 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
+
+#include "TarnlyClient/Commands/ClientRun.hpp"
 
 namespace tarnly::client {
 namespace {
 
+using test::run;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 using Arguments = std::vector<std::string>;
-
-struct Outcome {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-Outcome run(const Arguments& arguments) {
-    std::ostringstream out;
-    std::ostringstream err;
-    const int exitCode = runClient(arguments, out, err);
-    return {exitCode, out.str(), err.str()};
-}
 
 void expectWrongUsage(const Arguments& arguments) {
     const auto outcome = run(arguments);

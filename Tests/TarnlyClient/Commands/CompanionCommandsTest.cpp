@@ -19,11 +19,10 @@ using testing::StartsWith;
 
 using test::answering;
 using test::paired;
+using test::run;
 using test::ScriptedCompanion;
 using Request = boost::json::object;
 using Answers = std::vector<std::string>;
-
-constexpr auto run = test::runClientOn;
 
 Task<std::optional<HttpResponse>> pageMissing() { co_return HttpResponse{404, "text/plain", "no"}; }
 

@@ -9,9 +9,8 @@ namespace {
 
 using test::answering;
 using test::requestOf;
+using test::run;
 using test::ScriptedCompanion;
-
-constexpr auto run = test::runClientOn;
 
 TEST(RecordingCommands, StartAndStop) {
     EXPECT_EQ(requestOf({"record", "start"}), R"({"type":"recording_start","req_id":2})");

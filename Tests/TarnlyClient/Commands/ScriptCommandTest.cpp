@@ -19,11 +19,10 @@ namespace {
 using test::answering;
 using test::ClientRun;
 using test::requestOf;
+using test::run;
 using test::ScriptedCompanion;
 using testing::EndsWith;
 using testing::StartsWith;
-
-constexpr auto run = test::runClientOn;
 
 class ScriptCommand : public testing::Test {
   public:
@@ -125,19 +124,10 @@ TEST_F(ScriptCommand, AFileThatIsNoScriptIsNotSent) {
     EXPECT_EQ(companion.received().size(), 0U);
 }
 
-struct Outcome {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
 /// Without a companion.
-Outcome check(std::vector<std::string> arguments) {
+ClientRun check(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"script", "--check"});
-    std::ostringstream out;
-    std::ostringstream err;
-    const int exitCode = runClient(arguments, out, err);
-    return {exitCode, out.str(), err.str()};
+    return run(arguments);
 }
 
 TEST_F(ScriptCommand, ACheckOfAGoodScriptIsOk) {

@@ -9,11 +9,10 @@ namespace {
 using test::answering;
 using test::paired;
 using test::requestOf;
+using test::run;
 using test::ScriptedCompanion;
 using Request = boost::json::object;
 using Answers = std::vector<std::string>;
-
-constexpr auto run = test::runClientOn;
 
 TEST(SimulatorCommands, GetAsksForAllNamesAtOnce) {
     const ScriptedCompanion companion(answering(R"({"a":1.5,"b":-2})"));

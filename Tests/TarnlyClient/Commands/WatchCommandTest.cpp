@@ -18,11 +18,10 @@ using testing::StartsWith;
 
 using test::answering;
 using test::paired;
+using test::run;
 using test::ScriptedCompanion;
 using Request = boost::json::object;
 using Answers = std::vector<std::string>;
-
-constexpr auto run = test::runClientOn;
 
 TEST(WatchCommand, WatchPrintsPushesUpToTheCount) {
     const ScriptedCompanion companion(paired([](const Request& request) {

@@ -18,7 +18,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr auto patience = 60s;
+constexpr auto diskPatience = 60s;
 
 struct FileProbesTest : testing::Test {
     void write(const std::string& name, const std::string& content) {
@@ -26,7 +26,7 @@ struct FileProbesTest : testing::Test {
     }
 
     FolderProbe look(const std::string& name, void (*how)(FolderProbe&)) {
-        return probeFolder(folder.path() / name, how, patience);
+        return probeFolder(folder.path() / name, how, diskPatience);
     }
 
     test::TemporaryFolder folder;
@@ -80,16 +80,16 @@ TEST_F(FileProbesTest, SettingsAreAnObjectOrAbsent) {
     const auto probe = look("settings.json", lookAtSettings);
     EXPECT_EQ(probe.count, 1U);
     EXPECT_THAT(probe.failure, IsEmpty());
-    EXPECT_EQ(passwordIn(folder.path() / "settings.json", patience), "secret");
+    EXPECT_EQ(passwordIn(folder.path() / "settings.json", diskPatience), "secret");
 }
 
 TEST_F(FileProbesTest, SettingsThatAreNoneFail) {
     for (const char* content : {"", "[]", "{\"password\":", "secret"}) {
         write("settings.json", content);
         EXPECT_THAT(look("settings.json", lookAtSettings).failure, Not(IsEmpty())) << content;
-        EXPECT_EQ(passwordIn(folder.path() / "settings.json", patience), std::nullopt) << content;
+        EXPECT_EQ(passwordIn(folder.path() / "settings.json", diskPatience), std::nullopt) << content;
     }
-    EXPECT_EQ(passwordIn(folder.path() / "absent", patience), std::nullopt);
+    EXPECT_EQ(passwordIn(folder.path() / "absent", diskPatience), std::nullopt);
 }
 
 TEST_F(FileProbesTest, WhatHangsIsLeftBehind) {

@@ -22,7 +22,7 @@ using testing::SizeIs;
 using Kind = SimulatorStage::Kind;
 using Answers = std::map<std::string, HttpResponse>;
 
-constexpr std::chrono::milliseconds patience = 60s;
+constexpr std::chrono::milliseconds serverPatience = 60s;
 
 /// Answers by the path, else 404, on a thread of its own.
 class Server {
@@ -66,7 +66,7 @@ constexpr auto capabilities = R"({"api":{"versions":["v1","v2"]},"x-plane":{"ver
 
 SimulatorProbe probeOf(Answers answers) {
     const Server server(std::move(answers));
-    return probeSimulator(server.place, patience);
+    return probeSimulator(server.place, serverPatience);
 }
 
 /// Where nobody listens.
@@ -109,14 +109,14 @@ TEST(Probes, SomethingElseIsNoSimulator) {
         EXPECT_EQ(probeOf({{countPath, answer}}).stage.kind, Kind::notRunning);
         EXPECT_EQ(probeOf({{countPath, answer}}).stage.detail, "something else answers on its port");
     }
-    EXPECT_EQ(probeSimulator(nobody(), patience).stage.kind, Kind::notRunning);
-    EXPECT_EQ(probeSimulator(nobody(), patience).stage.detail, "");
+    EXPECT_EQ(probeSimulator(nobody(), serverPatience).stage.kind, Kind::notRunning);
+    EXPECT_EQ(probeSimulator(nobody(), serverPatience).stage.detail, "");
 }
 
 TEST(Probes, PagesAreOursOrNot) {
     const Server ours({{"/", {200, "text/html", "<h1>Tarnly</h1>"}}});
     const Server others({{"/", {200, "text/html", "<h1>Printer</h1>"}}});
-    const auto probes = probePages({ours.place, others.place, nobody()}, patience);
+    const auto probes = probePages({ours.place, others.place, nobody()}, serverPatience);
     ASSERT_THAT(probes, SizeIs(3));
     EXPECT_TRUE(probes[0].isOurs);
     EXPECT_EQ(probes[1].status, 200U);
@@ -135,7 +135,7 @@ TEST(Probes, WhoDoesNotAnswerIsWaitedForALittle) {
 }
 
 TEST(Probes, ACompanionThatIsNotThereGivesNoValues) {
-    const auto probe = probeValues(nobody(), {}, patience);
+    const auto probe = probeValues(nobody(), {}, serverPatience);
     EXPECT_FALSE(probe.isPaired);
     EXPECT_THAT(probe.failure, HasSubstr("Connection refused"));
 }

@@ -16,8 +16,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr auto script = R"([{"id":"hello","condition_kind":"after_start","condition":{"seconds":0},)"
-                        R"("action_kind":"","action":{}}])";
+constexpr auto helloScript = R"([{"id":"hello","condition_kind":"after_start","condition":{"seconds":0},)"
+                             R"("action_kind":"","action":{}}])";
 
 class LessonCheckTest : public testing::Test {
   public:
@@ -36,7 +36,7 @@ class LessonCheckTest : public testing::Test {
     std::vector<std::string> findings(const std::string& text) const { return lines(check(text)); }
 
     std::string withScript(const std::string& more) const {
-        return std::string("{\"script\":") + script + "," + more + "}";
+        return std::string("{\"script\":") + helloScript + "," + more + "}";
     }
 
     const test::TemporaryFolder folder;
@@ -60,7 +60,8 @@ TEST_F(LessonCheckTest, AWholeLessonIsRead) {
 }
 
 TEST_F(LessonCheckTest, AScriptIsAllThatIsNeeded) {
-    const auto checked = check(std::string("{\"script\":{\"triggers\":") + script + "},\"situation\":null}");
+    const auto checked =
+        check(std::string("{\"script\":{\"triggers\":") + helloScript + "},\"situation\":null}");
     EXPECT_TRUE(checked.isUsable());
     EXPECT_THAT(checked.findings, IsEmpty());
     EXPECT_EQ(checked.lesson.name, "a");
@@ -69,7 +70,7 @@ TEST_F(LessonCheckTest, AScriptIsAllThatIsNeeded) {
 }
 
 TEST_F(LessonCheckTest, PartsMayBeFilesBesideIt) {
-    folder.write("s.json", script);
+    folder.write("s.json", helloScript);
     folder.write("t.json", R"({"tolerances":[{"id":"b","kind":"bank_not_exceeded","bank_deg":30}]})");
     const auto checked = check(R"({"script":"s.json","tolerances":"t.json"})");
     EXPECT_THAT(lines(checked), IsEmpty());
@@ -78,7 +79,7 @@ TEST_F(LessonCheckTest, PartsMayBeFilesBesideIt) {
 }
 
 TEST_F(LessonCheckTest, AFolderHasWhatItsLessonLeavesOut) {
-    folder.write("script.json", script);
+    folder.write("script.json", helloScript);
     folder.write("briefing.md", "Fly well.\r\n\r\n");
     folder.write("tolerances.json", R"([{"id":"b","kind":"bank_not_exceeded","bank_deg":30}])");
     const auto checked = checkLesson(readLessonFile(folder.path()));

@@ -5,20 +5,19 @@
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/address.hpp>
 #include <string>
 #include <vector>
 
+#include "Support/Networks.hpp"
 #include "Support/VirtualClock.hpp"
 
 namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::networkOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-PeerNetwork networkOf(const char* address) { return PeerNetwork(boost::asio::ip::make_address(address)); }
 
 struct PairingGuardTest : testing::Test {
     boost::asio::io_context io;

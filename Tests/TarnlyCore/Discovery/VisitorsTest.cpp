@@ -2,15 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/asio/ip/address.hpp>
+#include "Support/Networks.hpp"
 
 namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::networkOf;
 using Kind = Visitors::Kind;
-
-PeerNetwork networkOf(const char* address) { return PeerNetwork(boost::asio::ip::make_address(address)); }
 
 struct VisitorsTest : testing::Test {
     std::chrono::sys_seconds now{100s};

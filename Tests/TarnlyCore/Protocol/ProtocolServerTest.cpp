@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Kind = WebSocketConnection::Kind;
+using MessageKind = WebSocketConnection::Kind;
 
 struct ProtocolServerTest : testing::Test {
     boost::asio::io_context io;
@@ -78,7 +78,7 @@ TEST_F(ProtocolServerTest, AnswersEachTextMessage) {
     connection->deliver(R"({"type":"sim_info","req_id":1})");
     connection->deliver(R"({"type":"x","req_id":2})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::awaited),
+    EXPECT_THAT(connection->texts(MessageKind::awaited),
                 ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
 }
 
@@ -87,7 +87,7 @@ TEST_F(ProtocolServerTest, BinaryMessagesAreDroppedWithoutAnAnswer) {
     connection->deliverBinary();
     connection->deliver(R"({"type":"sim_info"})");
     settle();
-    EXPECT_THAT(connection->texts(Kind::awaited), SizeIs(1));
+    EXPECT_THAT(connection->texts(MessageKind::awaited), SizeIs(1));
     EXPECT_FALSE(connection->isCancelled);
 }
 
@@ -101,7 +101,7 @@ TEST_F(ProtocolServerTest, AnAbsentAnswerClosesThatConnectionAlone) {
     EXPECT_EQ(server->connectionCount(), 1U);
     other->deliver(R"({"type":"sim_info"})");
     settle();
-    EXPECT_THAT(other->texts(Kind::awaited), SizeIs(1));
+    EXPECT_THAT(other->texts(MessageKind::awaited), SizeIs(1));
 }
 
 TEST_F(ProtocolServerTest, AConnectionThatEndsLeavesTheTable) {
@@ -137,7 +137,7 @@ TEST_F(ProtocolServerTest, TheNextRequestWaitsForTheAnswerToTheLast) {
     EXPECT_THAT(connection->sent, IsEmpty());
     EXPECT_EQ(connection->waitingMessages(), 1U);
     clock.advance(io, std::chrono::seconds(1));
-    EXPECT_THAT(connection->texts(Kind::awaited),
+    EXPECT_THAT(connection->texts(MessageKind::awaited),
                 ElementsAre(HasSubstr("\"req_id\":1"), HasSubstr("\"req_id\":2")));
 }
 
@@ -180,7 +180,7 @@ TEST_F(ProtocolServerTest, ASlowRequestHoldsNobodyElse) {
     EXPECT_THAT(slow->sent, IsEmpty());
     EXPECT_THAT(quick->sent, SizeIs(1));
     clock.advance(io, std::chrono::seconds(1));
-    EXPECT_THAT(slow->texts(Kind::awaited), ElementsAre(HasSubstr("timeout")));
+    EXPECT_THAT(slow->texts(MessageKind::awaited), ElementsAre(HasSubstr("timeout")));
 }
 
 TEST_F(ProtocolServerTest, AStrangersMessagesAreLimitedUntilItPairs) {
@@ -200,7 +200,7 @@ TEST_F(ProtocolServerTest, BroadcastReachesPairedSessionsOnly) {
     const auto idle = connectPaired();
     broadcast();
     EXPECT_THAT(stranger->sent, IsEmpty());
-    EXPECT_THAT(paired->texts(Kind::unsolicited),
+    EXPECT_THAT(paired->texts(MessageKind::unsolicited),
                 ElementsAre(R"({"type":"dataref_subscribe_values","data":{"a":1}})"));
     EXPECT_THAT(idle->sent, IsEmpty());
 }

@@ -7,7 +7,6 @@
 namespace tarnly {
 namespace {
 
-using Kind = TriggerConditionKind;
 using ScriptTriggerMapper::MappingError;
 
 MappingError unknownKind(const std::string& kind) {
@@ -31,10 +30,13 @@ MappingError failure(const std::string& kind) {
 }
 
 TEST(ScriptTriggerMapper, EveryWireKindHasItsCondition) {
-    const std::pair<const char*, Kind> kinds[] = {
-        {"reaches_fix", Kind::reachesFix},           {"crosses_agl", Kind::crossesAgl},
-        {"crosses_altitude", Kind::crossesAltitude}, {"after_gear_down", Kind::afterGearDown},
-        {"after_start", Kind::afterStart},           {"after_trigger", Kind::afterTrigger}};
+    const std::pair<const char*, TriggerConditionKind> kinds[] = {
+        {"reaches_fix", TriggerConditionKind::reachesFix},
+        {"crosses_agl", TriggerConditionKind::crossesAgl},
+        {"crosses_altitude", TriggerConditionKind::crossesAltitude},
+        {"after_gear_down", TriggerConditionKind::afterGearDown},
+        {"after_start", TriggerConditionKind::afterStart},
+        {"after_trigger", TriggerConditionKind::afterTrigger}};
     for (const auto& [wire, kind] : kinds)
         EXPECT_EQ(mapped(wire, "{}"), TriggerCondition{.kind = kind}) << wire;
 }
@@ -57,7 +59,7 @@ TEST(ScriptTriggerMapper, TheErrorNamesTheKindAsReceived) {
 
 TEST(ScriptTriggerMapper, AFixKeepsItsLetterCase) {
     EXPECT_EQ(mapped("reaches_fix", R"({"fix": "ksfo", "within_nm": 2})"),
-              (TriggerCondition{.kind = Kind::reachesFix, .fix = "ksfo", .withinNm = 2}));
+              (TriggerCondition{.kind = TriggerConditionKind::reachesFix, .fix = "ksfo", .withinNm = 2}));
 }
 
 TEST(ScriptTriggerMapper, EveryFieldIsReadWhateverTheKind) {
@@ -77,13 +79,13 @@ TEST(ScriptTriggerMapper, EveryFieldIsReadWhateverTheKind) {
 
 TEST(ScriptTriggerMapper, UnusedFieldsAreKept) {
     EXPECT_EQ(mapped("after_start", R"({"seconds": 30, "fix": "X"})"),
-              (TriggerCondition{.kind = Kind::afterStart, .fix = "X", .seconds = 30}));
+              (TriggerCondition{.kind = TriggerConditionKind::afterStart, .fix = "X", .seconds = 30}));
 }
 
 TEST(ScriptTriggerMapper, AValueOfTheWrongKindIsAbsent) {
     EXPECT_EQ(mapped("crosses_agl", R"({"feet": "1500", "climbing": true})"),
-              (TriggerCondition{.kind = Kind::crossesAgl, .climbing = true}));
-    const TriggerCondition empty{.kind = Kind::crossesAgl};
+              (TriggerCondition{.kind = TriggerConditionKind::crossesAgl, .climbing = true}));
+    const TriggerCondition empty{.kind = TriggerConditionKind::crossesAgl};
     for (const auto* value : {"1", "true", "null"}) {
         EXPECT_EQ(mapped("crosses_agl", R"({"fix": )" + std::string(value) + "}"), empty) << value;
         EXPECT_EQ(mapped("crosses_agl", R"({"after_trigger_id": )" + std::string(value) + "}"), empty)
@@ -101,7 +103,7 @@ TEST(ScriptTriggerMapper, AValueOfTheWrongKindIsAbsent) {
 
 TEST(ScriptTriggerMapper, UnknownKeysAreIgnored) {
     EXPECT_EQ(mapped("after_start", R"({"Seconds": 1, "withinNm": 2, "": "x"})"),
-              (TriggerCondition{.kind = Kind::afterStart}));
+              (TriggerCondition{.kind = TriggerConditionKind::afterStart}));
 }
 
 /// A script of `count` triggers, each made by `make(trigger, number)`.

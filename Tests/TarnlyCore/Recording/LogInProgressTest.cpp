@@ -18,6 +18,7 @@ namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::lineText;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -25,10 +26,8 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
-std::string text(const LogLine& line) { return encodeJson(line) + "\n"; }
-
 /// A disk in memory that fails as it is told to.
-struct Disk {
+struct FailingDisk {
     struct Content {
         std::string text;
         /// As a power cut, or a failed flush, leaves it.
@@ -46,7 +45,7 @@ struct Disk {
 
     class Sink final : public LogSink {
       public:
-        Sink(Disk& disk, std::string name)
+        Sink(FailingDisk& disk, std::string name)
             : disk_(disk), name_(std::move(name)), content_(disk.files.at(name_)) {}
 
         std::error_code write(std::size_t place, std::string_view text) override {
@@ -73,7 +72,7 @@ struct Disk {
         }
 
       private:
-        Disk& disk_;
+        FailingDisk& disk_;
         const std::string name_;
         const std::shared_ptr<Content> content_;
     };
@@ -92,9 +91,9 @@ class LogInProgressTest : public testing::Test {
   protected:
     void add(const std::vector<std::string>& ids = {}) {
         const auto time = static_cast<double>(count++);
-        expected += text(LogLine::of(test::sampleAt(time)));
+        expected += lineText(LogLine::of(test::sampleAt(time)));
         for (const auto& id : ids)
-            expected += text(LogLine::of(test::firedAt(time, id)));
+            expected += lineText(LogLine::of(test::firedAt(time, id)));
         log->add({samples.append(test::sampleAt(time)), test::firing(time, ids)});
     }
     void addAndWrite() {
@@ -102,7 +101,7 @@ class LogInProgressTest : public testing::Test {
         log->write(now);
     }
 
-    Disk disk;
+    FailingDisk disk;
     SampleList samples;
     std::size_t count = 0;
     /// What the log has to hold in the end.
@@ -360,7 +359,7 @@ TEST_F(AnyDisk, LosesNoLineInTheEnd) {
     std::size_t troubles = 0;
     for (unsigned seed = 0; seed < 50; ++seed) {
         chance.seed(seed);
-        disk = Disk();
+        disk = FailingDisk();
         samples = SampleList();
         expected.clear();
         told.clear();
@@ -398,7 +397,7 @@ TEST(LogInProgress, OnARealDiskATornLineIsMadeWhole) {
     LogInProgress::TimePoint now{1h};
     for (const std::size_t room : {90U, 200U, 100'000U}) {
         const test::FullDisk full(room);
-        expected += text(LogLine::of(test::sampleAt(static_cast<double>(room))));
+        expected += lineText(LogLine::of(test::sampleAt(static_cast<double>(room))));
         log.add({samples.append(test::sampleAt(static_cast<double>(room))), {}});
         log.write(now += 1s);
         EXPECT_EQ(test::contentOf(file), expected.substr(0, room));

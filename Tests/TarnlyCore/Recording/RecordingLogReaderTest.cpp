@@ -9,10 +9,10 @@ namespace {
 
 using test::readLog;
 
-const auto first = LogLine::of(test::fullSampleAt(0.5));
-const auto second = LogLine::of(test::firedAt(0.5, "β/1"));
-const auto firstText = encodeJson(first);
-const auto secondText = encodeJson(second);
+const auto firstLine = LogLine::of(test::fullSampleAt(0.5));
+const auto secondLine = LogLine::of(test::firedAt(0.5, "β/1"));
+const auto firstText = encodeJson(firstLine);
+const auto secondText = encodeJson(secondLine);
 
 TEST(RecordingLogReader, EmptyLogHasNoLines) {
     const auto log = readLog("");
@@ -23,7 +23,7 @@ TEST(RecordingLogReader, EmptyLogHasNoLines) {
 
 TEST(RecordingLogReader, GivesTheLinesInTheirOrder) {
     const auto log = readLog(firstText + "\n" + secondText + "\n" + firstText + "\n");
-    EXPECT_EQ(log.lines, (std::vector{first, second, first}));
+    EXPECT_EQ(log.lines, (std::vector{firstLine, secondLine, firstLine}));
     EXPECT_EQ(log.unreadableLines, 0U);
     EXPECT_FALSE(log.hasTornEnd);
 }
@@ -31,7 +31,7 @@ TEST(RecordingLogReader, GivesTheLinesInTheirOrder) {
 TEST(RecordingLogReader, TornEndIsPassedOverWhereverItWasTorn) {
     for (std::size_t length = 1; length < secondText.size(); ++length) {
         const auto log = readLog(firstText + "\n" + secondText.substr(0, length));
-        EXPECT_EQ(log.lines, std::vector{first}) << length;
+        EXPECT_EQ(log.lines, std::vector{firstLine}) << length;
         EXPECT_TRUE(log.hasTornEnd) << length;
         EXPECT_EQ(log.unreadableLines, 0U) << length;
     }
@@ -39,7 +39,7 @@ TEST(RecordingLogReader, TornEndIsPassedOverWhereverItWasTorn) {
 
 TEST(RecordingLogReader, WholeLastLineWithoutLineFeedCounts) {
     const auto log = readLog(firstText + "\n" + secondText);
-    EXPECT_EQ(log.lines, (std::vector{first, second}));
+    EXPECT_EQ(log.lines, (std::vector{firstLine, secondLine}));
     EXPECT_FALSE(log.hasTornEnd);
 }
 
@@ -49,7 +49,7 @@ TEST(RecordingLogReader, LinesThatAreNoLogLinesArePassedOverAndCounted) {
           R"({"kind":"sample","sample":{"elapsed_s":1}})", R"({"sample":{"elapsed_s":1,"alt_ft":2}})",
           R"({"kind":"sample","sample":{"elapsed_s":"1","alt_ft":2}})", "\xFF"}) {
         const auto log = readLog(firstText + "\n" + odd + "\n" + secondText + "\n");
-        EXPECT_EQ(log.lines, (std::vector{first, second})) << odd;
+        EXPECT_EQ(log.lines, (std::vector{firstLine, secondLine})) << odd;
         EXPECT_EQ(log.unreadableLines, 1U) << odd;
         EXPECT_FALSE(log.hasTornEnd) << odd;
     }

@@ -17,6 +17,7 @@ namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::lineText;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -24,7 +25,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 /// A disk in memory, of which a test holds the writes.
-struct Disk {
+struct HeldDisk {
     std::mutex mutex;
     std::condition_variable changed;
     bool hangs = false;
@@ -73,7 +74,7 @@ struct Disk {
 
     class Sink final : public LogSink {
       public:
-        explicit Sink(Disk& disk) : disk_(disk) {}
+        explicit Sink(HeldDisk& disk) : disk_(disk) {}
 
         std::error_code write(std::size_t place, std::string_view text) override {
             std::unique_lock lock(disk_.mutex);
@@ -96,7 +97,7 @@ struct Disk {
         bool isInPlace(std::size_t size) const override { return size == size_; }
 
       private:
-        Disk& disk_;
+        HeldDisk& disk_;
         std::size_t size_ = 0;
     };
 
@@ -109,12 +110,10 @@ struct Disk {
     }
 };
 
-std::string text(const LogLine& line) { return encodeJson(line) + "\n"; }
-
-std::string sampleLine(double time) { return text(LogLine::of(test::sampleAt(time))); }
+std::string sampleLine(double time) { return lineText(LogLine::of(test::sampleAt(time))); }
 
 struct RecordingWriterTest : testing::Test {
-    Disk disk;
+    HeldDisk disk;
     SampleList samples;
     std::optional<RecordingWriter> writer{std::in_place, disk.opener(), disk.teller(), never};
     RecordingWriter::SharedAccount account = std::make_shared<Guarded<LogInProgress::Account>>();
@@ -141,8 +140,8 @@ TEST_F(RecordingWriterTest, ASampleAndWhatFiredOnItAreOneWrite) {
     written().get();
     write(2);
     written().get();
-    const auto first =
-        sampleLine(1) + text(LogLine::of(test::firedAt(1, "x"))) + text(LogLine::of(test::firedAt(1, "y")));
+    const auto first = sampleLine(1) + lineText(LogLine::of(test::firedAt(1, "x"))) +
+                       lineText(LogLine::of(test::firedAt(1, "y")));
     EXPECT_EQ(disk.writes, (std::vector{first, sampleLine(2)}));
 }
 
@@ -353,7 +352,7 @@ TEST_F(RecordingWriterTest, ADiskThatDoesNotKeepWhatItTakesHangsToo) {
 /// The recorder that lives on such a disk.
 struct SlowDiskTest : testing::Test {
     const test::TemporaryFolder folder;
-    Disk disk;
+    HeldDisk disk;
     SystemClock clock;
     FlightRecorder recording{folder.path(), clock, FlightRecorder::systemTime, disk.opener()};
 };

@@ -40,6 +40,9 @@ inline FiredTriggerEvent firedAt(double elapsedSeconds, const std::string& id = 
     return {id, elapsedSeconds, "speak"};
 }
 
+/// A line as a log holds it.
+inline std::string lineText(const LogLine& line) { return encodeJson(line) + "\n"; }
+
 /// All that a reader gets from a log.
 struct ReadLog {
     std::vector<LogLine> lines;

@@ -11,13 +11,11 @@ namespace {
 
 using test::afterStart;
 using test::armed;
+using test::at;
 using test::ids;
+using test::noFix;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
-
-TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
 
 TEST(LoadedScript, IsEmptyAtFirst) {
     LoadedScript script;

@@ -1,13 +1,11 @@
 #include "TarnlyCore/Script/RandomFlight.hpp"
 
 #include <algorithm>
-#include <limits>
+
+#include "TarnlyCore/Script/Triggers.hpp"
 
 namespace tarnly::test {
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 std::string numbered(const char* prefix, std::size_t number) {
     return std::string(prefix).append(std::to_string(number));

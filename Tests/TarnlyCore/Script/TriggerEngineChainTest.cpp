@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <limits>
-
 #include "TarnlyCore/Script/TriggerEngine.hpp"
 #include "TarnlyCore/Script/Triggers.hpp"
 
@@ -11,16 +9,13 @@ namespace {
 using test::afterStart;
 using test::afterTrigger;
 using test::armed;
+using test::at;
 using test::ids;
+using test::nan;
+using test::noFix;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Kind = TriggerConditionKind;
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
-
-TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
 
 TEST(TriggerEngineChain, FiresAgainstTheOrderOfTheScriptOnOneSample) {
     TriggerEngine engine({armed("b", afterTrigger("a")), armed("a", afterStart(0))}, noFix);

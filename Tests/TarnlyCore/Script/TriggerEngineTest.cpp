@@ -13,20 +13,19 @@ namespace {
 using test::afterGearDown;
 using test::afterStart;
 using test::armed;
+using test::at;
 using test::crossing;
 using test::ids;
+using test::infinity;
+using test::nan;
+using test::noFix;
 using test::reachesFix;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Kind = TriggerConditionKind;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
 std::optional<Coordinate> atOrigin(const std::string&) { return Coordinate{0, 0}; }
 
-TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
 TriggerSample atHeight(std::optional<double> altFt, std::optional<double> aglFt) {
     return {.altFt = altFt, .aglFt = aglFt};
 }

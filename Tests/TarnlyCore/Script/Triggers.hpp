@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +11,15 @@
 
 /// Short ways to write down triggers and what has fired.
 namespace tarnly::test {
+
+inline constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Knows no fix at all.
+inline std::optional<Coordinate> noFix(const std::string&) { return std::nullopt; }
+
+/// Of the time alone.
+inline TriggerSample at(double elapsed) { return {.elapsed = elapsed}; }
 
 inline ArmedTrigger armed(std::string id, TriggerCondition condition) {
     return {.id = std::move(id),

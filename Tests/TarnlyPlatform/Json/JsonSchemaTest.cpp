@@ -37,8 +37,6 @@ struct Colour {
 namespace {
 
 using schema_test::Colour;
-using schema_test::Leg;
-using schema_test::Route;
 
 boost::json::value parsed(std::string_view text) { return boost::json::parse(text); }
 
@@ -63,7 +61,7 @@ TEST(JsonSchema, saysTheKindsOfSimpleValues) {
 
 TEST(JsonSchema, definesEachRecordOnceByItsName) {
     JsonSchema schema;
-    EXPECT_EQ(schema.of<Route>(JsonSchema::Use::written), parsed(R"({"$ref":"#/$defs/Route"})"));
+    EXPECT_EQ(schema.of<schema_test::Route>(JsonSchema::Use::written), parsed(R"({"$ref":"#/$defs/Route"})"));
     EXPECT_EQ(boost::json::value(schema.definitions()), parsed(R"({
         "Leg":{"type":"object","properties":{"to":{"type":"string"},"feet":{"type":"number"}},
                "required":["to"]},
@@ -77,7 +75,7 @@ TEST(JsonSchema, definesEachRecordOnceByItsName) {
 
 TEST(JsonSchema, takesNullForAbsentWhereRecordsAreRead) {
     JsonSchema schema;
-    schema.of<Route>(JsonSchema::Use::read);
+    schema.of<schema_test::Route>(JsonSchema::Use::read);
     const auto& leg = schema.definitions().at("Leg").at("properties");
     EXPECT_EQ(leg.at("feet"), parsed(R"({"type":["number","null"]})"));
     const auto& route = schema.definitions().at("Route").at("properties");
@@ -86,7 +84,7 @@ TEST(JsonSchema, takesNullForAbsentWhereRecordsAreRead) {
 
 TEST(JsonSchema, needsNoFieldWithADefaultWhereRecordsAreRead) {
     JsonSchema schema;
-    schema.of<Route>(JsonSchema::Use::read);
+    schema.of<schema_test::Route>(JsonSchema::Use::read);
     EXPECT_EQ(schema.definitions().at("Route").at("required"), parsed(R"(["legs","notes"])"));
 }
 

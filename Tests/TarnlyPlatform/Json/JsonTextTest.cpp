@@ -48,7 +48,6 @@ namespace {
 
 using flightPlan::Leg;
 using flightPlan::Plan;
-using flightPlan::Route;
 
 /// What comes out, or the complaint.
 template <typename Decode>
@@ -88,7 +87,7 @@ TEST(JsonText, ARecordIsReadFromAmongMuchElse) {
     const auto text = R"({"junk":[1,[2,{"name":"no"}],1e5],"name":"a\u00e9","other":{"name":"no","number":1},
         "number":7,"route":{"junk":{},"legs":[{"x":[[]],"ident":"b","more":{"c":1}},{"ident":"d"}]}})";
     const auto plan = decodeJsonText<Plan>(text);
-    EXPECT_EQ(plan, (Plan{"a\u00E9", 7, Route{{{"b", {}, {{{"c", 1}}}}, {"d", {}, {}}}}}));
+    EXPECT_EQ(plan, (Plan{"a\u00E9", 7, flightPlan::Route{{{"b", {}, {{{"c", 1}}}}, {"d", {}, {}}}}}));
     expectSame(text);
 }
 

@@ -13,13 +13,13 @@
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Base/Event.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/RealTime.hpp"
 
 namespace tarnly {
 namespace {
 
 using boost::asio::ip::tcp;
-
-constexpr auto patience = std::chrono::seconds(20);
+using test::patience;
 
 std::string headerValue(const HttpRequest& request, const std::string& name) {
     for (const auto& [key, value] : request.headers) {

@@ -12,16 +12,15 @@
 #include "TarnlyPlatform/Base/WorkerPool.hpp"
 #include "TarnlyPlatform/Net/LocalSocketFile.hpp"
 #include "TarnlyPlatform/Net/NetworkError.hpp"
+#include "TarnlyPlatform/Net/RealTime.hpp"
 
 namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::patience;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
-
-/// More than anything here takes, on however busy a machine.
-constexpr auto patience = 60s;
 
 Task<std::string> answerWith(std::string text) { co_return text; }
 

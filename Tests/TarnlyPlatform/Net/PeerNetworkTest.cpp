@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/asio/ip/address.hpp>
+#include "Support/Networks.hpp"
 
 namespace tarnly {
 namespace {
 
-PeerNetwork networkOf(const char* address) { return PeerNetwork(boost::asio::ip::make_address(address)); }
+using test::networkOf;
 
 TEST(PeerNetwork, AnIPv4AddressIsOneByItself) {
     EXPECT_EQ(networkOf("192.168.1.20"), networkOf("192.168.1.20"));

@@ -12,18 +12,19 @@
 #include "Support/RawPeer.hpp"
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Net/Gzip.hpp"
+#include "TarnlyPlatform/Net/RealTime.hpp"
 #include "TarnlyPlatform/Net/WebSocketListener.hpp"
 
 namespace tarnly {
 namespace {
 
+using test::converse;
+using test::realTime;
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-SystemClock clock; // none of these tests is about time
 
 /// "Hello, Hello, Hello" by `gzip -9n`.
 constexpr char zipped[] = {'\x1f', '\x8b', '\x08', '\x00', '\x00', '\x00', '\x00', '\x00', '\x02', '\x03',
@@ -48,14 +49,6 @@ TEST(WebPages, AreFoundByTheirPaths) {
         EXPECT_EQ(pages.find(absent), nullptr) << absent;
 }
 
-Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::string bytes) {
-    test::RawPeer peer(io);
-    co_await peer.connect(endpoint);
-    co_await peer.write(std::move(bytes));
-    auto answer = co_await peer.readUntilEnd();
-    co_return answer;
-}
-
 /// A port that has pages, as browsers see it.
 struct WebPagesServedTest : testing::Test {
     WebPagesServedTest() {
@@ -67,7 +60,7 @@ struct WebPagesServedTest : testing::Test {
     /// The answer to a request of one line, and whatever `headers` it has.
     std::string answerTo(const std::string& line, const std::string& headers = "",
                          const std::string& host = "127.0.0.1") {
-        WebSocketListener listener(io.get_executor(), clock, options, {});
+        WebSocketListener listener(io.get_executor(), realTime, options, {});
         return test::runTask(io, converse(io, {"127.0.0.1", listener.port()},
                                           line + " HTTP/1.1\r\nHost: " + host + "\r\n" + headers + "\r\n"));
     }
@@ -157,12 +150,12 @@ TEST_F(WebPagesServedTest, TheGateKeepsOthersNamesOut) {
 TEST_F(WebPagesServedTest, WhereThereIsNoRoomThatIsSaid) {
     AdmissionLimits limits;
     limits.peers = 0;
-    options.admission = std::make_shared<Admission>(io.get_executor(), clock, limits);
+    options.admission = std::make_shared<Admission>(io.get_executor(), realTime, limits);
     EXPECT_THAT(answerTo("GET /"), StartsWith("HTTP/1.1 503 "));
 }
 
 TEST_F(WebPagesServedTest, ThisComputerItselfIsNoVisitor) {
-    options.admission = std::make_shared<Admission>(io.get_executor(), clock, AdmissionLimits());
+    options.admission = std::make_shared<Admission>(io.get_executor(), realTime, AdmissionLimits());
     EXPECT_THAT(answerTo("GET /"), StartsWith("HTTP/1.1 200 "));
     EXPECT_EQ(visits, 0);
 }

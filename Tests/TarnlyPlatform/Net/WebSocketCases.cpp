@@ -15,13 +15,6 @@ using Frame = WebSocketFrame;
 using Strings = std::vector<std::string>;
 using namespace std::string_literals;
 
-constexpr unsigned continuation = 0x0;
-constexpr unsigned text = 0x1;
-constexpr unsigned binary = 0x2;
-constexpr unsigned close = 0x8;
-constexpr unsigned ping = 0x9;
-constexpr unsigned pong = 0xA;
-
 constexpr std::uint16_t protocolError = 1002;
 constexpr std::uint16_t notUtf8 = 1007;
 constexpr std::uint16_t noCode = 1005;
@@ -31,7 +24,8 @@ std::string frame(unsigned opcode, std::string payload = {}, bool isFinal = true
 }
 
 std::string closing(unsigned code, const std::string& reason = {}) {
-    return frame(close, std::string{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)} + reason);
+    return frame(Frame::close,
+                 std::string{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)} + reason);
 }
 
 Strings chopped(const std::string& bytes, std::size_t size) {
@@ -46,7 +40,8 @@ Strings chopped(const std::string& bytes, std::size_t size) {
 Strings fragments(const Strings& pieces) {
     Strings frames;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-        frames.push_back(frame(i == 0 ? text : continuation, pieces[i], i + 1 == pieces.size()));
+        frames.push_back(
+            frame(i == 0 ? Frame::text : Frame::continuation, pieces[i], i + 1 == pieces.size()));
     }
     return frames;
 }
@@ -137,7 +132,7 @@ class Cases {
     }
 
     /// A text in one frame, whatever its bytes are.
-    void addText(const std::string& bytes) { add({frame(text, bytes)}, {mended(bytes)}); }
+    void addText(const std::string& bytes) { add({frame(Frame::text, bytes)}, {mended(bytes)}); }
     void addTexts(const Strings& all) {
         for (const auto& bytes : all) {
             addText(bytes);
@@ -153,11 +148,11 @@ class Cases {
 };
 
 void addFraming(Cases& cases) {
-    for (const auto opcode : {text, binary}) {
-        cases.part(opcode == text ? "1.1" : "1.2");
+    for (const auto opcode : {Frame::text, Frame::binary}) {
+        cases.part(opcode == Frame::text ? "1.1" : "1.2");
         const auto add = [&](std::size_t size, std::size_t chop) {
-            const std::string payload(size, opcode == text ? '*' : '\xFE');
-            const auto echo = opcode == text ? Strings{payload} : Strings{};
+            const std::string payload(size, opcode == Frame::text ? '*' : '\xFE');
+            const auto echo = opcode == Frame::text ? Strings{payload} : Strings{};
             cases.add(chopped(frame(opcode, payload), chop), echo);
         };
         for (const std::size_t size : {0U, 125U, 126U, 127U, 128U, 65535U, 65536U}) {
@@ -171,20 +166,20 @@ void addPings(Cases& cases) {
     cases.part("2");
     const auto bytes = "\x00\xFF\xFE\xFD\xFC\xFB\x00\xFF"s;
     const std::string longest(125, '\xFE');
-    cases.add({frame(ping)}, {}, {""});
-    cases.add({frame(ping, "Hello, world!")}, {}, {"Hello, world!"});
-    cases.add({frame(ping, bytes)}, {}, {bytes});
-    cases.add({frame(ping, longest)}, {}, {longest});
-    cases.addEnding(protocolError, {frame(ping, longest + "\xFE")});
-    cases.add(chopped(frame(ping, longest), 1), {}, {longest});
-    cases.add({frame(pong)});
-    cases.add({frame(pong, "unasked for")});
-    cases.add({frame(pong, "unasked for"), frame(ping, "and asked")}, {}, {"and asked"});
+    cases.add({frame(Frame::ping)}, {}, {""});
+    cases.add({frame(Frame::ping, "Hello, world!")}, {}, {"Hello, world!"});
+    cases.add({frame(Frame::ping, bytes)}, {}, {bytes});
+    cases.add({frame(Frame::ping, longest)}, {}, {longest});
+    cases.addEnding(protocolError, {frame(Frame::ping, longest + "\xFE")});
+    cases.add(chopped(frame(Frame::ping, longest), 1), {}, {longest});
+    cases.add({frame(Frame::pong)});
+    cases.add({frame(Frame::pong, "unasked for")});
+    cases.add({frame(Frame::pong, "unasked for"), frame(Frame::ping, "and asked")}, {}, {"and asked"});
     Strings pings;
     Strings payloads;
     for (int i = 0; i < 10; ++i) {
         payloads.push_back("payload-" + std::to_string(i));
-        pings.push_back(frame(ping, payloads.back()));
+        pings.push_back(frame(Frame::ping, payloads.back()));
     }
     cases.add(pings, {}, payloads);
     cases.add(chopped(joined(pings), 1), {}, payloads);
@@ -192,58 +187,61 @@ void addPings(Cases& cases) {
 
 void addReservedBits(Cases& cases) {
     cases.part("3");
-    const auto hello = frame(text, "Hello");
-    cases.addEnding(protocolError, {frame(text, "x", true, 1)});
+    const auto hello = frame(Frame::text, "Hello");
+    cases.addEnding(protocolError, {frame(Frame::text, "x", true, 1)});
     for (unsigned reserved = 2; reserved <= 4; ++reserved) {
-        const Strings frames{hello, frame(text, "x", true, reserved), frame(ping)};
+        const Strings frames{hello, frame(Frame::text, "x", true, reserved), frame(Frame::ping)};
         const std::array ways{Strings{joined(frames)}, frames, chopped(joined(frames), 1)};
         cases.addEnding(protocolError, ways.at(reserved - 2), {"Hello"});
     }
-    cases.addEnding(protocolError, {frame(binary, "\xFF\xFE", true, 5)});
-    cases.addEnding(protocolError, {frame(ping, "x", true, 6)});
-    cases.addEnding(protocolError, {frame(close, {}, true, 7)});
+    cases.addEnding(protocolError, {frame(Frame::binary, "\xFF\xFE", true, 5)});
+    cases.addEnding(protocolError, {frame(Frame::ping, "x", true, 6)});
+    cases.addEnding(protocolError, {frame(Frame::close, {}, true, 7)});
 }
 
 void addOpcodes(Cases& cases) {
-    const auto hello = frame(text, "Hello");
+    const auto hello = frame(Frame::text, "Hello");
     for (const unsigned first : {0x3U, 0xBU}) {
         cases.part(first == 0x3 ? "4.1" : "4.2");
         cases.addEnding(protocolError, {frame(first)});
         cases.addEnding(protocolError, {frame(first + 1, "reserved")});
-        cases.addEnding(protocolError, {hello + frame(first + 2) + frame(ping)}, {"Hello"});
-        cases.addEnding(protocolError, {hello, frame(first + 3, "reserved"), frame(ping)}, {"Hello"});
-        const auto bytes = hello + frame(first + 4, "reserved") + frame(ping);
+        cases.addEnding(protocolError, {hello + frame(first + 2) + frame(Frame::ping)}, {"Hello"});
+        cases.addEnding(protocolError, {hello, frame(first + 3, "reserved"), frame(Frame::ping)}, {"Hello"});
+        const auto bytes = hello + frame(first + 4, "reserved") + frame(Frame::ping);
         cases.addEnding(protocolError, chopped(bytes, 1), {"Hello"});
     }
 }
 
 void addFragmentation(Cases& cases) {
     cases.part("5");
-    const auto first = frame(text, "fragment1", false);
-    const auto last = frame(continuation, "fragment2");
+    const auto first = frame(Frame::text, "fragment1", false);
+    const auto last = frame(Frame::continuation, "fragment2");
     const auto both = "fragment1fragment2"s;
-    const auto more = frame(text, "Hello");
-    cases.addEnding(protocolError, {frame(ping, "fragment1", false), last});
-    cases.addEnding(protocolError, {frame(pong, "fragment1", false), last});
+    const auto more = frame(Frame::text, "Hello");
+    cases.addEnding(protocolError, {frame(Frame::ping, "fragment1", false), last});
+    cases.addEnding(protocolError, {frame(Frame::pong, "fragment1", false), last});
     cases.addThrice({{}, {first, last}, {both}});
-    cases.addThrice({{}, {first, frame(ping, "ping"), last}, {both}, {"ping"}});
+    cases.addThrice({{}, {first, frame(Frame::ping, "ping"), last}, {both}, {"ping"}});
     for (const bool isFinal : {true, false}) {
-        cases.addThrice({{}, {frame(continuation, "of nothing", isFinal), more}, {}, {}, protocolError});
+        cases.addThrice(
+            {{}, {frame(Frame::continuation, "of nothing", isFinal), more}, {}, {}, protocolError});
     }
-    cases.addEnding(protocolError, {first, last, frame(continuation, "of nothing", false), more}, {both});
+    cases.addEnding(protocolError, {first, last, frame(Frame::continuation, "of nothing", false), more},
+                    {both});
     for (const bool isFinal : {false, true}) {
-        const auto nothing = frame(continuation, "fragment1", isFinal);
-        const auto round = nothing + frame(text, "fragment2", false) + frame(continuation, "fragment3");
+        const auto nothing = frame(Frame::continuation, "fragment1", isFinal);
+        const auto round =
+            nothing + frame(Frame::text, "fragment2", false) + frame(Frame::continuation, "fragment3");
         cases.addEnding(protocolError, {round + round});
     }
-    cases.addEnding(protocolError, {first, frame(text, "fragment2")});
+    cases.addEnding(protocolError, {first, frame(Frame::text, "fragment2")});
     const Strings five{first,
-                       frame(continuation, "fragment2", false),
-                       frame(ping, "ping 1"),
-                       frame(continuation, "fragment3", false),
-                       frame(continuation, "fragment4", false),
-                       frame(ping, "ping 2"),
-                       frame(continuation, "fragment5")};
+                       frame(Frame::continuation, "fragment2", false),
+                       frame(Frame::ping, "ping 1"),
+                       frame(Frame::continuation, "fragment3", false),
+                       frame(Frame::continuation, "fragment4", false),
+                       frame(Frame::ping, "ping 2"),
+                       frame(Frame::continuation, "fragment5")};
     const auto whole = both + "fragment3fragment4fragment5";
     cases.add({joined(five)}, {whole}, {"ping 1", "ping 2"});
     cases.add(five, {whole}, {"ping 1", "ping 2"});
@@ -266,7 +264,7 @@ void addTextsInPieces(Cases& cases) {
     cases.part("6.3");
     const auto broken = kosme + "\xED\xA0\x80"s + "edited";
     const auto brokenMended = kosme + "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"s + "edited";
-    cases.add({frame(text, broken)}, {brokenMended});
+    cases.add({frame(Frame::text, broken)}, {brokenMended});
     cases.add(fragments(chopped(broken, 1)), {brokenMended});
     cases.part("6.4");
     const Strings inSequence{kosme, "\xF4\x90\x80\x80", "edited"};
@@ -274,7 +272,7 @@ void addTextsInPieces(Cases& cases) {
     const auto beyondMended = kosme + repeated("\xEF\xBF\xBD", 4) + "edited";
     cases.add(fragments(inSequence), {beyondMended});
     cases.add(fragments(withinSequence), {beyondMended});
-    const auto bytes = frame(text, joined(inSequence));
+    const auto bytes = frame(Frame::text, joined(inSequence));
     const auto start = bytes.size() - joined(inSequence).size();
     for (const auto second : {start + 11, start + 12}) {
         cases.add({bytes.substr(0, second), bytes.substr(second, 4), bytes.substr(second + 4)},
@@ -387,18 +385,19 @@ void addClosing(Cases& cases) {
     constexpr std::uint16_t normal = 1000;
     cases.part("7.1");
     const auto bye = closing(normal);
-    cases.addEnding(normal, {frame(text, "Hello"), bye}, {"Hello"});
+    cases.addEnding(normal, {frame(Frame::text, "Hello"), bye}, {"Hello"});
     cases.addEnding(normal, {bye, bye});
-    cases.addEnding(normal, {bye, frame(ping, "too late")});
-    cases.addEnding(normal, {bye, frame(text, "too late")});
-    const auto begun = frame(text, "fragment1", false);
-    cases.addEnding(normal, {begun, bye, frame(continuation, "fragment2")});
+    cases.addEnding(normal, {bye, frame(Frame::ping, "too late")});
+    cases.addEnding(normal, {bye, frame(Frame::text, "too late")});
+    const auto begun = frame(Frame::text, "fragment1", false);
+    cases.addEnding(normal, {begun, bye, frame(Frame::continuation, "fragment2")});
     const std::string large(256 * 1024, '*');
-    cases.addEnding(normal, {frame(text, large), frame(text, "Hello"), bye, frame(ping)}, {large, "Hello"});
+    cases.addEnding(normal, {frame(Frame::text, large), frame(Frame::text, "Hello"), bye, frame(Frame::ping)},
+                    {large, "Hello"});
 
     cases.part("7.3"); // lengths of what a close frame carries
-    cases.addEnding(noCode, {frame(close)});
-    cases.addEnding(protocolError, {frame(close, "a")});
+    cases.addEnding(noCode, {frame(Frame::close)});
+    cases.addEnding(protocolError, {frame(Frame::close, "a")});
     cases.addEnding(normal, {bye});
     cases.addEnding(normal, {closing(normal, "Hello, world!")});
     cases.addEnding(normal, {closing(normal, std::string(123, '*'))});

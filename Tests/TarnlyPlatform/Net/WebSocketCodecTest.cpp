@@ -14,17 +14,10 @@ namespace {
 using Code = WebSocketCloseCode;
 using Entry = test::WebSocketLog::Entry;
 using Frame = test::WebSocketFrame;
-using Kind = WebSocketEvent::Kind;
+using EventKind = WebSocketEvent::Kind;
 using test::decoded;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr unsigned continuation = 0x0;
-constexpr unsigned text = 0x1;
-constexpr unsigned binary = 0x2;
-constexpr unsigned close = 0x8;
-constexpr unsigned ping = 0x9;
-constexpr unsigned pong = 0xA;
 
 std::string ofSize(std::size_t size) {
     std::string result(size, '\0');
@@ -38,15 +31,16 @@ std::string coded(unsigned code, std::string_view reason = {}) {
     return std::string{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)} += reason;
 }
 
-Entry violation(Code code = Code::protocolError) { return {Kind::violation, {}, code}; }
+Entry violation(Code code = Code::protocolError) { return {EventKind::violation, {}, code}; }
 
 TEST(WebSocketDecoder, TellsWhatEachFrameSays) {
-    const auto bytes = Frame{text, "hello"}.bytes() + Frame{binary, "dropped"}.bytes() +
-                       Frame{ping, "p"}.bytes() + Frame{pong, {}}.bytes() + Frame{text, {}}.bytes() +
-                       Frame{close, coded(1001, "bye")}.bytes();
+    const auto bytes = Frame{Frame::text, "hello"}.bytes() + Frame{Frame::binary, "dropped"}.bytes() +
+                       Frame{Frame::ping, "p"}.bytes() + Frame{Frame::pong, {}}.bytes() +
+                       Frame{Frame::text, {}}.bytes() + Frame{Frame::close, coded(1001, "bye")}.bytes();
     EXPECT_THAT(decoded(bytes).entries,
-                ElementsAre(Entry{Kind::textEnd, "hello"}, Entry{Kind::binaryEnd}, Entry{Kind::ping, "p"},
-                            Entry{Kind::pong}, Entry{Kind::textEnd}, Entry{Kind::close, "bye", Code{1001}}));
+                ElementsAre(Entry{EventKind::textEnd, "hello"}, Entry{EventKind::binaryEnd},
+                            Entry{EventKind::ping, "p"}, Entry{EventKind::pong}, Entry{EventKind::textEnd},
+                            Entry{EventKind::close, "bye", Code{1001}}));
 }
 
 /// Each form of length, fragments with control frames between them, and an end.
@@ -57,14 +51,14 @@ std::string everything(bool isMasked) {
         bytes += frame.bytes();
     };
     for (const std::size_t size : {0U, 1U, 125U, 126U, 127U, 300U}) {
-        add({text, ofSize(size)});
-        add({text, ofSize(size), false});
-        add({ping, ofSize(std::min<std::size_t>(size, 125))});
-        add({continuation, {}, false});
-        add({continuation, "rest"});
-        add({binary, ofSize(size)});
+        add({Frame::text, ofSize(size)});
+        add({Frame::text, ofSize(size), false});
+        add({Frame::ping, ofSize(std::min<std::size_t>(size, 125))});
+        add({Frame::continuation, {}, false});
+        add({Frame::continuation, "rest"});
+        add({Frame::binary, ofSize(size)});
     }
-    add({close, coded(4999, "the end")});
+    add({Frame::close, coded(4999, "the end")});
     return bytes;
 }
 
@@ -90,8 +84,8 @@ TEST(WebSocketDecoder, ReadsTheSameWhereverTheBytesAreSplit) {
 TEST(WebSocketDecoder, TakesEachFormOfLength) {
     for (const std::size_t size : {0U, 1U, 125U, 126U, 127U, 65535U, 65536U, 70000U}) {
         for (const std::size_t pieceSize : {1U, 1000U, 100'000U}) {
-            EXPECT_THAT(decoded(Frame{text, ofSize(size)}.bytes(), pieceSize).entries,
-                        ElementsAre(Entry{Kind::textEnd, ofSize(size)}));
+            EXPECT_THAT(decoded(Frame{Frame::text, ofSize(size)}.bytes(), pieceSize).entries,
+                        ElementsAre(Entry{EventKind::textEnd, ofSize(size)}));
         }
     }
 }
@@ -103,7 +97,7 @@ TEST(WebSocketDecoder, RefusesALengthThatIsLongerThanItNeedsToBe) {
     };
     for (const auto [bytes, length] :
          {Case{2, 0}, Case{2, 125}, Case{8, 0}, Case{8, 126}, Case{8, 65535}, Case{8, 1ULL << 63}}) {
-        Frame frame{text};
+        Frame frame{Frame::text};
         frame.lengthBytes = bytes;
         frame.length = length;
         EXPECT_THAT(decoded(frame.bytes()).entries, ElementsAre(violation())) << bytes << ", " << length;
@@ -111,48 +105,49 @@ TEST(WebSocketDecoder, RefusesALengthThatIsLongerThanItNeedsToBe) {
 }
 
 TEST(WebSocketDecoder, RefusesWhatBreaksTheFraming) {
-    const Frame begun{text, "x", false};
+    const Frame begun{Frame::text, "x", false};
     struct Case {
         const char* what;
         std::string bytes;
     };
-    auto unmasked = Frame{text, "x"};
+    auto unmasked = Frame{Frame::text, "x"};
     unmasked.mask.reset();
     const std::array cases{
-        Case{"the first reserved bit", Frame{text, "x", true, 4}.bytes()},
-        Case{"the second reserved bit", Frame{text, "x", true, 2}.bytes()},
-        Case{"the third reserved bit", Frame{ping, {}, true, 1}.bytes()},
+        Case{"the first reserved bit", Frame{Frame::text, "x", true, 4}.bytes()},
+        Case{"the second reserved bit", Frame{Frame::text, "x", true, 2}.bytes()},
+        Case{"the third reserved bit", Frame{Frame::ping, {}, true, 1}.bytes()},
         Case{"an unknown data frame", Frame{3, "x"}.bytes()},
         Case{"another one", Frame{7}.bytes()},
         Case{"an unknown control frame", Frame{0xB, "x"}.bytes()},
         Case{"another one", Frame{0xF}.bytes()},
         Case{"no mask", unmasked.bytes()},
-        Case{"a ping in fragments", Frame{ping, "x", false}.bytes()},
-        Case{"a long ping", Frame{ping, ofSize(126)}.bytes()},
-        Case{"a long pong", Frame{pong, ofSize(126)}.bytes()},
-        Case{"a long close", Frame{close, coded(1000, ofSize(124))}.bytes()},
-        Case{"a continuation of nothing", Frame{continuation, "x"}.bytes()},
-        Case{"a text within a text", begun.bytes() + Frame{text, "x"}.bytes()},
-        Case{"a binary message within a text", begun.bytes() + Frame{binary, "x"}.bytes()},
-        Case{"half a close code", Frame{close, "x"}.bytes()},
+        Case{"a ping in fragments", Frame{Frame::ping, "x", false}.bytes()},
+        Case{"a long ping", Frame{Frame::ping, ofSize(126)}.bytes()},
+        Case{"a long pong", Frame{Frame::pong, ofSize(126)}.bytes()},
+        Case{"a long close", Frame{Frame::close, coded(1000, ofSize(124))}.bytes()},
+        Case{"a continuation of nothing", Frame{Frame::continuation, "x"}.bytes()},
+        Case{"a text within a text", begun.bytes() + Frame{Frame::text, "x"}.bytes()},
+        Case{"a binary message within a text", begun.bytes() + Frame{Frame::binary, "x"}.bytes()},
+        Case{"half a close code", Frame{Frame::close, "x"}.bytes()},
     };
     for (const auto& [what, bytes] : cases) {
         for (const std::size_t pieceSize : {1000U, 1U}) {
-            const auto log = decoded(bytes + Frame{text, "unheard"}.bytes(), pieceSize);
+            const auto log = decoded(bytes + Frame{Frame::text, "unheard"}.bytes(), pieceSize);
             EXPECT_THAT(log.entries, ElementsAre(violation())) << what;
         }
     }
 }
 
 TEST(WebSocketDecoder, AClientRefusesWhatIsMasked) {
-    EXPECT_THAT(decoded(Frame{text, "x"}.bytes(), 100, WebSocketSide::client).entries,
+    EXPECT_THAT(decoded(Frame{Frame::text, "x"}.bytes(), 100, WebSocketSide::client).entries,
                 ElementsAre(violation()));
 }
 
 TEST(WebSocketDecoder, LooksAtNothingBehindAnEnd) {
-    const auto more = Frame{text, "x"}.bytes() + Frame{ping}.bytes() + "\xFF\xFF\xFF";
+    const auto more = Frame{Frame::text, "x"}.bytes() + Frame{Frame::ping}.bytes() + "\xFF\xFF\xFF";
     for (const std::size_t pieceSize : {1000U, 1U}) {
-        EXPECT_THAT(decoded(Frame{close}.bytes() + more, pieceSize).entries, ElementsAre(Entry{Kind::close}));
+        EXPECT_THAT(decoded(Frame{Frame::close}.bytes() + more, pieceSize).entries,
+                    ElementsAre(Entry{EventKind::close}));
     }
 }
 
@@ -161,52 +156,54 @@ TEST(WebSocketDecoder, TakesTheCloseCodesThatAPeerMaySend) {
         const bool isSendable = (code >= 1000 && code <= 1003) || (code >= 1007 && code <= 1014) ||
                                 (code >= 3000 && code <= 4999);
         const auto expected =
-            isSendable ? Entry{Kind::close, {}, Code{static_cast<std::uint16_t>(code)}} : violation();
-        ASSERT_THAT(decoded(Frame{close, coded(code)}.bytes()).entries, ElementsAre(expected)) << code;
+            isSendable ? Entry{EventKind::close, {}, Code{static_cast<std::uint16_t>(code)}} : violation();
+        ASSERT_THAT(decoded(Frame{Frame::close, coded(code)}.bytes()).entries, ElementsAre(expected)) << code;
     }
 }
 
 TEST(WebSocketDecoder, ARefusedReasonIsOneThatIsNotUtf8) {
-    EXPECT_THAT(decoded(Frame{close, coded(1000, "caf\xC3\xA9")}.bytes()).entries,
-                ElementsAre(Entry{Kind::close, "caf\xC3\xA9", Code::normal}));
-    EXPECT_THAT(decoded(Frame{close, coded(1000, "caf\xC3")}.bytes()).entries,
+    EXPECT_THAT(decoded(Frame{Frame::close, coded(1000, "caf\xC3\xA9")}.bytes()).entries,
+                ElementsAre(Entry{EventKind::close, "caf\xC3\xA9", Code::normal}));
+    EXPECT_THAT(decoded(Frame{Frame::close, coded(1000, "caf\xC3")}.bytes()).entries,
                 ElementsAre(violation(Code::notUtf8)));
 }
 
 TEST(WebSocketDecoder, HandsMalformedTextOnAsItCame) {
     const std::string bytes("\xED\xA0\x80 \xFF \0", 7);
-    EXPECT_THAT(decoded(Frame{text, bytes}.bytes(), 1).entries, ElementsAre(Entry{Kind::textEnd, bytes}));
+    EXPECT_THAT(decoded(Frame{Frame::text, bytes}.bytes(), 1).entries,
+                ElementsAre(Entry{EventKind::textEnd, bytes}));
 }
 
 TEST(WebSocketDecoder, TheLimitCountsTheFragmentsOfAMessageTogether) {
-    const auto frames = Frame{text, ofSize(6), false}.bytes() + Frame{ping, ofSize(100)}.bytes() +
-                        Frame{continuation, ofSize(4)}.bytes();
+    const auto frames = Frame{Frame::text, ofSize(6), false}.bytes() +
+                        Frame{Frame::ping, ofSize(100)}.bytes() +
+                        Frame{Frame::continuation, ofSize(4)}.bytes();
     const auto read = [&](std::size_t limit) {
         return decoded(frames + frames, 1000, WebSocketSide::server, limit).entries;
     };
-    const Entry pinged{Kind::ping, ofSize(100)};
-    const Entry joined{Kind::textEnd, ofSize(6) + ofSize(4)};
+    const Entry pinged{EventKind::ping, ofSize(100)};
+    const Entry joined{EventKind::textEnd, ofSize(6) + ofSize(4)};
     EXPECT_THAT(read(10), ElementsAre(pinged, joined, pinged, joined));
     EXPECT_THAT(read(9), ElementsAre(pinged, violation(Code::tooBig)));
     EXPECT_THAT(read(5), ElementsAre(violation(Code::tooBig)));
 }
 
 TEST(WebSocketDecoder, AFrameBeyondTheLimitIsRefusedByItsHeader) {
-    for (const auto opcode : {text, binary}) {
+    for (const auto opcode : {Frame::text, Frame::binary}) {
         Frame frame{opcode};
         frame.length = (1ULL << 63) - 1;
         EXPECT_THAT(decoded(frame.bytes()).entries, ElementsAre(violation(Code::tooBig)));
     }
-    auto second = Frame{continuation};
+    auto second = Frame{Frame::continuation};
     second.length = (1ULL << 63) - 1;
     constexpr auto noLimit = static_cast<std::size_t>(-1);
-    const auto bytes = Frame{text, "x", false}.bytes() + second.bytes();
+    const auto bytes = Frame{Frame::text, "x", false}.bytes() + second.bytes();
     EXPECT_THAT(decoded(bytes, 100, WebSocketSide::server, noLimit).entries, IsEmpty()) << "none is reached";
 }
 
 TEST(WebSocketDecoder, ALimitAppliesFromTheNextFrameOn) {
-    const auto begin = Frame{text, ofSize(100), false}.bytes();
-    const auto more = Frame{continuation, ofSize(50)}.bytes();
+    const auto begin = Frame{Frame::text, ofSize(100), false}.bytes();
+    const auto more = Frame{Frame::continuation, ofSize(50)}.bytes();
     const auto half = begin.size() / 2;
     const auto read = [&](std::size_t first, std::size_t then) {
         WebSocketDecoder decoder(WebSocketSide::server, first);
@@ -216,7 +213,7 @@ TEST(WebSocketDecoder, ALimitAppliesFromTheNextFrameOn) {
         log.read(decoder, begin.substr(half) + more, 1000);
         return log.entries;
     };
-    const Entry joined{Kind::textEnd, ofSize(100) + ofSize(50)};
+    const Entry joined{EventKind::textEnd, ofSize(100) + ofSize(50)};
     EXPECT_THAT(read(100, 150), ElementsAre(joined)) << "raised";
     EXPECT_THAT(read(100, 149), ElementsAre(violation(Code::tooBig))) << "raised by too little";
     EXPECT_THAT(read(150, 100), ElementsAre(violation(Code::tooBig))) << "lowered";
@@ -224,14 +221,15 @@ TEST(WebSocketDecoder, ALimitAppliesFromTheNextFrameOn) {
 }
 
 TEST(WebSocketDecoder, AMessageAboveTheLimitMayBeTriedAgain) {
-    const auto bytes = Frame{text, ofSize(100), false}.bytes() + Frame{continuation, ofSize(50)}.bytes();
+    const auto bytes =
+        Frame{Frame::text, ofSize(100), false}.bytes() + Frame{Frame::continuation, ofSize(50)}.bytes();
     WebSocketDecoder decoder(WebSocketSide::server, 99);
     std::string input = bytes;
     std::span<char> left(input);
     std::string read;
     const auto readOn = [&] {
         auto event = decoder.next(left);
-        while (event && event->kind == Kind::textPiece) {
+        while (event && event->kind == EventKind::textPiece) {
             read += event->bytes;
             event = decoder.next(left);
         }
@@ -246,7 +244,7 @@ TEST(WebSocketDecoder, AMessageAboveTheLimitMayBeTriedAgain) {
     EXPECT_EQ(read, ofSize(100));
     decoder.setMessageLimit(150);
     decoder.retry();
-    EXPECT_EQ(readOn()->kind, Kind::textEnd);
+    EXPECT_EQ(readOn()->kind, EventKind::textEnd);
     EXPECT_EQ(read, ofSize(100) + ofSize(50));
     EXPECT_TRUE(left.empty());
 }
@@ -258,14 +256,14 @@ TEST(WebSocketDecoder, TellsHowLongTheMessageUnderWayIs) {
         log.read(decoder, bytes, 100);
         return decoder.announcedSize();
     };
-    const auto frame = Frame{text, ofSize(50), false}.bytes();
+    const auto frame = Frame{Frame::text, ofSize(50), false}.bytes();
     EXPECT_EQ(decoder.announcedSize(), 0U);
     EXPECT_EQ(read(frame.substr(0, 6)), 50U) << "the header is enough";
     EXPECT_EQ(read(frame.substr(6)), 50U);
-    EXPECT_EQ(read(Frame{ping, ofSize(7)}.bytes()), 50U);
-    EXPECT_EQ(read(Frame{continuation, ofSize(9), false}.bytes()), 59U);
-    EXPECT_EQ(read(Frame{continuation}.bytes()), 0U);
-    EXPECT_EQ(read(Frame{binary, ofSize(3), false}.bytes()), 3U);
+    EXPECT_EQ(read(Frame{Frame::ping, ofSize(7)}.bytes()), 50U);
+    EXPECT_EQ(read(Frame{Frame::continuation, ofSize(9), false}.bytes()), 59U);
+    EXPECT_EQ(read(Frame{Frame::continuation}.bytes()), 0U);
+    EXPECT_EQ(read(Frame{Frame::binary, ofSize(3), false}.bytes()), 3U);
 }
 
 TEST(ApplyMask, MasksEachByteByItsPlaceInThePayload) {
@@ -332,15 +330,15 @@ TEST(WebSocketFrameHeader, IsReadByTheOtherSide) {
             bytes += payload;
             const auto side = isMasked ? WebSocketSide::server : WebSocketSide::client;
             EXPECT_THAT(decoded(bytes, 1000, side).entries,
-                        ElementsAre(Entry{Kind::textEnd, ofSize(size) + ofSize(size)}));
+                        ElementsAre(Entry{EventKind::textEnd, ofSize(size) + ofSize(size)}));
         }
     }
 }
 
 TEST(ClosePayload, IsTheCodeInTwoBytes) {
     EXPECT_EQ(closePayload(Code::protocolError), coded(1002));
-    EXPECT_THAT(decoded(Frame{close, closePayload(Code::tooBig)}.bytes()).entries,
-                ElementsAre(Entry{Kind::close, {}, Code::tooBig}));
+    EXPECT_THAT(decoded(Frame{Frame::close, closePayload(Code::tooBig)}.bytes()).entries,
+                ElementsAre(Entry{EventKind::close, {}, Code::tooBig}));
 }
 
 } // namespace

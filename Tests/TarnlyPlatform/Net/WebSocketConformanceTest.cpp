@@ -17,7 +17,7 @@ namespace {
 
 using test::WebSocketCase;
 using Entry = test::WebSocketLog::Entry;
-using Kind = WebSocketEvent::Kind;
+using EventKind = WebSocketEvent::Kind;
 using Strings = std::vector<std::string>;
 
 TEST(WebSocketConformance, HasItsCasesInEachGroup) {
@@ -58,7 +58,7 @@ Strings delivered(const WebSocketCase& one, Delivery delivery) {
 unsigned closeCodeOf(const test::WebSocketLog& log) {
     if (log.entries.empty()) return 0;
     const auto& last = log.entries.back();
-    const bool isEnd = last.kind == Kind::close || last.kind == Kind::violation;
+    const bool isEnd = last.kind == EventKind::close || last.kind == EventKind::violation;
     return isEnd ? static_cast<unsigned>(last.code) : 0;
 }
 
@@ -91,8 +91,8 @@ Answers answersOfDecoder(const Strings& pieces) {
     }
     Answers answers;
     for (const auto& entry : log.entries) {
-        if (entry.kind == Kind::textEnd) answers.texts.push_back(wellFormedUtf8(entry.bytes));
-        if (entry.kind == Kind::ping) answers.pongs.push_back(entry.bytes);
+        if (entry.kind == EventKind::textEnd) answers.texts.push_back(wellFormedUtf8(entry.bytes));
+        if (entry.kind == EventKind::ping) answers.pongs.push_back(entry.bytes);
     }
     answers.closeCode = closeCodeOf(log);
     return answers;
@@ -147,9 +147,9 @@ Task<Answers> converse(test::RawPeer& peer, Strings pieces) {
     } while (!bytes.empty());
     Answers answers;
     for (const auto& entry : log.entries) {
-        EXPECT_NE(entry.kind, Kind::violation);
-        if (entry.kind == Kind::textEnd) answers.texts.push_back(entry.bytes);
-        if (entry.kind == Kind::pong) answers.pongs.push_back(entry.bytes);
+        EXPECT_NE(entry.kind, EventKind::violation);
+        if (entry.kind == EventKind::textEnd) answers.texts.push_back(entry.bytes);
+        if (entry.kind == EventKind::pong) answers.pongs.push_back(entry.bytes);
     }
     answers.closeCode = closeCodeOf(log);
     co_return answers;

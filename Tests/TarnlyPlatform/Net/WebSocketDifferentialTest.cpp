@@ -23,7 +23,7 @@ using Code = WebSocketCloseCode;
 using Entry = test::WebSocketLog::Entry;
 using Entries = std::vector<Entry>;
 using Frame = test::WebSocketFrame;
-using Kind = WebSocketEvent::Kind;
+using EventKind = WebSocketEvent::Kind;
 
 // What the other one reads
 
@@ -86,13 +86,13 @@ struct Input {
     std::size_t pieceSize = 0;
 };
 
-constexpr const char* request =
+constexpr const char* openingRequest =
     "GET / HTTP/1.1\r\nHost: x\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n"
     "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n";
 
 std::unique_ptr<Other> opened(asio::io_context& io, const Input& input) {
     if (input.own == WebSocketSide::server) {
-        auto server = std::make_unique<Other>(io, request + input.bytes, input.pieceSize);
+        auto server = std::make_unique<Other>(io, openingRequest + input.bytes, input.pieceSize);
         server->accept();
         return server;
     }
@@ -108,18 +108,18 @@ std::unique_ptr<Other> opened(asio::io_context& io, const Input& input) {
 }
 
 /// Only there; ours has no such end.
-const Entry textIsNotUtf8{Kind::violation, "of a text", Code::notUtf8};
+const Entry textIsNotUtf8{EventKind::violation, "of a text", Code::notUtf8};
 
 Entry endedBy(const boost::system::error_code& error, const websocket::close_reason& reason) {
     using Error = websocket::error;
     if (error == Error::closed) {
         const auto code = reason.code == websocket::close_code::none ? Code::none : Code{reason.code};
-        return {Kind::close, std::string(reason.reason.data(), reason.reason.size()), code};
+        return {EventKind::close, std::string(reason.reason.data(), reason.reason.size()), code};
     }
-    if (error == Error::message_too_big) return {Kind::violation, {}, Code::tooBig};
+    if (error == Error::message_too_big) return {EventKind::violation, {}, Code::tooBig};
     if (error == Error::bad_frame_payload) return textIsNotUtf8;
     const bool isReason = error == Error::bad_close_payload;
-    return {Kind::violation, {}, isReason ? Code::notUtf8 : Code::protocolError};
+    return {EventKind::violation, {}, isReason ? Code::notUtf8 : Code::protocolError};
 }
 
 Entries readByOther(const Input& input) {
@@ -129,8 +129,8 @@ Entries readByOther(const Input& input) {
     other->read_message_max(input.limit);
     other->control_callback([&](websocket::frame_type type, boost::beast::string_view payload) {
         const std::string bytes(payload.data(), payload.size());
-        if (type == websocket::frame_type::ping) entries.push_back({Kind::ping, bytes});
-        if (type == websocket::frame_type::pong) entries.push_back({Kind::pong, bytes});
+        if (type == websocket::frame_type::ping) entries.push_back({EventKind::ping, bytes});
+        if (type == websocket::frame_type::pong) entries.push_back({EventKind::pong, bytes});
     });
     for (;;) {
         boost::beast::flat_buffer buffer;
@@ -143,9 +143,9 @@ Entries readByOther(const Input& input) {
         }
         const std::string_view content(static_cast<const char*>(buffer.data().data()), buffer.size());
         if (other->got_text()) {
-            entries.push_back({Kind::textEnd, std::string(content)});
+            entries.push_back({EventKind::textEnd, std::string(content)});
         } else {
-            entries.push_back({Kind::binaryEnd});
+            entries.push_back({EventKind::binaryEnd});
         }
     }
 }
@@ -156,21 +156,23 @@ Entries readByUs(const Input& input) {
 
 // Where they differ on purpose
 
-bool isEnd(const Entry& entry) { return entry.kind == Kind::close || entry.kind == Kind::violation; }
+bool isEnd(const Entry& entry) {
+    return entry.kind == EventKind::close || entry.kind == EventKind::violation;
+}
 
 /// Of two ends in the same place.
 bool isWanted(const Entry& ours, const Entry& theirs) {
     const auto isViolation = [](const Entry& entry, Code code) {
-        return entry.kind == Kind::violation && entry.code == code;
+        return entry.kind == EventKind::violation && entry.code == code;
     };
     // The close code 1014 was registered later: it is taken here, and its reason looked at.
     const bool isTakenHere =
-        (ours.kind == Kind::close && ours.code == Code{1014}) || isViolation(ours, Code::notUtf8);
+        (ours.kind == EventKind::close && ours.code == Code{1014}) || isViolation(ours, Code::notUtf8);
     if (isTakenHere && isViolation(theirs, Code::protocolError)) return true;
     if (!isViolation(ours, Code::protocolError)) return false;
     // Codes from 5000 on have no meaning: they are refused here, before their reason.
     constexpr Code firstWithoutMeaning{5000};
-    if (theirs.kind == Kind::close && theirs.code >= firstWithoutMeaning) return true;
+    if (theirs.kind == EventKind::close && theirs.code >= firstWithoutMeaning) return true;
     if (isViolation(theirs, Code::notUtf8)) return true;
     // A length of 2^63 or more, which the RFC excludes, is just a long one there.
     return isViolation(theirs, Code::tooBig);
@@ -187,7 +189,8 @@ bool isSame(const Entries& ours, const Entries& theirs) {
     if (theirs.back() == textIsNotUtf8) return true;
     // A frame is judged here when its header is complete, there by its first two bytes: which shows where the
     // input ends between the two.
-    return theirs.back() == Entry{Kind::violation, {}, Code::protocolError} && ours.size() == before.size();
+    return theirs.back() == Entry{EventKind::violation, {}, Code::protocolError} &&
+           ours.size() == before.size();
 }
 
 // Frames right and wrong
@@ -320,7 +323,7 @@ class RandomFrames {
 
 TEST(WebSocketDifferential, OursAndAnotherDecoderTellTheSame) {
     constexpr unsigned count = 4000;
-    std::map<Kind, int> seen;
+    std::map<EventKind, int> seen;
     std::map<Code, int> violations;
     int differing = 0;
     for (unsigned seed = 0; seed < count; ++seed) {
@@ -332,11 +335,12 @@ TEST(WebSocketDifferential, OursAndAnotherDecoderTellTheSame) {
         differing += ours == theirs ? 0 : 1;
         for (const auto& entry : ours) {
             ++seen[entry.kind];
-            if (entry.kind == Kind::violation) ++violations[entry.code];
+            if (entry.kind == EventKind::violation) ++violations[entry.code];
         }
     }
     // What the frames are worth: each event often, and few inputs on which the two differ on purpose.
-    for (const auto kind : {Kind::textEnd, Kind::binaryEnd, Kind::ping, Kind::pong, Kind::close}) {
+    for (const auto kind :
+         {EventKind::textEnd, EventKind::binaryEnd, EventKind::ping, EventKind::pong, EventKind::close}) {
         EXPECT_GT(seen[kind], 200) << static_cast<int>(kind);
     }
     EXPECT_GT(violations[Code::protocolError], 500);

@@ -23,15 +23,15 @@ using boost::asio::ip::tcp;
 using Case = NetworkError::Case;
 using Connection = std::shared_ptr<WebSocketConnection>;
 using Kind = WebSocketConnection::Kind;
+using test::finalPing;
+using test::finalPong;
+using test::finalText;
 using test::RawPeer;
 
-constexpr unsigned finalText = 0x81;
-constexpr unsigned ping = 0x89;
-constexpr unsigned pong = 0x8A;
 /// A server's ping without content.
 const std::string emptyPing("\x89\x00", 2);
 
-Task<std::string> receiveText(Connection connection) {
+Task<std::string> receiveContent(Connection connection) {
     auto message = co_await connection->receive();
     if (!message) throw std::runtime_error("the connection has ended");
     co_return message->content;
@@ -85,9 +85,9 @@ struct WebSocketLifeTest : testing::Test {
     /// what that answered has come.
     void exchange(const Connection& from, const Connection& to) {
         from->send("question", Kind::awaited);
-        EXPECT_EQ(test::runTask(io, receiveText(to)), "question");
+        EXPECT_EQ(test::runTask(io, receiveContent(to)), "question");
         to->send("answer", Kind::awaited);
-        EXPECT_EQ(test::runTask(io, receiveText(from)), "answer");
+        EXPECT_EQ(test::runTask(io, receiveContent(from)), "answer");
     }
 
     /// Why `connection` did not open.
@@ -212,13 +212,13 @@ TEST_F(WebSocketLifeTest, APeerMayLeaveAPingUnanswered) {
     server->ping();
     EXPECT_EQ(test::runTask(io, peer.read(2)), emptyPing);
     write(RawPeer::frame(finalText, "never mind"));
-    EXPECT_EQ(test::runTask(io, receiveText(server)), "never mind");
+    EXPECT_EQ(test::runTask(io, receiveContent(server)), "never mind");
     EXPECT_EQ(server->signsOfLife().pongs, 0U);
     EXPECT_FALSE(server->failure());
 
     server->ping();
     EXPECT_EQ(test::runTask(io, peer.read(2)), emptyPing);
-    write(RawPeer::frame(pong, ""));
+    write(RawPeer::frame(finalPong, ""));
     runUntil([&] { return server->signsOfLife().pongs == 1; });
 }
 
@@ -261,20 +261,20 @@ TEST_F(WebSocketLifeTest, AMessageIsASignOfLife) {
 TEST_F(WebSocketLifeTest, WhatComesAlongWithTheHandshakeIsASignOfLife) {
     const auto server = upgraded(RawPeer::frame(finalText, "early"));
     EXPECT_EQ(server->signsOfLife().lastByteAt, clock.now());
-    EXPECT_EQ(test::runTask(io, receiveText(server)), "early");
+    EXPECT_EQ(test::runTask(io, receiveContent(server)), "early");
 }
 
 TEST_F(WebSocketLifeTest, PingsPongsAndPartsOfAFrameAreSignsOfLife) {
     const auto server = upgraded();
     const auto text = RawPeer::frame(finalText, "in two parts");
     constexpr std::size_t cut = 4; // within the header: behind it, the rest is read when somebody receives
-    for (const auto& bytes :
-         {RawPeer::frame(ping, "1"), RawPeer::frame(pong, "2"), text.substr(0, cut), text.substr(cut)}) {
+    for (const auto& bytes : {RawPeer::frame(finalPing, "1"), RawPeer::frame(finalPong, "2"),
+                              text.substr(0, cut), text.substr(cut)}) {
         clock.advance(io, 3s);
         write(bytes);
         runUntil([&] { return server->signsOfLife().lastByteAt == clock.now(); });
     }
-    EXPECT_EQ(test::runTask(io, receiveText(server)), "in two parts");
+    EXPECT_EQ(test::runTask(io, receiveContent(server)), "in two parts");
 }
 
 TEST_F(WebSocketLifeTest, SignsOfLifeAreSeenWhileNobodyReceives) {

@@ -7,34 +7,27 @@
 #include "Support/RunTask.hpp"
 #include "TarnlyPlatform/Net/HttpClient.hpp"
 #include "TarnlyPlatform/Net/ListenError.hpp"
+#include "TarnlyPlatform/Net/RealTime.hpp"
 
 namespace tarnly {
 namespace {
 
+using test::converse;
+using test::patience;
 using test::RawPeer;
-constexpr auto patience = std::chrono::seconds(20);
-
-SystemClock clock; // none of these tests is about time
+using test::realTime;
 
 Task<HttpResponse> get(test::LoopbackListener& listener, std::string target) {
     HttpRequest request;
     request.target = std::move(target);
-    auto response = co_await fetchHttp(clock, listener.endpoint(), std::move(request), patience);
+    auto response = co_await fetchHttp(realTime, listener.endpoint(), std::move(request), patience);
     co_return response;
 }
 
 TEST(WebSocketListener, AnswersPlainRequestsWith426) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     EXPECT_EQ(test::runTask(io, get(listener, "/")).status, 426U);
-}
-
-Task<std::string> converse(boost::asio::io_context& io, Endpoint endpoint, std::string bytes) {
-    RawPeer peer(io);
-    co_await peer.connect(endpoint);
-    co_await peer.write(std::move(bytes));
-    auto answer = co_await peer.readUntilEnd();
-    co_return answer;
 }
 
 /// The beginning of the answer; `peer` stays.
@@ -47,7 +40,7 @@ Task<std::string> converseUpTo(RawPeer& peer, Endpoint endpoint, std::string byt
 
 TEST(WebSocketListener, RefusesWhatIsNoRequest) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     const auto nonsense = test::runTask(io, converse(io, listener.endpoint(), "\x16\x03\x01 hello\r\n\r\n"));
     EXPECT_EQ(nonsense.substr(0, 12), "HTTP/1.1 400");
     const auto endless =
@@ -60,7 +53,7 @@ TEST(WebSocketListener, RefusesWhatIsNoRequest) {
 
 TEST(WebSocketListener, RefusesABodyOfUnknownLength) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     const auto chunked = test::runTask(
         io, converse(io, listener.endpoint(), "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n"));
     EXPECT_EQ(chunked.substr(0, 12), "HTTP/1.1 400");
@@ -68,7 +61,7 @@ TEST(WebSocketListener, RefusesABodyOfUnknownLength) {
 
 TEST(WebSocketListener, AnswersOnlyOneRequest) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     const auto answer = test::runTask(io, converse(io, listener.endpoint(),
                                                    "POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\none"
                                                    "GET /b HTTP/1.1\r\n\r\n"));
@@ -90,14 +83,14 @@ Task<std::string> answerBeforeTheBody(boost::asio::io_context& io, Endpoint endp
 
 TEST(WebSocketListener, ABodyThatComesLateDoesNotTakeTheAnswerBack) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     const auto answer = test::runTask(io, answerBeforeTheBody(io, listener.endpoint()));
     EXPECT_NE(answer.find("This port speaks WebSocket."), std::string::npos);
 }
 
 TEST(WebSocketListener, TellsAnUpgradeAmongOtherConnectionOptions) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     RawPeer peer(io);
     const auto head = test::runTask(
         io, converseUpTo(peer, listener.endpoint(),
@@ -109,7 +102,7 @@ TEST(WebSocketListener, TellsAnUpgradeAmongOtherConnectionOptions) {
 
 TEST(WebSocketListener, RefusesAnotherWebSocketVersion) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     const auto answer = test::runTask(
         io, converse(io, listener.endpoint(),
                      "GET / HTTP/1.1\r\nHost: x\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n"
@@ -119,12 +112,12 @@ TEST(WebSocketListener, RefusesAnotherWebSocketVersion) {
 
 TEST(WebSocketListener, APortInUseIsAClearError) {
     boost::asio::io_context io;
-    test::LoopbackListener first(io, clock);
+    test::LoopbackListener first(io, realTime);
     WebSocketListener::Options options;
     options.port = first.endpoint().port;
     options.reach = Reach::loopbackIPv4;
     try {
-        WebSocketListener second(io.get_executor(), clock, options, {});
+        WebSocketListener second(io.get_executor(), realTime, options, {});
         FAIL() << "the port was free";
     } catch (const ListenError& error) {
         EXPECT_EQ(error.which(), NetworkError::Case::listenFailed);
@@ -136,17 +129,17 @@ TEST(WebSocketListener, APortInUseIsAClearError) {
 
 TEST(WebSocketListener, ServesBothFamilies) {
     boost::asio::io_context io;
-    WebSocketListener listener(io.get_executor(), clock, {}, {});
+    WebSocketListener listener(io.get_executor(), realTime, {}, {});
     for (const char* host : {"127.0.0.1", "::1"}) {
         const Endpoint endpoint{host, listener.port()};
-        const auto response = test::runTask(io, fetchHttp(clock, endpoint, HttpRequest{}, patience));
+        const auto response = test::runTask(io, fetchHttp(realTime, endpoint, HttpRequest{}, patience));
         EXPECT_EQ(response.status, 426U) << host;
     }
 }
 
 TEST(WebSocketListener, ACancelledListenerAcceptsNobody) {
     boost::asio::io_context io;
-    test::LoopbackListener listener(io, clock);
+    test::LoopbackListener listener(io, realTime);
     listener.listener().cancel();
     listener.listener().cancel();
     EXPECT_THROW(test::runTask(io, get(listener, "/")), NetworkError);

@@ -15,16 +15,16 @@ namespace tarnly {
 namespace {
 
 using namespace std::chrono_literals;
+using test::finalClose;
+using test::finalPing;
+using test::finalText;
 using test::RawPeer;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using Kind = WebSocketConnection::Kind;
 
-constexpr unsigned finalText = 0x81;
-constexpr unsigned ping = 0x89;
-constexpr unsigned closing = 0x88;
-const std::string pong = "\x8A\x01p";
+const std::string answeringPong = "\x8A\x01p";
 
 struct FakeReceiver final : WebSocketConnection::Receiver {
     /// What is done with a message; says whether the next one may come.
@@ -103,20 +103,20 @@ TEST_F(WebSocketReceiverTest, AMessageIsAnsweredWhereItIsRead) {
 TEST_F(WebSocketReceiverTest, AnswersThatAreReadyTogetherLeaveInOneWrite) {
     echo();
     connect();
-    write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, "2") + RawPeer::frame(ping, "p") +
+    write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, "2") + RawPeer::frame(finalPing, "p") +
           RawPeer::frame(finalText, "3"));
     until([this] { return unread() > 0; });
     std::string bytes(unread(), '\0');
     peer.socket().receive(boost::asio::buffer(bytes));
-    EXPECT_EQ(bytes, pong + serverFrame("1") + serverFrame("2") + serverFrame("3"));
+    EXPECT_EQ(bytes, answeringPong + serverFrame("1") + serverFrame("2") + serverFrame("3"));
 }
 
 TEST_F(WebSocketReceiverTest, APingBehindRequestsThatWaitIsAnsweredAtOnce) {
     beBusy();
     connect();
     write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, "2") + RawPeer::frame(finalText, "3") +
-          RawPeer::frame(ping, "p"));
-    EXPECT_EQ(read(3), pong);
+          RawPeer::frame(finalPing, "p"));
+    EXPECT_EQ(read(3), answeringPong);
     EXPECT_THAT(receiver->taken, ElementsAre("1"));
     connection->resume();
     connection->resume();
@@ -130,12 +130,12 @@ TEST_F(WebSocketReceiverTest, ReadingAheadHasItsBounds) {
     std::string bytes;
     for (const auto* text : {"1", "2", "3", "4", "5"})
         bytes += RawPeer::frame(finalText, text);
-    write(bytes + RawPeer::frame(ping, "p"));
+    write(bytes + RawPeer::frame(finalPing, "p"));
     settle();
     EXPECT_THAT(receiver->taken, ElementsAre("1"));
     EXPECT_EQ(unread(), 0U);
     connection->resume();
-    EXPECT_EQ(read(3), pong);
+    EXPECT_EQ(read(3), answeringPong);
 }
 
 TEST_F(WebSocketReceiverTest, ReadingAheadCountsBytes) {
@@ -144,11 +144,11 @@ TEST_F(WebSocketReceiverTest, ReadingAheadCountsBytes) {
     connect();
     const std::string text(60, 'x');
     write(RawPeer::frame(finalText, text) + RawPeer::frame(finalText, text) +
-          RawPeer::frame(finalText, text) + RawPeer::frame(ping, "p"));
+          RawPeer::frame(finalText, text) + RawPeer::frame(finalPing, "p"));
     settle();
     EXPECT_EQ(unread(), 0U);
     connection->resume();
-    EXPECT_EQ(read(3), pong);
+    EXPECT_EQ(read(3), answeringPong);
 }
 
 TEST_F(WebSocketReceiverTest, ALongMessageWaitsForTheLimitThatTheAnswerBeforeBrings) {
@@ -204,7 +204,7 @@ TEST_F(WebSocketReceiverTest, WhatWasAskedBeforeACloseIsAnsweredFirst) {
     beBusy();
     connect();
     write(RawPeer::frame(finalText, "1") + RawPeer::frame(finalText, "2") +
-          RawPeer::frame(closing, std::string("\x03\xE9", 2)));
+          RawPeer::frame(finalClose, std::string("\x03\xE9", 2)));
     settle();
     EXPECT_EQ(receiver->ends, 0);
     echo();
@@ -397,7 +397,7 @@ TEST_F(WebSocketReceiverTest, AnEndWithMessagesReadAheadIsWaitedForInPeace) {
     EXPECT_EQ(read(4), std::string("\x88\x02\x03\xE8", 4));
     io.restart();
     EXPECT_LT(io.run_for(50ms), 10U); // handlers: no busy loop
-    write(RawPeer::frame(closing, std::string("\x03\xE8", 2)));
+    write(RawPeer::frame(finalClose, std::string("\x03\xE8", 2)));
     until([this] { return receiver->ends == 1; });
     EXPECT_THAT(receiver->taken, ElementsAre("1"));
 }
@@ -437,7 +437,7 @@ TEST_F(WebSocketReceiverTest, ABreachIsToldAndNothingBehindItIsRead) {
 TEST_F(WebSocketReceiverTest, APeerThatHangsUpDuringItsRequestIsTold) {
     beBusy();
     connect();
-    write(RawPeer::frame(finalText, "question") + RawPeer::frame(closing, ""));
+    write(RawPeer::frame(finalText, "question") + RawPeer::frame(finalClose, ""));
     until([this] { return receiver->taken.size() == 1; });
     settle();
     EXPECT_EQ(receiver->hangUps, 0) << "it may wait for our close";

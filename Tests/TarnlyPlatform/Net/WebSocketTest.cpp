@@ -12,10 +12,9 @@ namespace {
 
 using Kind = WebSocketConnection::Kind;
 using Opcode = WebSocketConnection::Opcode;
+using test::finalBinary;
+using test::finalText;
 using test::RawPeer;
-
-constexpr unsigned finalText = 0x81;
-constexpr unsigned finalBinary = 0x82;
 
 struct WebSocketTest : testing::Test {
     boost::asio::io_context io;

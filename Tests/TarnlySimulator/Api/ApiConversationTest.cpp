@@ -12,12 +12,12 @@ namespace {
 
 using test::commandId;
 using test::datarefId;
+using test::landingLightsDataref;
+using test::latitudeDataref;
 using test::numberOf;
 
-constexpr auto latitude = "sim/flightmodel/position/latitude";
-constexpr auto lights = "sim/cockpit2/switches/landing_lights_on";
-constexpr auto throttle = "sim/cockpit2/engine/actuators/throttle_ratio";
-constexpr auto height = "sim/flightmodel/position/y_agl";
+constexpr auto throttleDataref = "sim/cockpit2/engine/actuators/throttle_ratio";
+constexpr auto heightDataref = "sim/flightmodel/position/y_agl";
 const std::string good = R"({"req_id":1,"type":"result","success":true})";
 
 class ApiConversationTest : public testing::Test {
@@ -69,26 +69,26 @@ class ApiConversationTest : public testing::Test {
 using Keys = std::set<std::string>;
 
 TEST_F(ApiConversationTest, SubscribingIsAnsweredAndTheFirstUpdateIsComplete) {
-    EXPECT_EQ(subscribe(entry(lights) + "," + entry(throttle)), std::vector{good});
-    EXPECT_EQ(told(), (Keys{idOf(lights), idOf(throttle)}));
+    EXPECT_EQ(subscribe(entry(landingLightsDataref) + "," + entry(throttleDataref)), std::vector{good});
+    EXPECT_EQ(told(), (Keys{idOf(landingLightsDataref), idOf(throttleDataref)}));
 }
 
 TEST_F(ApiConversationTest, UpdatesTellOnlyWhatHasChanged) {
-    subscribe(entry(lights) + "," + entry(latitude));
+    subscribe(entry(landingLightsDataref) + "," + entry(latitudeDataref));
     told();
     EXPECT_EQ(conversation.update(), "");
     world.advance(0.1);
-    EXPECT_EQ(told(), Keys{idOf(latitude)});
-    test::writeNumber(world, lights, 1);
-    const std::string id = idOf(lights);
+    EXPECT_EQ(told(), Keys{idOf(latitudeDataref)});
+    test::writeNumber(world, landingLightsDataref, 1);
+    const std::string id = idOf(landingLightsDataref);
     EXPECT_EQ(conversation.update(), R"({"data":{")" + id + R"(":1},"type":"dataref_update_values"})");
 }
 
 TEST_F(ApiConversationTest, SubscribingAgainTellsTheValueAgain) {
-    subscribe(entry(lights));
+    subscribe(entry(landingLightsDataref));
     told();
-    subscribe(entry(lights));
-    EXPECT_EQ(told(), Keys{idOf(lights)});
+    subscribe(entry(landingLightsDataref));
+    EXPECT_EQ(told(), Keys{idOf(landingLightsDataref)});
 }
 
 TEST_F(ApiConversationTest, ASubscriptionToNothingSucceeds) {
@@ -97,52 +97,53 @@ TEST_F(ApiConversationTest, ASubscriptionToNothingSucceeds) {
 }
 
 TEST_F(ApiConversationTest, OneBadIdFailsTheWholeSubscription) {
-    EXPECT_EQ(codeOf(subscribe(R"({"id":1},)" + entry(lights))), "invalid_dataref_id");
+    EXPECT_EQ(codeOf(subscribe(R"({"id":1},)" + entry(landingLightsDataref))), "invalid_dataref_id");
     EXPECT_EQ(told(), Keys{});
 }
 
 TEST_F(ApiConversationTest, WithAResultForEachTheOthersAreSubscribed) {
     world.quirks.resultPerDataref = true;
-    EXPECT_EQ(subscribe(R"({"id":1},)" + entry(lights)).size(), 2u);
-    EXPECT_EQ(told(), Keys{idOf(lights)});
+    EXPECT_EQ(subscribe(R"({"id":1},)" + entry(landingLightsDataref)).size(), 2u);
+    EXPECT_EQ(told(), Keys{idOf(landingLightsDataref)});
 }
 
 TEST_F(ApiConversationTest, UnsubscribedValuesAreToldNoMore) {
-    subscribe(entry(lights) + "," + entry(throttle));
-    EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":[)" + entry(throttle) + "]}"),
+    subscribe(entry(landingLightsDataref) + "," + entry(throttleDataref));
+    EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":[)" + entry(throttleDataref) + "]}"),
               std::vector{good});
-    EXPECT_EQ(told(), Keys{idOf(lights)});
-    subscribe(entry(throttle));
+    EXPECT_EQ(told(), Keys{idOf(landingLightsDataref)});
+    subscribe(entry(throttleDataref));
     EXPECT_EQ(request("dataref_unsubscribe_values", R"({"datarefs":"all"})"), std::vector{good});
     EXPECT_EQ(told(), Keys{});
 }
 
 TEST_F(ApiConversationTest, NonFiniteValuesAreToldAsTheyArePrinted) {
     world.quirks.nonFinite = true;
-    subscribe(entry(height));
+    subscribe(entry(heightDataref));
     EXPECT_EQ(conversation.update(),
-              R"({"data":{")" + idOf(height) + R"(":1e+9999},"type":"dataref_update_values"})");
+              R"({"data":{")" + idOf(heightDataref) + R"(":1e+9999},"type":"dataref_update_values"})");
     EXPECT_EQ(conversation.update(), "");
 }
 
 TEST_F(ApiConversationTest, SettingAScalarAnElementAndAWholeArray) {
-    EXPECT_EQ(set(entry(lights, R"(,"value":1)")), std::vector{good});
-    EXPECT_EQ(numberOf(world, lights), 1);
-    EXPECT_EQ(set(entry(throttle, R"(,"value":0.25)")), std::vector{good});
-    EXPECT_EQ(set(entry(throttle, R"(,"value":0.75,"index":0)")), std::vector{good});
-    const auto levers = std::get<std::vector<double>>(test::valueOf(world, throttle));
+    EXPECT_EQ(set(entry(landingLightsDataref, R"(,"value":1)")), std::vector{good});
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 1);
+    EXPECT_EQ(set(entry(throttleDataref, R"(,"value":0.25)")), std::vector{good});
+    EXPECT_EQ(set(entry(throttleDataref, R"(,"value":0.75,"index":0)")), std::vector{good});
+    const auto levers = std::get<std::vector<double>>(test::valueOf(world, throttleDataref));
     EXPECT_EQ(levers.at(0), 0.75);
     EXPECT_EQ(levers.at(1), 0.25);
 }
 
 TEST_F(ApiConversationTest, ReadOnlyDatarefsAreRefused) {
-    EXPECT_EQ(codeOf(set(entry(height, R"(,"value":1)"))), "dataref_is_readonly");
-    EXPECT_EQ(codeOf(set(entry(throttle, R"(,"value":1,"index":16)"))), "invalid_index");
+    EXPECT_EQ(codeOf(set(entry(heightDataref, R"(,"value":1)"))), "dataref_is_readonly");
+    EXPECT_EQ(codeOf(set(entry(throttleDataref, R"(,"value":1,"index":16)"))), "invalid_index");
 }
 
 TEST_F(ApiConversationTest, OneResultForEachDatarefOnRequest) {
     world.quirks.resultPerDataref = true;
-    const auto results = set(entry(lights, R"(,"value":1)") + "," + entry(height, R"(,"value":1)"));
+    const auto results =
+        set(entry(landingLightsDataref, R"(,"value":1)") + "," + entry(heightDataref, R"(,"value":1)"));
     ASSERT_EQ(results.size(), 2u);
     EXPECT_EQ(results[0], good);
     EXPECT_EQ(parseJson(results[1]).at("req_id"), 1);
@@ -155,37 +156,37 @@ TEST_F(ApiConversationTest, CommandsCanBeActivated) {
         return codeOf(request("command_set_is_active", R"({"commands":[{"id":)" + id + more + "}]}"));
     };
     EXPECT_EQ(activate(R"(,"is_active":true,"duration":0.5)"), "success");
-    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 1);
     EXPECT_EQ(activate(R"(,"is_active":false)"), "success");
-    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 1);
     EXPECT_EQ(activate(R"(,"is_active":true,"duration":11)"), "invalid_duration");
     EXPECT_EQ(activate(""), "invalid_body");
 }
 
 TEST_F(ApiConversationTest, ValuesThatStopAreKeptBack) {
     world.quirks.valuesStop = true;
-    EXPECT_EQ(subscribe(entry(lights)), std::vector{good});
+    EXPECT_EQ(subscribe(entry(landingLightsDataref)), std::vector{good});
     EXPECT_EQ(conversation.update(), "");
     world.quirks.valuesStop = false;
-    EXPECT_EQ(told(), Keys{idOf(lights)});
+    EXPECT_EQ(told(), Keys{idOf(landingLightsDataref)});
 }
 
 TEST_F(ApiConversationTest, EarlierValuesGetStuckOnRequest) {
-    subscribe(entry(latitude));
+    subscribe(entry(latitudeDataref));
     told();
     world.quirks.stuck = true;
-    subscribe(entry(lights));
+    subscribe(entry(landingLightsDataref));
     world.advance(1);
-    EXPECT_EQ(told(), Keys{idOf(lights)});
-    subscribe(entry(latitude));
-    EXPECT_EQ(told(), Keys{idOf(latitude)});
+    EXPECT_EQ(told(), Keys{idOf(landingLightsDataref)});
+    subscribe(entry(latitudeDataref));
+    EXPECT_EQ(told(), Keys{idOf(latitudeDataref)});
 }
 
 TEST_F(ApiConversationTest, NothingIsToldAtTheMainMenu) {
-    subscribe(entry(lights));
+    subscribe(entry(landingLightsDataref));
     world.quirks.mainMenu = true;
     EXPECT_EQ(conversation.update(), "");
-    EXPECT_EQ(codeOf(subscribe(entry(latitude))), "invalid_dataref_id");
+    EXPECT_EQ(codeOf(subscribe(entry(latitudeDataref))), "invalid_dataref_id");
 }
 
 TEST_F(ApiConversationTest, MalformedRequestsGetAResult) {

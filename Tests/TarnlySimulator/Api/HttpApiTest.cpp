@@ -9,9 +9,9 @@ namespace {
 
 using test::commandId;
 using test::datarefId;
+using test::landingLightsDataref;
 using test::numberOf;
 
-constexpr auto lights = "sim/cockpit2/switches/landing_lights_on";
 constexpr auto toggle = "sim/lights/landing_lights_toggle";
 
 class HttpApiTest : public testing::Test {
@@ -61,10 +61,11 @@ TEST_F(HttpApiTest, ServesTheCataloguesInEveryVersion) {
 }
 
 TEST_F(HttpApiTest, FiltersByNameAndCounts) {
-    const auto filtered = parseJson(
-        get(std::string("/api/v2/datarefs?filter[name]=") + lights + "&filter%5Bname%5D=sim/none").body);
+    const auto filtered = parseJson(get(std::string("/api/v2/datarefs?filter[name]=") + landingLightsDataref +
+                                        "&filter%5Bname%5D=sim/none")
+                                        .body);
     ASSERT_EQ(filtered.at("data").as_array().size(), 1u);
-    EXPECT_EQ(filtered.at("data").at(0).at("name"), lights);
+    EXPECT_EQ(filtered.at("data").at(0).at("name"), landingLightsDataref);
     const auto command = parseJson(get(std::string("/api/v2/commands?filter[name]=") + toggle).body);
     EXPECT_EQ(command.at("data").at(0).at("id"), commandId(world, toggle));
     EXPECT_EQ(get("/api/v2/datarefs/count").body,
@@ -126,9 +127,9 @@ TEST_F(HttpApiTest, AnUnknownPathIsAPageAndNotJson) {
 }
 
 TEST_F(HttpApiTest, ReadsAndWritesSingleValues) {
-    EXPECT_EQ(get(valueTarget(lights)).body, R"({"data":0})");
-    EXPECT_EQ(send("PATCH", valueTarget(lights), R"({"data":1})").status, 200u);
-    EXPECT_EQ(get(valueTarget(lights)).body, R"({"data":1})");
+    EXPECT_EQ(get(valueTarget(landingLightsDataref)).body, R"({"data":0})");
+    EXPECT_EQ(send("PATCH", valueTarget(landingLightsDataref), R"({"data":1})").status, 200u);
+    EXPECT_EQ(get(valueTarget(landingLightsDataref)).body, R"({"data":1})");
     const auto throttle = valueTarget("sim/cockpit2/engine/actuators/throttle_ratio");
     EXPECT_EQ(send("PATCH", throttle, R"({"data":[0.5,0.5]})").status, 200u);
     EXPECT_EQ(send("PATCH", throttle + "?index=1", R"({"data":0.25})").status, 200u);
@@ -140,10 +141,11 @@ TEST_F(HttpApiTest, ReadsAndWritesSingleValues) {
 TEST_F(HttpApiTest, RefusesUnfitValuesAndIds) {
     EXPECT_EQ(codeOf(get("/api/v2/datarefs/1/value")), "invalid_dataref_id");
     EXPECT_EQ(codeOf(get("/api/v2/datarefs/x/value")), "invalid_dataref_id");
-    EXPECT_EQ(codeOf(send("PATCH", valueTarget(lights), "{")), "invalid_body");
-    EXPECT_EQ(codeOf(send("PATCH", valueTarget(lights), "{}")), "invalid_body");
-    EXPECT_EQ(codeOf(send("PATCH", valueTarget(lights), R"({"data":"on"})")), "invalid_value");
-    EXPECT_EQ(codeOf(send("PATCH", valueTarget(lights) + "?index=x", R"({"data":1})")), "invalid_index");
+    EXPECT_EQ(codeOf(send("PATCH", valueTarget(landingLightsDataref), "{")), "invalid_body");
+    EXPECT_EQ(codeOf(send("PATCH", valueTarget(landingLightsDataref), "{}")), "invalid_body");
+    EXPECT_EQ(codeOf(send("PATCH", valueTarget(landingLightsDataref), R"({"data":"on"})")), "invalid_value");
+    EXPECT_EQ(codeOf(send("PATCH", valueTarget(landingLightsDataref) + "?index=x", R"({"data":1})")),
+              "invalid_index");
     EXPECT_EQ(send("PATCH", valueTarget("sim/time/paused"), R"({"data":1})").status, 403u);
 }
 
@@ -151,7 +153,7 @@ TEST_F(HttpApiTest, ActivatesACommandForADuration) {
     const auto response = activate(R"({"duration":0})");
     EXPECT_EQ(response.status, 200u);
     EXPECT_EQ(response.body, "null");
-    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 1);
 }
 
 TEST_F(HttpApiTest, InsistsOnADurationUnlessToldOtherwise) {
@@ -159,10 +161,10 @@ TEST_F(HttpApiTest, InsistsOnADurationUnlessToldOtherwise) {
         EXPECT_EQ(activate(body).status, 400u);
         EXPECT_EQ(codeOf(activate(body)), "duration_missing");
     }
-    EXPECT_EQ(numberOf(world, lights), 0);
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 0);
     world.quirks.durationRequired = false;
     EXPECT_EQ(activate("").status, 200u);
-    EXPECT_EQ(numberOf(world, lights), 1);
+    EXPECT_EQ(numberOf(world, landingLightsDataref), 1);
 }
 
 TEST_F(HttpApiTest, RefusesUnfitActivations) {
@@ -210,8 +212,9 @@ TEST_F(HttpApiTest, TheMainMenuHasNoDatarefsButCommands) {
     world.quirks.mainMenu = true;
     EXPECT_EQ(get("/api/v2/datarefs").body, R"({"data":[]})");
     EXPECT_EQ(get("/api/v2/datarefs/count").body, R"({"data":0})");
-    EXPECT_EQ(get(valueTarget(lights)).status, 404u);
-    EXPECT_EQ(codeOf(get(std::string("/api/v2/datarefs?filter[name]=") + lights)), "invalid_dataref_name");
+    EXPECT_EQ(get(valueTarget(landingLightsDataref)).status, 404u);
+    EXPECT_EQ(codeOf(get(std::string("/api/v2/datarefs?filter[name]=") + landingLightsDataref)),
+              "invalid_dataref_name");
     EXPECT_GT(parseJson(get("/api/v2/commands").body).at("data").as_array().size(), 100u);
 }
 

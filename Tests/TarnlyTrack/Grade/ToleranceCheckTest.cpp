@@ -76,8 +76,8 @@ TEST(ToleranceCheck, EachFieldIsRead) {
 }
 
 TEST(ToleranceCheck, TheExampleIsFlawless) {
-    const auto checked =
-        readTolerances(test::contentOf(std::filesystem::path(TARNLY_DOCS) / "tolerances-pattern.json"));
+    const auto checked = readTolerances(
+        tarnly::test::contentOf(std::filesystem::path(TARNLY_DOCS) / "tolerances-pattern.json"));
     EXPECT_THAT(checked.findings, IsEmpty());
     std::set<std::string> used;
     for (const auto& tolerance : checked.tolerances)

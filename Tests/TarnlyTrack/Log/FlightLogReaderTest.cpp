@@ -96,7 +96,7 @@ TEST(FlightLogReaderTest, AReaderBeginsAnew) {
 }
 
 TEST(FlightLogReaderTest, ReadsAFileAndTellsHowFar) {
-    const test::TemporaryFolder folder;
+    const tarnly::test::TemporaryFolder folder;
     std::string text;
     for (int i = 0; i < 20'000; ++i)
         text += sampleLine(std::to_string(i)) + "\n";
@@ -113,7 +113,7 @@ TEST(FlightLogReaderTest, ReadsAFileAndTellsHowFar) {
 }
 
 TEST(FlightLogReaderTest, SaysWhyAFileCannotBeRead) {
-    const test::TemporaryFolder folder;
+    const tarnly::test::TemporaryFolder folder;
     const auto missing = folder.path() / "none.jsonl";
     EXPECT_THAT([&] { readFlightLog(missing); },
                 ThrowsMessage<TrackError>(HasSubstr("none.jsonl cannot be read: No such file")));

@@ -11,7 +11,7 @@ using testing::StartsWith;
 
 namespace {
 
-PlotFlight smallFlight() {
+PlotFlight halfMinuteFlight() {
     PlotFlight flight;
     flight.name = "session-2026-11-16T010938Z.jsonl";
     flight.start = "2026-11-16T01:09:38Z";
@@ -26,7 +26,7 @@ PlotFlight smallFlight() {
 }
 
 TEST(PlotPageTest, WritesStepsInWholeUnits) {
-    EXPECT_EQ(plotJson({smallFlight()}),
+    EXPECT_EQ(plotJson({halfMinuteFlight()}),
               R"({"flights":[{"name":"session-2026-11-16T010938Z.jsonl","start":"2026-11-16T01:09:38Z",)"
               R"("seconds":30.5,"samples":3,"highest_ft":1416.5,"gaps":[[0.5,30]],"frozen":[],)"
               R"("lines":{"alt_ft":[{"at":[0,51,2949],"value":[14165,-1,36],"unit":0.1,"breaks":[0,2]}]},)"
@@ -71,7 +71,7 @@ TEST(PlotPageTest, WritesGrades) {
 }
 
 TEST(PlotPageTest, LetsNoTextEndTheElementInWhichItStands) {
-    auto flight = smallFlight();
+    auto flight = halfMinuteFlight();
     flight.name = "</script><script>alert(1)</script>.jsonl";
     flight.fired[0].id = "<!-- <script>\xff";
     flight.trial = PlotTrial{"<!--", {{"<script>", "<b>", 1}}, {{"</script>", "</script>", 2}}};
@@ -82,7 +82,7 @@ TEST(PlotPageTest, LetsNoTextEndTheElementInWhichItStands) {
 }
 
 TEST(PlotPageTest, PutsTheFlightsIntoThePageOnce) {
-    auto flight = smallFlight();
+    auto flight = halfMinuteFlight();
     flight.fired[0].id = "@flights@";
     const auto page = plotPage({flight});
     EXPECT_THAT(page, StartsWith("<!DOCTYPE html>"));

@@ -8,7 +8,7 @@ using testing::Not;
 
 namespace {
 
-PlotFlight smallFlight() {
+PlotFlight hourLongFlight() {
     PlotFlight flight;
     flight.name = "a.jsonl";
     flight.seconds = 3725;
@@ -19,7 +19,7 @@ PlotFlight smallFlight() {
 }
 
 TEST(PlotPictureTest, DrawsNoLineAcrossAGap) {
-    const auto picture = plotPicture({smallFlight()});
+    const auto picture = plotPicture({hourLongFlight()});
     // Of the track: two points that are joined, and one that is not.
     EXPECT_THAT(picture,
                 testing::ContainsRegex("class=\"line i0\" d=\"M[0-9. ]+h0.1L[0-9. ]+M[0-9. ]+h0.1\""));
@@ -30,15 +30,15 @@ TEST(PlotPictureTest, DrawsNoLineAcrossAGap) {
 }
 
 TEST(PlotPictureTest, EscapesWhatPeopleHaveNamed) {
-    auto flight = smallFlight();
+    auto flight = hourLongFlight();
     flight.name = "<a & \"b\">\x01\xff.jsonl";
     const auto picture = plotPicture({flight});
     EXPECT_THAT(picture, HasSubstr("&lt;a &amp; &quot;b&quot;&gt;?\xef\xbf\xbd.jsonl"));
 }
 
 TEST(PlotPictureTest, NamesFlightsByLettersWhereThereAreSeveral) {
-    EXPECT_THAT(plotPicture({smallFlight()}), Not(HasSubstr("A  a.jsonl")));
-    const auto picture = plotPicture({smallFlight(), smallFlight()});
+    EXPECT_THAT(plotPicture({hourLongFlight()}), Not(HasSubstr("A  a.jsonl")));
+    const auto picture = plotPicture({hourLongFlight(), hourLongFlight()});
     EXPECT_THAT(picture, HasSubstr("B  a.jsonl"));
     EXPECT_THAT(picture, HasSubstr(">B1<"));
     EXPECT_THAT(picture, HasSubstr("class=\"line i1\""));
@@ -52,7 +52,7 @@ std::size_t count(const std::string& text, const std::string& part) {
 }
 
 TEST(PlotPictureTest, MarksWhatAScriptWouldHaveDoneBesideWhatFired) {
-    auto flight = smallFlight();
+    auto flight = hourLongFlight();
     flight.trial = PlotTrial{"<lesson>.json",
                              {{"rotate", "speak", 100}},
                              {{"gate", "closest 3 nm to GATE at 50:00, and waits for 1 nm", 3000},
@@ -74,7 +74,7 @@ TEST(PlotPictureTest, MarksWhatAScriptWouldHaveDoneBesideWhatFired) {
 }
 
 TEST(PlotPictureTest, WordsThatAreTooLongForALineGoOnBelow) {
-    auto flight = smallFlight();
+    auto flight = hourLongFlight();
     flight.trial = PlotTrial{"a", {}, {{"x", std::string(100, 'w') + " " + std::string(150, 'v'), {}}}};
     const auto picture = plotPicture({flight});
     EXPECT_THAT(picture, HasSubstr(std::string(100, 'w') + "</text>"));

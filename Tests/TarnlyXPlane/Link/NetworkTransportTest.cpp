@@ -19,7 +19,6 @@ namespace {
 
 using namespace test;
 using namespace std::chrono_literals;
-using Case = XPlaneBackendError::Case;
 
 /// A backend and a simulator on loopback sockets, in real time.
 class NetworkTransportTest : public testing::Test {
