@@ -42,8 +42,6 @@ std::size_t endOfValue(std::string_view text, std::size_t begin) {
     return text.size();
 }
 
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
-
 LessonFile readFolder(const std::filesystem::path& folder) {
     std::error_code error;
     const auto own = folder / ownFile;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "TarnlyCore/Protocol/ScriptTriggerMapper.hpp"
+#include "TarnlyPlatform/Base/Columns.hpp"
 #include "TarnlyPlatform/Base/NumberText.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Base/TimeText.hpp"
@@ -43,17 +44,6 @@ std::string sided(const std::optional<double>& value, const std::string& positiv
 std::string gearText(const std::optional<bool>& isDown) {
     if (!isDown) return "-";
     return *isDown ? "down" : "up";
-}
-
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
-
-std::size_t widthOf(const std::string& text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return !isContinuation(c); }));
-}
-
-std::string padded(std::string text, std::size_t width) {
-    const auto present = widthOf(text);
-    return present < width ? text.append(width - present, ' ') : text;
 }
 
 /// Cut where the terminal would begin another line, which a table that is redrawn in place cannot have.

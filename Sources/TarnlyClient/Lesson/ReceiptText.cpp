@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "TarnlyClient/Lesson/Receipt.hpp"
+#include "TarnlyPlatform/Base/Columns.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Base/TimeText.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
@@ -69,11 +70,6 @@ struct ReceiptListing {
     }
 };
 
-std::string padded(std::string text, std::size_t width) {
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
 /// Rows of a receipt, of which those of one kind have their heading once.
 class Rows {
   public:
@@ -99,10 +95,10 @@ std::size_t widthOfIds(const Receipt& receipt) {
     std::size_t width = 0;
     for (const auto& part : receipt.parts) {
         for (const auto& fired : part.fired)
-            width = std::max(width, printable(fired.triggerId).size());
+            width = std::max(width, widthOf(printable(fired.triggerId)));
     }
     for (const auto& missed : receipt.missed)
-        width = std::max(width, printable(missed.triggerId).size());
+        width = std::max(width, widthOf(printable(missed.triggerId)));
     return width + 2;
 }
 

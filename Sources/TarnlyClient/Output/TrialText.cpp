@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "TarnlyClient/Output/ReadableText.hpp"
+#include "TarnlyPlatform/Base/Columns.hpp"
 #include "TarnlyPlatform/Base/Text.hpp"
 #include "TarnlyPlatform/Base/TimeText.hpp"
 #include "TarnlyPlatform/Json/JsonRecord.hpp"
@@ -68,11 +69,6 @@ std::string positionText(const std::optional<double>& lat, const std::optional<d
     return lat && lon ? numberText(*lat) + " " + numberText(*lon) : "-";
 }
 
-std::string padded(std::string text, std::size_t width) {
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
 } // namespace
 
 std::string trialText(const std::string& file, const track::Trial& trial) {
@@ -80,9 +76,9 @@ std::string trialText(const std::string& file, const track::Trial& trial) {
                 std::to_string(trial.missed.size()) + " did not";
     std::size_t width = 0;
     for (const auto& fired : trial.fired)
-        width = std::max(width, printable(fired.triggerId).size());
+        width = std::max(width, widthOf(printable(fired.triggerId)));
     for (const auto& missed : trial.missed)
-        width = std::max(width, printable(missed.triggerId).size());
+        width = std::max(width, widthOf(printable(missed.triggerId)));
     for (const auto& fired : trial.fired) {
         text += "\n  fired   " + padded(printable(fired.triggerId), width) + "  at " +
                 timeText(fired.elapsed) + "  " + positionText(fired.lat, fired.lon);

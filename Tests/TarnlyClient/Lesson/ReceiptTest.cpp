@@ -58,6 +58,15 @@ TEST(ReceiptTest, ItSaysWhatWasFlownAndWhatWasNot) {
               "             around   never above 900 ft AGL (at 0:00), and waits for 1000 ft on the way up");
 }
 
+TEST(ReceiptTest, ItsColumnsStandWhateverLettersTheIdsHave) {
+    Receipt receipt{.lesson = "Platzrunde", .end = "a key was pressed", .parts = {}, .missed = {}};
+    receipt.missed = {{"höhe", "", "never below", {}}, {"turn", "", "never above", {}}};
+    EXPECT_EQ(receiptText(receipt),
+              "Platzrunde: a key was pressed\n"
+              "  not fired  höhe  never below\n"
+              "             turn  never above");
+}
+
 TEST(ReceiptTest, EachRecordingHasItsOwn) {
     auto flight = flown();
     flight.beginAnew();
