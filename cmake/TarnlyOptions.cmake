@@ -3,7 +3,10 @@ find_package(Threads REQUIRED)
 
 add_library(tarnly_options INTERFACE)
 target_compile_options(tarnly_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
+    -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow> # what a file has is no outer scope of the next
+    # What a file keeps to itself, g++ then takes for a header's.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>
     $<$<BOOL:${TARNLY_WERROR}>:-Werror>
     # Optimizing, g++ 12 takes "x" + std::string for overlapping memory (GCC bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
@@ -26,12 +29,18 @@ if(TARNLY_SANITIZE)
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
         # Its reports need lines, and no variables, which take a tenth of the time to compile.
         add_compile_options(-gline-tables-only)
+        # Links the fuzzers and tests in a fifth of the time.
+        find_program(TARNLY_LLD ld.lld-16)
+        mark_as_advanced(TARNLY_LLD)
+        if(TARNLY_LLD)
+            add_link_options(--ld-path=${TARNLY_LLD})
+        endif()
     endif()
     if(TARNLY_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         add_compile_options(-Wno-tsan) # Asio has fences, which this sanitizer does not follow
-        # Compiles no slower, and the programs are a third of the size. What the sanitizer adds makes g++ see variables
+        # The programs are a third of the size, and its reports need lines and no variables. What the sanitizer adds makes g++ see variables
         # without a value, and memory that is freed otherwise than allocated, where there are none.
-        add_compile_options(-O1 -Wno-maybe-uninitialized -Wno-mismatched-new-delete)
+        add_compile_options(-O1 -g1 -Wno-maybe-uninitialized -Wno-mismatched-new-delete)
     endif()
 endif()
 
@@ -39,11 +48,6 @@ if(TARNLY_CCACHE)
     find_program(TARNLY_CCACHE_PROGRAM ccache)
     mark_as_advanced(TARNLY_CCACHE_PROGRAM)
     if(TARNLY_CCACHE_PROGRAM)
-        if(TARNLY_PRECOMPILE) # which ccache leaves alone unless told so
-            set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${TARNLY_CCACHE_PROGRAM})
-        else()
-            set(launcher ${TARNLY_CCACHE_PROGRAM})
-        endif()
-        set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher} CACHE STRING "What the compiler is started by")
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${TARNLY_CCACHE_PROGRAM} CACHE STRING "What the compiler is started by")
     endif()
 endif()
