@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -36,12 +37,16 @@ int prepare(sqlite3* connection, const char* query) {
     return result;
 }
 
+/// Whether the system lacks something for now, which is no word on the file.
+bool isScarcity(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM; }
+
 std::optional<std::string> problemOfFile(const std::string& path) {
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(sqlitePath(path).c_str(), &opened,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     const std::unique_ptr<sqlite3, Close> connection(opened);
-    if (result == SQLITE_CANTOPEN) return "cannot be opened for reading; look at its permissions";
+    if (result == SQLITE_CANTOPEN && !isScarcity(sqlite3_system_errno(opened)))
+        return "cannot be opened for reading; look at its permissions";
     if (result != SQLITE_OK) return std::nullopt;
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     auto deadline = SteadyClock::now() + lookPatience;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <optional>
@@ -51,6 +52,17 @@ TEST_F(NavDatabaseProblem, WhatIsNotThereOrAFolderIsNone) {
     EXPECT_THAT(problemOfNavDatabase(path), Optional(StartsWith(path + " is a folder; name an SQLite file")));
     EXPECT_THAT(problemOfNavDatabase(""), Optional(StartsWith(" does not exist; ")));
     EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+TEST_F(NavDatabaseProblem, WhatTheSystemLacksIsNoProblemOfTheFile) {
+    const auto file = made("CREATE TABLE navaids (nav_id TEXT, lat REAL, lon REAL)");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto problem = problemOfNavDatabase(file);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(problem, std::nullopt);
 }
 
 TEST_F(NavDatabaseProblem, AnotherFileIsNone) {
