@@ -38,8 +38,8 @@ if(TARNLY_SANITIZE)
     endif()
     if(TARNLY_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         add_compile_options(-Wno-tsan) # Asio has fences, which this sanitizer does not follow
-        # The programs are a third of the size, and its reports need lines and no variables. What the sanitizer adds makes g++ see variables
-        # without a value, and memory that is freed otherwise than allocated, where there are none.
+        # The programs are a third of the size, and reports need lines and no variables. What the sanitizer adds makes
+        # g++ see variables without a value, and memory that is freed otherwise than allocated, where there are none.
         add_compile_options(-O1 -g1 -Wno-maybe-uninitialized -Wno-mismatched-new-delete)
     endif()
 endif()
